@@ -1,0 +1,60 @@
+#include <base/exsyserror.h>
+
+#include <base/exsyserrorsystem.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace Vn
+{
+
+ExSysError::ExSysError(char const* file, int line) : ExBase(file, line), std::runtime_error("") {}
+
+char const* ExSysError::what() const noexcept
+{
+    return getReason();
+}
+
+// The delegating constructors read the error as their argument, before any base is built that could change it.
+ExSysErrorANSI::ExSysErrorANSI(char const* file, int line) : ExSysErrorANSI(file, line, errno) {}
+
+ExSysErrorANSI::ExSysErrorANSI(char const* file, int line, int error)
+    : ExBase(file, line), ExSysError(file, line), _error(error)
+{
+    setReason(std::strerror(error));
+}
+
+int ExSysErrorANSI::getError() const
+{
+    return _error;
+}
+
+ExBase* ExSysErrorANSI::clone() const
+{
+    return new ExSysErrorANSI(*this);
+}
+
+ExSysErrorWindows::ExSysErrorWindows(char const* file, int line)
+    : ExSysErrorWindows(file, line, System::getLastError())
+{}
+
+ExSysErrorWindows::ExSysErrorWindows(char const* file, int line, int errorCode)
+    : ExBase(file, line), ExSysError(file, line), _errorCode(errorCode)
+{
+    char text[1024];
+    System::getErrorText(errorCode, text, sizeof text);
+    System::cutLineEnd(text);
+    setReason(text);
+}
+
+int ExSysErrorWindows::getErrorCode() const
+{
+    return _errorCode;
+}
+
+ExBase* ExSysErrorWindows::clone() const
+{
+    return new ExSysErrorWindows(*this);
+}
+
+}  // namespace Vn

@@ -1,0 +1,20 @@
+// exsyserrorposix.cpp (Windows form: exsyserrorwindows.cpp)
+#include <base/exsyserrorsystem.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace Vn::System
+{
+
+int getLastError()
+{
+    return errno;
+}
+
+void getErrorText(int errorCode, char* buffer, std::size_t size)
+{
+    std::snprintf(buffer, size, "%s", std::strerror(errorCode));
+}
+
+}  // namespace Vn::System

@@ -1,0 +1,134 @@
+#include <base/independencyclosure.h>
+
+#include <algorithm>
+#include <span>
+
+namespace Vn
+{
+namespace
+{
+constexpr unsigned unvisited = 0xFFFFFFFF;
+
+std::span<unsigned const> needsOf(InDependencyGraph const& graph, unsigned node)
+{
+    return std::span(graph.targets).subspan(graph.starts[node], graph.starts[node + 1] - graph.starts[node]);
+}
+
+/// Tarjan's walk, with a stack of its own so that a long chain of packages costs no stack frames. Components come out
+/// with those that they need before them.
+class ComponentWalk
+{
+public:
+    explicit ComponentWalk(InDependencyGraph const& graph)
+        : _graph(graph), _order(graph.size(), unvisited), _lowest(graph.size()), _isOpen(graph.size())
+    {}
+
+    template <class Visit>
+    void run(Visit const& visit)
+    {
+        for (unsigned node = 0; node < _graph.size(); ++node)
+            if (_order[node] == unvisited)
+                walkFrom(node, visit);
+    }
+
+private:
+    struct Step
+    {
+        unsigned node;
+        unsigned nextTarget;
+    };
+
+    void enter(unsigned node)
+    {
+        _order[node] = _lowest[node] = _entered++;
+        _isOpen[node] = true;
+        _open.push_back(node);
+        _path.push_back({node, _graph.starts[node]});
+    }
+
+    template <class Visit>
+    void walkFrom(unsigned root, Visit const& visit)
+    {
+        enter(root);
+        while (!_path.empty()) {
+            Step& step = _path.back();
+            unsigned const node = step.node;
+            if (step.nextTarget < _graph.starts[node + 1]) {
+                unsigned const target = _graph.targets[step.nextTarget++];
+                if (_order[target] == unvisited)
+                    enter(target);
+                else if (_isOpen[target])
+                    _lowest[node] = std::min(_lowest[node], _order[target]);
+                continue;
+            }
+            _path.pop_back();
+            if (!_path.empty())
+                _lowest[_path.back().node] = std::min(_lowest[_path.back().node], _lowest[node]);
+            if (_lowest[node] == _order[node])
+                closeComponent(node, visit);
+        }
+    }
+
+    template <class Visit>
+    void closeComponent(unsigned root, Visit const& visit)
+    {
+        auto const first = std::find(_open.rbegin(), _open.rend(), root).base() - 1;
+        const std::span<unsigned const> members(first, _open.end());
+        visit(members);
+        for (unsigned member : members)
+            _isOpen[member] = false;
+        _open.erase(first, _open.end());
+    }
+
+    InDependencyGraph const& _graph;
+    std::vector<unsigned> _order;
+    std::vector<unsigned> _lowest;
+    std::vector<char> _isOpen;
+    std::vector<unsigned> _open;
+    std::vector<Step> _path;
+    unsigned _entered = 0;
+};
+
+/// Fills the rows of one component; those of all components that it needs are full already.
+void fillRows(InDependencyGraph const& graph, std::span<unsigned const> members, InBitMatrix& needs)
+{
+    unsigned const first = members.front();
+    bool const isRing = members.size() > 1;
+    if (isRing)
+        for (unsigned member : members)
+            needs.set(first, member);
+    for (unsigned member : members) {
+        for (unsigned target : needsOf(graph, member)) {
+            // A row holds whole closures only, so a bit that is there has brought its own needs with it.
+            if (needs.test(first, target))
+                continue;
+            needs.set(first, target);
+            if (target != first)
+                needs.merge(first, target);
+        }
+    }
+    for (unsigned member : members.subspan(1))
+        needs.merge(member, first);
+}
+}  // namespace
+
+InDependencyClosure closeDependencies(InDependencyGraph const& graph)
+{
+    InDependencyClosure closure{InBitMatrix(graph.size()), std::vector<int>(graph.size()), false};
+    ComponentWalk(graph).run([&](std::span<unsigned const> members) { fillRows(graph, members, closure.needs); });
+
+    std::vector<unsigned> lastListedBy(graph.size(), unvisited);
+    for (unsigned node = 0; node < graph.size(); ++node) {
+        int repeated = 0;
+        for (unsigned target : needsOf(graph, node)) {
+            repeated += lastListedBy[target] == node;
+            lastListedBy[target] = node;
+        }
+        bool const isOnRing = closure.needs.test(node, node) && lastListedBy[node] != node;
+        closure.counts[node] = closure.needs.count(node) + repeated - isOnRing;
+        closure.isCyclic |= isOnRing;
+    }
+    return closure;
+}
+
+}  // namespace Vn

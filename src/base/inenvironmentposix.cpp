@@ -1,0 +1,21 @@
+// inenvironmentposix.cpp (Windows form: inenvironmentwindows.cpp)
+#include <base/inenvironment.h>
+
+#include <unistd.h>
+
+extern "C" char** environ;
+
+namespace Vn::System
+{
+
+std::vector<std::string> getEnvironmentEntries()
+{
+    std::vector<std::string> entries;
+    if (environ == nullptr)  // what clearenv() leaves
+        return entries;
+    for (char** entry = environ; *entry != nullptr; ++entry)
+        entries.emplace_back(*entry);
+    return entries;
+}
+
+}  // namespace Vn::System

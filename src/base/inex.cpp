@@ -1,0 +1,137 @@
+#include <base/inex.h>
+
+#include <base/exreasontext.h>
+
+namespace Vn
+{
+namespace
+{
+constexpr int nameLimit = 256;  ///< characters of a name that a message shows
+}  // namespace
+
+InEx::InEx(char const* file, int line) : ExBase(file, line) {}
+
+InEx::ExPackageNotRegistered::ExPackageNotRegistered(char const* file, int line, char const* package)
+    : std::runtime_error(""), InEx(file, line)
+{
+    setReason(
+        ExReasonText("Init Package not registered: '%.*s'.", nameLimit, ExReasonText::orEmpty(package)).get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExPackageNotRegistered);
+
+InEx::ExDependencyCycle::ExDependencyCycle(char const* file, int line) : std::logic_error(""), InEx(file, line)
+{
+    setReason("Init dependencies contain cycle(s)");
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExDependencyCycle);
+
+InEx::ExPackageInitError::ExPackageInitError(char const* file, int line, char const* package)
+    : std::runtime_error(""), InEx(file, line)
+{
+    setReason(ExReasonText("Init error in package: '%.*s'.", nameLimit, ExReasonText::orEmpty(package)).get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExPackageInitError);
+
+InEx::ExRegAfterInit::ExRegAfterInit(char const* file, int line) : std::runtime_error(""), InEx(file, line)
+{
+    setReason("Package registered after initialize().");
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExRegAfterInit);
+
+InEx::ExReinitWithoutGuard::ExReinitWithoutGuard(char const* file, int line)
+    : std::runtime_error(""), InEx(file, line)
+{
+    setReason("Reinitialize without using the reinitialize guard.");
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExReinitWithoutGuard);
+
+InEx::ExDoubleInit::ExDoubleInit(char const* file, int line) : std::runtime_error(""), InEx(file, line)
+{
+    setReason("Multiple calls to initialize().");
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExDoubleInit);
+
+InEx::ExFinaliseBeforeInit::ExFinaliseBeforeInit(char const* file, int line)
+    : std::runtime_error(""), InEx(file, line)
+{
+    setReason("Call to finalize() before initialize().");
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExFinaliseBeforeInit);
+
+InEx::ExDoubleFinalise::ExDoubleFinalise(char const* file, int line) : std::runtime_error(""), InEx(file, line)
+{
+    setReason("Multiple calls to finalize().");
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExDoubleFinalise);
+
+InEx::ExHandleAlreadyInUse::ExHandleAlreadyInUse(char const* file, int line, char const* handle)
+    : std::runtime_error(""), InEx(file, line)
+{
+    setReason(ExReasonText("Trying to register an object with an already used handle: '%.*s'.", nameLimit,
+                           ExReasonText::orEmpty(handle))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExHandleAlreadyInUse);
+
+InEx::ExUninitializedObject::ExUninitializedObject(char const* file, int line, char const* name)
+    : std::logic_error(""), InEx(file, line)
+{
+    setReason(ExReasonText("Trying to access an object that is not fully initialized: '%.*s'.", nameLimit,
+                           ExReasonText::orEmpty(name))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExUninitializedObject);
+
+InEx::ExInvalidObject::ExInvalidObject(char const* file, int line, char const* description)
+    : std::logic_error(""), InEx(file, line)
+{
+    setReason(ExReasonText("Trying to access an object that has an invalid value: '%.*s'.", nameLimit,
+                           ExReasonText::orEmpty(description))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExInvalidObject);
+
+InEx::ExContextAliasAlreadyDefined::ExContextAliasAlreadyDefined(char const* file, int line, char const* key)
+    : std::logic_error(""), InEx(file, line)
+{
+    setReason(ExReasonText("Trying to re-create an already existing Context Alias: '%.*s'.", nameLimit,
+                           ExReasonText::orEmpty(key))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExContextAliasAlreadyDefined);
+
+InEx::ExVariableAlreadyInitialized::ExVariableAlreadyInitialized(char const* file, int line, char const* handle)
+    : std::logic_error(""), InEx(file, line)
+{
+    setReason(ExReasonText("Trying to override an InVariable that is already initialized: '%.*s'.", nameLimit,
+                           ExReasonText::orEmpty(handle))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExVariableAlreadyInitialized);
+
+InEx::ExNoNewContextAliasAfterInit::ExNoNewContextAliasAfterInit(char const* file, int line,
+                                                                 char const* description, char const* key)
+    : std::logic_error(""), InEx(file, line)
+{
+    setReason(
+        ExReasonText("Trying to do post initialization registration of context alias instance: '%.*s' (key: %.*s).",
+                     nameLimit, ExReasonText::orEmpty(description), nameLimit, ExReasonText::orEmpty(key))
+            .get());
+}
+
+VN_EX_DEFINE_MEMBERS(InEx::ExNoNewContextAliasAfterInit);
+
+}  // namespace Vn

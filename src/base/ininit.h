@@ -1,0 +1,59 @@
+#pragma once
+
+#include <base/inpackageinit.h>
+
+namespace Vn
+{
+
+/// A package, named by an empty class in the namespace `VnInit`. Each package is a full specialisation, written like
+/// any class; the two macros supply what all of them have in common.
+///
+///     namespace VnInit { class palette {}; }
+///
+///     template <>
+///     class Vn::InInit<VnInit::palette> : public Vn::InPackageInit
+///     {
+///         VN_PACKAGE_MEMBERS();
+///         void performInitialize() override;    // the hooks that it needs
+///     };
+///
+/// and, in one source file,
+///
+///     VN_DEFINE_PACKAGE(palette, VnInit::base, VnInit::settings);
+///     static Vn::InInit<VnInit::palette> palettePackage;
+///
+/// A package that other libraries depend on stands in a header, with its library's export macro behind `class`.
+/// Tests: tests/base/inpackageinittest.cpp, tests/base/ininitmgrtest.cpp.
+template <class Tag>
+class InInit;
+
+}  // namespace Vn
+
+/// First line of a package's class.
+#define VN_PACKAGE_MEMBERS()                        \
+public:                                             \
+    InInit();                                       \
+    static std::type_info const* getType();         \
+    void setInitialized(bool initialized) override; \
+                                                    \
+private:                                            \
+    static bool _initialized
+
+/// Defines those members for the package `VnInit::TAG`, at namespace scope outside every namespace. What follows the
+/// tag are the tags of the packages that must start first.
+#define VN_DEFINE_PACKAGE(TAG, ...)                                \
+    bool Vn::InInit<VnInit::TAG>::_initialized = false;            \
+    Vn::InInit<VnInit::TAG>::InInit() : InPackageInit(#TAG)        \
+    {                                                              \
+        registerPackage();                                         \
+        addDependencies<__VA_ARGS__>();                            \
+    }                                                              \
+    std::type_info const* Vn::InInit<VnInit::TAG>::getType()       \
+    {                                                              \
+        return &typeid(InInit);                                    \
+    }                                                              \
+    void Vn::InInit<VnInit::TAG>::setInitialized(bool initialized) \
+    {                                                              \
+        _initialized = initialized;                                \
+    }                                                              \
+    static_assert(true, "a semicolon follows")

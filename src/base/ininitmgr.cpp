@@ -1,0 +1,517 @@
+#include <base/ininitmgr.h>
+
+#include <base/assertions.h>
+#include <base/incontextaliasmgr.h>
+#include <base/independencyclosure.h>
+#include <base/indiagnostics.h>
+#include <base/inenvironment.h>
+#include <base/inpackageinit.h>
+#include <base/invariable.h>
+#include <base/objptr.h>
+#include <base/vector.h>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <map>
+#include <string>
+#include <string_view>
+#include <typeindex>
+#include <unordered_map>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/ininitmgr";
+
+/// Sets a flag for the length of a scope.
+class FlagScope
+{
+public:
+    explicit FlagScope(bool& flag) : _flag(flag), _before(flag) { _flag = true; }
+    ~FlagScope() { _flag = _before; }
+    FlagScope(FlagScope const&) = delete;
+    FlagScope& operator=(FlagScope const&) = delete;
+
+private:
+    bool& _flag;
+    bool _before;
+};
+
+using Environment = std::map<std::string, std::string, std::less<>>;
+
+Environment takeEnvironment()
+{
+    Environment environment;
+    for (std::string const& entry : System::getEnvironmentEntries()) {
+        const std::size_t split = entry.find('=');
+        if (split == std::string::npos)
+            std::cerr << "Skipping over Environment Variable: " << entry << std::endl;
+        else
+            environment.insert_or_assign(entry.substr(0, split), entry.substr(split + 1));
+    }
+    return environment;
+}
+
+std::string quotedForDot(std::string_view text)
+{
+    std::string quoted = "\"";
+    for (char character : text) {
+        if (character == '"' || character == '\\')
+            quoted += '\\';
+        quoted += character;
+    }
+    return quoted + '"';
+}
+}  // namespace
+
+struct InInitMgr::PackageEntry
+{
+    InPackageInit* package;
+    int nbDependencies;
+    bool initialized;
+};
+
+class InInitMgr::State
+{
+public:
+    using Entries = Vector<PackageEntry>;
+
+    void takeArguments(int argc, char const* const* argv);
+    void startWaiting();
+    void stopAll();
+
+    PackageEntry* findSaved(std::type_index type);
+    bool isRunning(std::type_index type);
+    void forget(InPackageInit const* package) noexcept;
+
+    void printEntries(std::ostream& stream, Entries const& entries, char const* title) const;
+    void printCycles(std::ostream& stream) const;
+    void printGraph(std::ostream& stream) const;
+
+    Entries _packagesWaiting;
+    Entries _packagesToInit;  ///< a package destroyed meanwhile is null here, so that the matrix keeps its rows
+    Entries _packagesSaved;
+    bool _cycleDetected = false;
+    int _nbPckgs = 0;
+    ObjPtr<InBitMatrix> _dependencyMatrix;
+    bool _initialized = false;
+    bool _finalized = false;
+    bool _initializing = false;
+    bool _finalizing = false;
+    int _reinitCount = 0;
+
+    Environment _environment = takeEnvironment();
+
+private:
+    void sortBatch();
+    InDependencyGraph buildDependencies();
+    void closeMatrix(InDependencyGraph const& graph);
+    void startBatch();
+    void saveBatch();
+    bool isOnRing(std::size_t i) const;
+
+    /// Position in `_packagesSaved` of each type in it; made anew when it doesn't hold.
+    std::unordered_map<std::type_index, std::size_t> _savedByType;
+    bool _savedByTypeHolds = true;
+    std::size_t _leftToStop = 0;  ///< entries of `_packagesSaved` that the running stop has yet to see
+};
+
+void InInitMgr::State::takeArguments(int argc, char const* const* argv)
+{
+    if (argc > 0 && argv == nullptr)
+        Assertions::throwAssertionFailed(sourceName, __LINE__, "argv != 0");
+    // All copies are made before the list gains the first, so that it gains all or none.
+    std::vector<ArrayPtr<char>> copies;
+    for (int i = 0; i < argc; ++i)
+        copies.emplace_back(duplicateString(argv[i]));
+    InContextAliasMgrBase::addArgs(copies);
+}
+
+void InInitMgr::State::startWaiting()
+{
+    _initialized = true;
+    while (!_packagesWaiting.empty()) {
+        _packagesToInit.clear();
+        _packagesToInit.swap(_packagesWaiting);
+        closeMatrix(buildDependencies());
+        if (_cycleDetected)
+            throw InEx::ExDependencyCycle(sourceName, __LINE__);
+        startBatch();
+    }
+}
+
+/// Leaves one entry per type, in the order of the names. Of equal types the first one registered stays, and equal
+/// names keep the order of registration.
+void InInitMgr::State::sortBatch()
+{
+    std::unordered_map<std::type_index, std::size_t> seen;
+    seen.reserve(_packagesToInit.size());
+    auto const isRepeated = [&seen](PackageEntry const& entry) {
+        InPackageInit const& package = *entry.package;
+        return !seen.emplace(typeid(package), 0).second;
+    };
+    _packagesToInit.erase(std::remove_if(_packagesToInit.begin(), _packagesToInit.end(), isRepeated),
+                          _packagesToInit.end());
+    std::stable_sort(_packagesToInit.begin(), _packagesToInit.end(),
+                     [](PackageEntry const& left, PackageEntry const& right) {
+                         return std::strcmp(left.package->getName(), right.package->getName()) < 0;
+                     });
+}
+
+InDependencyGraph InInitMgr::State::buildDependencies()
+{
+    _cycleDetected = false;
+    sortBatch();
+    _nbPckgs = static_cast<int>(_packagesToInit.size());
+    if (InDiagnostics::areOn())
+        std::cerr << "-->_nbPckgs:" << _nbPckgs << std::endl;
+
+    std::unordered_map<std::type_index, unsigned> indexByType;
+    indexByType.reserve(_packagesToInit.size());
+    for (PackageEntry const& entry : _packagesToInit) {
+        InPackageInit const& package = *entry.package;
+        indexByType.emplace(typeid(package), static_cast<unsigned>(indexByType.size()));
+    }
+
+    InDependencyGraph graph;
+    graph.starts.reserve(_packagesToInit.size() + 1);
+    graph.starts.push_back(0);
+    for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
+        PackageEntry& entry = _packagesToInit[i];
+        if (InDiagnostics::areOn())
+            std::cerr << "_packagesToInit[" << i << "]: " << entry.package->getName() << std::endl;
+        for (std::type_info const* type : entry.package->getDependencies()) {
+            auto const found = indexByType.find(*type);
+            if (found == indexByType.end())
+                throw InEx::ExPackageNotRegistered(sourceName, __LINE__, type->name());
+            graph.targets.push_back(found->second);
+            ++entry.nbDependencies;
+        }
+        graph.starts.push_back(static_cast<unsigned>(graph.targets.size()));
+    }
+    return graph;
+}
+
+void InInitMgr::State::closeMatrix(InDependencyGraph const& graph)
+{
+    InDependencyClosure closure = closeDependencies(graph);
+    for (std::size_t i = 0; i < _packagesToInit.size(); ++i)
+        _packagesToInit[i].nbDependencies = closure.counts[i];
+    _dependencyMatrix.reset(new InBitMatrix(std::move(closure.needs)));
+    _cycleDetected = closure.isCyclic;
+}
+
+void InInitMgr::State::startBatch()
+{
+    std::stable_sort(_packagesToInit.begin(), _packagesToInit.end(),
+                     [](PackageEntry const& left, PackageEntry const& right) {
+                         return left.nbDependencies < right.nbDependencies;
+                     });
+    _dependencyMatrix.reset();
+    saveBatch();
+
+    const FlagScope initializing(_initializing);
+    // By index, and against the size each time: a hook that ends a guard replaces the batch while it runs.
+    for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
+        InPackageInit* const package = _packagesToInit[i].package;
+        if (package == nullptr)
+            continue;
+        InPackageInit const& typed = *package;
+        const std::type_index type = typeid(typed);
+        package->initialize();
+        if (PackageEntry* const saved = findSaved(type))
+            saved->initialized = true;
+    }
+    _packagesToInit.clear();
+}
+
+void InInitMgr::State::saveBatch()
+{
+    for (PackageEntry const& entry : _packagesToInit) {
+        InPackageInit const& package = *entry.package;
+        if (findSaved(typeid(package)) != nullptr)
+            continue;
+        _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
+        _savedByTypeHolds = false;  // in case there is no memory for what follows
+        _savedByType.emplace(typeid(package), _packagesSaved.size() - 1);
+        _savedByTypeHolds = true;
+    }
+}
+
+InInitMgr::PackageEntry* InInitMgr::State::findSaved(std::type_index type)
+{
+    if (_packagesSaved.empty())
+        return nullptr;
+    if (!_savedByTypeHolds) {
+        _savedByType.clear();
+        for (std::size_t i = 0; i < _packagesSaved.size(); ++i) {
+            InPackageInit const& package = *_packagesSaved[i].package;
+            _savedByType.emplace(typeid(package), i);
+        }
+        _savedByTypeHolds = true;
+    }
+    auto const found = _savedByType.find(type);
+    return found != _savedByType.end() ? &_packagesSaved[found->second] : nullptr;
+}
+
+bool InInitMgr::State::isRunning(std::type_index type)
+{
+    PackageEntry const* const saved = findSaved(type);
+    return saved != nullptr && saved->initialized;
+}
+
+void InInitMgr::State::stopAll()
+{
+    {
+        const FlagScope finalizing(_finalizing);
+        for (_leftToStop = _packagesSaved.size(); _leftToStop > 0;) {
+            PackageEntry const& entry = _packagesSaved[--_leftToStop];
+            if (entry.initialized)
+                entry.package->finalize();
+        }
+    }
+    _packagesSaved.clear();
+    _savedByType.clear();
+    _savedByTypeHolds = true;
+    _finalized = true;
+}
+
+void InInitMgr::State::forget(InPackageInit const* package) noexcept
+{
+    auto const isIt = [package](PackageEntry const& entry) { return entry.package == package; };
+    erase_if(_packagesWaiting, isIt);
+    for (PackageEntry& entry : _packagesToInit)
+        if (isIt(entry))
+            entry.package = nullptr;
+    for (std::size_t i = _packagesSaved.size(); i > 0; --i) {
+        if (!isIt(_packagesSaved[i - 1]))
+            continue;
+        _packagesSaved.erase(_packagesSaved.begin() + static_cast<std::ptrdiff_t>(i - 1));
+        _savedByTypeHolds = false;
+        if (i <= _leftToStop)
+            --_leftToStop;
+    }
+}
+
+void InInitMgr::State::printEntries(std::ostream& stream, Entries const& entries, char const* title) const
+{
+    stream << std::to_string(entries.size()) << title << std::endl;
+    for (PackageEntry const& entry : entries) {
+        stream << "\t'" << entry.package->getName() << "' ";
+        if (entry.initialized)
+            stream << "Initialized (" << std::to_string(entry.nbDependencies) << " dependencies)";
+        else
+            stream << "Not initialized";
+        stream << std::endl;
+    }
+}
+
+void InInitMgr::State::printCycles(std::ostream& stream) const
+{
+    const std::size_t count = _packagesToInit.size();
+    std::vector<bool> isGrouped(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (isGrouped[i] || !isOnRing(i))
+            continue;
+        isGrouped[i] = true;
+        stream << "'" << _packagesToInit[i].package->getName() << "' is in a cycle with:" << std::endl;
+        for (std::size_t j = i + 1; j < count; ++j) {
+            if (!_dependencyMatrix->test(i, j) || !isOnRing(j))
+                continue;
+            isGrouped[j] = true;
+            stream << "\t'" << _packagesToInit[j].package->getName() << "'" << std::endl;
+        }
+    }
+}
+
+/// Whether a package of the batch needs itself; one that was destroyed since needs nothing any more.
+bool InInitMgr::State::isOnRing(std::size_t i) const
+{
+    return _packagesToInit[i].package != nullptr && _dependencyMatrix->test(i, i);
+}
+
+void InInitMgr::State::printGraph(std::ostream& stream) const
+{
+    std::unordered_map<std::type_index, std::size_t> positions;
+    for (PackageEntry const& entry : _packagesSaved) {
+        InPackageInit const& package = *entry.package;
+        positions.emplace(typeid(package), positions.size());
+    }
+    auto const nameAt = [this](std::size_t i) { return quotedForDot(_packagesSaved[i].package->getName()); };
+
+    stream << "digraph packages {\n";
+    for (std::size_t i = 0; i < _packagesSaved.size(); ++i) {
+        const std::string label = std::to_string(i + 1) + ". " + _packagesSaved[i].package->getName();
+        stream << "    " << nameAt(i) << " [label=" << quotedForDot(label) << "];\n";
+    }
+    for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
+        for (std::type_info const* type : _packagesSaved[i].package->getDependencies())
+            if (auto const found = positions.find(*type); found != positions.end())
+                stream << "    " << nameAt(i) << " -> " << nameAt(found->second) << ";\n";
+    stream << "}" << std::endl;
+}
+
+InInitMgr& InInitMgr::getInstance()
+{
+    static InInitMgr theInInitMgr;
+    return theInInitMgr;
+}
+
+InInitMgr::InInitMgr() : _state(new State) {}
+
+InInitMgr::~InInitMgr()
+{
+    delete _state;
+}
+
+void InInitMgr::initialize(int& argc, char const* const*& argv)
+{
+    _state->takeArguments(argc, argv);
+    argc = 0;
+    argv = nullptr;
+    _state->startWaiting();
+}
+
+void InInitMgr::finalize()
+{
+    InVariableBase::clearPendingOverrides();
+    InContextAliasMgrBase::clearArgs();
+    if (!_state->_initialized)
+        throw InEx::ExFinaliseBeforeInit(sourceName, __LINE__);
+    // A hook that stops everything from within the stop would never end.
+    if (_state->_finalized || _state->_finalizing)
+        throw InEx::ExDoubleFinalise(sourceName, __LINE__);
+    _state->stopAll();
+}
+
+bool InInitMgr::isInitializing() const
+{
+    return _state->_initializing;
+}
+
+bool InInitMgr::isFinalizing() const
+{
+    return _state->_finalizing;
+}
+
+std::ostream& InInitMgr::dump(std::ostream& stream) const
+{
+    if (_state->_packagesWaiting.empty())
+        stream << "No packages waiting to be initialize." << std::endl;
+    else
+        _state->printEntries(stream, _state->_packagesWaiting, " packages waiting to be initialize:");
+    if (_state->_packagesSaved.empty())
+        stream << "No packages saved." << std::endl;
+    else
+        _state->printEntries(stream, _state->_packagesSaved, " packages currently saved:");
+    if (_state->_cycleDetected) {
+        stream << "Dependency cycle(s) detected..." << std::endl;
+        _state->printCycles(stream);
+    }
+    return stream;
+}
+
+std::ostream& InInitMgr::reportCycles(std::ostream& stream) const
+{
+    if (_state->_cycleDetected)
+        _state->printCycles(stream);
+    else
+        stream << "No dependency cycles to report." << std::endl;
+    return stream;
+}
+
+std::ostream& InInitMgr::dumpGraph(std::ostream& stream) const
+{
+    _state->printGraph(stream);
+    return stream;
+}
+
+char const* InInitMgr::getEnv(char const* name)
+{
+    if (name == nullptr)
+        return nullptr;
+    Environment const& environment = getInstance()._state->_environment;
+    auto const found = environment.find(std::string_view(name));
+    return found != environment.end() ? found->second.c_str() : nullptr;
+}
+
+void InInitMgr::incReinitCount()
+{
+    ++_state->_reinitCount;
+}
+
+void InInitMgr::decReinitCount()
+{
+    if (_state->_reinitCount-- == 1)
+        _state->startWaiting();
+}
+
+void InInitMgr::registerPackage(InPackageInit* package)
+{
+    if (_state->_initialized && _state->_reinitCount == 0)
+        throw InEx::ExReinitWithoutGuard(sourceName, __LINE__);
+    if (!_state->isRunning(typeid(*package)))
+        _state->_packagesWaiting.push_back({package, 0, false});
+}
+
+bool InInitMgr::isRunning(std::type_info const& type) const
+{
+    return _state->isRunning(type);
+}
+
+void InInitMgr::forgetPackage(InPackageInit const* package) noexcept
+{
+    getInstance()._state->forget(package);
+}
+
+std::ostream& operator<<(std::ostream& stream, InInitMgr const& manager)
+{
+    return manager.dump(stream);
+}
+
+InInitGuard::InInitGuard(int& argc, char const* const*& argv)
+{
+    InInitMgr& manager = InInitMgr::getInstance();
+    try {
+        manager.initialize(argc, argv);
+    } catch (InEx const& failure) {
+        std::cout << "Initialisation failed: " << failure.getReason() << std::endl;
+        std::cout << manager << std::endl;
+        try {
+            manager.finalize();
+        } catch (...) {
+            // The cause goes on to the caller, not what followed from it.
+        }
+        throw;
+    }
+}
+
+InInitGuard::~InInitGuard() noexcept(false)
+{
+    try {
+        InInitMgr::getInstance().finalize();
+    } catch (...) {
+        if (std::uncaught_exceptions() == 0)
+            throw;
+    }
+}
+
+InReinitGuard::InReinitGuard()
+{
+    InInitMgr::getInstance().incReinitCount();
+}
+
+InReinitGuard::~InReinitGuard() noexcept(false)
+{
+    try {
+        InInitMgr::getInstance().decReinitCount();
+    } catch (...) {
+        if (std::uncaught_exceptions() == 0)
+            throw;
+    }
+}
+
+}  // namespace Vn

@@ -1,0 +1,72 @@
+#include <base/inpackages.h>
+
+#include <base/incontextaliasmgr.h>
+
+VN_DEFINE_PACKAGE(base, VnInit::random, VnInit::discreteTime, VnInit::baseMath, VnInit::initVars, VnInit::testing,
+                  VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
+                  VnInit::heapMgr, VnInit::initialize);
+VN_DEFINE_PACKAGE(baseMath, VnInit::debugging, VnInit::profiling, VnInit::osal, VnInit::initArg,
+                  VnInit::initialize);
+VN_DEFINE_PACKAGE(debugging, VnInit::logger, VnInit::osal, VnInit::initArg, VnInit::initialize);
+VN_DEFINE_PACKAGE(discreteTime, VnInit::baseMath, VnInit::debugging, VnInit::profiling, VnInit::initArg,
+                  VnInit::initialize);
+VN_DEFINE_PACKAGE(heapMgr, VnInit::initialize);
+VN_DEFINE_PACKAGE(initArg, VnInit::initialize);
+VN_DEFINE_PACKAGE(initialize);
+VN_DEFINE_PACKAGE(initVars, VnInit::osal, VnInit::initialize);
+VN_DEFINE_PACKAGE(logger, VnInit::profiling, VnInit::osal, VnInit::initialize);
+VN_DEFINE_PACKAGE(osal, VnInit::initialize);
+VN_DEFINE_PACKAGE(profiling, VnInit::osal, VnInit::initialize);
+VN_DEFINE_PACKAGE(random, VnInit::debugging, VnInit::profiling, VnInit::osal, VnInit::initArg, VnInit::initialize);
+VN_DEFINE_PACKAGE(testing, VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
+                  VnInit::heapMgr, VnInit::initialize);
+
+namespace Vn
+{
+namespace
+{
+using OverrideMgr = InContextAliasMgr<InContextAlias<InInitOvr, 0>>;
+using ArgumentMgr = InContextAliasMgr<InContextAlias<InInitArg, 1>>;
+using EnvironmentMgr = InContextAliasMgr<InContextAlias<InInitEnv, 1>>;
+using DefaultMgr = InContextAliasMgr<InContextAlias<InInitDef, 0>>;
+
+InInit<VnInit::base> basePackage;
+InInit<VnInit::baseMath> baseMathPackage;
+InInit<VnInit::debugging> debuggingPackage;
+InInit<VnInit::discreteTime> discreteTimePackage;
+InInit<VnInit::heapMgr> heapMgrPackage;
+InInit<VnInit::initArg> initArgPackage;
+InInit<VnInit::initialize> initializePackage;
+InInit<VnInit::initVars> initVarsPackage;
+InInit<VnInit::logger> loggerPackage;
+InInit<VnInit::osal> osalPackage;
+InInit<VnInit::profiling> profilingPackage;
+InInit<VnInit::random> randomPackage;
+InInit<VnInit::testing> testingPackage;
+}  // namespace
+
+void InInit<VnInit::initialize>::performInitialize()
+{
+    DefaultMgr::initialize();
+    EnvironmentMgr::initialize();
+    OverrideMgr::initialize();
+}
+
+void InInit<VnInit::initialize>::performFinalize()
+{
+    DefaultMgr::finalize();
+    EnvironmentMgr::finalize();
+    OverrideMgr::finalize();
+}
+
+void InInit<VnInit::initArg>::performInitialize()
+{
+    ArgumentMgr::initialize();
+}
+
+void InInit<VnInit::initArg>::performFinalize()
+{
+    ArgumentMgr::finalize();
+}
+
+}  // namespace Vn

@@ -1,0 +1,31 @@
+#include <base/insingletonex.h>
+
+#include <base/exreasontext.h>
+
+namespace Vn
+{
+
+InSingletonEx::InSingletonEx(char const* file, int line, char const* name, char const* state) : InEx(file, line)
+{
+    setReason(ExReasonText("%s %s.", ExReasonText::orEmpty(name), ExReasonText::orEmpty(state)).get());
+}
+
+InSingletonEx::ExNotInitialized::ExNotInitialized(char const* file, int line, char const* name)
+    : std::runtime_error(""), InSingletonEx(file, line, name, "is not initialized")
+{}
+
+VN_EX_DEFINE_MEMBERS(InSingletonEx::ExNotInitialized);
+
+InSingletonEx::ExAlreadyInitialized::ExAlreadyInitialized(char const* file, int line, char const* name)
+    : std::runtime_error(""), InSingletonEx(file, line, name, "has already been initialized")
+{}
+
+VN_EX_DEFINE_MEMBERS(InSingletonEx::ExAlreadyInitialized);
+
+InSingletonEx::ExAlreadyDestroyed::ExAlreadyDestroyed(char const* file, int line, char const* name)
+    : std::runtime_error(""), InSingletonEx(file, line, name, "has already been destroyed")
+{}
+
+VN_EX_DEFINE_MEMBERS(InSingletonEx::ExAlreadyDestroyed);
+
+}  // namespace Vn

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <initializer_list>
+#include <iterator>
+#include <list>
+#include <stdexcept>
+#include <utility>
+
+namespace Vn
+{
+
+/// The doubly linked sequence that the family's interfaces speak: `std::list`, whose operations, cost and guarantees
+/// it has. More than max_size() elements are refused with `std::length_error` ("list<T> too long") before anything is
+/// allocated.
+/// Tests: tests/base/listtest.cpp.
+template <class T>
+class List : public std::list<T>
+{
+    using Base = std::list<T>;
+
+public:
+    using typename Base::const_iterator;
+    using typename Base::iterator;
+    using typename Base::size_type;
+
+    List() = default;
+    explicit List(size_type count) : Base(checked(count)) {}
+    List(size_type count, T const& value) : Base(checked(count), value) {}
+    List(std::initializer_list<T> values) : Base(values) {}
+    template <std::input_iterator Iterator>
+    List(Iterator first, Iterator last) : Base(first, last)
+    {}
+
+    using Base::operator=;
+
+    using Base::assign;
+    void assign(size_type count, T const& value) { Base::assign(checked(count), value); }
+
+    void resize(size_type count) { Base::resize(checked(count)); }
+    void resize(size_type count, T const& value) { Base::resize(checked(count), value); }
+
+    using Base::insert;
+    iterator insert(const_iterator position, size_type count, T const& value)
+    {
+        if (count > this->max_size() - this->size())
+            throwTooLong();
+        return Base::insert(position, count, value);
+    }
+
+private:
+    [[noreturn]] static void throwTooLong() { throw std::length_error("list<T> too long"); }
+
+    static size_type checked(size_type count)
+    {
+        if (count > Base().max_size())
+            throwTooLong();
+        return count;
+    }
+};
+
+}  // namespace Vn

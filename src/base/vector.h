@@ -1,0 +1,233 @@
+#pragma once
+
+#include <compare>
+#include <initializer_list>
+#include <iterator>
+#include <memory>
+#include <ranges>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace Vn
+{
+
+/// The sequence in contiguous storage that the family's interfaces speak: `std::vector` with one growth on every
+/// platform.
+///
+///     Vn::Vector<int> primes = {2, 3, 5};
+///     primes.push_back(7);
+///
+/// Operations, their cost and their guarantees are the standard's; `operator[]` is not checked. A full vector grows to
+/// one and a half times its capacity, or to the size that is needed if that is more. More than max_size() elements
+/// are refused with `std::length_error` ("vector<T> too long"), and the vector stays as it was.
+/// Tests: tests/base/vectortest.cpp.
+template <class T>
+class Vector : private std::vector<T>
+{
+    using Base = std::vector<T>;
+
+public:
+    using typename Base::allocator_type;
+    using typename Base::const_iterator;
+    using typename Base::const_pointer;
+    using typename Base::const_reference;
+    using typename Base::const_reverse_iterator;
+    using typename Base::difference_type;
+    using typename Base::iterator;
+    using typename Base::pointer;
+    using typename Base::reference;
+    using typename Base::reverse_iterator;
+    using typename Base::size_type;
+    using typename Base::value_type;
+
+    using Base::at;
+    using Base::back;
+    using Base::begin;
+    using Base::capacity;
+    using Base::cbegin;
+    using Base::cend;
+    using Base::clear;
+    using Base::crbegin;
+    using Base::crend;
+    using Base::empty;
+    using Base::end;
+    using Base::erase;
+    using Base::front;
+    using Base::get_allocator;
+    using Base::max_size;
+    using Base::pop_back;
+    using Base::rbegin;
+    using Base::rend;
+    using Base::shrink_to_fit;
+    using Base::size;
+    using Base::operator[];
+
+    Vector() = default;
+    explicit Vector(size_type count) : Base(checked(count)) {}
+    Vector(size_type count, T const& value) : Base(checked(count), value) {}
+    Vector(std::initializer_list<T> values) : Base(values) {}
+    template <std::input_iterator Iterator>
+    Vector(Iterator first, Iterator last) : Base(first, last)
+    {}
+
+    Vector& operator=(std::initializer_list<T> values)
+    {
+        Base::operator=(values);
+        return *this;
+    }
+
+    auto data() noexcept { return Base::data(); }
+    auto data() const noexcept { return Base::data(); }
+
+    void swap(Vector& other) noexcept { Base::swap(other); }
+
+    void reserve(size_type count) { Base::reserve(checked(count)); }
+
+    void resize(size_type count)
+    {
+        makeRoomFor(count);
+        Base::resize(count);
+    }
+
+    void resize(size_type count, T const& value)
+    {
+        if (count <= capacity()) {
+            Base::resize(count, value);
+            return;
+        }
+        const T copy(value);  // `value` may be an element, and those move when the storage grows
+        makeRoomFor(count);
+        Base::resize(count, copy);
+    }
+
+    void assign(size_type count, T const& value)
+    {
+        if (checked(count) <= capacity()) {
+            Base::assign(count, value);
+            return;
+        }
+        Vector grown;
+        grown.Base::reserve(grownCapacity(count));
+        grown.Base::assign(count, value);
+        swap(grown);
+    }
+
+    void assign(std::initializer_list<T> values) { assign(values.begin(), values.end()); }
+
+    template <std::input_iterator Iterator>
+    void assign(Iterator first, Iterator last)
+    {
+        if constexpr (std::forward_iterator<Iterator>) {
+            const size_type count = checked(static_cast<size_type>(std::distance(first, last)));
+            if (count > capacity()) {
+                Vector grown;
+                grown.Base::reserve(grownCapacity(count));
+                grown.Base::assign(first, last);
+                swap(grown);
+                return;
+            }
+        }
+        Base::assign(first, last);
+    }
+
+    void push_back(T const& value) { emplace_back(value); }
+    void push_back(T&& value) { emplace_back(std::move(value)); }
+
+    template <class... Arguments>
+    reference emplace_back(Arguments&&... arguments)
+    {
+        if (size() < capacity())
+            return Base::emplace_back(std::forward<Arguments>(arguments)...);
+        T value(std::forward<Arguments>(arguments)...);  // the arguments may be elements
+        makeRoomFor(sizeWith(1));
+        return Base::emplace_back(std::move(value));
+    }
+
+    template <class... Arguments>
+    iterator emplace(const_iterator position, Arguments&&... arguments)
+    {
+        const difference_type offset = position - cbegin();
+        T value(std::forward<Arguments>(arguments)...);
+        makeRoomFor(sizeWith(1));
+        return Base::insert(cbegin() + offset, std::move(value));
+    }
+
+    iterator insert(const_iterator position, T const& value) { return emplace(position, value); }
+    iterator insert(const_iterator position, T&& value) { return emplace(position, std::move(value)); }
+
+    iterator insert(const_iterator position, size_type count, T const& value)
+    {
+        const difference_type offset = position - cbegin();
+        const T copy(value);
+        makeRoomFor(sizeWith(count));
+        return Base::insert(cbegin() + offset, count, copy);
+    }
+
+    iterator insert(const_iterator position, std::initializer_list<T> values)
+    {
+        return insert(position, values.begin(), values.end());
+    }
+
+    /// The range must not be of this vector, as everywhere.
+    template <std::input_iterator Iterator>
+    iterator insert(const_iterator position, Iterator first, Iterator last)
+    {
+        const difference_type offset = position - cbegin();
+        if constexpr (std::forward_iterator<Iterator>) {
+            makeRoomFor(sizeWith(static_cast<size_type>(std::distance(first, last))));
+            return Base::insert(cbegin() + offset, first, last);
+        } else {
+            Vector gathered;
+            for (; first != last; ++first)
+                gathered.push_back(*first);
+            return insert(position, std::make_move_iterator(gathered.begin()),
+                          std::make_move_iterator(gathered.end()));
+        }
+    }
+
+    friend bool operator==(Vector const& left, Vector const& right) { return left.base() == right.base(); }
+    friend auto operator<=>(Vector const& left, Vector const& right) { return left.base() <=> right.base(); }
+    friend void swap(Vector& left, Vector& right) noexcept { left.swap(right); }
+
+    /// Removes the elements that satisfy `isUnwanted`, and tells how many; the others keep their order.
+    template <class Predicate>
+    friend size_type erase_if(Vector& vector, Predicate isUnwanted)
+    {
+        return std::erase_if(static_cast<Base&>(vector), isUnwanted);
+    }
+
+private:
+    Base const& base() const { return *this; }
+
+    static size_type checked(size_type count)
+    {
+        if (count > Base().max_size())
+            throw std::length_error("vector<T> too long");
+        return count;
+    }
+
+    /// Size with `added` more elements; the subtraction can't wrap as the sum could.
+    size_type sizeWith(size_type added) const
+    {
+        if (added > max_size() - size())
+            throw std::length_error("vector<T> too long");
+        return size() + added;
+    }
+
+    /// One and a half times the capacity, or `count` if that is more; without wrapping.
+    size_type grownCapacity(size_type count) const
+    {
+        const size_type half = capacity() / 2;
+        const size_type grown = capacity() > max_size() - half ? max_size() : capacity() + half;
+        return grown < count ? count : grown;
+    }
+
+    void makeRoomFor(size_type count)
+    {
+        if (checked(count) > capacity())
+            Base::reserve(grownCapacity(count));
+    }
+};
+
+}  // namespace Vn

@@ -1,0 +1,13 @@
+#!/bin/sh
+# Makes the Wine prefix of the Windows tests, once, and leaves its server running; `wineprefix.sh stop` ends it.
+# Two first uses at once destroy each other, so this comes before anything that runs in parallel. The server would
+# inherit and hold open whatever pipe its first client writes to, so it is started apart from ours.
+export WINEDEBUG=-all
+export WINEPREFIX="${VNBASE_WINEPREFIX:-$HOME/.cache/vnbase/wine}"
+if [ "$1" = stop ]; then
+    exec /usr/lib/wine/wineserver64 -k
+fi
+mkdir -p "$WINEPREFIX"
+exec </dev/null >/dev/null 2>&1
+/usr/lib/wine/wineserver64 -p
+exec /usr/lib/wine/wine64 cmd /c exit
