@@ -181,8 +181,9 @@ public:
             Vector gathered;
             for (; first != last; ++first)
                 gathered.push_back(*first);
-            return insert(position, std::make_move_iterator(gathered.begin()),
-                          std::make_move_iterator(gathered.end()));
+            makeRoomFor(sizeWith(gathered.size()));
+            return Base::insert(cbegin() + offset, std::make_move_iterator(gathered.begin()),
+                                std::make_move_iterator(gathered.end()));
         }
     }
 

@@ -55,7 +55,8 @@ TEST(ExBase, fileNameIsCutTo127Characters)
         std::size_t given;
         std::size_t kept;
     } table[] = {
-        {"empty", 0, 0}, {"one below", 126, 126}, {"the limit", 127, 127}, {"one above", 128, 127}, {"long", 9999, 127},
+        {"empty", 0, 0},         {"one below", 126, 126}, {"the limit", 127, 127},
+        {"one above", 128, 127}, {"long", 9999, 127},
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.what);
@@ -86,8 +87,9 @@ TEST(ExBase, reasonTakesAsMuchAsFits)
         char const* what;
         std::size_t first, second, kept;
     } table[] = {
-        {"both fit", 1000, 22, 1022},      {"both just fit", 1000, 23, 1023}, {"the second is cut", 1000, 24, 1023},
-        {"the first is full", 1023, 1, 1023}, {"the first is cut", 1024, 0, 1023}, {"both long", 5000, 5000, 1023},
+        {"both fit", 1000, 22, 1022},          {"both just fit", 1000, 23, 1023},
+        {"the second is cut", 1000, 24, 1023}, {"the first is full", 1023, 1, 1023},
+        {"the first is cut", 1024, 0, 1023},   {"both long", 5000, 5000, 1023},
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.what);
@@ -195,8 +197,8 @@ TEST(ExBase, cloneReportsTheConcreteType)
     }
     EXPECT_EQ(typeid(*clone), typeid(Vn::ExInternalError));
     EXPECT_STREQ(clone->getReason(), "reason");
-    EXPECT_EQ(clone->getDetailedReason(),
-              std::string("[Exception Type = ") + typeid(Vn::ExInternalError).name() + ", File = file.cpp, Line=3]\nreason");
+    EXPECT_EQ(clone->getDetailedReason(), std::string("[Exception Type = ") + typeid(Vn::ExInternalError).name() +
+                                              ", File = file.cpp, Line=3]\nreason");
 }
 
 TEST(ExBase, isALittleOverTwoKilobytes)
@@ -250,6 +252,7 @@ TEST(ExBadException, isCaughtThroughBothBases)
 TEST(ExBadException, standardPartHasTheStandardText)
 {
     const Vn::ExBadException error("file.cpp", 1);
-    EXPECT_NE(std::string(static_cast<std::bad_exception const&>(error).std::bad_exception::what()).find("bad_exception"),
-              std::string::npos);
+    EXPECT_NE(
+        std::string(static_cast<std::bad_exception const&>(error).std::bad_exception::what()).find("bad_exception"),
+        std::string::npos);
 }

@@ -80,7 +80,7 @@ void makeStreamsBinary();
 }  // namespace VnTest
 
 /// Defines a body for Child. Arguments: `argc` and `argv`, with the program's name first.
-#define VN_CHILD(NAME)                                                                                                 \
-    static int childBody_##NAME(int argc, char** argv);                                                                \
-    static const VnTest::ChildRegistration childRegistration_##NAME(#NAME, childBody_##NAME);                          \
+#define VN_CHILD(NAME)                                                                        \
+    static int childBody_##NAME(int argc, char** argv);                                       \
+    static const VnTest::ChildRegistration childRegistration_##NAME(#NAME, childBody_##NAME); \
     static int childBody_##NAME([[maybe_unused]] int argc, [[maybe_unused]] char** argv)

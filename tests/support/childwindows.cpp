@@ -14,7 +14,7 @@ namespace VnTest
 {
 namespace
 {
-constexpr DWORD abortExitCode = 3;              ///< what the C library's abort() exits with
+constexpr DWORD abortExitCode = 3;                ///< what the C library's abort() exits with
 constexpr DWORD firstExceptionCode = 0xC0000000;  ///< the system's exceptions, as exit codes
 
 struct Pipe

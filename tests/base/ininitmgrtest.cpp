@@ -1,0 +1,994 @@
+#include <base/exinternalerror.h>
+#include <base/incontextalias.h>
+#include <base/incontextaliasmgr.h>
+#include <base/ininitmgr.h>
+#include <base/invariable.h>
+
+#include "expectchild.h"
+#include "testpackage.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <typeinfo>
+#include <vector>
+
+using Vn::InInitMgr;
+using VnTest::Child;
+using VnTest::expectOutput;
+using VnTest::ChildRun;
+using VnTest::NumberedPackage;
+using VnTest::report;
+using VnTest::start;
+using VnTest::startWith;
+using VnTest::stop;
+
+namespace
+{
+/// The library's packages in start order, with the number of packages that each needs.
+constexpr struct
+{
+    char const* name;
+    int needs;
+    int listed;
+} libraryPackages[] = {
+    {"initialize", 0, 0},   {"heapMgr", 1, 1}, {"initArg", 1, 1},   {"osal", 1, 1},     {"initVars", 2, 2},
+    {"profiling", 2, 2},    {"logger", 3, 3},  {"debugging", 5, 4}, {"baseMath", 6, 5}, {"random", 6, 5},
+    {"discreteTime", 7, 5}, {"testing", 7, 7}, {"base", 12, 12},
+};
+
+/// What dump() prints while the library and `clients` (already formatted lines) are up.
+std::string dumpOfRunning(std::string const& clients = "", int clientCount = 0)
+{
+    std::string text = "No packages waiting to be initialize.\n" + std::to_string(13 + clientCount) +
+                       " packages currently saved:\n";
+    for (auto const& package : libraryPackages)
+        text += std::string("\t'") + package.name + "' Initialized (" + std::to_string(package.needs) +
+                " dependencies)\n";
+    return text + clients;
+}
+
+InInitMgr& manager()
+{
+    return InInitMgr::getInstance();
+}
+}  // namespace
+
+// ---- order
+
+VN_CHILD(libraryAlone)
+{
+    start();
+    manager().dump(std::cout);
+    stop();
+    manager().dump(std::cout);
+    return 0;
+}
+
+TEST(InInitMgr, libraryStartsInTheOrderOfItsTable)
+{
+    expectOutput("libraryAlone", dumpOfRunning() + "No packages waiting to be initialize.\nNo packages saved.\n");
+}
+
+VN_CHILD(clientOrder)
+{
+    NumberedPackage<1> early("aaa", {Vn::InInit<VnInit::initialize>::getType()});
+    NumberedPackage<2> lower("b", {Vn::InInit<VnInit::base>::getType()});
+    NumberedPackage<3> upper("Z", {Vn::InInit<VnInit::base>::getType()});
+    NumberedPackage<4> last("A", {NumberedPackage<2>::getType()});
+    start();
+    std::ostringstream text;
+    text << manager();
+    std::string line;
+    std::istringstream lines(text.str());
+    for (int i = 0; std::getline(lines, line); ++i)
+        if (i == 1 || i == 2 || i == 3 || i == 4 || i >= 15)
+            std::cout << line << "\n";
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, fewerNeedsComeFirstAndTiesGoByBytesOfTheName)
+{
+    expectOutput("clientOrder", "start aaa\nstart Z\nstart b\nstart A\n"
+                                "17 packages currently saved:\n"
+                                "\t'initialize' Initialized (0 dependencies)\n"
+                                "\t'aaa' Initialized (1 dependencies)\n"
+                                "\t'heapMgr' Initialized (1 dependencies)\n"
+                                "\t'base' Initialized (12 dependencies)\n"
+                                "\t'Z' Initialized (13 dependencies)\n"
+                                "\t'b' Initialized (13 dependencies)\n"
+                                "\t'A' Initialized (14 dependencies)\n"
+                                "stop A\nstop b\nstop Z\nstop aaa\n");
+}
+
+VN_CHILD(stopOrder)
+{
+    NumberedPackage<1> one("one");
+    NumberedPackage<2> two("two", {NumberedPackage<1>::getType()});
+    NumberedPackage<3> three("three", {NumberedPackage<2>::getType()});
+    auto const flags = [&] {
+        std::cout << one.isInitialized << two.isInitialized << three.isInitialized << manager().isInitializing()
+                  << manager().isFinalizing() << "\n";
+    };
+    two.onStart = flags;
+    two.onStop = flags;
+    flags();
+    start();
+    flags();
+    stop();
+    flags();
+    return 0;
+}
+
+TEST(InInitMgr, stopsInTheReverseOrderAndTellsWhatItDoes)
+{
+    expectOutput("stopOrder", "00000\n"
+                              "start one\nstart two\n10010\nstart three\n"
+                              "11100\n"
+                              "stop three\nstop two\n10001\nstop one\n"
+                              "00000\n");
+}
+
+VN_CHILD(sameTypeTwice)
+{
+    NumberedPackage<1> first("first");
+    NumberedPackage<1> second("second");
+    NumberedPackage<2> needing("z", {NumberedPackage<1>::getType()});
+    start();
+    bool const isEither = first.isInitialized != second.isInitialized;
+    std::cout << isEither << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, twoObjectsOfOneTypeAreOnePackage)
+{
+    const ChildRun run = Child("sameTypeTwice").run();
+    bool const isFirst = run.out == "start first\nstart z\n1\n";
+    bool const isSecond = run.out == "start second\nstart z\n1\n";
+    EXPECT_TRUE(isFirst || isSecond) << run.out;
+}
+
+VN_CHILD(listedTwice)
+{
+    NumberedPackage<1> needed("m");
+    NumberedPackage<2> twice("a", {NumberedPackage<1>::getType(), NumberedPackage<1>::getType()});
+    NumberedPackage<3> once("z", {NumberedPackage<1>::getType()});
+    start();
+    return 0;
+}
+
+TEST(InInitMgr, dependencyListedTwiceCountsTwice)
+{
+    expectOutput("listedTwice", "start m\nstart z\nstart a\n");
+}
+
+VN_CHILD(longNames)
+{
+    NumberedPackage<1> fits(std::string(127, 'a').c_str());
+    NumberedPackage<2> cut(std::string(128, 'b').c_str());
+    NumberedPackage<3> null(nullptr);
+    std::cout << std::string(fits.getName()).size() << " " << std::string(cut.getName()).size() << " '"
+              << null.getName() << "'\n";
+    return 0;
+}
+
+TEST(InPackageInit, nameIsCutTo127CharactersAndNullIsEmpty)
+{
+    expectOutput("longNames", "127 127 ''\n");
+}
+
+// ---- cycles and missing packages
+
+VN_CHILD(cycleOfTwo)
+{
+    NumberedPackage<1> a("A", {NumberedPackage<2>::getType()});
+    NumberedPackage<2> b("B", {NumberedPackage<1>::getType()});
+    report("start", start);
+    manager().dump(std::cout);
+    manager().reportCycles(std::cout);
+    std::cout << manager().isInitializing() << "\n";
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, ringOfTwoIsACycleAndNothingStarts)
+{
+    const std::string report = "'A' is in a cycle with:\n\t'B'\n";
+    expectOutput("cycleOfTwo", "start: Init dependencies contain cycle(s)\n"
+                               "No packages waiting to be initialize.\nNo packages saved.\n"
+                               "Dependency cycle(s) detected...\n" +
+                                   report + report + "0\nstop: ok\n");
+}
+
+VN_CHILD(cycleOfThree)
+{
+    NumberedPackage<1> a("A", {NumberedPackage<2>::getType()});
+    NumberedPackage<2> b("B", {NumberedPackage<3>::getType()});
+    NumberedPackage<3> c("C", {NumberedPackage<1>::getType()});
+    NumberedPackage<4> d("D", {NumberedPackage<1>::getType()});
+    report("start", start);
+    manager().reportCycles(std::cout);
+    return 0;
+}
+
+TEST(InInitMgr, ringOfThreeIsReportedWithoutThoseThatOnlyNeedIt)
+{
+    expectOutput("cycleOfThree",
+                 "start: Init dependencies contain cycle(s)\n'A' is in a cycle with:\n\t'B'\n\t'C'\n");
+}
+
+VN_CHILD(twoCycles)
+{
+    NumberedPackage<1> a("A", {NumberedPackage<3>::getType()});
+    NumberedPackage<2> b("B", {NumberedPackage<4>::getType()});
+    NumberedPackage<3> c("C", {NumberedPackage<1>::getType()});
+    NumberedPackage<4> d("D", {NumberedPackage<2>::getType()});
+    report("start", start);
+    manager().reportCycles(std::cout);
+    return 0;
+}
+
+TEST(InInitMgr, ringsApartAreReportedApart)
+{
+    expectOutput("twoCycles", "start: Init dependencies contain cycle(s)\n"
+                              "'A' is in a cycle with:\n\t'C'\n'B' is in a cycle with:\n\t'D'\n");
+}
+
+VN_CHILD(selfDependency)
+{
+    NumberedPackage<1> a("a", {NumberedPackage<1>::getType()});
+    NumberedPackage<2> b("b", {});
+    report("start", start);
+    manager().reportCycles(std::cout);
+    return 0;
+}
+
+TEST(InInitMgr, packageThatListsItselfStartsWithOneDependencyMore)
+{
+    expectOutput("selfDependency", "start b\nstart a\nstart: ok\nNo dependency cycles to report.\n");
+}
+
+VN_CHILD(ringOfSelfListed)
+{
+    NumberedPackage<1> a("a", {NumberedPackage<1>::getType(), NumberedPackage<2>::getType()});
+    NumberedPackage<2> b("b", {NumberedPackage<1>::getType(), NumberedPackage<2>::getType()});
+    report("start", start);
+    manager().reportCycles(std::cout);
+    return 0;
+}
+
+TEST(InInitMgr, ringWhoseMembersAllListThemselvesStarts)
+{
+    expectOutput("ringOfSelfListed", "start a\nstart b\nstart: ok\nNo dependency cycles to report.\n");
+}
+
+VN_CHILD(cycleMembersDestroyed)
+{
+    auto a = std::make_unique<NumberedPackage<1>>("A", std::vector{NumberedPackage<2>::getType()});
+    auto b = std::make_unique<NumberedPackage<2>>("B", std::vector{NumberedPackage<3>::getType()});
+    NumberedPackage<3> c("C", {NumberedPackage<1>::getType()});
+    report("start", start);
+    a.reset();
+    manager().reportCycles(std::cout);
+    b.reset();
+    manager().reportCycles(std::cout);
+    return 0;
+}
+
+TEST(InInitMgr, destroyedMembersLeaveTheReportOfTheirCycle)
+{
+    expectOutput("cycleMembersDestroyed", "start: Init dependencies contain cycle(s)\n"
+                                          "'B' is in a cycle with:\n\t'C'\n'C' is in a cycle with:\n");
+}
+
+VN_CHILD(notRegistered)
+{
+    class Nobody
+    {};
+    NumberedPackage<1> a("a", {&typeid(Nobody)});
+    try {
+        start();
+    } catch (Vn::InEx::ExPackageNotRegistered const& failure) {
+        std::cout << (std::string(failure.what()) ==
+                      std::string("Init Package not registered: '") + typeid(Nobody).name() + "'.")
+                  << failure.getFileName() << "\n";
+    }
+    manager().dump(std::cout);
+    report("again", start);
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, dependencyThatNobodyRegisteredIsNamedAndNothingStarts)
+{
+    expectOutput("notRegistered", "1src/base/ininitmgr\nNo packages waiting to be initialize.\nNo packages saved.\n"
+                                  "again: ok\nstop: ok\n");
+}
+
+VN_CHILD(afterACycle)
+{
+    {
+        NumberedPackage<1> a("A", {NumberedPackage<2>::getType()});
+        NumberedPackage<2> b("B", {NumberedPackage<1>::getType()});
+        report("start", start);
+    }
+    std::optional<NumberedPackage<3>> fresh;
+    {
+        Vn::InReinitGuard guard;
+        fresh.emplace("fresh");
+    }
+    manager().dump(std::cout);
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, goesOnAfterACycleWithWhatIsRegisteredLater)
+{
+    expectOutput("afterACycle", "start: Init dependencies contain cycle(s)\nstart fresh\n"
+                                "No packages waiting to be initialize.\n1 packages currently saved:\n"
+                                "\t'fresh' Initialized (0 dependencies)\nstop fresh\n");
+}
+
+VN_CHILD(noCycle)
+{
+    manager().reportCycles(std::cout);
+    NumberedPackage<1> waiting("w");
+    std::ostringstream text;
+    manager().dump(text);
+    std::cout << text.str().substr(0, 43) << "|" << text.str().substr(text.str().find("\t'w'"));
+    return 0;
+}
+
+TEST(InInitMgr, tellsBeforeTheStartWhatWaits)
+{
+    expectOutput("noCycle", "No dependency cycles to report.\n14 packages waiting to be initialize:\n\t'bas|"
+                            "\t'w' Not initialized\nNo packages saved.\n");
+}
+
+// ---- hooks that fail
+
+VN_CHILD(failingHook)
+{
+    NumberedPackage<1> one("1");
+    NumberedPackage<2> two("2", {NumberedPackage<1>::getType()});
+    NumberedPackage<3> three("3", {NumberedPackage<2>::getType()});
+    two.onStart = [] { throw Vn::InEx::ExPackageInitError("src/base/x", 1, "2"); };
+    report("start", start);
+    std::cout << manager().isInitializing() << two.isInitialized << "\n";
+    std::ostringstream text;
+    manager().dump(text);
+    std::cout << text.str().substr(text.str().find("\t'1'")).substr(0, 34) << "...\n"
+              << text.str().substr(text.str().find("\t'2'")).substr(0, 21) << "...\n"
+              << text.str().substr(text.str().find("\t'3'")).substr(0, 21);
+    report("again", start);
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, failingStartLeavesWhatRunsToBeStoppedAndSkipsTheRest)
+{
+    expectOutput("failingHook", "start 1\nstart 2\nstart: Init error in package: '2'.\n00\n"
+                                "\t'1' Initialized (0 dependencies)\n...\n"
+                                "\t'2' Not initialized\n...\n\t'3' Not initialized\n"
+                                "again: ok\nstop 1\nstop: ok\n");
+}
+
+VN_CHILD(foreignException)
+{
+    NumberedPackage<1> one("1");
+    NumberedPackage<2> two("2", {NumberedPackage<1>::getType()});
+    two.onStart = [] { throw 42; };
+    try {
+        start();
+    } catch (int thrown) {
+        std::cout << "caught " << thrown << manager().isInitializing() << "\n";
+    }
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, foreignExceptionOfAHookGoesThroughUnchanged)
+{
+    expectOutput("foreignException", "start 1\nstart 2\ncaught 420\nstop 1\n");
+}
+
+VN_CHILD(failingStop)
+{
+    NumberedPackage<1> one("1");
+    NumberedPackage<2> two("2", {NumberedPackage<1>::getType()});
+    NumberedPackage<3> three("3", {NumberedPackage<2>::getType()});
+    start();
+    two.onStop = [] { throw std::runtime_error("no"); };
+    report("stop", stop);
+    std::cout << manager().isFinalizing() << "\n";
+    two.onStop = nullptr;
+    report("stop again", stop);
+    report("and again", stop);
+    return 0;
+}
+
+TEST(InInitMgr, failingStopLeavesTheRestRunningAndCanBeRepeated)
+{
+    expectOutput("failingStop", "start 1\nstart 2\nstart 3\nstop 3\nstop 2\nstop: something else\n0\n"
+                                "stop 3\nstop 2\nstop 1\nstop again: ok\n"
+                                "and again: Multiple calls to finalize().\n");
+}
+
+VN_CHILD(stopWithinStop)
+{
+    NumberedPackage<1> one("1");
+    one.onStop = [] { report("inner", stop); };
+    start();
+    report("outer", stop);
+    return 0;
+}
+
+TEST(InInitMgr, stopFromWithinAStopIsRefused)
+{
+    expectOutput("stopWithinStop", "start 1\nstop 1\ninner: Multiple calls to finalize().\nouter: ok\n");
+}
+
+// ---- arguments
+
+VN_CHILD(arguments)
+{
+    std::vector<char const*> given{"prog", "-x", "", "file"};
+    int count = 4;
+    char const* const* vector = given.data();
+    manager().initialize(count, vector);
+    std::cout << count << (vector == nullptr) << "\n";
+    for (char const* argument : Vn::InContextAliasMgrBase::getUnboundArgs())
+        std::cout << "'" << argument << "' " << (argument != given[0]) << "\n";
+    std::cout << Vn::InContextAliasMgrBase::getApplicationName() << "\n";
+    stop();
+    std::cout << Vn::InContextAliasMgrBase::getUnboundArgs().size() << "'"
+              << Vn::InContextAliasMgrBase::getApplicationName() << "'\n";
+    return 0;
+}
+
+TEST(InInitMgr, takesTheArgumentsOver)
+{
+    expectOutput("arguments", "01\n'prog' 1\n'-x' 1\n'' 1\n'file' 1\nprog\n0''\n");
+}
+
+VN_CHILD(badArguments)
+{
+    int count = -4;
+    char const* const* vector = nullptr;
+    report("negative count", [&] { manager().initialize(count, vector); });
+    std::cout << count << Vn::InContextAliasMgrBase::getUnboundArgs().size() << "\n";
+    count = 2;
+    report("null vector", [&] { manager().initialize(count, vector); });
+    std::cout << count << "\n";
+    report("null element", [] { startWith({"prog", nullptr}); });
+    for (char const* argument : Vn::InContextAliasMgrBase::getUnboundArgs())
+        std::cout << "'" << argument << "'\n";
+    return 0;
+}
+
+TEST(InInitMgr, badArgumentVectorsAreBounded)
+{
+    expectOutput("badArguments", "negative count: ok\n00\nnull vector: Assertion 'argv != 0' failed.\n2\n"
+                                 "null element: ok\n'prog'\n''\n");
+}
+
+// ---- the table of situations
+
+VN_CHILD(initializeTwice)
+{
+    NumberedPackage<1> one("1");
+    startWith({"prog", "a"});
+    report("second", [] { startWith({"b", "c"}); });
+    for (char const* argument : Vn::InContextAliasMgrBase::getUnboundArgs())
+        std::cout << argument << " ";
+    std::cout << "\n";
+    stop();
+    report("after the end", [] { startWith({"d"}); });
+    std::cout << Vn::InContextAliasMgrBase::getUnboundArgs().size() << "\n";
+    report("stop", stop);
+    std::cout << Vn::InContextAliasMgrBase::getUnboundArgs().size() << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, secondInitializeAddsArgumentsAndStartsNothingAgain)
+{
+    expectOutput("initializeTwice", "start 1\nsecond: ok\nprog a b c \nstop 1\nafter the end: ok\n1\n"
+                                    "stop: Multiple calls to finalize().\n0\n");
+}
+
+VN_CHILD(registeredLate)
+{
+    start();
+    report("without a guard", [] { NumberedPackage<1> late("late"); });
+    stop();
+    report("after the end", [] { NumberedPackage<1> late("late"); });
+    return 0;
+}
+
+TEST(InInitMgr, latePackageNeedsAGuard)
+{
+    expectOutput("registeredLate", "without a guard: Reinitialize without using the reinitialize guard.\n"
+                                   "after the end: Reinitialize without using the reinitialize guard.\n");
+}
+
+VN_CHILD(registeredUnderAGuard)
+{
+    start();
+    std::optional<NumberedPackage<1>> late;
+    {
+        Vn::InReinitGuard guard;
+        late.emplace("late", std::vector{Vn::InInit<VnInit::base>::getType()});
+        std::cout << late->getDependencies().size() << "\nend of guard\n";
+    }
+    std::ostringstream text;
+    manager().dump(text);
+    std::cout << text.str().substr(text.str().find("\t'late'"));
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, latePackageStartsWhenItsGuardEndsAndWhatRunsIsNoDependency)
+{
+    expectOutput("registeredUnderAGuard",
+                 "0\nend of guard\nstart late\n\t'late' Initialized (0 dependencies)\nstop late\n");
+}
+
+VN_CHILD(registeredInAHook)
+{
+    std::optional<NumberedPackage<2>> second;
+    NumberedPackage<1> first("first");
+    first.onStart = [&] {
+        second.emplace("second", std::vector{NumberedPackage<1>::getType()});
+        std::cout << second->getDependencies().size() << "\n";
+    };
+    {
+        Vn::InReinitGuard guard;
+        report("start", start);
+        std::cout << "end of guard\n";
+    }
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, packageThatAHookRegistersWaitsForItsRegistrarAndFails)
+{
+    // The registrar isn't marked while its hook runs, so it becomes a dependency outside the second's batch.
+    const ChildRun run = Child("registeredInAHook").without("VN_DEBUG_INITIALIZE").run();
+    EXPECT_EQ(run.out, std::string("start first\n1\nstart: Init Package not registered: '") +
+                           NumberedPackage<1>::getType()->name() + "'.\nend of guard\nstop first\n");
+}
+
+VN_CHILD(registeredInAHookAlone)
+{
+    std::optional<NumberedPackage<2>> second;
+    NumberedPackage<1> first("first");
+    first.onStart = [&] { second.emplace("second"); };
+    {
+        Vn::InReinitGuard guard;
+        report("start", start);
+        std::cout << "end of guard\n";
+    }
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, packageThatAHookRegistersUnderAGuardStartsInTheRunningLoop)
+{
+    expectOutput("registeredInAHookAlone",
+                 "start first\nstart second\nstart: ok\nend of guard\nstop second\nstop first\n");
+}
+
+VN_CHILD(registeredAfterTheEnd)
+{
+    start();
+    stop();
+    std::optional<NumberedPackage<1>> late;
+    report("guard", [&] {
+        Vn::InReinitGuard guard;
+        late.emplace("late", std::vector{Vn::InInit<VnInit::initialize>::getType()});
+    });
+    return 0;
+}
+
+TEST(InInitMgr, afterTheEndDependenciesMustBeRegisteredAnew)
+{
+    expectOutput("registeredAfterTheEnd", std::string("guard: Init Package not registered: '") +
+                                              Vn::InInit<VnInit::initialize>::getType()->name() + "'.\n");
+}
+
+VN_CHILD(finalizeFirst)
+{
+    Vn::InVariableBase::overrideViaHandle("handle", "text", "description");
+    report("stop", stop);
+    std::cout << Vn::InVariableBase::isOverridden("handle") << "\n";
+    report("start", start);
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, stopBeforeTheStartIsRefusedAfterOverridesWereCleared)
+{
+    expectOutput("finalizeFirst", "stop: Call to finalize() before initialize().\n0\nstart: ok\nstop: ok\n");
+}
+
+VN_CHILD(finalizeTwice)
+{
+    startWith({"prog"});
+    report("stop", stop);
+    report("stop", stop);
+    report("start", [] { startWith({"prog"}); });
+    std::cout << Vn::InContextAliasMgrBase::getUnboundArgs().size() << "\n";
+    report("stop", stop);
+    std::cout << Vn::InContextAliasMgrBase::getUnboundArgs().size() << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, secondStopIsRefusedForEverAfterArgumentsWereFreed)
+{
+    expectOutput("finalizeTwice", "stop: ok\nstop: Multiple calls to finalize().\nstart: ok\n1\n"
+                                  "stop: Multiple calls to finalize().\n0\n");
+}
+
+// ---- batches
+
+VN_CHILD(failedPackageIsNoDependency)
+{
+    NumberedPackage<1> failing("failing");
+    failing.onStart = [] { throw Vn::ExInternalError("src/base/x", 1, "no"); };
+    report("start", start);
+    std::optional<NumberedPackage<2>> needing;
+    report("guard", [&] {
+        Vn::InReinitGuard guard;
+        needing.emplace("needing", std::vector{NumberedPackage<1>::getType()});
+        std::cout << needing->getDependencies().size() << "\n";
+    });
+    return 0;
+}
+
+TEST(InInitMgr, packageWhoseStartFailedSatisfiesNobody)
+{
+    expectOutput("failedPackageIsNoDependency",
+                 std::string("start failing\nstart: no\n1\nguard: Init Package not registered: '") +
+                     NumberedPackage<1>::getType()->name() + "'.\n");
+}
+
+VN_CHILD(runningPackageRegisteredAgain)
+{
+    NumberedPackage<1> first("first");
+    start();
+    {
+        Vn::InReinitGuard guard;
+        NumberedPackage<1> again("again");
+        std::ostringstream text;
+        manager().dump(text);
+        std::cout << text.str().substr(0, 38);
+    }
+    return 0;
+}
+
+TEST(InInitMgr, runningPackageDoesNotWaitAgain)
+{
+    expectOutput("runningPackageRegisteredAgain", "start first\nNo packages waiting to be initialize.\n");
+}
+
+VN_CHILD(destroyedPackages)
+{
+    auto waiting = std::make_unique<NumberedPackage<1>>("waiting");
+    waiting.reset();
+    auto running = std::make_unique<NumberedPackage<2>>("running");
+    NumberedPackage<3> other("other");
+    start();
+    running.reset();
+    std::ostringstream text;
+    manager().dump(text);
+    std::cout << (text.str().find("running") == std::string::npos) << "\n";
+    std::optional<NumberedPackage<2>> anew;
+    {
+        Vn::InReinitGuard guard;
+        anew.emplace("anew");
+    }
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, destroyedPackageLeavesTheLists)
+{
+    expectOutput("destroyedPackages", "start other\nstart running\n1\nstart anew\nstop anew\nstop other\n");
+}
+
+VN_CHILD(destroyedDuringTheStop)
+{
+    std::unique_ptr<NumberedPackage<2>> later;
+    auto earlier = std::make_unique<NumberedPackage<3>>("a");
+    NumberedPackage<1> one("b");
+    NumberedPackage<4> four("c");
+    start();
+    {
+        Vn::InReinitGuard guard;
+        later = std::make_unique<NumberedPackage<2>>("d");
+    }
+    four.onStop = [&] {
+        later.reset();
+        earlier.reset();
+    };
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, packagesDestroyedByAStopAreNeitherStoppedNorTouched)
+{
+    expectOutput("destroyedDuringTheStop",
+                 "start a\nstart b\nstart c\nstart d\nstop d\nstop c\nstop b\nstop: ok\n");
+}
+
+VN_CHILD(destroyedDuringTheStart)
+{
+    auto victim = std::make_unique<NumberedPackage<2>>("b");
+    NumberedPackage<1> one("a");
+    NumberedPackage<3> three("c");
+    one.onStart = [&] { victim.reset(); };
+    report("start", start);
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, packageDestroyedByAStartIsPassedOver)
+{
+    expectOutput("destroyedDuringTheStart", "start a\nstart c\nstart: ok\nstop c\nstop a\n");
+}
+
+VN_CHILD(guardWithinAHook)
+{
+    std::optional<NumberedPackage<3>> inner;
+    NumberedPackage<1> one("a");
+    NumberedPackage<2> two("b");
+    one.onStart = [&] {
+        Vn::InReinitGuard guard;
+        inner.emplace("inner");
+    };
+    report("start", start);
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, guardEndedWithinAHookStaysInBounds)
+{
+    // The inner loop replaces the batch; the outer one finds it at its end, so "b" isn't started.
+    expectOutput("guardWithinAHook", "start a\nstart inner\nstart: ok\nstop inner\nstop a\nstop: ok\n");
+}
+
+VN_CHILD(nullDependency)
+{
+    NumberedPackage<1> one("a");
+    report("null", [] { NumberedPackage<2> two("b", {nullptr}); });
+    report("null variable",
+           [&] { one.Vn::InPackageInit::addDependency(static_cast<Vn::InVariableBase*>(nullptr)); });
+    one.removeDependency(nullptr);
+    report("start", start);
+    return 0;
+}
+
+TEST(InPackageInit, nullDependencyIsRefused)
+{
+    expectOutput("nullDependency", "null: Assertion 'type != 0' failed.\n"
+                                   "null variable: Assertion 'variable != 0' failed.\nstart a\nstart: ok\n");
+}
+
+// ---- variables of a package
+
+VN_CHILD(variablesOfAPackage)
+{
+    NumberedPackage<1> package("p", {Vn::InInit<VnInit::initialize>::getType()});
+    const Vn::InContextAlias<Vn::InInitDef, 0> alias("5", "default");
+    Vn::InVariable<int> variable("v", package, alias);
+    package.onStart = [&] { std::cout << variable.isValid() << variable.getValue() << "\n"; };
+    package.onStop = [&] { std::cout << variable.isValid() << variable.getValue() << "\n"; };
+    std::cout << variable.isValid() << "\n";
+    start();
+    stop();
+    std::cout << variable.isValid() << "\n";
+    return 0;
+}
+
+TEST(InPackageInit, variablesLiveAroundBothHooks)
+{
+    const ChildRun run = Child("variablesOfAPackage").without("VN_DEBUG_INITIALIZE").run();
+    // The sources of the variable are taken away after the package, at the stop of `initialize`.
+    EXPECT_EQ(run.out, "0\nstart p\n15\nstop p\n15\n0\n");
+}
+
+VN_CHILD(variableOrder)
+{
+    NumberedPackage<1> package("p", {Vn::InInit<VnInit::initialize>::getType()});
+    const Vn::InContextAlias<Vn::InInitDef, 0> alias("5", "default");
+    auto first = std::make_unique<Vn::InVariable<int>>("first", package, alias);
+    Vn::InVariable<int> second("second", package, alias);
+    Vn::InVariable<int> third("third", package, alias);
+    first.reset();
+    package.onStart = [] { std::cerr << "hook\n"; };
+    start();
+    return 0;
+}
+
+TEST(InPackageInit, variablesAreInitialisedInOrderBeforeTheHookAndDestroyedOnesNot)
+{
+    const ChildRun run = Child("variableOrder").with("VN_DEBUG_INITIALIZE", "1").run();
+    const std::size_t second = run.err.find("Initializing variable  : second");
+    const std::size_t third = run.err.find("Initializing variable  : third");
+    const std::size_t hook = run.err.find("hook\n");
+    EXPECT_EQ(run.err.find("Initializing variable  : first"), std::string::npos);
+    ASSERT_NE(second, std::string::npos);
+    EXPECT_LT(second, third);
+    EXPECT_LT(third, hook);
+    EXPECT_NE(hook, std::string::npos);
+}
+
+// ---- diagnostics
+
+VN_CHILD(diagnostics)
+{
+    NumberedPackage<1> one("one");
+    NumberedPackage<2> two("two", {NumberedPackage<1>::getType(), Vn::InInit<VnInit::initialize>::getType()});
+    start();
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, diagnosticsAreExactToTheByte)
+{
+    // On Windows an empty value can't be told from none in every way of starting a process, so it is set to a text.
+    const ChildRun run = Child("diagnostics").with("VN_DEBUG_INITIALIZE", "0").run();
+
+    std::string expected;
+    for (char const* name : {"base", "baseMath", "debugging", "discreteTime", "heapMgr", "initArg", "initialize",
+                             "initVars", "logger", "osal", "profiling", "random", "testing", "one", "two"})
+        expected += std::string("Registering Package: InInit<") + name + ">\n";
+    expected += "-->_nbPckgs:15\n";
+    int index = 0;
+    for (char const* name : {"base", "baseMath", "debugging", "discreteTime", "heapMgr", "initArg", "initVars",
+                             "initialize", "logger", "one", "osal", "profiling", "random", "testing", "two"})
+        expected += "_packagesToInit[" + std::to_string(index++) + "]: " + name + "\n";
+
+    auto const aliases = [](std::string const& manager) {
+        return "----\nContext aliases of type: : " + manager + "\n----\n";
+    };
+    using namespace Vn;
+    const std::string kinds = aliases(typeid(InContextAliasMgr<InContextAlias<InInitDef, 0>>).name()) +
+                              aliases(typeid(InContextAliasMgr<InContextAlias<InInitEnv, 1>>).name()) +
+                              aliases(typeid(InContextAliasMgr<InContextAlias<InInitOvr, 0>>).name());
+    const std::string arguments = aliases(typeid(InContextAliasMgr<InContextAlias<InInitArg, 1>>).name());
+
+    std::vector<std::pair<std::string, int>> order;
+    for (auto const& package : libraryPackages) {
+        order.emplace_back(package.name, package.listed);
+        if (order.size() == 1)
+            order.emplace_back("one", 0);
+        if (order.back().first == "profiling")
+            order.emplace_back("two", 2);
+    }
+    for (auto const& [name, listed] : order) {
+        expected +=
+            std::string(static_cast<std::size_t>(listed), ' ') + "InInit<" + name + ">::performInitialize()\n";
+        if (name == "initialize")
+            expected += kinds;
+        if (name == "initArg")
+            expected += arguments;
+    }
+    for (auto position = order.rbegin(); position != order.rend(); ++position)
+        expected += std::string(static_cast<std::size_t>(position->second), ' ') + "InInit<" + position->first +
+                    ">::performFinalize()\n";
+    EXPECT_EQ(run.err, expected);
+    EXPECT_EQ(run.out, "start one\nstart two\nstop two\nstop one\n");
+}
+
+#if !defined(_WIN32)
+TEST(InInitMgr, emptyValueSwitchesTheDiagnosticsOnToo)
+{
+    EXPECT_NE(Child("libraryAlone").with("VN_DEBUG_INITIALIZE", "").run().err, "");
+    EXPECT_EQ(Child("libraryAlone").without("VN_DEBUG_INITIALIZE").run().err, "");
+}
+#endif
+
+// ---- the environment snapshot
+
+VN_CHILD(environment)
+{
+    auto const print = [](char const* name) {
+        char const* const value = InInitMgr::getEnv(name);
+        std::cout << name << "=" << (value != nullptr ? value : "(null)") << "\n";
+    };
+    print("VN_TEST_PLAIN");
+    print("VN_TEST_EQUALS");
+    print("vn_test_plain");
+    print("VN_TEST_UNSET");
+    static char changed[] = "VN_TEST_PLAIN=changed";
+    ::putenv(changed);
+    print("VN_TEST_PLAIN");
+    std::cout << (InInitMgr::getEnv(nullptr) == nullptr) << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, environmentIsThatOfTheStart)
+{
+    const ChildRun run = Child("environment")
+                             .with("VN_TEST_PLAIN", "value")
+                             .with("VN_TEST_EQUALS", "a=b=c")
+                             .without("VN_TEST_UNSET")
+                             .run();
+    EXPECT_EQ(run.out, "VN_TEST_PLAIN=value\nVN_TEST_EQUALS=a=b=c\nvn_test_plain=(null)\nVN_TEST_UNSET=(null)\n"
+                       "VN_TEST_PLAIN=value\n1\n");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(InInitMgr, entryWithoutAnEqualsSignIsReportedAndLeftOut)
+{
+    const ChildRun run = Child("environment").with("VN_TEST_PLAIN", "value").withEntry("VN_TEST_NO_VALUE").run();
+    EXPECT_EQ(run.err, "Skipping over Environment Variable: VN_TEST_NO_VALUE\n");
+    EXPECT_EQ(run.out.substr(0, 20), "VN_TEST_PLAIN=value\n");
+}
+
+#if !defined(_WIN32)
+TEST(InInitMgr, nameThatComesTwiceKeepsTheLaterValue)
+{
+    const ChildRun run =
+        Child("environment").with("VN_TEST_PLAIN", "earlier").withEntry("VN_TEST_PLAIN=later").run();
+    EXPECT_EQ(run.out.substr(0, 20), "VN_TEST_PLAIN=later\n");
+}
+#endif
+
+// ---- threads
+
+VN_CHILD(firstUseOnManyThreads)
+{
+    std::vector<InInitMgr*> seen(8);
+    std::vector<std::thread> threads;
+    for (InInitMgr*& instance : seen)
+        threads.emplace_back([&instance] { instance = &InInitMgr::getInstance(); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (InInitMgr const* instance : seen)
+        std::cout << (instance == seen[0]);
+    std::cout << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, isOneForAllThreads)
+{
+    expectOutput("firstUseOnManyThreads", "11111111\n");
+}
+
+// ---- the graph
+
+VN_CHILD(graph)
+{
+    NumberedPackage<1> one("quo\"te");
+    NumberedPackage<2> two("two", {NumberedPackage<1>::getType()});
+    start();
+    std::ostringstream text;
+    manager().dumpGraph(text);
+    std::istringstream lines(text.str());
+    std::string line;
+    while (std::getline(lines, line))
+        if (line.find("quo") != std::string::npos || line.find("two") != std::string::npos || line[0] != ' ' ||
+            line.find("osal\" ->") != std::string::npos)
+            std::cout << line << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, graphNamesEveryPackageAndItsDependencies)
+{
+    expectOutput("graph", "start quo\"te\nstart two\n"
+                          "digraph packages {\n"
+                          "    \"quo\\\"te\" [label=\"2. quo\\\"te\"];\n"
+                          "    \"two\" [label=\"6. two\"];\n"
+                          "    \"osal\" -> \"initialize\";\n"
+                          "    \"two\" -> \"quo\\\"te\";\n"
+                          "}\n");
+}
