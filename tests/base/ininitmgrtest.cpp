@@ -21,8 +21,8 @@
 
 using Vn::InInitMgr;
 using VnTest::Child;
-using VnTest::expectOutput;
 using VnTest::ChildRun;
+using VnTest::expectOutput;
 using VnTest::NumberedPackage;
 using VnTest::report;
 using VnTest::start;
