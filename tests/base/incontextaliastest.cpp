@@ -342,6 +342,7 @@ VN_CHILD(noOptions)
 {
     startWith({"prog", "-v", "--", "x"});
     printUnbound();
+    stop();
     return 0;
 }
 
@@ -357,6 +358,7 @@ VN_CHILD(sharedLetter)
     startWith({"prog", "-v", "x", "y"});
     std::cout << "[" << valueOf(plain) << "][" << valueOf(withValue) << "]"
               << InContextAliasMgrBase::getUnboundArgs().size() << "\n";
+    stop();
     return 0;
 }
 
@@ -374,6 +376,7 @@ VN_CHILD(oddKeys)
     startWith({"prog", "-a", "-b", "x"});
     std::cout << "[" << valueOf(empty) << "][" << valueOf(several) << "] ";
     printUnbound();
+    stop();
     return 0;
 }
 
@@ -402,6 +405,7 @@ VN_CHILD(secondVector)
     startWith({"prog", "-v"});
     std::cout << valueOf(option) << " ";
     printUnbound();
+    stop();
     return 0;
 }
 

@@ -470,6 +470,7 @@ VN_CHILD(badArguments)
     report("null element", [] { startWith({"prog", nullptr}); });
     for (char const* argument : Vn::InContextAliasMgrBase::getUnboundArgs())
         std::cout << "'" << argument << "'\n";
+    stop();
     return 0;
 }
 

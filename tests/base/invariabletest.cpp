@@ -268,12 +268,13 @@ VN_CHILD(sourceNotStarted)
     InVariable<char const*> text("text", package, argument, fallback);
     startWith({"prog", "-o", "given"});
     printValue(text);
+    stop();
     return 0;
 }
 
 TEST(InVariable, sourceOfAKindThatHasNotStartedIsPassedOver)
 {
-    expectOutput("sourceNotStarted", "start a\ndefault from default ");
+    expectOutput("sourceNotStarted", "start a\ndefault from default stop a\n");
 }
 
 // ---- handles

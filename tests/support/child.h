@@ -27,14 +27,15 @@ struct ChildRun
 ///     }
 ///
 /// The test program starts itself again and runs the body named; the body's result is the exit code. It is a new
-/// process, not a copy of this one, so the same test runs on Windows. There, a body's streams are binary.
+/// process, not a copy of this one, so the same test runs on Windows. What text mode adds to its streams there is taken
+/// away again.
 class Child
 {
 public:
     /// Runs the body `name` of this program.
     explicit Child(std::string name);
 
-    /// Runs another program, with its streams as they are.
+    /// Runs another program.
     static Child program(std::string path);
 
     /// Arguments for the body, or the program.
@@ -75,7 +76,6 @@ std::string getProgramFolder();
 // Platform side, in childposix.cpp and childwindows.cpp.
 std::vector<std::string> getOwnEnvironment();
 ChildRun runProcess(std::vector<std::string> const& command, std::vector<std::string> const& environment);
-void makeStreamsBinary();
 
 }  // namespace VnTest
 

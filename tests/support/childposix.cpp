@@ -109,6 +109,4 @@ std::string getProgramPath()
     return std::string(path, length > 0 ? static_cast<std::size_t>(length) : 0);
 }
 
-void makeStreamsBinary() {}  // they always are
-
 }  // namespace VnTest

@@ -3,9 +3,6 @@
 
 #include <windows.h>
 
-#include <fcntl.h>
-#include <io.h>
-
 #include <cstdio>
 #include <stdexcept>
 #include <thread>
@@ -50,6 +47,16 @@ void readAll(HANDLE end, std::string& text)
     DWORD got = 0;
     while (::ReadFile(end, buffer, sizeof buffer, &got, nullptr) && got != 0)
         text.append(buffer, got);
+}
+
+/// The C library's streams write a carriage return before each line feed; takes exactly these away.
+void undoTextMode(std::string& text)
+{
+    std::string original;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (text.compare(i, 2, "\r\n") != 0)
+            original += text[i];
+    text = original;
 }
 }  // namespace
 
@@ -100,6 +107,8 @@ ChildRun runProcess(std::vector<std::string> const& command, std::vector<std::st
     ::CloseHandle(err.readEnd);
     if (!started)
         throw std::runtime_error("can't start " + command[0]);
+    undoTextMode(run.out);
+    undoTextMode(run.err);
     run.crashed = exitCode == abortExitCode || exitCode >= firstExceptionCode;
     run.exitCode = run.crashed ? -1 : static_cast<int>(exitCode);
     return run;
@@ -110,12 +119,6 @@ std::string getProgramPath()
     char path[MAX_PATH] = "";
     const DWORD length = ::GetModuleFileNameA(nullptr, path, sizeof path);
     return std::string(path, length);
-}
-
-void makeStreamsBinary()
-{
-    ::_setmode(::_fileno(stdout), _O_BINARY);
-    ::_setmode(::_fileno(stderr), _O_BINARY);
 }
 
 }  // namespace VnTest
