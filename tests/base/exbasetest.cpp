@@ -195,7 +195,8 @@ TEST(ExBase, cloneReportsTheConcreteType)
     } catch (Vn::ExBase const& caught) {
         clone.reset(caught.clone());
     }
-    EXPECT_EQ(typeid(*clone), typeid(Vn::ExInternalError));
+    Vn::ExBase const& copied = *clone;
+    EXPECT_EQ(typeid(copied), typeid(Vn::ExInternalError));
     EXPECT_STREQ(clone->getReason(), "reason");
     EXPECT_EQ(clone->getDetailedReason(), std::string("[Exception Type = ") + typeid(Vn::ExInternalError).name() +
                                               ", File = file.cpp, Line=3]\nreason");

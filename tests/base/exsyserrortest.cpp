@@ -68,7 +68,8 @@ TEST(ExSysErrorANSI, cloneIsOfTheConcreteTypeAndKeepsTheNumber)
     errno = ENOENT;
     const Vn::ExSysErrorANSI error("file.cpp", 5);
     const std::unique_ptr<Vn::ExBase> clone(error.clone());
-    ASSERT_EQ(typeid(*clone), typeid(Vn::ExSysErrorANSI));
+    Vn::ExBase const& copied = *clone;
+    ASSERT_EQ(typeid(copied), typeid(Vn::ExSysErrorANSI));
     EXPECT_EQ(dynamic_cast<Vn::ExSysErrorANSI&>(*clone).getError(), ENOENT);
     EXPECT_STREQ(clone->getReason(), error.getReason());
 }
@@ -101,7 +102,8 @@ TEST(ExSysErrorWindows, cloneIsOfTheConcreteTypeAndKeepsTheNumber)
     setSystemError(5);
     const Vn::ExSysErrorWindows error("file.cpp", 6);
     const std::unique_ptr<Vn::ExBase> clone(error.clone());
-    ASSERT_EQ(typeid(*clone), typeid(Vn::ExSysErrorWindows));
+    Vn::ExBase const& copied = *clone;
+    ASSERT_EQ(typeid(copied), typeid(Vn::ExSysErrorWindows));
     EXPECT_EQ(dynamic_cast<Vn::ExSysErrorWindows&>(*clone).getErrorCode(), 5);
     EXPECT_STREQ(clone->getReason(), error.getReason());
 }

@@ -197,7 +197,8 @@ TEST(InContextAlias, cloneHasKindKeyAndDescription)
 {
     const Environment alias("VN_TEST_KEY", "d");
     const std::unique_ptr<InContextAliasBase> clone(alias.clone());
-    EXPECT_EQ(typeid(*clone), typeid(Environment));
+    InContextAliasBase const& copied = *clone;
+    EXPECT_EQ(typeid(copied), typeid(Environment));
     EXPECT_STREQ(clone->getKey(), "VN_TEST_KEY");
     EXPECT_NE(clone->getKey(), alias.getKey());
     EXPECT_STREQ(clone->getDescription(), "d");

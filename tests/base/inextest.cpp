@@ -81,7 +81,8 @@ TEST(InEx, cloneHasTheConcreteType)
 {
     const InEx::ExPackageInitError error(file, 1, "p");
     const std::unique_ptr<Vn::ExBase> clone(error.clone());
-    EXPECT_EQ(typeid(*clone), typeid(InEx::ExPackageInitError));
+    Vn::ExBase const& copied = *clone;
+    EXPECT_EQ(typeid(copied), typeid(InEx::ExPackageInitError));
     EXPECT_STREQ(clone->getReason(), "Init error in package: 'p'.");
 }
 
