@@ -25,10 +25,10 @@ bool bearsName(std::string const& entry, std::string const& name)
 
 Child::Child(std::string name) : _command{getProgramPath(), childOption, std::move(name)} {}
 
-Child Child::program(std::string path)
+Child Child::program(std::string const& name)
 {
     Child child;
-    child._command.push_back(std::move(path));
+    child._command.push_back(getProgramFolder() + "/" + name + programSuffix);
     return child;
 }
 

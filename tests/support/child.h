@@ -35,8 +35,8 @@ public:
     /// Runs the body `name` of this program.
     explicit Child(std::string name);
 
-    /// Runs another program.
-    static Child program(std::string path);
+    /// Runs another program, of that name in this program's folder.
+    static Child program(std::string const& name);
 
     /// Arguments for the body, or the program.
     Child& arguments(std::vector<std::string> arguments);
@@ -72,6 +72,9 @@ struct ChildRegistration
 /// Path of the running test program, and the folder that holds it.
 std::string getProgramPath();
 std::string getProgramFolder();
+
+/// What the file of a program is called behind its name.
+extern char const* const programSuffix;
 
 // Platform side, in childposix.cpp and childwindows.cpp.
 std::vector<std::string> getOwnEnvironment();

@@ -62,6 +62,8 @@ void readAll(int out, int err, ChildRun& run)
 }
 }  // namespace
 
+char const* const programSuffix = "";
+
 std::vector<std::string> getOwnEnvironment()
 {
     std::vector<std::string> entries;

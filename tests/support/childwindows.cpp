@@ -60,6 +60,8 @@ void undoTextMode(std::string& text)
 }
 }  // namespace
 
+char const* const programSuffix = ".exe";
+
 std::vector<std::string> getOwnEnvironment()
 {
     std::vector<std::string> entries;

@@ -1,0 +1,205 @@
+#include "child.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using VnTest::Child;
+using VnTest::ChildRun;
+
+namespace
+{
+namespace fs = std::filesystem;
+
+/// A small tree of files, with its own folder for each test.
+class InventoryTest : public testing::Test
+{
+protected:
+    InventoryTest()
+        : root(fs::current_path() /
+               (std::string("inventory.") + testing::UnitTest::GetInstance()->current_test_info()->name()))
+    {
+        fs::remove_all(root);
+        write("a.txt", 10);
+        write("b.txt", 5);
+        write("c.bin", 100);
+        write("README", 1);
+        write(".hidden.txt", 1000);
+        write("sub/d.txt", 20);
+        write("sub/deep/e.bin", 200);
+    }
+
+    ~InventoryTest() override { fs::remove_all(root); }
+
+    void write(char const* name, int size) const
+    {
+        fs::create_directories((root / name).parent_path());
+        std::ofstream(root / name, std::ios::binary) << std::string(static_cast<std::size_t>(size), 'x');
+    }
+
+    Child inventory(std::vector<std::string> arguments) const
+    {
+        Child child = Child::program("inventory");
+        child.arguments(std::move(arguments));
+        for (char const* name : {"INVENTORY_DEPTH", "INVENTORY_HIDDEN", "INVENTORY_ORDER", "INVENTORY_PROGRESS",
+                                 "VN_DEBUG_INITIALIZE"})
+            child.without(name);
+        return child;
+    }
+
+    ChildRun run(std::vector<std::string> arguments) const
+    {
+        arguments.push_back(root.string());
+        return inventory(std::move(arguments)).run();
+    }
+
+    /// The part of the output from `title` to the next empty line, without the title.
+    static std::string section(std::string const& text, std::string const& title)
+    {
+        const std::size_t start = text.find(title);
+        if (start == std::string::npos)
+            return "no section '" + title + "' in:\n" + text;
+        const std::size_t first = text.find('\n', start) + 1;
+        const std::size_t end = text.find("\n\n", first);
+        return text.substr(first, end == std::string::npos ? end : end + 1 - first);
+    }
+
+    static void expectWrongUse(ChildRun const& run, std::string const& message)
+    {
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_EQ(run.err, "inventory: " + message + "; inventory -h tells more\n");
+        EXPECT_EQ(run.out, "");
+    }
+
+    const fs::path root;
+};
+}  // namespace
+
+TEST_F(InventoryTest, countsFilesAndBytesBySuffix)
+{
+    const ChildRun result = run({});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(section(result.out, "Inventory of"), "  suffix                     files           bytes\n"
+                                                   "  .bin                           2             300\n"
+                                                   "  .txt                           3              35\n"
+                                                   "  (none)                         1               1\n"
+                                                   "  total                          6             336\n");
+}
+
+TEST_F(InventoryTest, tellsEachSettingAndItsSource)
+{
+    EXPECT_EQ(section(run({}).out, "Settings, and"), "  inventory.depth     100     default\n"
+                                                "  inventory.hidden    false   default\n"
+                                                "  inventory.order     bytes   default\n"
+                                                "  inventory.progress  false   override\n");
+    EXPECT_EQ(section(inventory({"-d", "0", "-a", root.string()})
+                          .with("INVENTORY_DEPTH", "7")
+                          .with("INVENTORY_ORDER", "suffix")
+                          .with("INVENTORY_PROGRESS", "true")
+                          .run()
+                          .out,
+                      "Settings, and"),
+              "  inventory.depth     0       option -d\n"
+              "  inventory.hidden    true    option -a\n"
+              "  inventory.order     suffix  environment INVENTORY_ORDER\n"
+              "  inventory.progress  false   override\n");
+}
+
+TEST_F(InventoryTest, settingsSteerTheWalk)
+{
+    EXPECT_EQ(section(run({"-d", "0", "-a", "-s", "suffix"}).out, "Inventory of"),
+              "  suffix                     files           bytes\n"
+              "  (none)                         1               1\n"
+              "  .bin                           1             100\n"
+              "  .txt                           3            1015\n"
+              "  total                          5            1116\n");
+    EXPECT_EQ(section(run({"-d1", "-sfiles"}).out, "Inventory of"),
+              "  suffix                     files           bytes\n"
+              "  .txt                           3              35\n"
+              "  (none)                         1               1\n"
+              "  .bin                           1             100\n"
+              "  total                          5             136\n");
+}
+
+TEST_F(InventoryTest, tellsThePackagesInTheirOrder)
+{
+    const std::string packages = section(run({}).out, "Packages");
+    EXPECT_NE(
+        packages.find("\n15 packages currently saved:\n\t'initialize' Initialized (0 dependencies)\n\t'heapMgr'"),
+        std::string::npos)
+        << packages;
+    EXPECT_NE(packages.find("\t'base' Initialized (12 dependencies)\n"
+                            "\t'inventorySettings' Initialized (13 dependencies)\n"
+                            "\t'inventoryScanner' Initialized (14 dependencies)\n"),
+              std::string::npos)
+        << packages;
+}
+
+TEST_F(InventoryTest, tellsTheArgumentsThatNoOptionTook)
+{
+    const std::string unbound = section(run({"-a", "--"}).out, "Arguments");
+    EXPECT_NE(unbound.find(" " + root.string() + "\n"), std::string::npos) << unbound;
+    EXPECT_EQ(unbound.find("-a"), std::string::npos);
+}
+
+TEST_F(InventoryTest, helpIsNoFailure)
+{
+    for (char const* option : {"-h", "--help", "-ah"}) {
+        SCOPED_TRACE(option);
+        const ChildRun result = inventory({option, "whatever"}).run();
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out.substr(0, 38), "inventory [OPTION]... FOLDER: files an");
+        EXPECT_NE(result.out.find("INVENTORY_DEPTH, default 100"), std::string::npos);
+    }
+}
+
+TEST_F(InventoryTest, wrongUseIsToldAndExitsWithTwo)
+{
+    expectWrongUse(inventory({}).run(), "which folder?");
+    expectWrongUse(inventory({"a", "b"}).run(), "one folder at a time");
+    expectWrongUse(inventory({"no such folder"}).run(), "there is no folder no such folder");
+    expectWrongUse(inventory({(root / "a.txt").string()}).run(), "there is no folder " + (root / "a.txt").string());
+    expectWrongUse(run({"-q"}), "unknown option in -q");
+    expectWrongUse(run({"-aq"}), "unknown option in -aq");
+    expectWrongUse(run({"--word"}), "unknown option --word");
+    expectWrongUse(run({"-a", "--word"}), "unknown option --word");
+    expectWrongUse(run({"--graphs"}), "unknown option --graphs");
+    expectWrongUse(inventory({"-d"}).run(), "a value is missing behind -d");
+    expectWrongUse(run({"-d", "many"}), "-d takes a number of levels, not many");
+    expectWrongUse(run({"-d", "-1"}), "-d takes a number of levels, not -1");
+    expectWrongUse(run({"-s", "--help"}), "-s takes bytes, files or suffix, not --help");
+    expectWrongUse(inventory({root.string()}).with("INVENTORY_DEPTH", "x").run(),
+                   "INVENTORY_DEPTH must be a number of levels, not x");
+    expectWrongUse(inventory({root.string()}).with("INVENTORY_ORDER", "x").run(),
+                   "INVENTORY_ORDER must be bytes, files or suffix, not x");
+}
+
+TEST_F(InventoryTest, folderMayLookLikeAnOptionBehindTheEndMark)
+{
+    expectWrongUse(inventory({"--", "-q"}).run(), "there is no folder -q");
+    expectWrongUse(inventory({"--", "--help"}).run(), "there is no folder --help");
+}
+
+TEST_F(InventoryTest, graphIsTheOneThatIsDrawnInTheDocuments)
+{
+    const ChildRun result = inventory({"--graph"}).run();
+    EXPECT_EQ(result.exitCode, 0);
+    std::ifstream drawn(VN_STARTUP_GRAPH);
+    std::ostringstream text;
+    text << drawn.rdbuf();
+    EXPECT_EQ(result.out, text.str()) << "tools/draw.sh draws it anew";
+}
+
+TEST(First, greets)
+{
+    EXPECT_EQ(Child::program("first").without("GREETER_NAME").run().out, "Hello, world!\n");
+    EXPECT_EQ(Child::program("first").with("GREETER_NAME", "Ann").run().out, "Hello, Ann!\n");
+    EXPECT_EQ(Child::program("first").with("GREETER_NAME", "Ann").arguments({"-n", "Bob"}).run().out,
+              "Hello, Bob!\n");
+}
