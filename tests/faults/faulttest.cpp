@@ -1,0 +1,197 @@
+// Memory that runs out at each allocation in turn. What leaks shows under the address sanitizer.
+#include "memory.h"
+
+#include "expectchild.h"
+#include "testpackage.h"
+
+#include <base/exinternalerror.h>
+#include <base/incontextaliasmgr.h>
+#include <base/ininitmgr.h>
+#include <base/invariable.h>
+#include <base/vector.h>
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace Vn;
+using VnTest::expectOutput;
+using VnTest::failsWithoutMemory;
+using VnTest::NumberedPackage;
+
+using Environment = InContextAlias<InInitEnv, 1>;
+using Argument = InContextAlias<InInitArg, 1>;
+using Default = InContextAlias<InInitDef, 0>;
+
+namespace
+{
+std::string dump()
+{
+    std::ostringstream text;
+    InInitMgr::getInstance().dump(text);
+    return text.str();
+}
+
+void printResult(int failures, int unexpected)
+{
+    std::cout << (failures > 0 ? "failed some, " : "failed none, ") << unexpected << " unexpected\n";
+}
+}  // namespace
+
+VN_CHILD(registration)
+{
+    const std::string before = dump();
+    const std::vector<std::type_info const*> needs{InInit<VnInit::base>::getType(),
+                                                   InInit<VnInit::osal>::getType()};
+    std::optional<NumberedPackage<1>> package;
+    int unexpected = 0;
+    int n = 0;
+    for (; failsWithoutMemory(n, [&] { package.emplace("package", needs); }); ++n)
+        unexpected += package.has_value() || dump() != before;
+    unexpected += !package.has_value() || dump() == before;
+    VnTest::start();
+    VnTest::stop();
+    printResult(n, unexpected);
+    return 0;
+}
+
+TEST(OutOfMemory, refusedRegistrationLeavesTheManagerAsItWas)
+{
+    expectOutput("registration", "start package\nstop package\nfailed some, 0 unexpected\n");
+}
+
+VN_CHILD(declarations)
+{
+    NumberedPackage<1> package("package", {InInit<VnInit::initArg>::getType()});
+    std::optional<Environment> variable;
+    std::optional<Argument> option;
+    int failures = 0;
+    int unexpected = 0;
+    for (int n = 0; failsWithoutMemory(n, [&] { variable.emplace("VN_TEST_UNSET", "d"); }); ++n, ++failures)
+        unexpected += variable.has_value();
+    for (int n = 0; failsWithoutMemory(n, [&] { option.emplace("o:", "d"); }); ++n, ++failures)
+        unexpected += option.has_value();
+
+    std::optional<InVariable<char const*>> setting;
+    for (int n = 0; failsWithoutMemory(n, [&] { setting.emplace("handle", package, *variable, *option); });
+         ++n, ++failures)
+        unexpected += setting.has_value() || InVariableBase::queryViaHandle("handle") != nullptr;
+
+    for (int n = 0; failsWithoutMemory(n, [] { InVariableBase::overrideViaHandle("other", "text", "d"); });
+         ++n, ++failures)
+        unexpected += InVariableBase::isOverridden("other");
+    for (int n = 0; failsWithoutMemory(n, [] { InVariableBase::overrideViaHandle("other", "second", "d"); });
+         ++n, ++failures)
+        unexpected += !InVariableBase::isOverridden("other");
+
+    VnTest::startWith({"prog", "-o", "given"});
+    std::cout << setting->getValue() << "\n";
+    VnTest::stop();
+    setting.reset();
+    variable.reset();
+    option.reset();
+    printResult(failures, unexpected);
+    return 0;
+}
+
+TEST(OutOfMemory, refusedDeclarationsLeaveNothingBehind)
+{
+    expectOutput("declarations", "start package\ngiven\nstop package\nfailed some, 0 unexpected\n");
+}
+
+VN_CHILD(argumentVector)
+{
+    char const* const given[] = {"prog", "a", "b"};
+    NumberedPackage<1> package("package");
+    int unexpected = 0;
+    int n = 0;
+    int count = 0;
+    char const* const* vector = nullptr;
+    InInitMgr::getInstance().initialize(count, vector);
+    for (;; ++n) {
+        count = 3;
+        vector = given;
+        if (!failsWithoutMemory(n, [&] { InInitMgr::getInstance().initialize(count, vector); }))
+            break;
+        unexpected += count != 3 || vector != given || InContextAliasMgrBase::getUnboundArgs().size() != 0;
+    }
+    unexpected += count != 0 || InContextAliasMgrBase::getUnboundArgs().size() != 3;
+    VnTest::stop();
+    printResult(n, unexpected);
+    return 0;
+}
+
+TEST(OutOfMemory, argumentListGainsAllOrNone)
+{
+    expectOutput("argumentVector", "start package\nstop package\nfailed some, 0 unexpected\n");
+}
+
+VN_CHILD(startLoop)
+{
+    std::ostringstream unread;
+    std::streambuf* const console = std::cout.rdbuf(unread.rdbuf());
+    VnTest::start();
+    const std::string before = dump();
+    int unexpected = 0;
+    int n = 0;
+    for (bool isFailing = true; isFailing; ++n) {
+        std::optional<NumberedPackage<1>> one;
+        std::optional<NumberedPackage<2>> two;
+        std::optional<NumberedPackage<3>> three;
+        auto outer = std::make_unique<InReinitGuard>();
+        one.emplace("one");
+        two.emplace("two", std::vector{NumberedPackage<1>::getType()});
+        three.emplace("three", std::vector{NumberedPackage<1>::getType(), NumberedPackage<2>::getType()});
+        isFailing = failsWithoutMemory(n, [&outer] { delete outer.release(); });
+        unexpected += InInitMgr::getInstance().isInitializing();
+        unexpected += !isFailing && !three->isInitialized;
+        three.reset();
+        two.reset();
+        one.reset();
+        unexpected += dump() != before;
+    }
+    std::cout.rdbuf(console);
+    VnTest::stop();
+    printResult(n, unexpected);
+    return 0;
+}
+
+TEST(OutOfMemory, failedStartLeavesTheManagerUsable)
+{
+    expectOutput("startLoop", "failed some, 0 unexpected\n");
+}
+
+VN_CHILD(clones)
+{
+    const ExInternalError error("src/base/x", 1, "text");
+    ExBase* clone = nullptr;
+    int n = 0;
+    for (; failsWithoutMemory(n, [&] { clone = error.clone(); }); ++n) {
+    }
+    delete clone;
+    printResult(n, 0);
+    return 0;
+}
+
+TEST(OutOfMemory, cloneThatHasNoMemoryLeavesNothing)
+{
+    expectOutput("clones", "failed some, 0 unexpected\n");
+}
+
+TEST(OutOfMemory, vectorStaysAsItIs)
+{
+    Vector<std::string> vector{"a text too long for the small buffer of a string", "b"};
+    vector.shrink_to_fit();
+    Vector<std::string> const before = vector;
+    const std::string value = "another text too long for the small buffer of a string";
+    int failures = 0;
+    for (int n = 0; failsWithoutMemory(n, [&] { vector.push_back(value); }); ++n, ++failures)
+        EXPECT_EQ(vector, before);
+    EXPECT_EQ(vector.size(), 3u);
+    EXPECT_GE(failures, 2);
+}
