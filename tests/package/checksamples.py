@@ -1,0 +1,50 @@
+#!/usr/bin/env python3
+"""checksamples.py ROOT: fails if a C++ sample of a page, or of a header's comment, isn't part of a file that is built.
+
+A page's sample is a fenced block marked cpp. Blank lines and indentation don't count, and a line "..." stands for any
+lines. Header samples are indented by four more blanks in a /// comment; they are excerpts for the eye and aren't checked.
+"""
+import pathlib
+import re
+import sys
+
+root = pathlib.Path(sys.argv[1])
+
+
+def lines_of(text):
+    return [line.strip() for line in text.splitlines() if line.strip()]
+
+
+def holds(lines, sample):
+    """Whether the lines hold the sample's pieces, in order, each without a gap."""
+    pieces, piece = [], []
+    for line in sample:
+        if line in ("...", "// ..."):
+            pieces.append(piece)
+            piece = []
+        else:
+            piece.append(line)
+    pieces.append(piece)
+    start = 0
+    for piece in filter(None, pieces):
+        for at in range(start, len(lines) - len(piece) + 1):
+            if lines[at:at + len(piece)] == piece:
+                start = at + len(piece)
+                break
+        else:
+            return False
+    return True
+
+
+sources = [lines_of(path.read_text()) for folder in ("examples", "tests", "bench", "src")
+           for path in (root / folder).rglob("*") if path.suffix in (".h", ".cpp", ".imp")]
+pages = [*root.glob("*.md"), *(root / "docs").rglob("*.md")]
+checked, wrong = 0, 0
+for page in pages:
+    for sample in re.findall(r"^```cpp\n(.*?)^```", page.read_text(), re.M | re.S):
+        checked += 1
+        if not any(holds(lines, lines_of(sample)) for lines in sources):
+            wrong += 1
+            print(f"{page.relative_to(root)}: this sample is in no file that is built:\n{sample}")
+print(checked, "samples")
+sys.exit(1 if wrong else 0)
