@@ -24,7 +24,8 @@ public:
     InOptionParser(int argc, char** const argv, char const* options);
 
     /// The next option's letter, widened from `signed char`; 63 ('?') for a letter that isn't an option, after which
-    /// the walk may go on with the next letter; -1 at the end and ever after.
+    /// the walk may go on with the next letter; -1 at the end and ever after. A letter of the value 255 can't be told
+    /// from the end.
     int getOption();
 
     /// Value of the option that getOption() returned last; null if it takes none, or if the vector ended.

@@ -151,6 +151,15 @@ TEST(InOptionParser, lettersBeyondAsciiAreSigned)
     expectSteps({"prog", "-\xe4"}, "\xe4", {{0xe4 - 256, nullptr, 1}});
 }
 
+TEST(InOptionParser, letterOfTheValue255ReadsAsTheEnd)
+{
+    expectSteps({"prog", "-\xff"
+                         "a"},
+                "\xff"
+                "a",
+                {{-1, nullptr, 1}, {'a', nullptr, 1}, {-1, nullptr, 2}});
+}
+
 TEST(InOptionParser, endIsFinal)
 {
     for (std::vector<std::string> const& elements :
