@@ -78,7 +78,7 @@ CommandLine readCommandLine(int argc, char** argv)
         }
         // An end mark is consumed, an operand is not.
         bool const isMarked = parser.getArgumentIndex() == last + 2;
-        auto const mark = arguments.begin() + last + 1;
+        const auto mark = arguments.begin() + last + 1;
         if (!isMarked || std::strcmp(*mark, "--") == 0)
             return line;
         takeLongWord(*mark, line);

@@ -121,7 +121,7 @@ void Scanner::print(std::ostream& stream, std::string const& order) const
             return order == "files" ? left.second.files > right.second.files
                                     : left.second.bytes > right.second.bytes;
         });
-    auto const printRow = [&stream](std::string const& suffix, Tally const& tally) {
+    const auto printRow = [&stream](std::string const& suffix, Tally const& tally) {
         stream << "  " << std::left << std::setw(20) << suffix << std::right << std::setw(12) << tally.files
                << std::setw(16) << tally.bytes << "\n";
     };

@@ -78,7 +78,7 @@ bool isOrder(char const* text)
 
 void print(std::ostream& stream)
 {
-    auto const word = [](bool flag) { return flag ? "true" : "false"; };
+    const auto word = [](bool flag) { return flag ? "true" : "false"; };
     printRow(stream, depth.getHandle(), std::to_string(depth.getValue()),
              sourceOf(depth, depthOption, depthVariable));
     printRow(stream, hidden.getHandle(), word(hidden.getValue()), sourceOf(hidden, hiddenOption, hiddenVariable));

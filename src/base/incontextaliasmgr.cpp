@@ -214,7 +214,7 @@ void InContextAliasMgr<Alias>::dropKey(char const* key) noexcept
 {
     if (_keys == nullptr)
         return;
-    auto const found = _keys->find(std::string_view(key));
+    const auto found = _keys->find(std::string_view(key));
     if (found != _keys->end() && --found->second == 0)
         _keys->erase(found);
     if (_keys->empty()) {

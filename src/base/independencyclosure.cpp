@@ -21,7 +21,10 @@ class ComponentWalk
 public:
     explicit ComponentWalk(InDependencyGraph const& graph)
         : _graph(graph), _order(graph.size(), unvisited), _lowest(graph.size()), _isOpen(graph.size())
-    {}
+    {
+        _open.reserve(graph.size());
+        _path.reserve(graph.size());
+    }
 
     template <class Visit>
     void run(Visit const& visit)
@@ -72,7 +75,7 @@ private:
     template <class Visit>
     void closeComponent(unsigned root, Visit const& visit)
     {
-        auto const first = std::find(_open.rbegin(), _open.rend(), root).base() - 1;
+        const auto first = std::find(_open.rbegin(), _open.rend(), root).base() - 1;
         const std::span<unsigned const> members(first, _open.end());
         visit(members);
         for (unsigned member : members)
@@ -89,33 +92,66 @@ private:
     unsigned _entered = 0;
 };
 
-/// Fills the rows of one component; those of all components that it needs are full already.
-void fillRows(InDependencyGraph const& graph, std::span<unsigned const> members, InBitMatrix& needs)
+/// Fills the rows of the components, in the order in which the walk gives them.
+class RowFiller
 {
-    unsigned const first = members.front();
-    bool const isRing = members.size() > 1;
-    if (isRing)
+public:
+    RowFiller(InDependencyGraph const& graph, InBitMatrix& needs)
+        : _graph(graph), _needs(needs), _position(graph.size(), 0)
+    {}
+
+    void fill(std::span<unsigned const> members)
+    {
+        const unsigned row = members.front();
+        if (members.size() > 1)
+            for (unsigned member : members)
+                _needs.set(row, member);
         for (unsigned member : members)
-            needs.set(first, member);
-    for (unsigned member : members) {
-        for (unsigned target : needsOf(graph, member)) {
-            // A row holds whole closures only, so a bit that is there has brought its own needs with it.
-            if (needs.test(first, target))
-                continue;
-            needs.set(first, target);
-            if (target != first)
-                needs.merge(first, target);
-        }
+            addNeeds(row, needsOf(_graph, member));
+        for (unsigned member : members.subspan(1))
+            _needs.merge(member, row);
+        ++_filled;
+        for (unsigned member : members)
+            _position[member] = _filled;
     }
-    for (unsigned member : members.subspan(1))
-        needs.merge(member, first);
-}
+
+private:
+    void addNeeds(unsigned row, std::span<unsigned const> targets)
+    {
+        // The one filled last needs most of the others, as a rule, and then saves their merging.
+        unsigned last = row;
+        for (unsigned target : targets)
+            if (_position[target] > _position[last])
+                last = target;
+        if (last != row)
+            add(row, last);
+        for (unsigned target : targets)
+            add(row, target);
+    }
+
+    /// Rows hold whole closures, so a bit that is set has brought its own needs with it. A target of the same component
+    /// isn't filled yet: its bit stands already, or it is the row itself, listed by itself.
+    void add(unsigned row, unsigned target)
+    {
+        if (_needs.test(row, target))
+            return;
+        if (_position[target] != 0)
+            _needs.merge(row, target);
+        _needs.set(row, target);
+    }
+
+    InDependencyGraph const& _graph;
+    InBitMatrix& _needs;
+    std::vector<unsigned> _position;  ///< of a node's component, from 1; 0 while it isn't filled
+    unsigned _filled = 0;
+};
 }  // namespace
 
 InDependencyClosure closeDependencies(InDependencyGraph const& graph)
 {
     InDependencyClosure closure{InBitMatrix(graph.size()), std::vector<int>(graph.size()), false};
-    ComponentWalk(graph).run([&](std::span<unsigned const> members) { fillRows(graph, members, closure.needs); });
+    RowFiller filler(graph, closure.needs);
+    ComponentWalk(graph).run([&filler](std::span<unsigned const> members) { filler.fill(members); });
 
     std::vector<unsigned> lastListedBy(graph.size(), unvisited);
     for (unsigned node = 0; node < graph.size(); ++node) {

@@ -6,6 +6,7 @@
 #include <base/indiagnostics.h>
 #include <base/inenvironment.h>
 #include <base/inpackageinit.h>
+#include <base/intypetable.h>
 #include <base/invariable.h>
 #include <base/objptr.h>
 #include <base/vector.h>
@@ -17,8 +18,7 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <typeindex>
-#include <unordered_map>
+#include <vector>
 
 namespace Vn
 {
@@ -83,8 +83,8 @@ public:
     void startWaiting();
     void stopAll();
 
-    PackageEntry* findSaved(std::type_index type);
-    bool isRunning(std::type_index type);
+    PackageEntry* findSaved(std::type_info const& type);
+    bool isRunning(std::type_info const& type);
     void forget(InPackageInit const* package) noexcept;
 
     void printEntries(std::ostream& stream, Entries const& entries, char const* title) const;
@@ -106,15 +106,21 @@ public:
     Environment _environment = takeEnvironment();
 
 private:
-    void sortBatch();
+    InTypeTable sortBatch();
     InDependencyGraph buildDependencies();
     void closeMatrix(InDependencyGraph const& graph);
     void startBatch();
     void saveBatch();
     bool isOnRing(std::size_t i) const;
 
+    static std::type_info const& typeOf(PackageEntry const& entry)
+    {
+        InPackageInit const& package = *entry.package;
+        return typeid(package);
+    }
+
     /// Position in `_packagesSaved` of each type in it; made anew when it doesn't hold.
-    std::unordered_map<std::type_index, std::size_t> _savedByType;
+    InTypeTable _savedByType;
     bool _savedByTypeHolds = true;
     std::size_t _leftToStop = 0;  ///< entries of `_packagesSaved` that the running stop has yet to see
 };
@@ -143,51 +149,57 @@ void InInitMgr::State::startWaiting()
     }
 }
 
-/// Leaves one entry per type, in the order of the names. Of equal types the first one registered stays, and equal
-/// names keep the order of registration.
-void InInitMgr::State::sortBatch()
+/// Puts the batch into the order of the names, with one entry per type, and tells the position of each type. Equal names
+/// keep the order of registration; of equal types the first in that order stays.
+InTypeTable InInitMgr::State::sortBatch()
 {
-    std::unordered_map<std::type_index, std::size_t> seen;
-    seen.reserve(_packagesToInit.size());
-    auto const isRepeated = [&seen](PackageEntry const& entry) {
-        InPackageInit const& package = *entry.package;
-        return !seen.emplace(typeid(package), 0).second;
+    struct Named
+    {
+        char const* name;
+        PackageEntry entry;
     };
-    _packagesToInit.erase(std::remove_if(_packagesToInit.begin(), _packagesToInit.end(), isRepeated),
-                          _packagesToInit.end());
-    std::stable_sort(_packagesToInit.begin(), _packagesToInit.end(),
-                     [](PackageEntry const& left, PackageEntry const& right) {
-                         return std::strcmp(left.package->getName(), right.package->getName()) < 0;
-                     });
+    std::vector<Named> named;
+    named.reserve(_packagesToInit.size());
+    for (PackageEntry const& entry : _packagesToInit)
+        named.push_back({entry.package->getName(), entry});
+    std::stable_sort(named.begin(), named.end(),
+                     [](Named const& left, Named const& right) { return std::strcmp(left.name, right.name) < 0; });
+
+    InTypeTable positions;
+    unsigned count = 0;
+    for (Named const& next : named)
+        if (positions.insert(typeOf(next.entry), count))
+            _packagesToInit[count++] = next.entry;
+    _packagesToInit.erase(_packagesToInit.begin() + count, _packagesToInit.end());
+    return positions;
 }
 
 InDependencyGraph InInitMgr::State::buildDependencies()
 {
     _cycleDetected = false;
-    sortBatch();
+    InTypeTable positions = sortBatch();
     _nbPckgs = static_cast<int>(_packagesToInit.size());
-    if (InDiagnostics::areOn())
+    // Asked once: nothing in between could change it, and a thousand questions cost more than all the rest.
+    const bool isTelling = InDiagnostics::areOn();
+    if (isTelling)
         std::cerr << "-->_nbPckgs:" << _nbPckgs << std::endl;
 
-    std::unordered_map<std::type_index, unsigned> indexByType;
-    indexByType.reserve(_packagesToInit.size());
-    for (PackageEntry const& entry : _packagesToInit) {
-        InPackageInit const& package = *entry.package;
-        indexByType.emplace(typeid(package), static_cast<unsigned>(indexByType.size()));
-    }
-
     InDependencyGraph graph;
+    std::size_t listed = 0;
+    for (PackageEntry const& entry : _packagesToInit)
+        listed += entry.package->getDependencies().size();
+    graph.targets.reserve(listed);
     graph.starts.reserve(_packagesToInit.size() + 1);
     graph.starts.push_back(0);
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         PackageEntry& entry = _packagesToInit[i];
-        if (InDiagnostics::areOn())
+        if (isTelling)
             std::cerr << "_packagesToInit[" << i << "]: " << entry.package->getName() << std::endl;
         for (std::type_info const* type : entry.package->getDependencies()) {
-            auto const found = indexByType.find(*type);
-            if (found == indexByType.end())
+            const unsigned needed = positions.find(*type);
+            if (needed == InTypeTable::none)
                 throw InEx::ExPackageNotRegistered(sourceName, __LINE__, type->name());
-            graph.targets.push_back(found->second);
+            graph.targets.push_back(needed);
             ++entry.nbDependencies;
         }
         graph.starts.push_back(static_cast<unsigned>(graph.targets.size()));
@@ -216,12 +228,11 @@ void InInitMgr::State::startBatch()
     const FlagScope initializing(_initializing);
     // By index, and against the size each time: a hook that ends a guard replaces the batch while it runs.
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
-        InPackageInit* const package = _packagesToInit[i].package;
-        if (package == nullptr)
+        const PackageEntry entry = _packagesToInit[i];
+        if (entry.package == nullptr)
             continue;
-        InPackageInit const& typed = *package;
-        const std::type_index type = typeid(typed);
-        package->initialize();
+        std::type_info const& type = typeOf(entry);  // before the hook, which may destroy the package
+        entry.package->initialize();
         if (PackageEntry* const saved = findSaved(type))
             saved->initialized = true;
     }
@@ -231,33 +242,30 @@ void InInitMgr::State::startBatch()
 void InInitMgr::State::saveBatch()
 {
     for (PackageEntry const& entry : _packagesToInit) {
-        InPackageInit const& package = *entry.package;
-        if (findSaved(typeid(package)) != nullptr)
+        if (findSaved(typeOf(entry)) != nullptr)
             continue;
         _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
         _savedByTypeHolds = false;  // in case there is no memory for what follows
-        _savedByType.emplace(typeid(package), _packagesSaved.size() - 1);
+        _savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size() - 1));
         _savedByTypeHolds = true;
     }
 }
 
-InInitMgr::PackageEntry* InInitMgr::State::findSaved(std::type_index type)
+InInitMgr::PackageEntry* InInitMgr::State::findSaved(std::type_info const& type)
 {
     if (_packagesSaved.empty())
         return nullptr;
     if (!_savedByTypeHolds) {
         _savedByType.clear();
-        for (std::size_t i = 0; i < _packagesSaved.size(); ++i) {
-            InPackageInit const& package = *_packagesSaved[i].package;
-            _savedByType.emplace(typeid(package), i);
-        }
+        for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
+            _savedByType.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
         _savedByTypeHolds = true;
     }
-    auto const found = _savedByType.find(type);
-    return found != _savedByType.end() ? &_packagesSaved[found->second] : nullptr;
+    const unsigned found = _savedByType.find(type);
+    return found != InTypeTable::none ? &_packagesSaved[found] : nullptr;
 }
 
-bool InInitMgr::State::isRunning(std::type_index type)
+bool InInitMgr::State::isRunning(std::type_info const& type)
 {
     PackageEntry const* const saved = findSaved(type);
     return saved != nullptr && saved->initialized;
@@ -281,7 +289,7 @@ void InInitMgr::State::stopAll()
 
 void InInitMgr::State::forget(InPackageInit const* package) noexcept
 {
-    auto const isIt = [package](PackageEntry const& entry) { return entry.package == package; };
+    const auto isIt = [package](PackageEntry const& entry) { return entry.package == package; };
     erase_if(_packagesWaiting, isIt);
     for (PackageEntry& entry : _packagesToInit)
         if (isIt(entry))
@@ -335,12 +343,10 @@ bool InInitMgr::State::isOnRing(std::size_t i) const
 
 void InInitMgr::State::printGraph(std::ostream& stream) const
 {
-    std::unordered_map<std::type_index, std::size_t> positions;
-    for (PackageEntry const& entry : _packagesSaved) {
-        InPackageInit const& package = *entry.package;
-        positions.emplace(typeid(package), positions.size());
-    }
-    auto const nameAt = [this](std::size_t i) { return quotedForDot(_packagesSaved[i].package->getName()); };
+    InTypeTable positions;
+    for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
+        positions.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
+    const auto nameAt = [this](std::size_t i) { return quotedForDot(_packagesSaved[i].package->getName()); };
 
     stream << "digraph packages {\n";
     for (std::size_t i = 0; i < _packagesSaved.size(); ++i) {
@@ -349,8 +355,8 @@ void InInitMgr::State::printGraph(std::ostream& stream) const
     }
     for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
         for (std::type_info const* type : _packagesSaved[i].package->getDependencies())
-            if (auto const found = positions.find(*type); found != positions.end())
-                stream << "    " << nameAt(i) << " -> " << nameAt(found->second) << ";\n";
+            if (const unsigned needed = positions.find(*type); needed != InTypeTable::none)
+                stream << "    " << nameAt(i) << " -> " << nameAt(needed) << ";\n";
     stream << "}" << std::endl;
 }
 
@@ -434,7 +440,7 @@ char const* InInitMgr::getEnv(char const* name)
     if (name == nullptr)
         return nullptr;
     Environment const& environment = getInstance()._state->_environment;
-    auto const found = environment.find(std::string_view(name));
+    const auto found = environment.find(std::string_view(name));
     return found != environment.end() ? found->second.c_str() : nullptr;
 }
 

@@ -47,7 +47,7 @@ void InPackageInit::addDependency(InVariableBase* variable)
 
 void InPackageInit::removeDependency(InVariableBase* variable)
 {
-    auto const found = std::find(_variables.begin(), _variables.end(), variable);
+    const auto found = std::find(_variables.begin(), _variables.end(), variable);
     if (found != _variables.end())
         _variables.erase(found);
 }

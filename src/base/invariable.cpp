@@ -129,7 +129,7 @@ InVariableBase const* InVariableBase::queryViaHandle(char const* const handle)
 {
     if (_registry == nullptr)
         return nullptr;
-    auto const found = _registry->find(viewOf(handle));
+    const auto found = _registry->find(viewOf(handle));
     return found != _registry->end() ? found->second : nullptr;
 }
 
@@ -233,7 +233,7 @@ void InVariableBase::takeOverride()
 {
     if (_pendingOverrides == nullptr)
         return;
-    auto const found = _pendingOverrides->find(viewOf(_handle));
+    const auto found = _pendingOverrides->find(viewOf(_handle));
     if (found == _pendingOverrides->end())
         return;
     _aliases.insert(found->second);
@@ -248,7 +248,7 @@ bool InVariableBase::isFalse(char const* text)
     const std::string_view given = text;
     if (given == "0")
         return true;
-    auto const isSameLetter = [](char left, char right) { return (left | 0x20) == right; };
+    const auto isSameLetter = [](char left, char right) { return (left | 0x20) == right; };
     return std::equal(given.begin(), given.end(), word.begin(), word.end(), isSameLetter);
 }
 

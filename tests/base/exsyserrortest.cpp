@@ -38,7 +38,7 @@ TEST(ExSysErrorANSI, holdsErrnoAndItsText)
 
 TEST(ExSysErrorANSI, isCaughtAsExBaseAndAsRuntimeErrorWithOneMessage)
 {
-    auto const fail = [] {
+    const auto fail = [] {
         errno = EACCES;
         throw Vn::ExSysErrorANSI("file.cpp", 5);
     };

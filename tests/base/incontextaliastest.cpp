@@ -214,7 +214,7 @@ VN_CHILD(sources)
     Environment unset("VN_TEST_UNSET", "d");
     Default fallback("f", "d");
     const std::vector<InContextAliasBase const*> all{&override, &set, &empty, &unset, &fallback};
-    auto const print = [&all] {
+    const auto print = [&all] {
         for (InContextAliasBase const* alias : all)
             std::cout << "[" << valueOf(*alias) << "]";
         std::cout << "\n";
@@ -262,7 +262,7 @@ VN_CHILD(tooLate)
 
 TEST(InContextAlias, afterItsKindHasStartedNoneCanBeMade)
 {
-    auto const refused = [](char const* description, char const* key) {
+    const auto refused = [](char const* description, char const* key) {
         return std::string("Trying to do post initialization registration of context alias instance: '") +
                description + "' (key: " + key + ").\n";
     };

@@ -163,7 +163,7 @@ VN_CHILD(reinitGuardFails)
 {
     start();
     NumberedPackage<1>* leaked = nullptr;
-    auto const registerFailing = [&leaked] {
+    const auto registerFailing = [&leaked] {
         leaked = new NumberedPackage<1>("p");
         leaked->onStart = [] { throw std::runtime_error("no"); };
     };

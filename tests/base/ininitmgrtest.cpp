@@ -113,7 +113,7 @@ VN_CHILD(stopOrder)
     NumberedPackage<1> one("one");
     NumberedPackage<2> two("two", {NumberedPackage<1>::getType()});
     NumberedPackage<3> three("three", {NumberedPackage<2>::getType()});
-    auto const flags = [&] {
+    const auto flags = [&] {
         std::cout << one.isInitialized << two.isInitialized << three.isInitialized << manager().isInitializing()
                   << manager().isFinalizing() << "\n";
     };
@@ -857,7 +857,7 @@ TEST(InInitMgr, diagnosticsAreExactToTheByte)
                              "initialize", "logger", "one", "osal", "profiling", "random", "testing", "two"})
         expected += "_packagesToInit[" + std::to_string(index++) + "]: " + name + "\n";
 
-    auto const aliases = [](std::string const& manager) {
+    const auto aliases = [](std::string const& manager) {
         return "----\nContext aliases of type: : " + manager + "\n----\n";
     };
     using namespace Vn;
@@ -901,7 +901,7 @@ TEST(InInitMgr, emptyValueSwitchesTheDiagnosticsOnToo)
 
 VN_CHILD(environment)
 {
-    auto const print = [](char const* name) {
+    const auto print = [](char const* name) {
         char const* const value = InInitMgr::getEnv(name);
         std::cout << name << "=" << (value != nullptr ? value : "(null)") << "\n";
     };

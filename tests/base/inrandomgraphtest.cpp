@@ -77,12 +77,12 @@ Outcome byTheRule(Graph const& graph)
         return graph.names[static_cast<std::size_t>(left)] < graph.names[static_cast<std::size_t>(right)];
     });
     const std::size_t n = batch.size();
-    auto const nameAt = [&](std::size_t i) { return graph.names[static_cast<std::size_t>(batch[i])]; };
+    const auto nameAt = [&](std::size_t i) { return graph.names[static_cast<std::size_t>(batch[i])]; };
     std::vector<std::vector<char>> bit(n, std::vector<char>(n, 0));
     std::vector<int> count(n, 0);
     for (std::size_t i = 0; i < n; ++i) {
         for (int need : graph.needs[static_cast<std::size_t>(batch[i])]) {
-            auto const found = std::find(batch.begin(), batch.end(), need);
+            const auto found = std::find(batch.begin(), batch.end(), need);
             if (found == batch.end()) {
                 outcome.failure = std::string("Init Package not registered: '") +
                                   types[static_cast<std::size_t>(need)].type->name() + "'.";
@@ -174,7 +174,7 @@ Outcome forReal(Graph const& graph)
 
 Graph randomGraph(std::mt19937& random)
 {
-    auto const below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
     Graph graph;
     int const size = 1 + below(typeCount - 1);
     std::vector<int> all(typeCount);

@@ -94,7 +94,7 @@ TEST(Vector, growthNeverLosesAnElement)
 TEST(Vector, elementOfAFullVectorCanBeAddedToIt)
 {
     const std::string value = "a text too long for the small buffer of a string";
-    auto const full = [&] {
+    const auto full = [&] {
         Vector<std::string> vector{value};
         vector.shrink_to_fit();
         EXPECT_EQ(vector.size(), vector.capacity());

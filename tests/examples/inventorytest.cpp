@@ -94,9 +94,9 @@ TEST_F(InventoryTest, countsFilesAndBytesBySuffix)
 TEST_F(InventoryTest, tellsEachSettingAndItsSource)
 {
     EXPECT_EQ(section(run({}).out, "Settings, and"), "  inventory.depth     100     default\n"
-                                                "  inventory.hidden    false   default\n"
-                                                "  inventory.order     bytes   default\n"
-                                                "  inventory.progress  false   override\n");
+                                                     "  inventory.hidden    false   default\n"
+                                                     "  inventory.order     bytes   default\n"
+                                                     "  inventory.progress  false   override\n");
     EXPECT_EQ(section(inventory({"-d", "0", "-a", root.string()})
                           .with("INVENTORY_DEPTH", "7")
                           .with("INVENTORY_ORDER", "suffix")

@@ -70,7 +70,7 @@ bool runChildBody(int argc, char** argv, int& exitCode)
 {
     if (argc < 3 || std::strcmp(argv[1], childOption) != 0)
         return false;
-    auto const found = bodies().find(argv[2]);
+    const auto found = bodies().find(argv[2]);
     if (found == bodies().end()) {
         std::fprintf(stderr, "no child body '%s'\n", argv[2]);
         exitCode = 127;

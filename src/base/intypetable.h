@@ -1,0 +1,116 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <typeinfo>
+#include <vector>
+
+namespace Vn
+{
+
+/// Positions by type, for thousands of packages.
+///
+/// Types are equal by name, since each module may have a type's information at an address of its own. But hashing and
+/// comparing names is slow, and nearly always the address does: so each address that was asked for is remembered, and
+/// the name decides only at its first time.
+/// Tests: tests/base/intypetabletest.cpp.
+class InTypeTable
+{
+public:
+    static constexpr unsigned none = 0xFFFFFFFF;
+
+    /// Adds `type` with its position; false, and nothing changed, if it is there already.
+    bool insert(std::type_info const& type, unsigned position)
+    {
+        if (find(type) != none)
+            return false;
+        add(_byName, type.hash_code(), type, position);
+        add(_byAddress, hashOf(type), type, position);
+        return true;
+    }
+
+    /// Position of `type`, or `none`.
+    unsigned find(std::type_info const& type)
+    {
+        const auto isSameAddress = [&type](Slot const& slot) { return slot.type == &type; };
+        unsigned const position = look(_byAddress, hashOf(type), isSameAddress);
+        if (position != none || _byName.used == 0)
+            return position;
+        const auto isSameType = [&type](Slot const& slot) { return *slot.type == type; };
+        unsigned const named = look(_byName, type.hash_code(), isSameType);
+        if (named != none)
+            add(_byAddress, hashOf(type), type, named);
+        return named;
+    }
+
+    void clear()
+    {
+        _byName = Table();
+        _byAddress = Table();
+    }
+
+private:
+    struct Slot
+    {
+        std::type_info const* type;  ///< null in an empty slot
+        std::size_t hash;
+        unsigned position;
+    };
+
+    /// Open addressing; the number of slots is a power of two, and at most half of them are used.
+    struct Table
+    {
+        std::vector<Slot> slots;
+        std::size_t used = 0;
+    };
+
+    static std::size_t hashOf(std::type_info const& type)
+    {
+        // The odd factor spreads the address, whose low bits are all alike, over the high ones.
+        const std::uint64_t spread = reinterpret_cast<std::uintptr_t>(&type) * std::uint64_t{0x9E3779B97F4A7C15};
+        return static_cast<std::size_t>(spread >> 32);
+    }
+
+    template <class IsSame>
+    static unsigned look(Table const& table, std::size_t hash, IsSame const& isSame)
+    {
+        if (table.slots.empty())
+            return none;
+        const std::size_t mask = table.slots.size() - 1;
+        for (std::size_t i = hash & mask; table.slots[i].type != nullptr; i = (i + 1) & mask)
+            if (table.slots[i].hash == hash && isSame(table.slots[i]))
+                return table.slots[i].position;
+        return none;
+    }
+
+    static void add(Table& table, std::size_t hash, std::type_info const& type, unsigned position)
+    {
+        if (2 * (table.used + 1) > table.slots.size())
+            grow(table);
+        put(table.slots, {&type, hash, position});
+        ++table.used;
+    }
+
+    static void grow(Table& table)
+    {
+        std::vector<Slot> larger(table.slots.empty() ? 64 : 2 * table.slots.size());
+        for (Slot const& slot : table.slots)
+            if (slot.type != nullptr)
+                put(larger, slot);
+        table.slots.swap(larger);
+    }
+
+    static void put(std::vector<Slot>& slots, Slot const& slot)
+    {
+        const std::size_t mask = slots.size() - 1;
+        std::size_t i = slot.hash & mask;
+        while (slots[i].type != nullptr)
+            i = (i + 1) & mask;
+        slots[i] = slot;
+    }
+
+    Table _byName;
+    Table _byAddress;
+};
+
+}  // namespace Vn

@@ -1,0 +1,19 @@
+#!/bin/sh
+# Installs, on Debian 12, what building and testing this project needs: tools/setup.sh [run|test]
+set -e
+packages="g++ cmake ninja-build ccache"
+if [ "$1" = test ]; then
+    packages="$packages clang libclang-rt-14-dev llvm-14 g++-mingw-w64-x86-64-posix wine wine64 googletest libbenchmark-dev
+        libboost-dev pkg-config binutils python3 git"
+fi
+missing=
+for package in $packages; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+echo "installing:$missing"
+sudo=
+[ "$(id -u)" = 0 ] || sudo=sudo
+$sudo apt-get update -qq
+# shellcheck disable=SC2086  # the packages are words
+DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends $missing > /dev/null

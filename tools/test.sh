@@ -1,0 +1,82 @@
+#!/bin/bash
+# Installs what is missing and passes all tests: tools/test.sh [PRESET]...
+# Without presets: release, clang, asan-ubsan, tsan, windows, coverage, then the benchmarks are built and the fuzzers
+# run for a short while. Ends with a line that counts the tests.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+tools/setup.sh test
+
+presets=("$@")
+[ $# -gt 0 ] || presets=(release clang asan-ubsan tsan windows coverage bench fuzz)
+log=build/logs
+mkdir -p "$log"
+passed=0
+failed=0
+started=$SECONDS
+
+# Runs a step quietly; shows its log if it fails.
+step() {
+    local name=$1
+    shift
+    if ! "$@" > "$log/$name.log" 2>&1; then
+        tail -n 200 "$log/$name.log"
+        echo "FAILED: $name"
+        echo "$passed passed, $((failed + 1)) failed"
+        exit 1
+    fi
+}
+
+# Adds what ctest has counted.
+count() {
+    local line all bad
+    line=$(grep -E '^[0-9]+% tests passed' "$1" | tail -n 1)
+    bad=$(sed -E 's/.* ([0-9]+) tests failed out of.*/\1/' <<< "$line")
+    all=$(sed -E 's/.*out of ([0-9]+).*/\1/' <<< "$line")
+    passed=$((passed + all - bad))
+    failed=$((failed + bad))
+}
+
+run_tests() {
+    local preset=$1
+    if ! ctest --preset "$preset" > "$log/$preset.test.log" 2>&1; then
+        grep -vE '^ +Start|   Passed ' "$log/$preset.test.log" | tail -n 200
+    fi
+    count "$log/$preset.test.log"
+}
+
+# Ten seconds for each fuzzer, from its corpus; new inputs go beside it.
+run_fuzzers() {
+    local fuzzer name
+    for fuzzer in build/fuzz/bin/fuzz*; do
+        name=$(basename "$fuzzer")
+        mkdir -p "build/fuzz/found/$name"
+        step "$name" "$fuzzer" "build/fuzz/found/$name" "fuzz/corpus/$name" -max_total_time=10 -print_final_stats=1 \
+            -artifact_prefix="build/fuzz/found/"
+        passed=$((passed + 1))
+    done
+}
+
+for preset in "${presets[@]}"; do
+    echo "== $preset ($((SECONDS - started)) s)"
+    if [ "$preset" = windows ]; then
+        tools/wineprefix.sh
+        trap 'tools/wineprefix.sh stop' EXIT
+    fi
+    step "$preset.configure" cmake --preset "$preset"
+    step "$preset.build" cmake --build --preset "$preset"
+    case $preset in
+    bench) ;;
+    fuzz) run_fuzzers ;;
+    coverage)
+        rm -rf build/coverage/profiles
+        export LLVM_PROFILE_FILE="$PWD/build/coverage/profiles/%p-%m.profraw"
+        run_tests coverage
+        unset LLVM_PROFILE_FILE
+        tools/coverage.sh
+        ;;
+    *) run_tests "$preset" ;;
+    esac
+done
+echo "== done in $((SECONDS - started)) s"
+echo "$passed passed, $failed failed"
+[ "$failed" = 0 ] && [ "$passed" -gt 0 ]
