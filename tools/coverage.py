@@ -9,9 +9,12 @@ files = json.load(open(export))["data"][0]["files"]
 open_branches, taken_all, count_all = [], 0, 0
 for file in sorted(files, key=lambda entry: entry["filename"]):
     name = str(pathlib.Path(file["filename"]).relative_to(root))
+    source = pathlib.Path(file["filename"]).read_text().splitlines()
     # A branch of a template or an inline function comes once for each instance: it is taken if any instance takes it.
     outcomes = {}
     for line, column, _, _, taken, missed, *_ in file["branches"]:
+        if "if constexpr" in source[line - 1]:
+            continue  # decided by the compiler
         for outcome, times in (("true", taken), ("false", missed)):
             key = (line, column, outcome)
             outcomes[key] = outcomes.get(key, 0) + times

@@ -153,7 +153,7 @@ void InContextAliasMgr<Alias>::parseArguments()
         alias->initialize(options.at(letterOf(alias->getKey())).value);
 
     // The values pointed into these.
-    for (int taken = 1; taken < stoppedAt && arguments.size() > 1; ++taken) {
+    for (int taken = 1; taken < stoppedAt; ++taken) {
         delete[] arguments[1];
         arguments.erase(arguments.begin() + 1);
     }
@@ -170,7 +170,7 @@ void InContextAliasMgr<Alias>::add(Alias& alias, Registration registration)
         _keys->contains(std::string_view(key)))
         throw InEx::ExContextAliasAlreadyDefined(sourceName, __LINE__, key);
 
-    if (isUnique)
+    if constexpr (isUnique)
         countKey(key);
     try {
         if (_aliases == nullptr)

@@ -969,7 +969,7 @@ TEST(InInitMgr, isOneForAllThreads)
 
 VN_CHILD(graph)
 {
-    NumberedPackage<1> one("quo\"te");
+    NumberedPackage<1> one("quo\"te\\");
     NumberedPackage<2> two("two", {NumberedPackage<1>::getType()});
     start();
     std::ostringstream text;
@@ -985,11 +985,11 @@ VN_CHILD(graph)
 
 TEST(InInitMgr, graphNamesEveryPackageAndItsDependencies)
 {
-    expectOutput("graph", "start quo\"te\nstart two\n"
+    expectOutput("graph", "start quo\"te\\\nstart two\n"
                           "digraph packages {\n"
-                          "    \"quo\\\"te\" [label=\"2. quo\\\"te\"];\n"
+                          "    \"quo\\\"te\\\\\" [label=\"2. quo\\\"te\\\\\"];\n"
                           "    \"two\" [label=\"6. two\"];\n"
                           "    \"osal\" -> \"initialize\";\n"
-                          "    \"two\" -> \"quo\\\"te\";\n"
+                          "    \"two\" -> \"quo\\\"te\\\\\";\n"
                           "}\n");
 }

@@ -151,6 +151,25 @@ TEST(Vector, insertsFromASinglePassRange)
     EXPECT_EQ(vector, (Vector<int>{8, 9}));
 }
 
+TEST(Vector, changesWithinItsCapacityMoveNothing)
+{
+    Vector<int> vector;
+    vector.reserve(8);
+    int const* const storage = vector.data();
+    const int values[] = {7, 8, 9};
+    vector.assign(3u, 5);
+    EXPECT_EQ(vector, (Vector<int>{5, 5, 5}));
+    vector.resize(5, 6);
+    vector.resize(4);
+    EXPECT_EQ(vector, (Vector<int>{5, 5, 5, 6}));
+    vector.insert(vector.begin() + 1, values, values + 3);
+    EXPECT_EQ(vector, (Vector<int>{5, 7, 8, 9, 5, 5, 6}));
+    vector.assign(values, values + 3);
+    EXPECT_EQ(vector, (Vector<int>{7, 8, 9}));
+    EXPECT_EQ(vector.data(), storage);
+    EXPECT_EQ(vector.capacity(), 8u);
+}
+
 TEST(Vector, behavesAsTheStandardOneElsewhere)
 {
     Vector<int> vector(3, 4);
