@@ -65,6 +65,12 @@ for preset in "${presets[@]}"; do
     step "$preset.configure" cmake --preset "$preset"
     step "$preset.build" cmake --build --preset "$preset"
     case $preset in
+    release | clang | windows)
+        # Each public header by itself.
+        step "$preset.headers" cmake --build --preset "$preset" --target all_verify_interface_header_sets
+        ;;
+    esac
+    case $preset in
     bench) ;;
     fuzz) run_fuzzers ;;
     coverage)

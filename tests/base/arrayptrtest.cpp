@@ -84,6 +84,12 @@ TEST_F(ArrayPtrTest, selfAssignmentNeitherDeletesNorClears)
     array = same;
     EXPECT_EQ(deaths, 0);
     EXPECT_NE(array.get(), nullptr);
+
+    ArrayPtrRet<Element> ret(new Element[3]);
+    ArrayPtrRet<Element>& sameRet = ret;
+    ret = sameRet;
+    EXPECT_EQ(deaths, 0);
+    EXPECT_NE(ret.get(), nullptr);
 }
 
 TEST_F(ArrayPtrTest, ownershipGoesBothWaysBetweenOwnerAndResult)

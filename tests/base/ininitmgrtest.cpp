@@ -993,3 +993,22 @@ TEST(InInitMgr, graphNamesEveryPackageAndItsDependencies)
                           "    \"two\" -> \"quo\\\"te\\\\\";\n"
                           "}\n");
 }
+
+VN_CHILD(graphWithAGap)
+{
+    auto one = std::make_unique<NumberedPackage<1>>("one");
+    NumberedPackage<2> two("two", {NumberedPackage<1>::getType()});
+    start();
+    one.reset();
+    std::ostringstream text;
+    manager().dumpGraph(text);
+    std::cout << (text.str().find("\"two\" [label") != std::string::npos)
+              << (text.str().find("\"two\" ->") != std::string::npos) << "\n";
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, graphLeavesOutAPackageThatWasDestroyed)
+{
+    expectOutput("graphWithAGap", "start one\nstart two\n10\nstop two\n");
+}
