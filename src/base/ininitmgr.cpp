@@ -111,6 +111,7 @@ private:
     void closeMatrix(InDependencyGraph const& graph);
     void startBatch();
     void saveBatch();
+    void indexSaved();
     bool isOnRing(std::size_t i) const;
 
     static std::type_info const& typeOf(PackageEntry const& entry)
@@ -166,6 +167,7 @@ InTypeTable InInitMgr::State::sortBatch()
                      [](Named const& left, Named const& right) { return std::strcmp(left.name, right.name) < 0; });
 
     InTypeTable positions;
+    positions.reserve(named.size());
     unsigned count = 0;
     for (Named const& next : named)
         if (positions.insert(typeOf(next.entry), count))
@@ -241,26 +243,30 @@ void InInitMgr::State::startBatch()
 
 void InInitMgr::State::saveBatch()
 {
-    for (PackageEntry const& entry : _packagesToInit) {
-        if (findSaved(typeOf(entry)) != nullptr)
-            continue;
-        _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
-        _savedByTypeHolds = false;  // in case there is no memory for what follows
-        _savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size() - 1));
-        _savedByTypeHolds = true;
-    }
+    indexSaved();
+    _savedByTypeHolds = false;  // in case there is no memory for what follows
+    _savedByType.reserve(_packagesSaved.size() + _packagesToInit.size());
+    for (PackageEntry const& entry : _packagesToInit)
+        if (_savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size())))
+            _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
+    _savedByTypeHolds = true;
+}
+
+void InInitMgr::State::indexSaved()
+{
+    if (_savedByTypeHolds)
+        return;
+    _savedByType.clear();
+    for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
+        _savedByType.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
+    _savedByTypeHolds = true;
 }
 
 InInitMgr::PackageEntry* InInitMgr::State::findSaved(std::type_info const& type)
 {
     if (_packagesSaved.empty())
         return nullptr;
-    if (!_savedByTypeHolds) {
-        _savedByType.clear();
-        for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
-            _savedByType.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
-        _savedByTypeHolds = true;
-    }
+    indexSaved();
     const unsigned found = _savedByType.find(type);
     return found != InTypeTable::none ? &_packagesSaved[found] : nullptr;
 }

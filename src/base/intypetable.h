@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <typeinfo>
@@ -22,25 +23,35 @@ public:
     /// Adds `type` with its position; false, and nothing changed, if it is there already.
     bool insert(std::type_info const& type, unsigned position)
     {
-        if (find(type) != none)
+        if (findByAddress(type) != none)
             return false;
-        add(_byName, type.hash_code(), type, position);
-        add(_byAddress, hashOf(type), type, position);
-        return true;
+        const std::size_t hash = type.hash_code();
+        const unsigned named = findByName(type, hash);
+        if (named == none)
+            add(_byName, hash, type, position);
+        add(_byAddress, hashOf(type), type, named == none ? position : named);
+        return named == none;
     }
 
     /// Position of `type`, or `none`.
     unsigned find(std::type_info const& type)
     {
-        const auto isSameAddress = [&type](Slot const& slot) { return slot.type == &type; };
-        unsigned const position = look(_byAddress, hashOf(type), isSameAddress);
+        const unsigned position = findByAddress(type);
         if (position != none || _byName.used == 0)
             return position;
-        const auto isSameType = [&type](Slot const& slot) { return *slot.type == type; };
-        unsigned const named = look(_byName, type.hash_code(), isSameType);
+        const unsigned named = findByName(type, type.hash_code());
         if (named != none)
             add(_byAddress, hashOf(type), type, named);
         return named;
+    }
+
+    /// Makes room for `count` types in all, so that adding them moves none.
+    void reserve(std::size_t count)
+    {
+        const std::size_t slots = std::bit_ceil(2 * count);
+        for (Table* table : {&_byName, &_byAddress})
+            if (slots > table->slots.size())
+                resize(*table, slots);
     }
 
     void clear()
@@ -71,6 +82,16 @@ private:
         return static_cast<std::size_t>(spread >> 32);
     }
 
+    unsigned findByAddress(std::type_info const& type) const
+    {
+        return look(_byAddress, hashOf(type), [&type](Slot const& slot) { return slot.type == &type; });
+    }
+
+    unsigned findByName(std::type_info const& type, std::size_t hash) const
+    {
+        return look(_byName, hash, [&type](Slot const& slot) { return *slot.type == type; });
+    }
+
     template <class IsSame>
     static unsigned look(Table const& table, std::size_t hash, IsSame const& isSame)
     {
@@ -86,14 +107,14 @@ private:
     static void add(Table& table, std::size_t hash, std::type_info const& type, unsigned position)
     {
         if (2 * (table.used + 1) > table.slots.size())
-            grow(table);
+            resize(table, table.slots.empty() ? 64 : 2 * table.slots.size());
         put(table.slots, {&type, hash, position});
         ++table.used;
     }
 
-    static void grow(Table& table)
+    static void resize(Table& table, std::size_t slots)
     {
-        std::vector<Slot> larger(table.slots.empty() ? 64 : 2 * table.slots.size());
+        std::vector<Slot> larger(slots);
         for (Slot const& slot : table.slots)
             if (slot.type != nullptr)
                 put(larger, slot);
