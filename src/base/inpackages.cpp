@@ -1,6 +1,9 @@
 #include <base/inpackages.h>
 
+#include <base/dtreftimefactory.h>
+#include <base/hwcounter.h>
 #include <base/incontextaliasmgr.h>
+#include <base/oscpuinfo.h>
 
 VN_DEFINE_PACKAGE(base, VnInit::random, VnInit::discreteTime, VnInit::baseMath, VnInit::initVars, VnInit::testing,
                   VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
@@ -67,6 +70,27 @@ void InInit<VnInit::initArg>::performInitialize()
 void InInit<VnInit::initArg>::performFinalize()
 {
     ArgumentMgr::finalize();
+}
+
+void InInit<VnInit::osal>::performInitialize()
+{
+    OsCpuInfo::initialize();
+}
+
+void InInit<VnInit::osal>::performFinalize()
+{
+    OsCpuInfo::finalize();
+}
+
+void InInit<VnInit::profiling>::performInitialize()
+{
+    // Whatever stands there was made before the frequency was known. It isn't freed: somebody may be reading it.
+    HwCounter::_theHwCounter = HwCounterEng::create();
+}
+
+void InInit<VnInit::discreteTime>::performInitialize()
+{
+    DtRefTimeFactory::getInstance();  // fixes the clock's zero
 }
 
 }  // namespace Vn

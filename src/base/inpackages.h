@@ -69,6 +69,9 @@ template <>
 class VN_BASE_EXPORT InInit<VnInit::discreteTime> : public InPackageInit
 {
     VN_PACKAGE_MEMBERS();
+
+public:
+    void performInitialize() override;
 };
 
 /// Policy of the heap.
@@ -119,6 +122,10 @@ template <>
 class VN_BASE_EXPORT InInit<VnInit::osal> : public InPackageInit
 {
     VN_PACKAGE_MEMBERS();
+
+public:
+    void performInitialize() override;
+    void performFinalize() override;
 };
 
 /// Clocks and timers.
@@ -126,6 +133,9 @@ template <>
 class VN_BASE_EXPORT InInit<VnInit::profiling> : public InPackageInit
 {
     VN_PACKAGE_MEMBERS();
+
+public:
+    void performInitialize() override;
 };
 
 /// Random and quasi-random samples.

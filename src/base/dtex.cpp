@@ -1,0 +1,53 @@
+#include <base/dtex.h>
+
+#include <base/exreasontext.h>
+
+namespace Vn
+{
+
+DtEx::DtEx(char const* file, int line) : ExBase(file, line) {}
+
+DtEx::BadRate::BadRate(char const* file, int line) : std::logic_error(""), DtEx(file, line)
+{
+    setReason("Null rate not allowed in DtTime.");
+}
+
+VN_EX_DEFINE_MEMBERS(DtEx::BadRate);
+
+DtEx::BadRefRate::BadRefRate(char const* file, int line) : std::logic_error(""), DtEx(file, line)
+{
+    setReason("Mismatched reference clock rates.");
+}
+
+VN_EX_DEFINE_MEMBERS(DtEx::BadRefRate);
+
+DtEx::DtStringError::DtStringError(char const* file, int line, ErrorCode errorCode)
+    : std::logic_error(""), DtEx(file, line), _errorCode(errorCode)
+{
+    setReason(ExReasonText("DtString conversion error: %s", toString(errorCode)).get());
+}
+
+DtEx::DtStringError::ErrorCode DtEx::DtStringError::getErrorCode() const
+{
+    return _errorCode;
+}
+
+char const* DtEx::DtStringError::toString(ErrorCode errorCode)
+{
+    switch (errorCode) {
+    case ErrRateNumeratorMalformed:
+        return "Rate numerator malformed.";
+    case ErrRateNumeratorOverflow:
+        return "Rate numerator overflow.";
+    case ErrRateDenominatorMalformed:
+        return "Rate denominator malformed.";
+    case ErrRateDenominatorOverflow:
+        return "Rate denominator overflow.";
+    default:
+        return "Unknown error.";
+    }
+}
+
+VN_EX_DEFINE_MEMBERS(DtEx::DtStringError);
+
+}  // namespace Vn

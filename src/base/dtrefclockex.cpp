@@ -1,0 +1,23 @@
+#include <base/dtrefclockex.h>
+
+namespace Vn
+{
+
+DtRefClockEx::DtRefClockEx(char const* file, int line) : ExBase(file, line) {}
+
+DtRefClockEx::GetCount::GetCount(char const* file, int line) : std::logic_error(""), DtRefClockEx(file, line)
+{
+    setReason("Reference clock failed to get clock value.");
+}
+
+VN_EX_DEFINE_MEMBERS(DtRefClockEx::GetCount);
+
+DtRefClockEx::SourceMismatch::SourceMismatch(char const* file, int line)
+    : std::logic_error(""), DtRefClockEx(file, line)
+{
+    setReason("Clock source name does not match system reference clock.");
+}
+
+VN_EX_DEFINE_MEMBERS(DtRefClockEx::SourceMismatch);
+
+}  // namespace Vn

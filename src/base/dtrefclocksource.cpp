@@ -1,0 +1,54 @@
+#include <base/dtrefclocksource.h>
+
+#include <base/assertions.h>
+#include <base/duplicatestring.h>
+#include <base/hwcounter.h>
+
+namespace Vn
+{
+namespace
+{
+constexpr char const* sourceName = "src/base/dtrefclocksource";
+}  // namespace
+
+DtRefClockSource::DtRefClockSource(char const* name, Rational const& rate, Rational const& secondaryRate)
+    : _name(duplicateString(name)), _rate(rate), _secondaryRate(secondaryRate)
+{}
+
+DtRefClockSource::~DtRefClockSource() = default;
+
+char const* DtRefClockSource::getName() const
+{
+    return _name;
+}
+
+Rational const& DtRefClockSource::getRate() const
+{
+    return _rate;
+}
+
+Rational const& DtRefClockSource::getSecondaryRate() const
+{
+    return _secondaryRate;
+}
+
+/// A clock over a counter without a rate would stand still for the life of the process, so it isn't made at all.
+Rational DtRefClockSourceHwCounter::counterRate()
+{
+    HwCounter::init();
+    const Rational rate(HwCounter::getRateNumerator(), HwCounter::getRateDenominator());
+    if (rate.getNumerator() == 0)
+        Assertions::throwAssertionFailed(sourceName, __LINE__, "rate.getNumerator() != 0");
+    return rate;
+}
+
+DtRefClockSourceHwCounter::DtRefClockSourceHwCounter()
+    : DtRefClockSource("HwCounter", counterRate(), counterRate()), _start(HwCounter::timeStamp())
+{}
+
+std::int64_t DtRefClockSourceHwCounter::getCount() const
+{
+    return static_cast<std::int64_t>(HwCounter::timeStamp() - _start);
+}
+
+}  // namespace Vn

@@ -1,0 +1,63 @@
+#include <base/hwcountereng.h>
+
+#include <base/hwcounterrate.h>
+#include <base/oscpuinfo.h>
+
+#include <ostream>
+
+namespace Vn
+{
+
+HwCounterEng::~HwCounterEng() = default;
+
+HwCounterEng* HwCounterEng::create()
+{
+    const HwCounterRate rate = HwCounterRate::fit(OsCpuInfo::getHwCounterFrequency());
+    return new HwCounterIA32(rate.numerator, 1, rate.shift);
+}
+
+HwCounterIA32::HwCounterIA32(int numerator, int denominator, unsigned shift)
+    : _rateNumerator(numerator),
+      _rateDenominator(denominator),
+      _shift(shift),
+      _cycle(static_cast<double>(denominator) / static_cast<double>(numerator))
+{}
+
+std::uint64_t HwCounterIA32::timeStamp() const
+{
+    return OsCpuInfo::getHwCounterValue() >> _shift;
+}
+
+double HwCounterIA32::seconds(std::uint64_t start, std::uint64_t end) const
+{
+    return static_cast<double>(static_cast<std::int64_t>(end - start)) * _cycle;
+}
+
+double HwCounterIA32::seconds() const
+{
+    return static_cast<double>(static_cast<std::int64_t>(timeStamp())) * _cycle;
+}
+
+double HwCounterIA32::resolution() const
+{
+    return _cycle;
+}
+
+int HwCounterIA32::getRateNumerator() const
+{
+    return _rateNumerator;
+}
+
+int HwCounterIA32::getRateDenominator() const
+{
+    return _rateDenominator;
+}
+
+void HwCounterIA32::dump(std::ostream& stream) const
+{
+    stream << "HwCounterIA32:" << std::endl;
+    stream << "Rate         = " << _rateNumerator << '/' << _rateDenominator << std::endl;
+    stream << "Cycle        = " << _cycle << " seconds" << std::endl;
+}
+
+}  // namespace Vn

@@ -1,0 +1,27 @@
+// oscpuinfowinnt.cpp (POSIX form: oscpuinfoposix.cpp)
+#include <base/oscpuinfosystem.h>
+
+#include <windows.h>
+
+namespace Vn::System
+{
+
+bool readCounter(std::uint64_t& value)
+{
+    ::LARGE_INTEGER counter;
+    if (!::QueryPerformanceCounter(&counter))
+        return false;
+    value = static_cast<std::uint64_t>(counter.QuadPart);
+    return true;
+}
+
+bool readCounterFrequency(std::uint64_t& frequency)
+{
+    ::LARGE_INTEGER perSecond;
+    if (!::QueryPerformanceFrequency(&perSecond))
+        return false;
+    frequency = static_cast<std::uint64_t>(perSecond.QuadPart);
+    return true;
+}
+
+}  // namespace Vn::System

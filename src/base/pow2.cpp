@@ -1,0 +1,17 @@
+#include <base/pow2.h>
+
+#include <base/assertions.h>
+
+namespace Vn
+{
+namespace
+{
+constexpr char const* sourceName = "src/base/pow2";
+}  // namespace
+
+void Pow2::throwNoBitSet()
+{
+    Assertions::throwAssertionFailed(sourceName, __LINE__, "n != 0");
+}
+
+}  // namespace Vn

@@ -1,0 +1,143 @@
+#pragma once
+
+#include <base/baseexport.h>
+
+#include <bit>
+#include <cstdint>
+#include <iosfwd>
+
+namespace Vn
+{
+
+/// An exact fraction of two 32-bit integers, as a rule a rate in counts per second.
+///
+///     const Vn::Rational ntsc(30000, 1001);
+///     ntsc == Vn::Rational(60000, 2002);    // true: lowest terms, the sign above the line
+///     ntsc.getDouble();                     // 29.97002997...
+///
+/// `==` and `!=` compare exactly. The order operators compare the double values with an absolute tolerance of 1e-7, so
+/// two rates closer than that are unequal, neither is below the other, and both are at or below each other.
+///
+/// -2147483648 has no positive counterpart in 32 bits. A fraction that holds it stays unreduced, and below the line it
+/// stays negative.
+///
+/// A value of 8 bytes; no allocation, no start-up, any thread its own copy.
+/// Tests: tests/base/rationaltest.cpp.
+class VN_BASE_EXPORT Rational
+{
+public:
+    /// 1/1, not zero.
+    Rational() : _numerator(1), _denominator(1) {}
+
+    /// As setValue().
+    Rational(int numerator, int denominator) { setValue(numerator, denominator); }
+
+    /// Brings the fraction to lowest terms with a positive denominator; zero becomes 0/1. Throws
+    /// RationalEx::ExDenominatorZero for a zero denominator and then leaves the value as it was.
+    void setValue(int numerator, int denominator)
+    {
+        if (denominator == 0)
+            throwDenominatorZero();
+        if (denominator < 0) {
+            numerator = negate(numerator);
+            denominator = negate(denominator);
+        }
+        _numerator = numerator;
+        _denominator = denominator;
+        if (numerator == 0)
+            _denominator = 1;
+        else
+            lowestTerms();
+    }
+
+    int getNumerator() const { return _numerator; }
+    int getDenominator() const { return _denominator; }
+
+    double getDouble() const { return static_cast<double>(_numerator) / static_cast<double>(_denominator); }
+    float getFloat() const { return static_cast<float>(_numerator) / static_cast<float>(_denominator); }
+
+    /// Seconds per count of a rate; an infinity for zero.
+    double getReciprocalDouble() const
+    {
+        return static_cast<double>(_denominator) / static_cast<double>(_numerator);
+    }
+    float getReciprocalFloat() const { return static_cast<float>(_denominator) / static_cast<float>(_numerator); }
+
+    /// "(30000/1001=29.97)", the value in the stream's own number format.
+    void dump(std::ostream& stream) const;
+
+private:
+    /// In two's complement: the most negative value stays what it is.
+    static int negate(int value) { return static_cast<int>(0u - static_cast<unsigned>(value)); }
+
+    [[noreturn]] static void throwDenominatorZero();
+
+    void lowestTerms()
+    {
+        int const magnitude = _numerator < 0 ? negate(_numerator) : _numerator;
+        if (magnitude <= 0 || _denominator <= 0)
+            return;  // the most negative value: no divisor to speak of
+        int const divisor = static_cast<int>(
+            greatestCommonDivisor(static_cast<unsigned>(magnitude), static_cast<unsigned>(_denominator)));
+        if (divisor != 1) {
+            _numerator /= divisor;
+            _denominator /= divisor;
+        }
+    }
+
+    /// By shifts and differences (Stein 1967), which need no division; neither argument is zero.
+    static unsigned greatestCommonDivisor(unsigned a, unsigned b)
+    {
+        int const twos = std::countr_zero(a | b);
+        a >>= std::countr_zero(a);
+        b >>= std::countr_zero(b);
+        while (a != b) {
+            unsigned const larger = a > b ? a : b;
+            unsigned const smaller = a > b ? b : a;
+            unsigned const difference = larger - smaller;
+            b = smaller;
+            a = difference >> std::countr_zero(difference);
+        }
+        return a << twos;
+    }
+
+    int _numerator;
+    int _denominator;
+};
+
+/// Exactly the same fraction.
+inline bool operator==(Rational const& a, Rational const& b)
+{
+    return a.getNumerator() == b.getNumerator() && a.getDenominator() == b.getDenominator();
+}
+
+inline bool operator!=(Rational const& a, Rational const& b)
+{
+    return !(a == b);
+}
+
+/// Below by more than 1e-7.
+inline bool operator<(Rational const& a, Rational const& b)
+{
+    return b.getDouble() - 1e-7 > a.getDouble();
+}
+
+/// Not above by 1e-7 or more.
+inline bool operator<=(Rational const& a, Rational const& b)
+{
+    return b.getDouble() + 1e-7 > a.getDouble();
+}
+
+/// Above by more than 1e-7.
+inline bool operator>(Rational const& a, Rational const& b)
+{
+    return a.getDouble() > b.getDouble() + 1e-7;
+}
+
+/// Not below by 1e-7 or more.
+inline bool operator>=(Rational const& a, Rational const& b)
+{
+    return a.getDouble() > b.getDouble() - 1e-7;
+}
+
+}  // namespace Vn
