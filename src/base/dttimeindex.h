@@ -104,15 +104,20 @@ private:
     /// if a product passes its limits, is the most negative number, or would be a zero divisor.
     bool convertUnwrapped(Rational const& from, Rational const& to, std::int64_t& count) const
     {
-        const std::int64_t multiplier = static_cast<std::int64_t>(from.getDenominator()) * to.getNumerator();
-        const std::int64_t divisor = static_cast<std::int64_t>(from.getNumerator()) * to.getDenominator();
+        std::int64_t multiplier = static_cast<std::int64_t>(from.getDenominator()) * to.getNumerator();
+        std::int64_t divisor = static_cast<std::int64_t>(from.getNumerator()) * to.getDenominator();
         constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
         if (multiplier > limit || multiplier < -limit || divisor > limit || divisor < -limit || divisor == 0)
             return false;
+        // The sign goes above the line before the product, as there the most negative count wraps.
+        if (divisor < 0) {
+            multiplier = -multiplier;
+            divisor = -divisor;
+        }
         std::int64_t product;
         if (__builtin_mul_overflow(_count, multiplier, &product))
             return false;
-        count = DtWrap::over(product, divisor);
+        count = product / divisor;
         return true;
     }
 
