@@ -33,10 +33,10 @@ public:
     };
 
     /// Both bounds are `value`.
-    Interval(T value) : _lower(value), _upper(value) {}
+    Interval(T value);
 
     /// As given, in either order.
-    Interval(T lower, T upper) : _lower(lower), _upper(upper) {}
+    Interval(T lower, T upper);
 
     Interval& operator+=(T s);
     Interval& operator+=(Interval const& o);
@@ -72,8 +72,8 @@ public:
     /// `x`, or the bound that it passes; the lower bound for not-a-number.
     T clamp(T x) const;
 
-    T getLower() const { return _lower; }
-    T getUpper() const { return _upper; }
+    T getLower() const;
+    T getUpper() const;
     T getWidth() const;
     T getCenter() const;
 

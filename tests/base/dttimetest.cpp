@@ -313,9 +313,10 @@ TEST(DtTime, aWrappedCommonRateIsRefusedAndTheLeftTimeStays)
 TEST(DtTime, combinesWithItself)
 {
     DtTime time(10, 25, 1);
-    time += time;
+    DtTime const& same = time;
+    time += same;
     expectTime(time, 20, 25, 1);
-    time -= time;
+    time -= same;
     expectTime(time, 0, 25, 1);
 }
 

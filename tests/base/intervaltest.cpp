@@ -82,8 +82,9 @@ TYPED_TEST(IntervalTest, addsAndSubtracts)
     expectBounds(I(1, 3) += I(10, 20), T(11), T(23));
     expectBounds(I(1, 3) -= T(2), T(-1), T(1));
     expectBounds(I(1, 2) -= I(0, 1), T(0), T(2));
-    I same(1, 3);
-    expectBounds(same -= same, T(-2), T(2));
+    I own(1, 3);
+    I const& same = own;
+    expectBounds(own -= same, T(-2), T(2));
     I result(0, 0);
     EXPECT_EQ(&(result += T(1)), &result);
     EXPECT_EQ(&(result -= I(1, 1)), &result);
@@ -99,8 +100,9 @@ TYPED_TEST(IntervalTest, multiplies)
     expectBounds(I(1, 3) *= I(-1, 2), T(-3), T(6));
     expectBounds(I(-2, 3) *= I(-5, 4), T(-15), T(12));
     expectBounds(I(-2, -1) *= I(-5, -4), T(4), T(10));
-    I same(-2, 3);
-    expectBounds(same *= same, T(-6), T(9));
+    I own(-2, 3);
+    I const& same = own;
+    expectBounds(own *= same, T(-6), T(9));
 }
 
 TYPED_TEST(IntervalTest, divides)
@@ -112,8 +114,9 @@ TYPED_TEST(IntervalTest, divides)
     expectBounds(I(2, 4) /= I(1, 2), T(1), T(4));
     expectBounds(I(2, 4) /= I(-2, -1), T(-4), T(-1));
     expectBounds(I(2, 4) /= I(-1, 2), T(-4), T(2));  // spans zero, and nobody looks
-    I same(1, 2);
-    expectBounds(same /= same, T(0.5), T(2));
+    I own(1, 2);
+    I const& same = own;
+    expectBounds(own /= same, T(0.5), T(2));
 }
 
 TYPED_TEST(IntervalTest, dividesByTheReciprocals)
