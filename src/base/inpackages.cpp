@@ -84,7 +84,9 @@ void InInit<VnInit::osal>::performFinalize()
 
 void InInit<VnInit::profiling>::performInitialize()
 {
-    // Whatever stands there was made before the frequency was known. It isn't freed: somebody may be reading it.
+    // What stands there was made before the frequency was known. It isn't freed, as somebody may be reading it, and
+    // stays in reach, as nobody should take it for a leak.
+    [[maybe_unused]] static HwCounterEng const* const abandoned = HwCounter::_theHwCounter;
     HwCounter::_theHwCounter = HwCounterEng::create();
 }
 

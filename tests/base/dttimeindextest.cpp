@@ -8,7 +8,6 @@
 #include <bit>
 #include <climits>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <numeric>
 #include <type_traits>
@@ -44,18 +43,10 @@ constexpr ClockRow clockRows[] = {
 #include "../reference/clock.inc"
 };
 
-/// A style by its number, which need not be one of the enumeration's.
-std::float_round_style styleOf(int number)
-{
-    std::float_round_style style;
-    static_assert(sizeof style == sizeof number);
-    std::memcpy(&style, &number, sizeof style);
-    return style;
-}
-
 std::int64_t converted(std::int64_t count, Rational const& from, Rational const& to, int style)
 {
-    return DtTimeIndex(count).convert(from, to, styleOf(style));
+    // By its number, which need not be one of the enumeration's.
+    return DtTimeIndex(count).convert(from, to, std::bit_cast<std::float_round_style>(style));
 }
 
 /// The rule word for word: products of 32 bits, their ratio in lowest terms, a product of 64 bits, a division.
