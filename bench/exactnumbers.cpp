@@ -10,13 +10,15 @@
 #include <chrono>
 #include <cstdint>
 #include <ratio>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace
 {
 using Fraction = boost::rational<std::int64_t>;
 
-constexpr std::size_t count = 1024;
+constexpr std::size_t count = 4096;  ///< operands: more than a branch predictor keeps in mind
 
 struct Terms
 {
@@ -33,20 +35,24 @@ std::uint64_t nextBits()
     return z ^ (z >> 31);
 }
 
-/// Fractions of 31 bits with a common divisor now and then, as products of rates have.
-std::vector<Terms> const& wideTerms()
+using Term = int (*)();
+
+/// Fractions of two terms, times a common divisor.
+std::vector<Terms> termsOf(Term term, int largestDivisor)
 {
-    static const std::vector<Terms> terms = [] {
-        std::vector<Terms> made;
-        while (made.size() < count) {
-            const int common = 1 + static_cast<int>(nextBits() % 1000);
-            const int numerator = 1 + static_cast<int>(nextBits() % 2000000);
-            const int denominator = 1 + static_cast<int>(nextBits() % 2000000);
-            made.push_back({numerator * common, denominator * common});
-        }
-        return made;
-    }();
-    return terms;
+    std::vector<Terms> made;
+    while (made.size() < count) {
+        int const divisor = static_cast<int>(1 + nextBits() % static_cast<unsigned>(largestDivisor));
+        int const numerator = term() * divisor;
+        made.push_back({numerator, term() * divisor});
+    }
+    return made;
+}
+
+template <unsigned limit>
+int upTo()
+{
+    return static_cast<int>(1 + nextBits() % limit);
 }
 
 /// Rates as streams have them.
@@ -83,34 +89,31 @@ std::vector<std::int64_t> const& counts()
     return made;
 }
 
-// ---- normalising
+/// Times `call(i)` for each operand in turn, results into memory as a program would have them.
+template <class Call>
+void timeEach(benchmark::State& state, Call const& call)
+{
+    std::vector<decltype(call(std::size_t()))> results(count);
+    benchmark::DoNotOptimize(results.data());
+    for (auto _ : state) {
+        for (std::size_t i = 0; i < count; ++i)
+            results[i] = call(i);
+        benchmark::ClobberMemory();
+    }
+}
 
 template <class Number>
 void normalise(benchmark::State& state, std::vector<Terms> const& terms)
 {
-    std::size_t i = 0;
-    for (auto _ : state) {
-        Terms const& pair = terms[i++ % count];
-        Number number(pair.numerator, pair.denominator);
-        benchmark::DoNotOptimize(number);
-    }
+    timeEach(state, [&](std::size_t i) { return Number(terms[i].numerator, terms[i].denominator); });
 }
-
-// ---- comparing
 
 template <class Number>
 void compare(benchmark::State& state, std::vector<Terms> const& terms)
 {
     const std::vector<Number> numbers = numbersOf<Number>(terms);
-    std::size_t i = 0;
-    for (auto _ : state) {
-        bool isBelow = numbers[i % count] < numbers[(i + 1) % count];
-        benchmark::DoNotOptimize(isBelow);
-        ++i;
-    }
+    timeEach(state, [&](std::size_t i) -> int { return numbers[i] < numbers[(i + 1) % count]; });
 }
-
-// ---- converting
 
 __extension__ using Wide = __int128;
 
@@ -125,104 +128,85 @@ std::int64_t rescaled(std::int64_t value, Terms const& from, Terms const& to)
 void convertOurs(benchmark::State& state)
 {
     const std::vector<Vn::Rational> rates = numbersOf<Vn::Rational>(usualTerms());
-    std::size_t i = 0;
-    for (auto _ : state) {
-        std::int64_t result = Vn::DtTimeIndex(counts()[i % count])
-                                  .convert(rates[i % count], rates[(i + 1) % count], std::round_toward_zero);
-        benchmark::DoNotOptimize(result);
-        ++i;
-    }
+    std::vector<std::int64_t> const& values = counts();
+    timeEach(state, [&](std::size_t i) -> std::int64_t {
+        return Vn::DtTimeIndex(values[i]).convert(rates[i], rates[(i + 1) % count], std::round_toward_zero);
+    });
 }
 
 void convertByHand(benchmark::State& state)
 {
     std::vector<Terms> const& rates = usualTerms();
-    std::size_t i = 0;
-    for (auto _ : state) {
-        std::int64_t result = rescaled(counts()[i % count], rates[i % count], rates[(i + 1) % count]);
-        benchmark::DoNotOptimize(result);
-        ++i;
-    }
+    std::vector<std::int64_t> const& values = counts();
+    timeEach(state, [&](std::size_t i) { return rescaled(values[i], rates[i], rates[(i + 1) % count]); });
 }
-
-// ---- adding times of two rates
 
 void addOurs(benchmark::State& state)
 {
     std::vector<Vn::DtTime> times;
     for (std::size_t i = 0; i < count; ++i)
         times.emplace_back(counts()[i], usualTerms()[i].numerator, usualTerms()[i].denominator);
-    std::size_t i = 0;
-    for (auto _ : state) {
-        Vn::DtTime sum = times[i % count];
+    timeEach(state, [&](std::size_t i) {
+        Vn::DtTime sum = times[i];
         sum += times[(i + 1) % count];
-        benchmark::DoNotOptimize(sum);
-        ++i;
-    }
+        return sum;
+    });
 }
 
-// ---- times at fixed rates: the rates are known to the compiler on the other side
-
+// The compiler knows the rates of these.
 using Frames = std::chrono::duration<std::int64_t, std::ratio<1001, 30000>>;
 using Samples = std::chrono::duration<std::int64_t, std::ratio<1, 48000>>;
 
 void compareTimesOurs(benchmark::State& state)
 {
     const Vn::Rational frames(30000, 1001), samples(48000, 1);
-    std::size_t i = 0;
-    for (auto _ : state) {
-        bool isBelow = Vn::DtTime(counts()[i % count], frames) < Vn::DtTime(counts()[(i + 1) % count], samples);
-        benchmark::DoNotOptimize(isBelow);
-        ++i;
-    }
+    std::vector<std::int64_t> const& values = counts();
+    timeEach(state, [&](std::size_t i) -> int {
+        return Vn::DtTime(values[i], frames) < Vn::DtTime(values[(i + 1) % count], samples);
+    });
 }
 
 void compareTimesChrono(benchmark::State& state)
 {
-    std::size_t i = 0;
-    for (auto _ : state) {
-        bool isBelow = Frames(counts()[i % count]) < Samples(counts()[(i + 1) % count]);
-        benchmark::DoNotOptimize(isBelow);
-        ++i;
-    }
+    std::vector<std::int64_t> const& values = counts();
+    timeEach(state, [&](std::size_t i) -> int { return Frames(values[i]) < Samples(values[(i + 1) % count]); });
 }
 
 void convertTimesOurs(benchmark::State& state)
 {
     const Vn::Rational frames(30000, 1001), samples(48000, 1);
-    std::size_t i = 0;
-    for (auto _ : state) {
-        std::int64_t result =
-            Vn::DtTimeIndex(counts()[i++ % count]).convert(frames, samples, std::round_toward_zero);
-        benchmark::DoNotOptimize(result);
-    }
+    std::vector<std::int64_t> const& values = counts();
+    timeEach(state, [&](std::size_t i) -> std::int64_t {
+        return Vn::DtTimeIndex(values[i]).convert(frames, samples, std::round_toward_zero);
+    });
 }
 
 void convertTimesChrono(benchmark::State& state)
 {
-    std::size_t i = 0;
-    for (auto _ : state) {
-        std::int64_t result = std::chrono::duration_cast<Samples>(Frames(counts()[i++ % count])).count();
-        benchmark::DoNotOptimize(result);
-    }
+    std::vector<std::int64_t> const& values = counts();
+    timeEach(state, [&](std::size_t i) { return std::chrono::duration_cast<Samples>(Frames(values[i])).count(); });
 }
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    VnBench::SideBySide comparison;
-    comparison.add(
-        "normalise a wide fraction", [](auto& s) { normalise<Vn::Rational>(s, wideTerms()); },
-        "boost::rational<int64_t>", [](auto& s) { normalise<Fraction>(s, wideTerms()); });
-    comparison.add(
-        "normalise a usual rate", [](auto& s) { normalise<Vn::Rational>(s, usualTerms()); },
-        "boost::rational<int64_t>", [](auto& s) { normalise<Fraction>(s, usualTerms()); });
-    comparison.add(
-        "compare wide fractions", [](auto& s) { compare<Vn::Rational>(s, wideTerms()); },
-        "boost::rational<int64_t>", [](auto& s) { compare<Fraction>(s, wideTerms()); });
-    comparison.add(
-        "compare usual rates", [](auto& s) { compare<Vn::Rational>(s, usualTerms()); }, "boost::rational<int64_t>",
-        [](auto& s) { compare<Fraction>(s, usualTerms()); });
+    const std::pair<char const*, std::vector<Terms>> operands[] = {
+        {"31-bit fractions", termsOf(upTo<2147483647>, 1)},
+        {"31 bits, reducible", termsOf(upTo<2000000>, 1000)},
+        {"up to 1000/1000", termsOf(upTo<1000>, 1)},
+        {"rates of streams", usualTerms()},
+    };
+    constexpr char const* peer = "boost::rational<int64_t>";
+    VnBench::SideBySide comparison(count);
+    for (auto const& pair : operands) {
+        std::vector<Terms> const& terms = pair.second;
+        comparison.add(
+            std::string("normalise ") + pair.first, [&terms](auto& s) { normalise<Vn::Rational>(s, terms); }, peer,
+            [&terms](auto& s) { normalise<Fraction>(s, terms); });
+        comparison.add(
+            std::string("compare ") + pair.first, [&terms](auto& s) { compare<Vn::Rational>(s, terms); }, peer,
+            [&terms](auto& s) { compare<Fraction>(s, terms); });
+    }
     comparison.add("convert toward zero", convertOurs, "128-bit rescale", convertByHand);
     comparison.add("+= at two rates", addOurs, "128-bit rescale", convertByHand);
     comparison.add("compare times", compareTimesOurs, "std::chrono, fixed rates", compareTimesChrono);

@@ -6,11 +6,12 @@
 
 #include <cmath>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace
 {
-constexpr std::size_t count = 1024;
+constexpr std::size_t count = 4096;
 
 template <class Float>
 std::vector<Float> const& numbers()
@@ -25,27 +26,60 @@ std::vector<Float> const& numbers()
     return made;
 }
 
-template <class Float, Float (*function)(Float)>
-void round(benchmark::State& state)
+template <class Float, class Function>
+void round(benchmark::State& state, Function const& function)
 {
     std::vector<Float> const& values = numbers<Float>();
-    std::size_t i = 0;
+    std::vector<Float> results(count);
+    benchmark::DoNotOptimize(results.data());
     for (auto _ : state) {
-        Float result = function(values[i++ % count]);
-        benchmark::DoNotOptimize(result);
+        for (std::size_t i = 0; i < count; ++i)
+            results[i] = function(values[i]);
+        benchmark::ClobberMemory();
     }
 }
+
+/// Beside what the compiler makes of the standard function, and beside a call of the runtime library's, which the
+/// compiler can't see through.
+template <class Float, class Ours, class Standard>
+void add(VnBench::SideBySide& comparison, std::string const& what, Ours ours, Standard standard,
+         Float (*volatile& library)(Float))
+{
+    auto const timeOurs = [ours](auto& state) { round<Float>(state, ours); };
+    comparison.add(what, timeOurs, "std::", [standard](auto& state) { round<Float>(state, standard); });
+    comparison.add(what, timeOurs, "call of the library",
+                   [&library](auto& state) { round<Float>(state, [&library](Float x) { return library(x); }); });
+}
+
+double (*volatile floorCall)(double) = std::floor;
+double (*volatile ceilCall)(double) = std::ceil;
+double (*volatile roundCall)(double) = std::round;
+float (*volatile floorCallFloat)(float) = std::floor;
+float (*volatile ceilCallFloat)(float) = std::ceil;
+float (*volatile roundCallFloat)(float) = std::round;
 }  // namespace
 
 int main(int argc, char** argv)
 {
     using Vn::FloatUtil;
-    VnBench::SideBySide comparison;
-    comparison.add("floor, double", round<double, FloatUtil::floor>, "std::floor", round<double, std::floor>);
-    comparison.add("ceil, double", round<double, FloatUtil::ceil>, "std::ceil", round<double, std::ceil>);
-    comparison.add("round, double", round<double, FloatUtil::round>, "std::round", round<double, std::round>);
-    comparison.add("floor, float", round<float, FloatUtil::floor>, "std::floor", round<float, std::floor>);
-    comparison.add("ceil, float", round<float, FloatUtil::ceil>, "std::ceil", round<float, std::ceil>);
-    comparison.add("round, float", round<float, FloatUtil::round>, "std::round", round<float, std::round>);
+    VnBench::SideBySide comparison(count);
+    add<double>(
+        comparison, "floor, double", [](double x) { return FloatUtil::floor(x); },
+        [](double x) { return std::floor(x); }, floorCall);
+    add<double>(
+        comparison, "ceil, double", [](double x) { return FloatUtil::ceil(x); },
+        [](double x) { return std::ceil(x); }, ceilCall);
+    add<double>(
+        comparison, "round, double", [](double x) { return FloatUtil::round(x); },
+        [](double x) { return std::round(x); }, roundCall);
+    add<float>(
+        comparison, "floor, float", [](float x) { return FloatUtil::floor(x); },
+        [](float x) { return std::floor(x); }, floorCallFloat);
+    add<float>(
+        comparison, "ceil, float", [](float x) { return FloatUtil::ceil(x); }, [](float x) { return std::ceil(x); },
+        ceilCallFloat);
+    add<float>(
+        comparison, "round, float", [](float x) { return FloatUtil::round(x); },
+        [](float x) { return std::round(x); }, roundCallFloat);
     return comparison.run(argc, argv);
 }

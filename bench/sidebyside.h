@@ -14,7 +14,7 @@ namespace VnBench
 
 /// Runs each of ours beside its peer and prints the ratio of their times: above 1 we are the faster one.
 ///
-///     VnBench::SideBySide comparison;
+///     VnBench::SideBySide comparison(1000);    // operations in one iteration
 ///     comparison.add("floor", benchOurs, "std::floor", benchTheirs);
 ///     return comparison.run(argc, argv);
 ///
@@ -24,9 +24,12 @@ class SideBySide
 public:
     using Body = std::function<void(benchmark::State&)>;
 
+    /// Times are shown for one of `operations`, which each iteration does.
+    explicit SideBySide(std::size_t operations = 1) : _operations(static_cast<double>(operations)) {}
+
     void add(std::string what, Body ours, std::string peer, Body theirs)
     {
-        const std::string oursName = what + " / ours";
+        const std::string oursName = what + " / ours beside " + peer;
         const std::string theirsName = what + " / " + peer;
         benchmark::RegisterBenchmark(oursName.c_str(), std::move(ours));
         benchmark::RegisterBenchmark(theirsName.c_str(), std::move(theirs));
@@ -42,7 +45,8 @@ public:
         benchmark::RunSpecifiedBenchmarks(&times);
         std::printf("\n%-28s %-28s %9s %9s %7s\n", "", "beside", "ours ns", "peer ns", "ratio");
         for (Pair const& pair : _pairs) {
-            double const ours = times.of(pair.oursName), theirs = times.of(pair.theirsName);
+            double const ours = times.of(pair.oursName) / _operations;
+            double const theirs = times.of(pair.theirsName) / _operations;
             if (ours > 0 && theirs > 0)
                 std::printf("%-28s %-28s %9.2f %9.2f %7.2f\n", pair.what.c_str(), pair.peer.c_str(), ours, theirs,
                             theirs / ours);
@@ -78,6 +82,7 @@ private:
         std::map<std::string, double> _times;  ///< nanoseconds; the median comes last and stays
     };
 
+    double _operations;
     std::vector<Pair> _pairs;
 };
 

@@ -75,8 +75,8 @@ private:
     void lowestTerms()
     {
         int const magnitude = _numerator < 0 ? negate(_numerator) : _numerator;
-        if (magnitude <= 0 || _denominator <= 0)
-            return;  // the most negative value: no divisor to speak of
+        if (magnitude <= 0 || _denominator <= 1)
+            return;  // the most negative value, which has no divisor to speak of, or a whole number
         int const divisor = static_cast<int>(
             greatestCommonDivisor(static_cast<unsigned>(magnitude), static_cast<unsigned>(_denominator)));
         if (divisor != 1) {
@@ -101,6 +101,26 @@ private:
         return a << twos;
     }
 
+    friend bool operator<(Rational const& a, Rational const& b);
+    friend bool operator<=(Rational const& a, Rational const& b);
+    friend bool operator>(Rational const& a, Rational const& b);
+    friend bool operator>=(Rational const& a, Rational const& b);
+
+    /// b less a, times a positive number; `isFar` tells that they are so far apart that neither the tolerance nor the
+    /// rounding of the two quotients can matter. The quotients are at most 2^31, so each is off by 2^-23 at most, and
+    /// with the tolerance and the rounding of its sum that makes less than 2^-19.
+    static std::int64_t compareExactly(Rational const& a, Rational const& b, bool& isFar)
+    {
+        const std::int64_t difference = static_cast<std::int64_t>(b._numerator) * a._denominator -
+                                        static_cast<std::int64_t>(a._numerator) * b._denominator;
+        const std::int64_t margin = (static_cast<std::int64_t>(a._denominator) * b._denominator) >> 19;
+        const std::int64_t sign = difference >> 63;
+        // One test, which nearly always comes out true, instead of one for each direction, which nobody can predict. Of
+        // two denominators with different signs the margin is negative, and then nothing is far.
+        isFar = static_cast<std::uint64_t>(difference ^ sign) > static_cast<std::uint64_t>(margin);
+        return difference;
+    }
+
     int _numerator;
     int _denominator;
 };
@@ -119,24 +139,40 @@ inline bool operator!=(Rational const& a, Rational const& b)
 /// Below by more than 1e-7.
 inline bool operator<(Rational const& a, Rational const& b)
 {
+    bool isFar;
+    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    if (isFar) [[likely]]
+        return difference > 0;
     return b.getDouble() - 1e-7 > a.getDouble();
 }
 
 /// Not above by 1e-7 or more.
 inline bool operator<=(Rational const& a, Rational const& b)
 {
+    bool isFar;
+    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    if (isFar) [[likely]]
+        return difference > 0;
     return b.getDouble() + 1e-7 > a.getDouble();
 }
 
 /// Above by more than 1e-7.
 inline bool operator>(Rational const& a, Rational const& b)
 {
+    bool isFar;
+    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    if (isFar) [[likely]]
+        return difference < 0;
     return a.getDouble() > b.getDouble() + 1e-7;
 }
 
 /// Not below by 1e-7 or more.
 inline bool operator>=(Rational const& a, Rational const& b)
 {
+    bool isFar;
+    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    if (isFar) [[likely]]
+        return difference < 0;
     return a.getDouble() > b.getDouble() - 1e-7;
 }
 
