@@ -522,6 +522,63 @@ def intervals_table():
                     yield "{%d, %d, %d, %d, %d, %d}," % (a, b, c, d, *containment(x, y))
 
 
+# --- the cue sheet that ships --------------------------------------------------------------------------------------
+
+NAMED = {"film": (24, 1), "ntscfilm": (24000, 1001), "pal": (25, 1), "ntsc": (30000, 1001), "ntsc60": (60000, 1001),
+         "cd": (44100, 1), "audio": (48000, 1)}
+
+
+def instant(text):
+    """The exact seconds of a cue."""
+    if ":" in text:
+        fields, name = text.split("@")
+        n, d = NAMED[name.strip()]
+        h, m, s, f = map(int, fields.split(":"))
+        return Fraction(((h * 60 + m) * 60 + s) * math.ceil(Fraction(n, d)) + f) * Fraction(d, n)
+    if text.endswith("s"):
+        return Fraction(text[:-1])
+    count, n, d = map(int, text.split())
+    return Fraction(count * d, n)
+
+
+def plural(count, noun):
+    return "%d %s%s" % (count, noun, "" if count == 1 else "s")
+
+
+def evening(sheet):
+    """What the example prints for its sheet, at 30000/1001."""
+    rate = NAMED["ntsc"]
+    cues, doubles = {}, 0
+    for line in sheet.splitlines():
+        if line.strip() and not line.startswith("#"):
+            time, name = (part.strip() for part in line.split("="))
+            moment = instant(time)
+            doubles += moment in cues
+            cues.setdefault(moment, []).append(name)
+    yield "       count   h  m  s      due in s  float double  name"
+    moved = {"float": [], "double": []}
+    for moment in sorted(cues):
+        exact = moment * rate[0] / rate[1]
+        count = int(exact)
+        h, m, s = clock(count, rate)
+        ms = int(Fraction(count * rate[1] * 1000, rate[0]))
+        drift = {}
+        for name, r in (("float", f32), ("double", float)):
+            n, d = r(rate[0]), r(rate[1])
+            seconds = r(r(d / n) * r(count))
+            drift[name] = to_count(r(r(n / d) * seconds)) - count
+            moved[name].append(abs(drift[name]))
+        yield "%12d%s%3d%3d %6.3f  %s%05d.%03d%+7d%+7d  %s" % (
+            count, " " if exact == count else "~", h, m, s, "-" if ms < 0 else " ", abs(ms) // 1000, abs(ms) % 1000,
+            drift["float"], drift["double"], " / ".join(cues[moment]))
+    yield ""
+    yield "%s at %d/%d, and %d more at the same instants." % ((plural(len(cues), "cue"),) + rate + (doubles,))
+    for name, drifts in moved.items():
+        count = sum(1 for drift in drifts if drift)
+        by = ", by up to " + plural(max(drifts), "count") if count else ""
+        yield "Kept as %s seconds, %d of %d cues come back moved%s." % (name, count, len(cues), by)
+
+
 TABLES = {
     "fractions": fractions_table,
     "orders": orders_table,
@@ -542,9 +599,13 @@ def main(arguments):
         print(__doc__, file=sys.stderr)
         return 2
     stale = []
-    for name, rows in TABLES.items():
-        path = Path(arguments[-1], name + ".inc")
-        text = "// Made by tests/reference/exactnumbers.py.\n" + "".join(row + "\n" for row in rows())
+    folder = Path(arguments[-1])
+    texts = {name + ".inc": "// Made by tests/reference/exactnumbers.py.\n" + "".join(row + "\n" for row in rows())
+             for name, rows in TABLES.items()}
+    sheet = Path(__file__).resolve().parents[2] / "examples/cuesheet/evening.cues"
+    texts["evening.txt"] = "".join(row + "\n" for row in evening(sheet.read_text(encoding="ascii")))
+    for name, text in texts.items():
+        path = folder / name
         if not check:
             path.write_text(text, encoding="ascii", newline="\n")
         elif not path.is_file() or path.read_text(encoding="ascii") != text:
