@@ -10,9 +10,12 @@ namespace Vn
 
 /// Ties stream time to the reference clock: at that reading of the clock the stream was, or will be, at this time.
 ///
-///     const Vn::DtTimeMark start(Vn::DtTime(0, 30000, 1001), Vn::DtRefTimeFactory::getInstance().create());
-///     start.evalTime(Vn::DtTime(90, 30000, 1001)).getRefTime();                         // when frame 90 is due
+///     const Vn::DtTimeMark start(Vn::DtTime(0, 25, 1), Vn::DtRefTimeFactory::getInstance().create());
+///     start.evalTime(Vn::DtTime(75, 25, 1)).getRefTime();                               // when frame 75 is due
 ///     start.evalTime(Vn::DtRefTimeFactory::getInstance().create()).getStreamTime();     // the frame of now
+///
+/// The products of the stream's rate and the clock's wrap at 32 bits, as in every conversion. At 30000/1001 they would;
+/// so keep the mark at 30000/1, 1001 units to a frame, which loses nothing.
 ///
 /// A value; any thread its own copy.
 /// Tests: tests/base/dttimemarktest.cpp.
