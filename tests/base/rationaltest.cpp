@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdint>
 #include <iomanip>
 #include <limits>
+#include <numeric>
 #include <sstream>
 #include <type_traits>
 
@@ -34,6 +36,47 @@ int ordersOf(Rational const& a, Rational const& b)
 {
     EXPECT_EQ(a != b, !(a == b));
     return (a < b) * 1 + (a <= b) * 2 + (a > b) * 4 + (a >= b) * 8 + (a == b) * 16;
+}
+
+/// Any 64 bits; Marsaglia's xorshift.
+class Bits
+{
+public:
+    std::uint64_t next()
+    {
+        _state ^= _state << 13;
+        _state ^= _state >> 7;
+        _state ^= _state << 17;
+        return _state;
+    }
+
+    /// A number of any magnitude up to 32 bits, the extremes now and then.
+    int term()
+    {
+        const std::uint64_t kind = next() >> 40;
+        if (kind % 16 == 0)
+            return kind % 32 == 0 ? INT_MIN : INT_MAX;
+        return static_cast<int>(static_cast<std::int64_t>(next()) >> (32 + kind % 32));
+    }
+
+    Rational fraction()
+    {
+        int const denominator = term();
+        return Rational(term(), denominator != 0 ? denominator : 1);
+    }
+
+private:
+    std::uint64_t _state = 0x9E3779B97F4A7C15;
+};
+
+/// The five comparisons by their formulas.
+int ordersByTheRule(Rational const& left, Rational const& right)
+{
+    double const a = static_cast<double>(left.getNumerator()) / left.getDenominator();
+    double const b = static_cast<double>(right.getNumerator()) / right.getDenominator();
+    bool const isSame =
+        left.getNumerator() == right.getNumerator() && left.getDenominator() == right.getDenominator();
+    return (b - 1e-7 > a) * 1 + (b + 1e-7 > a) * 2 + (a > b + 1e-7) * 4 + (a > b - 1e-7) * 8 + isSame * 16;
 }
 
 struct FractionRow
@@ -214,5 +257,45 @@ TEST(Rational, comparesAsTheReferenceDoes)
         const Rational right(row.rightNumerator, row.rightDenominator);
         EXPECT_EQ(ordersOf(left, right), row.orders) << row.leftNumerator << '/' << row.leftDenominator << " and "
                                                      << row.rightNumerator << '/' << row.rightDenominator;
+    }
+}
+
+TEST(Rational, theShortWayOfComparingIsTheRuleInMillionsOfCases)
+{
+    Bits bits;
+    for (int i = 0; i < 2000000; ++i) {
+        const Rational a = bits.fraction(), b = bits.fraction();
+        ASSERT_EQ(ordersOf(a, b), ordersByTheRule(a, b)) << a.getNumerator() << '/' << a.getDenominator() << " and "
+                                                         << b.getNumerator() << '/' << b.getDenominator();
+    }
+}
+
+TEST(Rational, theShortWayOfComparingIsTheRuleAroundTheTolerance)
+{
+    // Neighbours of a fraction, from equal to some hundred tolerances away, where the way is chosen.
+    Bits bits;
+    for (int i = 0; i < 2000000; ++i) {
+        int const denominator = 1 + static_cast<int>(bits.next() % 2000000000);
+        int const numerator = static_cast<int>(static_cast<std::int64_t>(bits.next()) >> (33 + bits.next() % 31));
+        int const step = static_cast<int>(
+            static_cast<std::int64_t>(bits.next() % static_cast<std::uint64_t>(denominator / 50000 + 2)));
+        const Rational a(numerator, denominator);
+        const Rational b(bits.next() % 2 == 0 ? numerator + step : numerator - step, denominator);
+        ASSERT_EQ(ordersOf(a, b), ordersByTheRule(a, b)) << numerator << " and " << step << " over " << denominator;
+        ASSERT_EQ(ordersOf(b, a), ordersByTheRule(b, a)) << numerator << " and " << step << " over " << denominator;
+    }
+}
+
+TEST(Rational, lowestTermsAreThoseOfTheLibrarysDivisorInMillionsOfCases)
+{
+    Bits bits;
+    for (int i = 0; i < 2000000; ++i) {
+        int const numerator = bits.term(), denominator = bits.term();
+        if (numerator == INT_MIN || denominator == INT_MIN || denominator == 0)
+            continue;
+        int const divisor = std::gcd(numerator, denominator) * (denominator < 0 ? -1 : 1);
+        const Rational rational(numerator, denominator);
+        ASSERT_EQ(rational.getNumerator(), numerator / divisor) << numerator << '/' << denominator;
+        ASSERT_EQ(rational.getDenominator(), denominator / divisor) << numerator << '/' << denominator;
     }
 }
