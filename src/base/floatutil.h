@@ -2,6 +2,7 @@
 
 #include <base/baseexport.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 
@@ -96,17 +97,17 @@ public:
     static double hypot(double a, double b);
 
     /// The greatest whole number at or below `x`. Not-a-number, infinities and both zeros come back as they are.
-    static float floor(float x) { return floorOf<std::int32_t>(x, 8388608.0f); }
-    static double floor(double x) { return floorOf<std::int64_t>(x, 4503599627370496.0); }
+    static float floor(float x);
+    static double floor(double x);
 
     /// The least whole number at or above `x`, as floor(); between -1 and 0 it is +0.
-    static float ceil(float x) { return ceilOf<std::int32_t>(x, 8388608.0f); }
-    static double ceil(double x) { return ceilOf<std::int64_t>(x, 4503599627370496.0); }
+    static float ceil(float x);
+    static double ceil(double x);
 
     /// floor(x + 0.5), so a half goes up, and a number whose sum with 0.5 isn't exact goes where the sum goes:
     /// 0.49999999999999994 gives 1.
-    static float round(float x) { return floor(x + 0.5f); }
-    static double round(double x) { return floor(x + 0.5); }
+    static float round(float x);
+    static double round(double x);
 
     /// 1 at or above 0, either zero included; else -1, not-a-number included.
     static int sgn(float x) { return x >= 0.0f ? 1 : -1; }
@@ -129,28 +130,85 @@ public:
     static float smoothStep(float edge0, float edge1, float x, float low, float high);
 
 private:
-    // From `wholeFrom` on, a power of two, a number of the type has no room for a fraction. The library calls do the
-    // same without the integer where the processor can, but the baseline instruction set can't.
-    template <class Integer, class Float>
-    static Float floorOf(Float x, Float wholeFrom)
+    /// An integer as wide as the type, to go through; its bits; and the power of two from which on a number of the type
+    /// has no room for a fraction.
+    template <class Float>
+    struct Whole;
+
+    /// 1 or 0, by its bits: a branch on a fraction is one that no processor can predict.
+    template <class Float>
+    static Float oneIf(bool condition)
     {
-        if (!(std::fabs(x) < wholeFrom))
-            return x;
-        const Float truncated = static_cast<Float>(static_cast<Integer>(x));
-        // The sign of x is that of the result, and it is what tells -0 from 0.
-        return std::copysign(truncated - static_cast<Float>(truncated > x), x);
+        using Bits = typename Whole<Float>::Bits;
+        return std::bit_cast<Float>((Bits(0) - Bits(condition)) & std::bit_cast<Bits>(Float(1)));
     }
 
-    template <class Integer, class Float>
-    static Float ceilOf(Float x, Float wholeFrom)
+    template <class Float>
+    static Float floorOf(Float x)
     {
-        if (!(std::fabs(x) < wholeFrom))
+        if (!(std::fabs(x) < Whole<Float>::from))
             return x;
-        const Float truncated = static_cast<Float>(static_cast<Integer>(x));
+        const Float truncated = static_cast<Float>(static_cast<typename Whole<Float>::Integer>(x));
+        // The sign of x is that of the result, and it is what tells -0 from 0.
+        return std::copysign(truncated - oneIf<Float>(truncated > x), x);
+    }
+
+    template <class Float>
+    static Float ceilOf(Float x)
+    {
+        if (!(std::fabs(x) < Whole<Float>::from))
+            return x;
+        const Float truncated = static_cast<Float>(static_cast<typename Whole<Float>::Integer>(x));
         if (truncated == x)
             return x;
-        return truncated + static_cast<Float>(truncated < x);
+        return truncated + oneIf<Float>(truncated < x);
     }
 };
+
+template <>
+struct FloatUtil::Whole<float>
+{
+    using Integer = std::int32_t;
+    using Bits = std::uint32_t;
+    static constexpr float from = 8388608.0f;
+};
+
+template <>
+struct FloatUtil::Whole<double>
+{
+    using Integer = std::int64_t;
+    using Bits = std::uint64_t;
+    static constexpr double from = 4503599627370496.0;
+};
+
+inline float FloatUtil::floor(float x)
+{
+    return floorOf(x);
+}
+
+inline double FloatUtil::floor(double x)
+{
+    return floorOf(x);
+}
+
+inline float FloatUtil::ceil(float x)
+{
+    return ceilOf(x);
+}
+
+inline double FloatUtil::ceil(double x)
+{
+    return ceilOf(x);
+}
+
+inline float FloatUtil::round(float x)
+{
+    return floorOf(x + 0.5f);
+}
+
+inline double FloatUtil::round(double x)
+{
+    return floorOf(x + 0.5);
+}
 
 }  // namespace Vn
