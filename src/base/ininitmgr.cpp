@@ -110,7 +110,7 @@ private:
     InDependencyGraph buildDependencies();
     void closeMatrix(InDependencyGraph const& graph);
     void startBatch();
-    void saveBatch();
+    std::vector<std::size_t> saveBatch();
     void indexSaved();
     bool isOnRing(std::size_t i) const;
 
@@ -123,6 +123,7 @@ private:
     /// Position in `_packagesSaved` of each type in it; made anew when it doesn't hold.
     InTypeTable _savedByType;
     bool _savedByTypeHolds = true;
+    unsigned _batch = 0;          ///< number of the batch in `_packagesToInit`
     std::size_t _leftToStop = 0;  ///< entries of `_packagesSaved` that the running stop has yet to see
 };
 
@@ -143,6 +144,7 @@ void InInitMgr::State::startWaiting()
     while (!_packagesWaiting.empty()) {
         _packagesToInit.clear();
         _packagesToInit.swap(_packagesWaiting);
+        ++_batch;
         closeMatrix(buildDependencies());
         if (_cycleDetected)
             throw InEx::ExDependencyCycle(sourceName, __LINE__);
@@ -225,31 +227,41 @@ void InInitMgr::State::startBatch()
                          return left.nbDependencies < right.nbDependencies;
                      });
     _dependencyMatrix.reset();
-    saveBatch();
+    const std::vector<std::size_t> savedAt = saveBatch();
 
     const FlagScope initializing(_initializing);
-    // By index, and against the size each time: a hook that ends a guard replaces the batch while it runs.
+    const unsigned batch = _batch;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         const PackageEntry entry = _packagesToInit[i];
         if (entry.package == nullptr)
             continue;
         std::type_info const& type = typeOf(entry);  // before the hook, which may destroy the package
         entry.package->initialize();
-        if (PackageEntry* const saved = findSaved(type))
+        const bool isWhereItWas =
+            savedAt[i] < _packagesSaved.size() && _packagesSaved[savedAt[i]].package == entry.package;
+        if (PackageEntry* const saved = isWhereItWas ? &_packagesSaved[savedAt[i]] : findSaved(type))
             saved->initialized = true;
+        if (_batch != batch)
+            break;  // the hook has ended a guard, and what stands here now is another batch
     }
     _packagesToInit.clear();
 }
 
-void InInitMgr::State::saveBatch()
+/// Takes the batch up, and tells the position of each of its types among the packages taken up.
+std::vector<std::size_t> InInitMgr::State::saveBatch()
 {
+    std::vector<std::size_t> savedAt;
+    savedAt.reserve(_packagesToInit.size());
     indexSaved();
     _savedByTypeHolds = false;  // in case there is no memory for what follows
     _savedByType.reserve(_packagesSaved.size() + _packagesToInit.size());
-    for (PackageEntry const& entry : _packagesToInit)
+    for (PackageEntry const& entry : _packagesToInit) {
+        savedAt.push_back(_packagesSaved.size());
         if (_savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size())))
             _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
+    }
     _savedByTypeHolds = true;
+    return savedAt;
 }
 
 void InInitMgr::State::indexSaved()

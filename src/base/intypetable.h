@@ -25,11 +25,11 @@ public:
     {
         if (findByAddress(type) != none)
             return false;
-        const std::size_t hash = type.hash_code();
+        const std::uint32_t hash = hashOfName(type);
         const unsigned named = findByName(type, hash);
         if (named == none)
             add(_byName, hash, type, position);
-        add(_byAddress, hashOf(type), type, named == none ? position : named);
+        add(_byAddress, hashOfAddress(type), type, named == none ? position : named);
         return named == none;
     }
 
@@ -39,9 +39,9 @@ public:
         const unsigned position = findByAddress(type);
         if (position != none || _byName.used == 0)
             return position;
-        const unsigned named = findByName(type, type.hash_code());
+        const unsigned named = findByName(type, hashOfName(type));
         if (named != none)
-            add(_byAddress, hashOf(type), type, named);
+            add(_byAddress, hashOfAddress(type), type, named);
         return named;
     }
 
@@ -64,7 +64,7 @@ private:
     struct Slot
     {
         std::type_info const* type;  ///< null in an empty slot
-        std::size_t hash;
+        std::uint32_t hash;
         unsigned position;
     };
 
@@ -75,25 +75,30 @@ private:
         std::size_t used = 0;
     };
 
-    static std::size_t hashOf(std::type_info const& type)
+    static std::uint32_t hashOfAddress(std::type_info const& type)
     {
         // The odd factor spreads the address, whose low bits are all alike, over the high ones.
         const std::uint64_t spread = reinterpret_cast<std::uintptr_t>(&type) * std::uint64_t{0x9E3779B97F4A7C15};
-        return static_cast<std::size_t>(spread >> 32);
+        return static_cast<std::uint32_t>(spread >> 32);
+    }
+
+    static std::uint32_t hashOfName(std::type_info const& type)
+    {
+        return static_cast<std::uint32_t>(type.hash_code());
     }
 
     unsigned findByAddress(std::type_info const& type) const
     {
-        return look(_byAddress, hashOf(type), [&type](Slot const& slot) { return slot.type == &type; });
+        return look(_byAddress, hashOfAddress(type), [&type](Slot const& slot) { return slot.type == &type; });
     }
 
-    unsigned findByName(std::type_info const& type, std::size_t hash) const
+    unsigned findByName(std::type_info const& type, std::uint32_t hash) const
     {
         return look(_byName, hash, [&type](Slot const& slot) { return *slot.type == type; });
     }
 
     template <class IsSame>
-    static unsigned look(Table const& table, std::size_t hash, IsSame const& isSame)
+    static unsigned look(Table const& table, std::uint32_t hash, IsSame const& isSame)
     {
         if (table.slots.empty())
             return none;
@@ -104,7 +109,7 @@ private:
         return none;
     }
 
-    static void add(Table& table, std::size_t hash, std::type_info const& type, unsigned position)
+    static void add(Table& table, std::uint32_t hash, std::type_info const& type, unsigned position)
     {
         if (2 * (table.used + 1) > table.slots.size())
             resize(table, table.slots.empty() ? 64 : 2 * table.slots.size());

@@ -765,6 +765,32 @@ TEST(InInitMgr, guardEndedWithinAHookStaysInBounds)
     expectOutput("guardWithinAHook", "start a\nstart inner\nstart: ok\nstop inner\nstop a\nstop: ok\n");
 }
 
+VN_CHILD(failingGuardWithinAHook)
+{
+    std::vector<std::unique_ptr<Vn::InPackageInit>> inner;
+    NumberedPackage<1> one("a");
+    NumberedPackage<2> two("b");
+    one.onStart = [&] {
+        report("guard", [&] {
+            Vn::InReinitGuard guard;
+            auto failing = std::make_unique<NumberedPackage<3>>("c");
+            failing->onStart = [] { throw std::runtime_error("no"); };
+            inner.push_back(std::move(failing));
+            inner.push_back(std::make_unique<NumberedPackage<4>>("d"));
+            inner.push_back(std::make_unique<NumberedPackage<5>>("e"));
+        });
+    };
+    report("start", start);
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, outerBatchDoesNotGoOnWithAnInnerOneThatFailed)
+{
+    expectOutput("failingGuardWithinAHook",
+                 "start a\nstart c\nguard: something else\nstart: ok\nstop a\nstop: ok\n");
+}
+
 VN_CHILD(nullDependency)
 {
     NumberedPackage<1> one("a");
