@@ -51,6 +51,9 @@ TEST(InTypeTable, sameTypeAtAnotherAddressIsTheSame)
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(table.find(other), 3u);
     EXPECT_FALSE(table.insert(other, 4));
+    const OtherInfo third(name.c_str());
+    EXPECT_FALSE(table.insert(third, 5));
+    EXPECT_EQ(table.find(third), 3u);
 }
 
 TEST(InTypeTable, holdsThousands)

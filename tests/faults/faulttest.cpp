@@ -1,17 +1,24 @@
-// Memory that runs out at each allocation in turn. What leaks shows under the address sanitizer.
+// Memory that runs out at each allocation in turn, and clocks that the system refuses to read. What leaks shows under the
+// address sanitizer.
+#include "clock.h"
 #include "memory.h"
 
 #include "expectchild.h"
 #include "testpackage.h"
 
 #include <base/exinternalerror.h>
+#include <base/exsyserror.h>
+#include <base/hwcounter.h>
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/invariable.h>
+#include <base/oscpuinfo.h>
 #include <base/vector.h>
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -194,4 +201,53 @@ TEST(OutOfMemory, vectorStaysAsItIs)
         EXPECT_EQ(vector, before);
     EXPECT_EQ(vector.size(), 3u);
     EXPECT_GE(failures, 2);
+}
+
+namespace
+{
+/// Expects the error of the system's clock, in the form in which the counter reports it.
+template <class Call>
+void expectClockError(Call const& call)
+{
+    VnTest::failClockWith(EINVAL);
+    try {
+        call();
+        ADD_FAILURE() << "nothing thrown";
+    } catch (ExSysErrorANSI const& failure) {
+        EXPECT_EQ(failure.getError(), EINVAL);
+        EXPECT_STREQ(failure.what(), std::strerror(EINVAL));
+        EXPECT_STREQ(failure.getFileName(), "src/base/oscpuinfowinnt");
+    }
+    VnTest::failClockWith(0);
+}
+}  // namespace
+
+TEST(ClockFailure, ofTheCounterIsThrownWithItsErrno)
+{
+    expectClockError([] { OsCpuInfo::getHwCounterValue(); });
+    expectClockError([] { HwCounter::timeStamp(); });
+    EXPECT_NO_THROW(HwCounter::timeStamp());
+}
+
+TEST(ClockFailure, ofTheFrequencyIsThrownAndLeavesItAsItWas)
+{
+    const std::uint64_t before = OsCpuInfo::getHwCounterFrequency();
+    expectClockError([] { OsCpuInfo::initialize(); });
+    EXPECT_EQ(OsCpuInfo::getHwCounterFrequency(), before);
+}
+
+VN_CHILD(clockFailsAtTheStart)
+{
+    VnTest::failClockWith(EINVAL);
+    VnTest::report("start", VnTest::start);
+    VnTest::failClockWith(0);
+    std::cout << (dump().find("\t'osal' Not initialized\n") != std::string::npos)
+              << (dump().find("\t'initArg' Initialized (1 dependencies)\n") != std::string::npos) << "\n";
+    VnTest::report("stop", VnTest::stop);
+    return 0;
+}
+
+TEST(ClockFailure, atTheStartGoesToTheCallerAndWhatRunsCanBeStopped)
+{
+    expectOutput("clockFailsAtTheStart", std::string("start: ") + std::strerror(EINVAL) + "\n11\nstop: ok\n");
 }
