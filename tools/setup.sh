@@ -16,4 +16,4 @@ sudo=
 [ "$(id -u)" = 0 ] || sudo=sudo
 $sudo apt-get update -qq
 # shellcheck disable=SC2086  # the packages are words
-DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends $missing > /dev/null
+DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq $missing > /dev/null
