@@ -186,7 +186,7 @@ InDependencyGraph InInitMgr::State::buildDependencies()
     // Asked once: nothing in between could change it, and a thousand questions cost more than all the rest.
     const bool isTelling = InDiagnostics::areOn();
     if (isTelling)
-        std::cerr << "-->_nbPckgs:" << _nbPckgs << std::endl;
+        std::cerr << "-->_nbPckgs:" << std::to_string(_nbPckgs) << std::endl;
 
     InDependencyGraph graph;
     std::size_t listed = 0;
@@ -198,7 +198,7 @@ InDependencyGraph InInitMgr::State::buildDependencies()
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         PackageEntry& entry = _packagesToInit[i];
         if (isTelling)
-            std::cerr << "_packagesToInit[" << i << "]: " << entry.package->getName() << std::endl;
+            std::cerr << "_packagesToInit[" << std::to_string(i) << "]: " << entry.package->getName() << std::endl;
         for (std::type_info const* type : entry.package->getDependencies()) {
             const unsigned needed = positions.find(*type);
             if (needed == InTypeTable::none)
@@ -307,6 +307,9 @@ void InInitMgr::State::stopAll()
 
 void InInitMgr::State::forget(InPackageInit const* package) noexcept
 {
+    // The package's library may go with it, and another one may come to stand at its addresses: none is to be
+    // remembered, whether this package is in a list or not.
+    _savedByTypeHolds = false;
     const auto isIt = [package](PackageEntry const& entry) { return entry.package == package; };
     erase_if(_packagesWaiting, isIt);
     for (PackageEntry& entry : _packagesToInit)
@@ -316,7 +319,6 @@ void InInitMgr::State::forget(InPackageInit const* package) noexcept
         if (!isIt(_packagesSaved[i - 1]))
             continue;
         _packagesSaved.erase(_packagesSaved.begin() + static_cast<std::ptrdiff_t>(i - 1));
-        _savedByTypeHolds = false;
         if (i <= _leftToStop)
             --_leftToStop;
     }

@@ -142,7 +142,7 @@ VN_CHILD(sameTypeTwice)
     NumberedPackage<1> second("second");
     NumberedPackage<2> needing("z", {NumberedPackage<1>::getType()});
     start();
-    bool const isEither = first.isInitialized != second.isInitialized;
+    const bool isEither = first.isInitialized != second.isInitialized;
     std::cout << isEither << "\n";
     return 0;
 }
@@ -150,8 +150,8 @@ VN_CHILD(sameTypeTwice)
 TEST(InInitMgr, twoObjectsOfOneTypeAreOnePackage)
 {
     const ChildRun run = Child("sameTypeTwice").run();
-    bool const isFirst = run.out == "start first\nstart z\n1\n";
-    bool const isSecond = run.out == "start second\nstart z\n1\n";
+    const bool isFirst = run.out == "start first\nstart z\n1\n";
+    const bool isSecond = run.out == "start second\nstart z\n1\n";
     EXPECT_TRUE(isFirst || isSecond) << run.out;
 }
 
@@ -702,6 +702,35 @@ VN_CHILD(destroyedPackages)
 TEST(InInitMgr, destroyedPackageLeavesTheLists)
 {
     expectOutput("destroyedPackages", "start other\nstart running\n1\nstart anew\nstop anew\nstop other\n");
+}
+
+VN_CHILD(addressUsedAgain)
+{
+    // What a library that is unloaded and another one loaded in its place do to a type's address.
+    class Info : public std::type_info
+    {
+    public:
+        explicit Info(char const* name) : std::type_info(name) {}
+    };
+    NumberedPackage<1> running("running");
+    start();
+    std::optional<Info> info(std::in_place, NumberedPackage<1>::getType()->name());
+    std::type_info const* const address = &*info;
+    Vn::InReinitGuard guard;
+    {
+        NumberedPackage<2> first("first", {address});
+        std::cout << first.getDependencies().size() << "\n";
+    }
+    info.emplace("8NotThere");
+    NumberedPackage<3> second("second", {address});
+    std::cout << (&*info == address) << second.getDependencies().size() << "\n";
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, typeAtAnAddressThatWasUsedBeforeIsAnotherType)
+{
+    expectOutput("addressUsedAgain", "start running\n0\n11\nstop running\n");
 }
 
 VN_CHILD(destroyedDuringTheStop)
