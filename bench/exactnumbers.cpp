@@ -42,8 +42,8 @@ std::vector<Terms> termsOf(Term term, int largestDivisor)
 {
     std::vector<Terms> made;
     while (made.size() < count) {
-        int const divisor = static_cast<int>(1 + nextBits() % static_cast<unsigned>(largestDivisor));
-        int const numerator = term() * divisor;
+        const int divisor = static_cast<int>(1 + nextBits() % static_cast<unsigned>(largestDivisor));
+        const int numerator = term() * divisor;
         made.push_back({numerator, term() * divisor});
     }
     return made;

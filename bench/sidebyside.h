@@ -45,8 +45,8 @@ public:
         benchmark::RunSpecifiedBenchmarks(&times);
         std::printf("\n%-28s %-28s %9s %9s %7s\n", "", "beside", "ours ns", "peer ns", "ratio");
         for (Pair const& pair : _pairs) {
-            double const ours = times.of(pair.oursName) / _operations;
-            double const theirs = times.of(pair.theirsName) / _operations;
+            const double ours = times.of(pair.oursName) / _operations;
+            const double theirs = times.of(pair.theirsName) / _operations;
             if (ours > 0 && theirs > 0)
                 std::printf("%-28s %-28s %9.2f %9.2f %7.2f\n", pair.what.c_str(), pair.peer.c_str(), ours, theirs,
                             theirs / ours);

@@ -152,8 +152,8 @@ double secondsSince(Clock::time_point start)
 
 void startUp(benchmark::State& state)
 {
-    int const count = static_cast<int>(state.range(0));
-    bool const hasPlainForm = count <= 1000;
+    const int count = static_cast<int>(state.range(0));
+    const bool hasPlainForm = count <= 1000;
     const std::vector<Needs> needs = randomNeeds(count);
     const std::vector<std::string> names = randomNames(count);
     double ours = 0;

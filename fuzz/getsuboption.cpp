@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     while (*position != '\0') {
         char* const before = position;
         char* value = nullptr;
-        int const found = Vn::InOptionParser::getSubOption(&position, tokens, &value);
+        const int found = Vn::InOptionParser::getSubOption(&position, tokens, &value);
         if (position <= before || position > text.get() + size || found < -1 || found > 2)
             std::abort();
         if (found == -1 && value != before)

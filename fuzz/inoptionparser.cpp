@@ -46,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     for (std::size_t i = 0; i < elements.size(); ++i)
         argv[i] = elements[i].get();
 
-    int const argc = static_cast<int>(elements.size());
+    const int argc = static_cast<int>(elements.size());
     Vn::InOptionParser parser(argc, argv.get(), texts[0].c_str());
     std::size_t steps = 0;
     for (int option = parser.getOption(); option != -1; option = parser.getOption()) {

@@ -126,8 +126,8 @@ Vn::Rational readRate(std::string const& text)
     const std::vector<std::string> terms = split(text, '/');
     if (text.empty() || text.find_first_not_of("0123456789/") != std::string::npos || terms.size() > 2)
         throw Unreadable("'" + text + "' is no rate");
-    int const numerator = static_cast<int>(readDigits(terms[0], largestRateTerm, "a rate's numerator"));
-    int const denominator =
+    const int numerator = static_cast<int>(readDigits(terms[0], largestRateTerm, "a rate's numerator"));
+    const int denominator =
         terms.size() == 2 ? static_cast<int>(readDigits(terms[1], largestRateTerm, "a rate's denominator")) : 1;
     if (numerator == 0 || denominator == 0)
         throw Unreadable("a rate can't have a zero");

@@ -74,7 +74,7 @@ CommandLine readCommandLine(int argc, char** argv)
     Vn::InOptionParser parser(argc, argv, optionLetters);
     for (int option = parser.getOption(); option != -1; option = parser.getOption())
         takeOption(option, parser.getValue(), argv[parser.getArgumentIndex()], line);
-    int const first = parser.getArgumentIndex();
+    const int first = parser.getArgumentIndex();
     if (line.wantsHelp)
         return line;
     if (argc - first != 1)
@@ -148,7 +148,7 @@ int run(int argc, char** argv)
     char const* const* arguments = argv;
     Vn::InInitGuard guard(count, arguments);
     Sheet sheet(rate);
-    int const leftOut = readSheet(line.file, sheet);
+    const int leftOut = readSheet(line.file, sheet);
     sheet.order();
     if (line.wantsStored)
         sheet.printStored(std::cout);

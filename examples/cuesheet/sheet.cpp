@@ -46,7 +46,7 @@ std::int64_t driftInDouble(Vn::DtTime const& time)
 /// would pass 32 bits, so the clock is asked at the rate's numerator alone: 1001 units to a count, and as exact.
 std::int64_t dueMs(Vn::DtTimeMark const& start, Vn::DtTime const& time)
 {
-    int const denominator = time.getRate().getDenominator();
+    const int denominator = time.getRate().getDenominator();
     const Vn::DtTime units(time.getCount() * Vn::DtTimeIndex(denominator), start.getStreamTime().getRate());
     const Vn::DtRefTime due = start.evalTime(units).getRefTime();
     std::int64_t const later = due.getCount() - start.getRefTime().getCount();

@@ -43,7 +43,7 @@ void checkOption(int option, char const* value, char const* element)
 {
     if (option == '?')
         throw WrongUse(std::string("unknown option in ") + element);
-    bool const takesValue = option == 'd' || option == 's';
+    const bool takesValue = option == 'd' || option == 's';
     if (takesValue && value == nullptr)
         throw WrongUse(std::string("a value is missing behind ") + element);
     if (option == 'd' && !Settings::isDepth(value))
@@ -77,7 +77,7 @@ CommandLine readCommandLine(int argc, char** argv)
             line.wantsHelp |= option == 'h';
         }
         // An end mark is consumed, an operand is not.
-        bool const isMarked = parser.getArgumentIndex() == last + 2;
+        const bool isMarked = parser.getArgumentIndex() == last + 2;
         const auto mark = arguments.begin() + last + 1;
         if (!isMarked || std::strcmp(*mark, "--") == 0)
             return line;

@@ -16,10 +16,10 @@ Rational commonRate(Rational const& a, Rational const& b)
 {
     const Rational product(DtWrap::times32(a.getNumerator(), b.getNumerator()),
                            DtWrap::times32(a.getDenominator(), b.getDenominator()));
-    int const numerator = product.getNumerator();
-    bool const isPositive = numerator > 0;
+    const int numerator = product.getNumerator();
+    const bool isPositive = numerator > 0;
     // The most negative numerator has no magnitude in 32 bits and passes for a small one, as its negation would.
-    int const magnitude = isPositive ? numerator : DtWrap::times32(numerator, -1);
+    const int magnitude = isPositive ? numerator : DtWrap::times32(numerator, -1);
     if (magnitude > commonRateLimit)
         return Rational(isPositive ? commonRateLimit : -commonRateLimit, 1);
     if (product.getDenominator() > commonRateLimit) {

@@ -36,7 +36,7 @@ DtTimeIndex DtTimeIndex::convertByStyle(Rational const& from, Rational const& to
 {
     if (style == std::round_toward_zero)
         return scaledInIntegers(_count, from, to);
-    double const x = scaledInDouble(_count, from, to);
+    const double x = scaledInDouble(_count, from, to);
     switch (style) {
     case std::round_indeterminate:
         return DtWrap::truncated(x >= 0.0 ? std::ceil(x) : std::floor(x));
@@ -65,7 +65,7 @@ std::int64_t DtTimeIndex::getMinutes(Rational const& rate) const
 double DtTimeIndex::getSeconds(Rational const& rate) const
 {
     const std::int64_t seconds = wholeSeconds(_count, rate);
-    double const precise = static_cast<double>(_count) * static_cast<double>(rate.getDenominator()) /
+    const double precise = static_cast<double>(_count) * static_cast<double>(rate.getDenominator()) /
                            static_cast<double>(rate.getNumerator());
     return static_cast<double>(seconds - (seconds / 60) * 60) + (precise - static_cast<double>(seconds));
 }

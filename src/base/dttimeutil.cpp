@@ -126,9 +126,9 @@ DtTime DtTimeUtil::getDtTimeFromDtString(char const* text)
 {
     std::string_view rest = text != nullptr ? text : "";
     const std::int64_t count = scanNumber(takeField(rest)).value;
-    int const numerator =
+    const int numerator =
         scanRateTerm(takeField(rest), ErrorCode::ErrRateNumeratorMalformed, ErrorCode::ErrRateNumeratorOverflow);
-    int const denominator = scanRateTerm(takeField(rest), ErrorCode::ErrRateDenominatorMalformed,
+    const int denominator = scanRateTerm(takeField(rest), ErrorCode::ErrRateDenominatorMalformed,
                                          ErrorCode::ErrRateDenominatorOverflow);
     return DtTime(count, numerator, denominator);
 }

@@ -19,7 +19,7 @@ float FloatUtil::smoothStep(float edge0, float edge1, float x, float low, float 
         return low;
     if (x >= edge1)
         return high;
-    float const t = (x - edge0) / (edge1 - edge0);
+    const float t = (x - edge0) / (edge1 - edge0);
     return (3.0f - (t + t)) * t * t * (high - low) + low;
 }
 

@@ -148,7 +148,7 @@ void InContextAliasMgr<Alias>::parseArguments()
         options.try_emplace(letterOf(alias->getKey()), Option{alias->getKey(), nullptr});
 
     Vector<char*>& arguments = args();
-    int const stoppedAt = parseOptions(arguments, options);
+    const int stoppedAt = parseOptions(arguments, options);
     for (Alias* alias : *_aliases)
         alias->initialize(options.at(letterOf(alias->getKey())).value);
 

@@ -55,9 +55,9 @@ private:
         enter(root);
         while (!_path.empty()) {
             Step& step = _path.back();
-            unsigned const node = step.node;
+            const unsigned node = step.node;
             if (step.nextTarget < _graph.starts[node + 1]) {
-                unsigned const target = _graph.targets[step.nextTarget++];
+                const unsigned target = _graph.targets[step.nextTarget++];
                 if (_order[target] == unvisited)
                     enter(target);
                 else if (_isOpen[target])
@@ -160,7 +160,7 @@ InDependencyClosure closeDependencies(InDependencyGraph const& graph)
             repeated += lastListedBy[target] == node;
             lastListedBy[target] = node;
         }
-        bool const isOnRing = closure.needs.test(node, node) && lastListedBy[node] != node;
+        const bool isOnRing = closure.needs.test(node, node) && lastListedBy[node] != node;
         closure.counts[node] = closure.needs.count(node) + repeated - isOnRing;
         closure.isCyclic |= isOnRing;
     }

@@ -49,7 +49,7 @@ int InOptionParser::getOption()
         _cursor = element + 1;
     }
 
-    int const letter = static_cast<signed char>(*_cursor);
+    const int letter = static_cast<signed char>(*_cursor);
     char const* const known = std::strchr(_options, *_cursor);
     if (known == nullptr)
         return unknownOption;
@@ -117,7 +117,7 @@ void InOptionParser::consumeElement()
 /// Makes the next element the value, or null the value if there is none.
 void InOptionParser::takeNextElement()
 {
-    bool const hasNext = _argIndex + 1 < _argc;
+    const bool hasNext = _argIndex + 1 < _argc;
     if (hasNext)
         ++_argIndex;
     _value = hasNext ? _argv[_argIndex] : nullptr;

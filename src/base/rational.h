@@ -74,10 +74,10 @@ private:
 
     void lowestTerms()
     {
-        int const magnitude = _numerator < 0 ? negate(_numerator) : _numerator;
+        const int magnitude = _numerator < 0 ? negate(_numerator) : _numerator;
         if (magnitude <= 0 || _denominator <= 1)
             return;  // the most negative value, which has no divisor to speak of, or a whole number
-        int const divisor = static_cast<int>(
+        const int divisor = static_cast<int>(
             greatestCommonDivisor(static_cast<unsigned>(magnitude), static_cast<unsigned>(_denominator)));
         if (divisor != 1) {
             _numerator /= divisor;
@@ -88,13 +88,13 @@ private:
     /// By shifts and differences (Stein 1967), which need no division; neither argument is zero.
     static unsigned greatestCommonDivisor(unsigned a, unsigned b)
     {
-        int const twos = std::countr_zero(a | b);
+        const int twos = std::countr_zero(a | b);
         a >>= std::countr_zero(a);
         b >>= std::countr_zero(b);
         while (a != b) {
-            unsigned const larger = a > b ? a : b;
-            unsigned const smaller = a > b ? b : a;
-            unsigned const difference = larger - smaller;
+            const unsigned larger = a > b ? a : b;
+            const unsigned smaller = a > b ? b : a;
+            const unsigned difference = larger - smaller;
             b = smaller;
             a = difference >> std::countr_zero(difference);
         }

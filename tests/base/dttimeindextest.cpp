@@ -76,13 +76,13 @@ public:
 
     std::int64_t signedOf(unsigned width)
     {
-        unsigned const kept = 1 + static_cast<unsigned>(bits() >> 32) % width;
+        const unsigned kept = 1 + static_cast<unsigned>(bits() >> 32) % width;
         return static_cast<std::int64_t>(bits()) >> (64 - kept);
     }
 
     Rational rate()
     {
-        int const denominator = static_cast<int>(signedOf(32));
+        const int denominator = static_cast<int>(signedOf(32));
         return Rational(static_cast<int>(signedOf(32)), denominator != 0 ? denominator : 1);
     }
 

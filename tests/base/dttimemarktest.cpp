@@ -144,7 +144,7 @@ VN_CHILD(markWraps)
     const DtTimeMark exact(DtTime(0, 30000, 1), reading(0));
     std::cout << (refCount(exact.evalTime(DtTime(30000 * 1001, 30000, 1))) == 1001 * second)
               << (streamCount(exact.evalTime(reading(1001 * second))) == 30000 * 1001) << "\n";
-    int const wrapped = static_cast<int>(static_cast<unsigned>(second) * 1001u);
+    const int wrapped = static_cast<int>(static_cast<unsigned>(second) * 1001u);
     const DtTimeMark ntsc(DtTime(0, 30000, 1001), reading(0));
     const std::int64_t expected = DtTimeIndex(30000) * DtTimeIndex(Rational(wrapped, 30000).getNumerator()) /
                                   DtTimeIndex(Rational(wrapped, 30000).getDenominator());

@@ -350,8 +350,8 @@ TEST(DtTimeUtil, secondsGoBothWaysAsInTheReference)
     for (SecondsRow const& row : secondsRows) {
         const Rational rate(row.numerator, row.denominator);
         const DtTime time(row.count, rate);
-        double const seconds = std::bit_cast<double>(row.seconds);
-        float const narrow = std::bit_cast<float>(row.narrowSeconds);
+        const double seconds = std::bit_cast<double>(row.seconds);
+        const float narrow = std::bit_cast<float>(row.narrowSeconds);
         SCOPED_TRACE(testing::Message() << time << ", " << seconds << " s");
         expectTime(DtTimeUtil::getDtTimeFromSeconds(rate, seconds), row.wide.count, rate.getNumerator(),
                    rate.getDenominator());

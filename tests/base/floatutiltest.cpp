@@ -111,7 +111,7 @@ TEST(FloatUtil, orderIsStrictAtTheTolerance)
         EXPECT_EQ(FloatUtil::isGreaterEqual(row.a, 1.0, 0.5), row.isGreaterEqual);
         EXPECT_EQ(FloatUtil::isSmaller(row.a, 1.0, 0.5), row.isSmaller);
         EXPECT_EQ(FloatUtil::isSmallerEqual(row.a, 1.0, 0.5), row.isSmallerEqual);
-        float const narrow = static_cast<float>(row.a);
+        const float narrow = static_cast<float>(row.a);
         EXPECT_EQ(FloatUtil::isGreater(narrow, 1.0f, 0.5f), row.isGreater);
         EXPECT_EQ(FloatUtil::isGreaterEqual(narrow, 1.0f, 0.5f), row.isGreaterEqual);
         EXPECT_EQ(FloatUtil::isSmaller(narrow, 1.0f, 0.5f), row.isSmaller);
@@ -203,7 +203,7 @@ TEST(FloatUtil, hypotRoundsEachSquareByItself)
 TEST(FloatUtil, roundsDoublesAsTheReferenceDoes)
 {
     for (DoubleRow const& row : doubleRows) {
-        double const x = std::bit_cast<double>(row.x);
+        const double x = std::bit_cast<double>(row.x);
         EXPECT_TRUE(isSame(FloatUtil::floor(x), row.floor)) << "floor of " << x;
         EXPECT_TRUE(isSame(FloatUtil::ceil(x), row.ceil)) << "ceil of " << x;
         EXPECT_TRUE(isSame(FloatUtil::round(x), row.round)) << "round of " << x;
@@ -213,7 +213,7 @@ TEST(FloatUtil, roundsDoublesAsTheReferenceDoes)
 TEST(FloatUtil, roundsFloatsAsTheReferenceDoes)
 {
     for (FloatRow const& row : floatRows) {
-        float const x = std::bit_cast<float>(row.x);
+        const float x = std::bit_cast<float>(row.x);
         EXPECT_TRUE(isSame(FloatUtil::floor(x), row.floor)) << "floor of " << x;
         EXPECT_TRUE(isSame(FloatUtil::ceil(x), row.ceil)) << "ceil of " << x;
         EXPECT_TRUE(isSame(FloatUtil::round(x), row.round)) << "round of " << x;
@@ -254,8 +254,8 @@ TEST(FloatUtil, roundsEveryFloatLikeTheLanguagesLibrary)
     std::uint64_t wrong = 0;
     float firstWrong = 0.0f;
     for (std::uint64_t bits = 0; bits <= 0xFFFFFFFFu; bits += step) {
-        float const x = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
-        bool const isRight =
+        const float x = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
+        const bool isRight =
             std::isnan(x) ? std::isnan(FloatUtil::floor(x)) && std::isnan(FloatUtil::ceil(x)) &&
                                 std::isnan(FloatUtil::round(x))
                           : isSame(FloatUtil::floor(x), std::bit_cast<std::uint32_t>(plainFloor(x))) &&
@@ -304,7 +304,7 @@ TEST(FloatUtil, classifies)
         EXPECT_EQ(FloatUtil::isfinite(row.x), row.isfinite);
         EXPECT_EQ(FloatUtil::isnan(row.x), row.isnan);
         EXPECT_EQ(FloatUtil::isinf(row.x), row.isinf);
-        float const narrow = static_cast<float>(row.x);
+        const float narrow = static_cast<float>(row.x);
         EXPECT_EQ(FloatUtil::isfinite(narrow), row.isfinite);
         EXPECT_EQ(FloatUtil::isnan(narrow), row.isnan);
         EXPECT_EQ(FloatUtil::isinf(narrow), row.isinf);

@@ -101,7 +101,7 @@ TEST(HwCounter, stampsAreTheCounterShifted)
     const std::uint64_t after = OsCpuInfo::getHwCounterValue();
     EXPECT_TRUE(before <= raw && raw <= after);
     EXPECT_TRUE(before >> 10 <= low && low <= after >> 10);
-    double const seconds = plain.seconds();
+    const double seconds = plain.seconds();
     EXPECT_TRUE(static_cast<double>(after) <= seconds &&
                 seconds <= static_cast<double>(OsCpuInfo::getHwCounterValue()));
 }
@@ -145,7 +145,7 @@ VN_CHILD(hwCounterStarted)
     const std::uint64_t a = HwCounter::timeStamp(), b = HwCounter::timeStamp();
     std::cout << HwCounter::seconds(a, a) << (HwCounter::seconds(a, b) == -HwCounter::seconds(b, a))
               << (HwCounter::seconds(a, b) >= 0) << "\n";
-    double const early = HwCounter::seconds(), late = HwCounter::seconds();
+    const double early = HwCounter::seconds(), late = HwCounter::seconds();
     std::cout << (early >= static_cast<double>(a) * HwCounter::resolution()) << (late >= early) << "\n";
     std::ostringstream expected, dumped;
     expected << "HwCounterIA32:\nRate         = " << rate.numerator

@@ -167,7 +167,7 @@ TEST(InOptionParser, endIsFinal)
         const Arguments arguments(elements);
         InOptionParser parser(arguments.count(), arguments.get(), "a");
         EXPECT_EQ(parser.getOption(), -1);
-        int const index = parser.getArgumentIndex();
+        const int index = parser.getArgumentIndex();
         for (int i = 0; i < 5; ++i)
             EXPECT_EQ(parser.getOption(), -1);
         EXPECT_EQ(parser.getArgumentIndex(), index);

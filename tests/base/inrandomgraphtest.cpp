@@ -176,7 +176,7 @@ Graph randomGraph(std::mt19937& random)
 {
     const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
     Graph graph;
-    int const size = 1 + below(typeCount - 1);
+    const int size = 1 + below(typeCount - 1);
     std::vector<int> all(typeCount);
     std::iota(all.begin(), all.end(), 0);
     std::shuffle(all.begin(), all.end(), random);
@@ -189,12 +189,12 @@ Graph randomGraph(std::mt19937& random)
         graph.names.push_back((below(2) != 0 ? "p" : "P") + std::to_string(label));
 
     graph.needs.resize(typeCount);
-    int const shape = below(4);  // acyclic, any, with self-listed ones, all self-listed
-    int const needs = below(4);
+    const int shape = below(4);  // acyclic, any, with self-listed ones, all self-listed
+    const int needs = below(4);
     for (int i = 0; i < size; ++i) {
         std::vector<int>& list = graph.needs[static_cast<std::size_t>(graph.nodes[static_cast<std::size_t>(i)])];
         for (int need = below(needs + 1); need > 0; --need) {
-            int const limit = shape == 0 ? i : size;
+            const int limit = shape == 0 ? i : size;
             if (limit > 0)
                 list.push_back(graph.nodes[static_cast<std::size_t>(below(limit))]);
             if (!list.empty() && below(8) == 0)

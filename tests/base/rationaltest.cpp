@@ -61,7 +61,7 @@ public:
 
     Rational fraction()
     {
-        int const denominator = term();
+        const int denominator = term();
         return Rational(term(), denominator != 0 ? denominator : 1);
     }
 
@@ -72,9 +72,9 @@ private:
 /// The five comparisons by their formulas.
 int ordersByTheRule(Rational const& left, Rational const& right)
 {
-    double const a = static_cast<double>(left.getNumerator()) / left.getDenominator();
-    double const b = static_cast<double>(right.getNumerator()) / right.getDenominator();
-    bool const isSame =
+    const double a = static_cast<double>(left.getNumerator()) / left.getDenominator();
+    const double b = static_cast<double>(right.getNumerator()) / right.getDenominator();
+    const bool isSame =
         left.getNumerator() == right.getNumerator() && left.getDenominator() == right.getDenominator();
     return (b - 1e-7 > a) * 1 + (b + 1e-7 > a) * 2 + (a > b + 1e-7) * 4 + (a > b - 1e-7) * 8 + isSame * 16;
 }
@@ -275,9 +275,9 @@ TEST(Rational, theShortWayOfComparingIsTheRuleAroundTheTolerance)
     // Neighbours of a fraction, from equal to some hundred tolerances away, where the way is chosen.
     Bits bits;
     for (int i = 0; i < 2000000; ++i) {
-        int const denominator = 1 + static_cast<int>(bits.next() % 2000000000);
-        int const numerator = static_cast<int>(static_cast<std::int64_t>(bits.next()) >> (33 + bits.next() % 31));
-        int const step = static_cast<int>(
+        const int denominator = 1 + static_cast<int>(bits.next() % 2000000000);
+        const int numerator = static_cast<int>(static_cast<std::int64_t>(bits.next()) >> (33 + bits.next() % 31));
+        const int step = static_cast<int>(
             static_cast<std::int64_t>(bits.next() % static_cast<std::uint64_t>(denominator / 50000 + 2)));
         const Rational a(numerator, denominator);
         const Rational b(bits.next() % 2 == 0 ? numerator + step : numerator - step, denominator);
@@ -290,10 +290,10 @@ TEST(Rational, lowestTermsAreThoseOfTheLibrarysDivisorInMillionsOfCases)
 {
     Bits bits;
     for (int i = 0; i < 2000000; ++i) {
-        int const numerator = bits.term(), denominator = bits.term();
+        const int numerator = bits.term(), denominator = bits.term();
         if (numerator == INT_MIN || denominator == INT_MIN || denominator == 0)
             continue;
-        int const divisor = std::gcd(numerator, denominator) * (denominator < 0 ? -1 : 1);
+        const int divisor = std::gcd(numerator, denominator) * (denominator < 0 ? -1 : 1);
         const Rational rational(numerator, denominator);
         ASSERT_EQ(rational.getNumerator(), numerator / divisor) << numerator << '/' << denominator;
         ASSERT_EQ(rational.getDenominator(), denominator / divisor) << numerator << '/' << denominator;

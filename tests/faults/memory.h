@@ -26,7 +26,7 @@ bool failsWithoutMemory(int n, Action const& action)
     } catch (std::bad_alloc const&) {
         hasThrown = true;
     }
-    bool const hasFailed = stopFailing();
+    const bool hasFailed = stopFailing();
     return hasThrown || hasFailed;
 }
 

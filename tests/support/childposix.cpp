@@ -82,7 +82,7 @@ ChildRun runProcess(std::vector<std::string> const& command, std::vector<std::st
     ::posix_spawn_file_actions_adddup2(&actions, out.ends[1], 1);
     ::posix_spawn_file_actions_adddup2(&actions, err.ends[1], 2);
     ::pid_t process = 0;
-    int const failure = ::posix_spawn(&process, command[0].c_str(), &actions, nullptr, pointersTo(command).data(),
+    const int failure = ::posix_spawn(&process, command[0].c_str(), &actions, nullptr, pointersTo(command).data(),
                                       pointersTo(environment).data());
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(out.ends[1]);
