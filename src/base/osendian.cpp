@@ -1,0 +1,137 @@
+#include <base/osendian.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace Vn
+{
+namespace
+{
+/// Moves bytes through a buffer, never through arithmetic on the value: a floating-point bit pattern stays one.
+template <class T>
+T reversed(T value)
+{
+    unsigned char bytes[sizeof(T)];
+    std::memcpy(bytes, &value, sizeof bytes);
+    std::reverse(std::begin(bytes), std::end(bytes));
+    std::memcpy(&value, bytes, sizeof bytes);
+    return value;
+}
+
+template <class T>
+T reversedIf(bool condition, T value)
+{
+    return condition ? reversed(value) : value;
+}
+}  // namespace
+
+bool OsEndian::isBigEndian()
+{
+    const std::uint32_t one = 1;
+    unsigned char bytes[sizeof one];
+    std::memcpy(bytes, &one, sizeof one);
+    return bytes[sizeof one - 1] == 1;
+}
+
+signed char OsEndian::invert(signed char value)
+{
+    return reversed(value);
+}
+
+unsigned char OsEndian::invert(unsigned char value)
+{
+    return reversed(value);
+}
+
+short OsEndian::invert(short value)
+{
+    return reversed(value);
+}
+
+unsigned short OsEndian::invert(unsigned short value)
+{
+    return reversed(value);
+}
+
+int OsEndian::invert(int value)
+{
+    return reversed(value);
+}
+
+unsigned int OsEndian::invert(unsigned int value)
+{
+    return reversed(value);
+}
+
+float OsEndian::invert(float value)
+{
+    return reversed(value);
+}
+
+std::int64_t OsEndian::invert(std::int64_t value)
+{
+    return reversed(value);
+}
+
+std::uint64_t OsEndian::invert(std::uint64_t value)
+{
+    return reversed(value);
+}
+
+double OsEndian::invert(double value)
+{
+    return reversed(value);
+}
+
+signed char OsEndian::invertIf(bool condition, signed char value)
+{
+    return reversedIf(condition, value);
+}
+
+unsigned char OsEndian::invertIf(bool condition, unsigned char value)
+{
+    return reversedIf(condition, value);
+}
+
+short OsEndian::invertIf(bool condition, short value)
+{
+    return reversedIf(condition, value);
+}
+
+unsigned short OsEndian::invertIf(bool condition, unsigned short value)
+{
+    return reversedIf(condition, value);
+}
+
+int OsEndian::invertIf(bool condition, int value)
+{
+    return reversedIf(condition, value);
+}
+
+unsigned int OsEndian::invertIf(bool condition, unsigned int value)
+{
+    return reversedIf(condition, value);
+}
+
+float OsEndian::invertIf(bool condition, float value)
+{
+    return reversedIf(condition, value);
+}
+
+std::int64_t OsEndian::invertIf(bool condition, std::int64_t value)
+{
+    return reversedIf(condition, value);
+}
+
+std::uint64_t OsEndian::invertIf(bool condition, std::uint64_t value)
+{
+    return reversedIf(condition, value);
+}
+
+double OsEndian::invertIf(bool condition, double value)
+{
+    return reversedIf(condition, value);
+}
+
+}  // namespace Vn

@@ -1,0 +1,20 @@
+// osenvposix.cpp (Windows form: osenvwindows.cpp)
+#include <base/osenvsystem.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace Vn::System
+{
+
+bool putEnvironmentSetting(char const* setting)
+{
+    char const* const sign = std::strchr(setting, '=');
+    if (sign == nullptr)
+        return false;
+    const std::string name(setting, sign);  // the calls refuse an empty one
+    return (sign[1] == '\0' ? ::unsetenv(name.c_str()) : ::setenv(name.c_str(), sign + 1, 1)) == 0;
+}
+
+}  // namespace Vn::System

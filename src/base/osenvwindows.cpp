@@ -1,0 +1,14 @@
+// osenvwindows.cpp (Linux form: osenvposix.cpp)
+#include <base/osenvsystem.h>
+
+#include <stdlib.h>
+
+namespace Vn::System
+{
+
+bool putEnvironmentSetting(char const* setting)
+{
+    return ::_putenv(setting) == 0;
+}
+
+}  // namespace Vn::System

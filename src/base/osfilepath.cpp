@@ -1,0 +1,188 @@
+#include <base/osfilepath.h>
+
+#include <base/assertions.h>
+#include <base/duplicatestring.h>
+#include <base/osenv.h>
+#include <base/osfileex.h>
+#include <base/osfilepathsystem.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ostream>
+#include <string>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/osfilepath";
+constexpr std::size_t bufferSize = 1024;  ///< of the forms that fill a caller's buffer
+
+void requireText(char const* text, int line)
+{
+    if (text == nullptr)
+        Assertions::throwAssertionFailed(sourceName, line, "path != 0");
+}
+}  // namespace
+
+OsFilePath::OsFilePath() : _path(duplicateString("")) {}
+
+OsFilePath::OsFilePath(char const* path) : _path(duplicateString(path)) {}
+
+OsFilePath::OsFilePath(OsFilePath const& other) : _path(duplicateString(other.getChars())) {}
+
+OsFilePath& OsFilePath::operator=(OsFilePath const& other)
+{
+    if (this != &other)
+        set(other.getChars());
+    return *this;
+}
+
+OsFilePath& OsFilePath::operator=(char const* path)
+{
+    set(path);
+    return *this;
+}
+
+void OsFilePath::set(char const* path)
+{
+    requireText(path, __LINE__);
+    _path = duplicateString(path);  // copied before the old array goes, as `path` may lie within it
+}
+
+bool OsFilePath::isAbsolute() const
+{
+    return isAbsolute(_path);
+}
+
+bool OsFilePath::isAbsolute(char const* path)
+{
+    return System::getPathGrammar().isAbsolute(path);
+}
+
+int OsFilePath::compare(char const* a, char const* b)
+{
+    return OsFilePathGrammars::compare(a != nullptr ? a : "", b != nullptr ? b : "");
+}
+
+std::ostream& OsFilePath::dump(std::ostream& stream) const
+{
+    return stream << getChars();
+}
+
+OsFilePath& OsFilePath::operator+=(OsFilePath const& other)
+{
+    if (other.isAbsolute())
+        throw OsFileEx::ExIllegalPathConcat(sourceName, __LINE__);
+    concatenate(other.getChars());
+    return *this;
+}
+
+OsFilePath OsFilePath::operator+(OsFilePath const& other) const
+{
+    OsFilePath joined(*this);
+    joined += other;
+    return joined;
+}
+
+OsFilePath& OsFilePath::operator+=(char const* element)
+{
+    requireText(element, __LINE__);
+    if (std::strchr(element, System::getPathGrammar().separator) != nullptr)
+        throw OsFileEx::ExSeparatorNotAllowed(sourceName, __LINE__);
+    concatenate(element);
+    return *this;
+}
+
+OsFilePath OsFilePath::operator+(char const* element) const
+{
+    OsFilePath joined(*this);
+    joined += element;
+    return joined;
+}
+
+void OsFilePath::concatenate(char const* tail)
+{
+    const char separator = System::getPathGrammar().separator;
+    const std::size_t length = std::strlen(_path);
+    const std::size_t tailLength = std::strlen(tail);
+    ArrayPtr<char> joined(new char[length + tailLength + 2]);
+    char* end = std::copy_n(_path.get(), length, joined.get());
+    if (length != 0 && end[-1] != separator)
+        *end++ = separator;
+    std::copy_n(tail, tailLength + 1, end);
+    _path = joined;
+}
+
+OsFilePath OsFilePath::getBaseName() const
+{
+    const System::ResolvedPath resolved = System::resolvePath(_path);
+    return OsFilePath(resolved.path.c_str() + resolved.lastElement);
+}
+
+OsFilePath OsFilePath::getDirectoryName() const
+{
+    System::ResolvedPath resolved = System::resolvePath(_path);
+    return OsFilePath(System::getPathGrammar().directoryOf(getChars(), std::move(resolved.path)).c_str());
+}
+
+ArrayPtrRet<char> OsFilePath::getExtension() const
+{
+    const OsFilePath name = getBaseName();
+    const std::string extension(OsFilePathGrammars::extensionOf(name.getChars()));
+    return duplicateString(extension.c_str());
+}
+
+OsFilePath OsFilePath::getHomeDir()
+{
+    char buffer[bufferSize];
+    getHomeDir(buffer);
+    return OsFilePath(buffer);
+}
+
+void OsFilePath::getHomeDir(char* buffer)
+{
+    char const* const home = OsEnv::getVariable("HOME");
+    if (home == nullptr)
+        throw OsFileEx::ExHomeNotDefined(sourceName, __LINE__);
+    const std::size_t length = ::strnlen(home, bufferSize - 1);
+    std::replace_copy(home, home + length, buffer, '/', System::getPathGrammar().separator);
+    buffer[length] = '\0';
+}
+
+OsFilePath OsFilePath::getTempDir()
+{
+    char buffer[bufferSize];
+    getTempDir(buffer);
+    return OsFilePath(buffer);
+}
+
+void OsFilePath::getTempDir(char* buffer)
+{
+    System::getTempDir(buffer, bufferSize);
+}
+
+OsFilePath OsFilePath::getRootDir()
+{
+    char buffer[bufferSize];
+    getRootDir(buffer);
+    return OsFilePath(buffer);
+}
+
+void OsFilePath::getRootDir(char* buffer)
+{
+    System::getRootDir(buffer, bufferSize);
+}
+
+char const* OsFilePath::getSeparator()
+{
+    static const char separator[] = {System::getPathGrammar().separator, '\0'};
+    return separator;
+}
+
+std::ostream& operator<<(std::ostream& stream, OsFilePath const& path)
+{
+    return path.dump(stream);
+}
+
+}  // namespace Vn

@@ -1,0 +1,48 @@
+// osfilepathwindows.cpp (Linux form: osfilepathposix.cpp)
+#include <base/exsyserror.h>
+#include <base/osfilepathsystem.h>
+
+#include <direct.h>
+#include <windows.h>
+
+#include <cstdio>
+
+namespace Vn::System
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/osfilepathwindows";
+constexpr DWORD bufferSize = 1024;
+}  // namespace
+
+OsFilePathGrammar getPathGrammar()
+{
+    return OsFilePathGrammars::onWindows();
+}
+
+ResolvedPath resolvePath(char const* path)
+{
+    char buffer[bufferSize];
+    char* last = nullptr;
+    const DWORD length = ::GetFullPathNameA(path, bufferSize, buffer, &last);
+    if (length == 0)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    if (length >= bufferSize) {  // it tells the size that it needs, and leaves the buffer undefined
+        ::SetLastError(ERROR_FILENAME_EXCED_RANGE);
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    }
+    return {buffer, last != nullptr ? static_cast<std::size_t>(last - buffer) : length};
+}
+
+void getTempDir(char* buffer, std::size_t size)
+{
+    if (::GetTempPathA(static_cast<DWORD>(size), buffer) == 0)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+}
+
+void getRootDir(char* buffer, std::size_t size)
+{
+    std::snprintf(buffer, size, "%c:\\", ::_getdrive() + 64);
+}
+
+}  // namespace Vn::System

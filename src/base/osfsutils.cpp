@@ -1,0 +1,69 @@
+#include <base/osfsutils.h>
+
+#include <base/exinternalerror.h>
+#include <base/exsyserror.h>
+#include <base/osfileex.h>
+#include <base/osfilesystem.h>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/osfsutilswindows";
+
+char const* orEmpty(char const* path)
+{
+    return path != nullptr ? path : "";
+}
+}  // namespace
+
+bool OsFsUtils::fileExists(char const* path)
+{
+    return System::getFileKind(orEmpty(path)) != System::FileKind::Missing;
+}
+
+bool OsFsUtils::isDirectory(char const* path)
+{
+    return System::getFileKind(orEmpty(path)) == System::FileKind::Directory;
+}
+
+bool OsFsUtils::isFile(char const* path)
+{
+    return System::getFileKind(orEmpty(path)) != System::FileKind::Directory;
+}
+
+bool OsFsUtils::isSymLink(char const* path)
+{
+    return System::isSymLink(orEmpty(path));
+}
+
+void OsFsUtils::createDir(char const* path, bool)
+{
+    if (System::createDirectory(orEmpty(path)))
+        return;
+    const System::FileKind kind = System::getFileKind(orEmpty(path));
+    if (kind == System::FileKind::Missing)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    if (kind != System::FileKind::Directory)
+        throw ExInternalError(sourceName, __LINE__, "A regular file with the same path name exists.");
+}
+
+void OsFsUtils::removeDir(char const* path)
+{
+    System::removeDirectory(orEmpty(path));
+}
+
+void OsFsUtils::createFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists)
+{
+    if (orEmpty(path)[0] == '\0')
+        throw OsFileEx::ExNullFilePath(sourceName, __LINE__);
+    if (!System::createFile(path, permissions, failIfExists))
+        throw OsFileEx::ExFileExists(sourceName, __LINE__);
+}
+
+void OsFsUtils::deleteFile(char const* path)
+{
+    System::deleteFile(orEmpty(path));
+}
+
+}  // namespace Vn

@@ -1,0 +1,50 @@
+// osposix.cpp (Linux only)
+#include <base/osposix.h>
+
+#include <pwd.h>
+
+#include <vector>
+
+namespace Vn::Posix
+{
+namespace
+{
+/// Some name services report a user that they don't know as an error of these.
+bool meansUnknownUser(int error)
+{
+    return error == ENOENT || error == ESRCH || error == EBADF || error == EPERM;
+}
+
+/// Read and write of one party as the system's bits, which stand in the other order.
+::mode_t bitsOf(std::int32_t mode)
+{
+    return ((mode & 1) != 0 ? 4U : 0U) | ((mode & 2) != 0 ? 2U : 0U);
+}
+}  // namespace
+
+::mode_t modeOf(OsFileTypes::Permissions const& permissions)
+{
+    return bitsOf(permissions.getUserMode()) << 6 | bitsOf(permissions.getGroupMode()) << 3 |
+           bitsOf(permissions.getOtherMode());
+}
+
+bool findUserName(::uid_t user, std::string& name)
+{
+    std::vector<char> buffer(1024);
+    ::passwd entry;
+    ::passwd* found = nullptr;
+    for (;;) {
+        const int error = ::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found);
+        if (error == ERANGE) {
+            buffer.resize(buffer.size() * 2);
+        } else if (error != 0 && error != EINTR && !meansUnknownUser(error)) {
+            errno = error;
+            return false;
+        } else if (error != EINTR) {
+            name = found != nullptr ? found->pw_name : std::to_string(user);
+            return true;
+        }
+    }
+}
+
+}  // namespace Vn::Posix

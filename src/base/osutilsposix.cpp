@@ -1,0 +1,57 @@
+// osutilsposix.cpp (Windows form: osutilswindows.cpp)
+#include <base/osutils.h>
+
+#include <base/exsyserror.h>
+#include <base/osposix.h>
+
+#include <limits.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/osutilswindows";
+constexpr std::size_t hostNameSize = HOST_NAME_MAX + 1;
+constexpr std::size_t userNameSize = 257;
+}  // namespace
+
+ArrayPtrRet<char> OsUtils::getHostName()
+{
+    ArrayPtrRet<char> name(new char[hostNameSize]);
+    if (::gethostname(name.get(), hostNameSize) != 0)
+        throw ExSysErrorANSI(sourceName, __LINE__);
+    name[hostNameSize - 1] = '\0';  // a name that doesn't fit comes without
+    return name;
+}
+
+ArrayPtrRet<char> OsUtils::getUserName(bool)
+{
+    std::string found;
+    if (!Posix::findUserName(::geteuid(), found))
+        throw ExSysErrorANSI(sourceName, __LINE__);
+    ArrayPtrRet<char> name(new char[userNameSize]);
+    const std::size_t length = std::min(found.size(), userNameSize - 1);
+    found.copy(name.get(), length);
+    name[static_cast<std::ptrdiff_t>(length)] = '\0';
+    return name;
+}
+
+std::uint32_t OsUtils::getPid()
+{
+    return static_cast<std::uint32_t>(::getpid());
+}
+
+void OsUtils::sleep(unsigned int seconds)
+{
+    ::timespec left = {static_cast<::time_t>(seconds), 0};
+    while (::clock_nanosleep(CLOCK_MONOTONIC, 0, &left, &left) == EINTR) {  // `left` is what a signal left over
+    }
+}
+
+}  // namespace Vn
