@@ -10,7 +10,10 @@
 
 namespace
 {
+constexpr long running = -1;
+
 std::atomic<int> clockError = 0;
+std::atomic<long> timeOfDay = running;  // milliseconds
 
 bool hasFailed()
 {
@@ -23,7 +26,14 @@ bool hasFailed()
 
 extern "C" __attribute__((visibility("default"))) int clock_gettime(::clockid_t clock, ::timespec* time) noexcept
 {
-    return hasFailed() ? -1 : static_cast<int>(::syscall(SYS_clock_gettime, clock, time));
+    if (hasFailed())
+        return -1;
+    const long stopped = timeOfDay;
+    if (clock != CLOCK_REALTIME || stopped == running)
+        return static_cast<int>(::syscall(SYS_clock_gettime, clock, time));
+    time->tv_sec = stopped / 1000;
+    time->tv_nsec = stopped % 1000 * 1000000 + 999999;  // what lies below the millisecond is cut
+    return 0;
 }
 
 extern "C" __attribute__((visibility("default"))) int clock_getres(::clockid_t clock, ::timespec* time) noexcept
@@ -34,4 +44,14 @@ extern "C" __attribute__((visibility("default"))) int clock_getres(::clockid_t c
 void VnTest::failClockWith(int error)
 {
     clockError = error;
+}
+
+void VnTest::stopTimeOfDayAt(long milliseconds)
+{
+    timeOfDay = milliseconds;
+}
+
+void VnTest::releaseTimeOfDay()
+{
+    timeOfDay = running;
 }

@@ -9,10 +9,14 @@
 #include <base/exinternalerror.h>
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
+#include <base/hwintervaltimer.h>
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/invariable.h>
 #include <base/oscpuinfo.h>
+#include <base/profiler.h>
+#include <base/timer.h>
+#include <base/todintervaltimer.h>
 #include <base/vector.h>
 
 #include <gtest/gtest.h>
@@ -250,4 +254,73 @@ VN_CHILD(clockFailsAtTheStart)
 TEST(ClockFailure, atTheStartGoesToTheCallerAndWhatRunsCanBeStopped)
 {
     expectOutput("clockFailsAtTheStart", std::string("start: ") + std::strerror(EINVAL) + "\n11\nstop: ok\n");
+}
+
+TEST(ClockFailure, goesThroughTheTimersAndLeavesTheirPoints)
+{
+    VnTest::startOnce();
+    HwIntervalTimer timer;
+    timer.start();
+    timer.stop();
+    const double interval = timer.timeInterval();
+    expectClockError([&timer] { timer.start(); });
+    expectClockError([&timer] { timer.stop(); });
+    expectClockError([&timer] { timer.sinceStart(); });
+    EXPECT_EQ(timer.timeInterval(), interval);
+
+    Timer<HwIntervalTimer> watch;
+    watch.start();
+    expectClockError([&watch] { watch.totalTime(); });
+    expectClockError([&watch] { watch.stop(); });
+    EXPECT_EQ(watch.totalTime(), 0.0);  // stopped, and nothing was added
+
+    Profiler<HwIntervalTimer> profiler;
+    profiler.start();
+    expectClockError([&profiler] { profiler.stop(); });
+    EXPECT_EQ(profiler.cycleTime(), 0.0);
+}
+
+TEST(ClockFailure, ofTheTimeOfDayLeavesThePointAsItWas)
+{
+    VnTest::stopTimeOfDayAt(10900);
+    TodIntervalTimer timer;
+    timer.start();
+    VnTest::stopTimeOfDayAt(12900);
+    timer.stop();
+    EXPECT_EQ(timer.timeInterval(), 2.0);
+    VnTest::failClockWith(EINVAL);
+    EXPECT_NO_THROW(timer.start());
+    EXPECT_NO_THROW(timer.stop());
+    EXPECT_EQ(timer.timeInterval(), 2.0);
+    EXPECT_EQ(timer.sinceStart(), -10 + 900 * -0.001);  // a fresh point that was never taken
+    VnTest::failClockWith(0);
+    VnTest::releaseTimeOfDay();
+}
+
+TEST(TimeOfDay, isCutToTheMillisecond)
+{
+    VnTest::stopTimeOfDayAt(10900);
+    TodIntervalTimer timer;
+    timer.start();
+    VnTest::stopTimeOfDayAt(11100);
+    timer.stop();
+    EXPECT_EQ(timer.timeInterval(), 1 + (900.0 - 100.0) * -0.001);
+    VnTest::stopTimeOfDayAt(11101);
+    EXPECT_EQ(timer.sinceStart(), 1 + (900.0 - 101.0) * -0.001);
+    VnTest::stopTimeOfDayAt(12999);
+    EXPECT_EQ(timer.sinceStart(), 2 + (999.0 - 900.0) * 0.001);
+    EXPECT_EQ(timer.timeInterval(), 1 + (900.0 - 100.0) * -0.001);
+
+    Profiler<TodIntervalTimer> profiler;
+    for (long end : {1000, 3000}) {
+        VnTest::stopTimeOfDayAt(0);
+        profiler.start();
+        VnTest::stopTimeOfDayAt(end);
+        profiler.stop();
+        profiler.endCycle();
+    }
+    EXPECT_EQ(profiler.averageTime(), 2.0);
+    EXPECT_EQ(profiler.minTime(), 1.0);
+    EXPECT_EQ(profiler.maxTime(), 3.0);
+    VnTest::releaseTimeOfDay();
 }

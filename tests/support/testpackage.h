@@ -67,6 +67,16 @@ inline void stop()
     Vn::InInitMgr::getInstance().finalize();
 }
 
+/// The library brought up for the rest of this process, by whichever test needs it first, and down at its end.
+inline void startOnce()
+{
+    static const struct Started
+    {
+        Started() { start(); }
+        ~Started() { stop(); }
+    } started;
+}
+
 /// Brings the library up with arguments; the program's name comes first.
 inline void startWith(std::initializer_list<char const*> arguments)
 {

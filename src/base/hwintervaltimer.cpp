@@ -1,0 +1,18 @@
+#include <base/hwintervaltimer.h>
+
+namespace Vn
+{
+
+HwIntervalTimer::HwIntervalTimer(char const* name) : IntervalTimer(name), _start(0), _stop(0)
+{
+    HwCounter::init();
+}
+
+HwIntervalTimer::~HwIntervalTimer() = default;
+
+double HwIntervalTimer::sinceStart() const
+{
+    return HwCounter::secondsInline(_start, HwCounter::timeStampInline());
+}
+
+}  // namespace Vn

@@ -1,0 +1,57 @@
+#include <base/profconsolidator.h>
+
+#include <base/profiler.h>
+#include <base/profrows.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace Vn
+{
+
+ProfConsolidator::ProfConsolidator()
+    : _cycles(0), _totalTime(0.0), _minTime(std::numeric_limits<double>::max()), _maxTime(0.0)
+{}
+
+void ProfConsolidator::consolidate(ProfilerBase& profiler)
+{
+    _cycles += profiler.cycles();
+    _totalTime += profiler.totalTime();
+    _minTime = std::min(profiler.minTime(), _minTime);
+    _maxTime = std::max(profiler.maxTime(), _maxTime);
+}
+
+int ProfConsolidator::cycles() const
+{
+    return _cycles;
+}
+
+double ProfConsolidator::totalTime() const
+{
+    return _totalTime;
+}
+
+double ProfConsolidator::averageTime() const
+{
+    return _cycles == 0 ? 0.0 : _totalTime / _cycles;
+}
+
+double ProfConsolidator::minTime() const
+{
+    return _cycles == 0 ? 0.0 : _minTime;
+}
+
+double ProfConsolidator::maxTime() const
+{
+    return _maxTime;
+}
+
+std::ostream& operator<<(std::ostream& stream, ProfConsolidator const& consolidator)
+{
+    ProfRows rows(stream);
+    stream << "Profiler Consolidator:" << std::endl;
+    rows.writeSums(consolidator);
+    return stream << std::endl;
+}
+
+}  // namespace Vn

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <ios>
+#include <ostream>
+
+namespace Vn
+{
+
+/// Writes the rows of a profile: fixed notation, everything adjusted left, filled with blanks. The stream's flags,
+/// precision and fill are as before once this is gone, also where the stream throws.
+class ProfRows
+{
+public:
+    explicit ProfRows(std::ostream& stream)
+        : _stream(stream), _flags(stream.flags()), _precision(stream.precision()), _fill(stream.fill(' '))
+    {
+        stream.setf(std::ios_base::left, std::ios_base::adjustfield);
+        stream.setf(std::ios_base::fixed, std::ios_base::floatfield);
+    }
+
+    ProfRows(ProfRows const&) = delete;
+    ProfRows& operator=(ProfRows const&) = delete;
+
+    ~ProfRows()
+    {
+        _stream.flags(_flags);
+        _stream.precision(_precision);
+        _stream.fill(_fill);
+    }
+
+    template <class Value>
+    void write(char const* label, Value value)
+    {
+        _stream.width(8);
+        _stream << "";
+        _stream.width(16);
+        _stream << label << value << std::endl;
+    }
+
+    /// The rows that every profile has.
+    template <class Profile>
+    void writeSums(Profile const& profile)
+    {
+        write("Nb of cycles:", profile.cycles());
+        write("Total time:", profile.totalTime());
+        write("Average time:", profile.averageTime());
+        write("Minimum time:", profile.minTime());
+        write("Maximum time:", profile.maxTime());
+    }
+
+private:
+    std::ostream& _stream;
+    std::ios_base::fmtflags _flags;
+    std::streamsize _precision;
+    char _fill;
+};
+
+}  // namespace Vn

@@ -1,0 +1,24 @@
+// todclockposix.cpp (Windows form: todclockwindows.cpp)
+#include <base/todclocksystem.h>
+
+#include <base/todsplittime.h>
+
+#include <time.h>
+
+namespace Vn::System
+{
+namespace
+{
+constexpr long nanosecondsPerMillisecond = 1000000;
+}  // namespace
+
+bool readTimeOfDay(TodSplitTime& time)
+{
+    ::timespec now;
+    if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
+        return false;
+    time = {static_cast<double>(now.tv_sec), static_cast<double>(now.tv_nsec / nanosecondsPerMillisecond)};
+    return true;
+}
+
+}  // namespace Vn::System

@@ -1,0 +1,19 @@
+// todclockwindows.cpp (POSIX form: todclockposix.cpp)
+#include <base/todclocksystem.h>
+
+#include <base/todsplittime.h>
+
+#include <sys/timeb.h>
+
+namespace Vn::System
+{
+
+bool readTimeOfDay(TodSplitTime& time)
+{
+    struct __timeb64 now;
+    ::_ftime64(&now);  // has no way to fail
+    time = {static_cast<double>(now.time), static_cast<double>(now.millitm)};
+    return true;
+}
+
+}  // namespace Vn::System

@@ -1,0 +1,49 @@
+#include <base/todintervaltimer.h>
+
+#include <base/todclocksystem.h>
+#include <base/todsplittime.h>
+
+namespace Vn
+{
+
+void TodIntervalTimer::NativeTimer::refresh()
+{
+    TodSplitTime now;
+    if (!System::readTimeOfDay(now))
+        return;
+    _seconds = now.seconds;
+    _milliseconds = now.milliseconds;
+}
+
+double TodIntervalTimer::NativeTimer::since(NativeTimer const& earlier) const
+{
+    return TodSplitTime{_seconds, _milliseconds}.since({earlier._seconds, earlier._milliseconds});
+}
+
+TodIntervalTimer::TodIntervalTimer(char const* name) : IntervalTimer(name) {}
+
+TodIntervalTimer::~TodIntervalTimer() = default;
+
+void TodIntervalTimer::start()
+{
+    _start.refresh();
+}
+
+void TodIntervalTimer::stop()
+{
+    _stop.refresh();
+}
+
+double TodIntervalTimer::timeInterval() const
+{
+    return _stop.since(_start);
+}
+
+double TodIntervalTimer::sinceStart() const
+{
+    NativeTimer now;
+    now.refresh();
+    return now.since(_start);
+}
+
+}  // namespace Vn
