@@ -4,6 +4,7 @@
 #include <base/hwcounter.h>
 #include <base/incontextaliasmgr.h>
 #include <base/oscpuinfo.h>
+#include <base/osmemoryarch.h>
 
 VN_DEFINE_PACKAGE(base, VnInit::random, VnInit::discreteTime, VnInit::baseMath, VnInit::initVars, VnInit::testing,
                   VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
@@ -75,6 +76,7 @@ void InInit<VnInit::initArg>::performFinalize()
 void InInit<VnInit::osal>::performInitialize()
 {
     OsCpuInfo::initialize();
+    OsMemoryArch::getInstance();
 }
 
 void InInit<VnInit::osal>::performFinalize()

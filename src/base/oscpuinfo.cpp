@@ -1,19 +1,29 @@
 #include <base/oscpuinfo.h>
 
 #include <base/exsyserror.h>
+#include <base/oscpudecode.h>
 #include <base/oscpuinfosystem.h>
+#include <base/oscputype.h>
 
 namespace Vn
 {
 namespace
 {
 constexpr char const* sourceName = "src/base/oscpuinfowinnt";
+
+constexpr OsOwnCpuid ownCpuid;
 }  // namespace
 
+OsCpuInfo::Type OsCpuInfo::_type = OsCpuInfo::Unknown;
+bool OsCpuInfo::_hasMMX = false;
+bool OsCpuInfo::_hasSSE = false;
 std::uint64_t OsCpuInfo::_hwCounterFrequency = 0;
 
 void OsCpuInfo::initialize()
 {
+    _type = typeOfArchitecture(System::getArchitecture());
+    _hasMMX = System::hasFeature(System::CpuFeature::mmx);
+    _hasSSE = System::hasFeature(System::CpuFeature::sse);
     std::uint64_t frequency;
     if (!System::readCounterFrequency(frequency))
         throw ExSysErrorANSI(sourceName, __LINE__);
@@ -21,6 +31,29 @@ void OsCpuInfo::initialize()
 }
 
 void OsCpuInfo::finalize() {}
+
+char const* OsCpuInfo::getTypeName()
+{
+    return nameOfType(_type);
+}
+
+bool OsCpuInfo::hasMMX()
+{
+    return _hasMMX;
+}
+
+bool OsCpuInfo::hasSSE()
+{
+    return _hasSSE;
+}
+
+void OsCpuInfo::getDetailedType(Type* type, int* family, int* model, int* stepping)
+{
+    if (type != nullptr)
+        *type = _type;
+    if (family != nullptr || model != nullptr || stepping != nullptr)
+        OsCpuDecode(ownCpuid).readSignature(family, model, stepping);
+}
 
 std::uint64_t OsCpuInfo::getHwCounterValue()
 {
@@ -33,6 +66,11 @@ std::uint64_t OsCpuInfo::getHwCounterValue()
 std::uint64_t OsCpuInfo::getHwCounterFrequency()
 {
     return _hwCounterFrequency;
+}
+
+void OsCpuInfo::getMemoryInfo(CacheInfo* data, CacheInfo* instruction, CacheInfo* level2, int* pageSize)
+{
+    OsCpuDecode(ownCpuid).readMemory(*data, *instruction, *level2, *pageSize);
 }
 
 }  // namespace Vn

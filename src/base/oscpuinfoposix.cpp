@@ -1,13 +1,19 @@
 // oscpuinfoposix.cpp (Windows form: oscpuinfowinnt.cpp)
 #include <base/oscpuinfosystem.h>
 
+#include <base/oscpudecode.h>
+
+#include <sys/utsname.h>
 #include <time.h>
+
+#include <cstring>
 
 namespace Vn::System
 {
 namespace
 {
 constexpr std::uint64_t nanosecondsPerSecond = 1000000000;
+constexpr unsigned unknownArchitecture = 0xFFFF;
 }  // namespace
 
 bool readCounter(std::uint64_t& value)
@@ -26,6 +32,22 @@ bool readCounterFrequency(std::uint64_t& frequency)
         return false;
     frequency = nanosecondsPerSecond;  // the unit of the reading, whatever grain the clock has
     return true;
+}
+
+unsigned getArchitecture()
+{
+    ::utsname names;
+    if (::uname(&names) != 0)
+        return unknownArchitecture;
+    if (std::strcmp(names.machine, "x86_64") == 0)
+        return 9;
+    return std::strcmp(names.machine, "ia64") == 0 ? 6 : unknownArchitecture;
+}
+
+bool hasFeature(CpuFeature feature)
+{
+    return OsCpuDecode(OsOwnCpuid())
+        .hasFeature(feature == CpuFeature::mmx ? OsCpuDecode::mmxBit : OsCpuDecode::sseBit);
 }
 
 }  // namespace Vn::System

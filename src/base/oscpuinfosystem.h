@@ -11,4 +11,17 @@ bool readCounter(std::uint64_t& value);
 /// That counter's frequency, in counts per second. False if the system refuses.
 bool readCounterFrequency(std::uint64_t& frequency);
 
+/// The number that this system, or on others its counterpart, gives the processor's architecture: 6, 9, or any other
+/// for those that aren't told apart.
+unsigned getArchitecture();
+
+/// By the numbers that IsProcessorFeaturePresent() knows them by.
+enum class CpuFeature
+{
+    mmx = 3,
+    sse = 6
+};
+
+bool hasFeature(CpuFeature feature);
+
 }  // namespace Vn::System

@@ -24,4 +24,16 @@ bool readCounterFrequency(std::uint64_t& frequency)
     return true;
 }
 
+unsigned getArchitecture()
+{
+    ::SYSTEM_INFO info;
+    ::GetSystemInfo(&info);
+    return info.wProcessorArchitecture;
+}
+
+bool hasFeature(CpuFeature feature)
+{
+    return ::IsProcessorFeaturePresent(static_cast<::DWORD>(feature)) != 0;
+}
+
 }  // namespace Vn::System

@@ -14,6 +14,7 @@
 #include <base/ininitmgr.h>
 #include <base/invariable.h>
 #include <base/oscpuinfo.h>
+#include <base/osdateutil.h>
 #include <base/profiler.h>
 #include <base/timer.h>
 #include <base/todintervaltimer.h>
@@ -322,5 +323,30 @@ TEST(TimeOfDay, isCutToTheMillisecond)
     EXPECT_EQ(profiler.averageTime(), 2.0);
     EXPECT_EQ(profiler.minTime(), 1.0);
     EXPECT_EQ(profiler.maxTime(), 3.0);
+    VnTest::releaseTimeOfDay();
+}
+
+TEST(ClockFailure, ofTheCurrentDateIsThrownWithItsErrno)
+{
+    VnTest::failClockWith(EINVAL);
+    try {
+        OsDateUtil::getCurrentTime();
+        ADD_FAILURE() << "nothing thrown";
+    } catch (ExSysErrorWindows const& failure) {
+        EXPECT_EQ(failure.getErrorCode(), EINVAL);
+        EXPECT_STREQ(failure.getFileName(), "src/base/osdateutil");
+    }
+    VnTest::failClockWith(0);
+}
+
+TEST(TimeOfDay, isTheCurrentDateCutToTheMillisecond)
+{
+    VnTest::stopTimeOfDayAt(946684799987);  // the end of 1999
+    EXPECT_EQ(OsDateUtil::getCurrentTime().getTicks(), UINT64_C(125911583999870000));
+    const OsDateTypes::DateStruct fields =
+        OsDateUtil::convertToDateStruct(OsDateUtil::getCurrentTime(), OsDateTypes::UTCTime);
+    EXPECT_EQ(fields.getYear(), 1999);
+    EXPECT_EQ(fields.getDay(), 31);
+    EXPECT_EQ(fields.getSecond(), 987 * 0.001 + 59);
     VnTest::releaseTimeOfDay();
 }

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace Vn
+{
+
+/// A moment in the fields of the Gregorian calendar, to the millisecond.
+struct OsCalendarTime
+{
+    std::uint16_t year;
+    std::uint16_t month;  ///< 1 to 12
+    std::uint16_t day;
+    std::uint16_t hour;
+    std::uint16_t minute;
+    std::uint16_t second;
+    std::uint16_t milliseconds;
+    std::uint16_t dayOfWeek;  ///< 0 for Sunday; not looked at on the way to ticks
+};
+
+/// The calendar in ticks of 100 nanoseconds since the beginning of 1601: the reckoning of UTC where the system has
+/// none, and what the tests hold a system's own to.
+class OsCalendar
+{
+public:
+    static constexpr std::uint64_t ticksPerMillisecond = 10000;
+    static constexpr std::uint64_t ticksPerSecond = 1000 * ticksPerMillisecond;
+    static constexpr std::uint64_t ticksPerDay = 86400 * ticksPerSecond;
+    static constexpr std::int64_t secondsTo1970 = 11644473600;  ///< since the beginning of 1601
+
+    /// False, with `ticks` as they were, if the fields name no moment.
+    static bool toTicks(OsCalendarTime const& time, std::uint64_t& ticks)
+    {
+        if (!isMoment(time))
+            return false;
+        const std::int64_t days = (std::chrono::sys_days(dateOf(time)) - epoch()).count();
+        const std::uint64_t milliseconds =
+            ((std::uint64_t{time.hour} * 60 + time.minute) * 60 + time.second) * 1000 + time.milliseconds;
+        ticks = static_cast<std::uint64_t>(days) * ticksPerDay + milliseconds * ticksPerMillisecond;
+        return true;
+    }
+
+    /// False, with `time` as it was, from 0x8000000000000000 on, which would be negative as a signed number.
+    static bool fromTicks(std::uint64_t ticks, OsCalendarTime& time)
+    {
+        if (ticks >> 63 != 0)
+            return false;
+        const std::chrono::sys_days day = epoch() + std::chrono::days(ticks / ticksPerDay);
+        const std::chrono::year_month_day date(day);
+        const auto milliseconds = static_cast<unsigned>(ticks % ticksPerDay / ticksPerMillisecond);
+        time.year = static_cast<std::uint16_t>(static_cast<int>(date.year()));
+        time.month = static_cast<std::uint16_t>(static_cast<unsigned>(date.month()));
+        time.day = static_cast<std::uint16_t>(static_cast<unsigned>(date.day()));
+        time.hour = static_cast<std::uint16_t>(milliseconds / 3600000);
+        time.minute = static_cast<std::uint16_t>(milliseconds / 60000 % 60);
+        time.second = static_cast<std::uint16_t>(milliseconds / 1000 % 60);
+        time.milliseconds = static_cast<std::uint16_t>(milliseconds % 1000);
+        time.dayOfWeek = static_cast<std::uint16_t>(std::chrono::weekday(day).c_encoding());
+        return true;
+    }
+
+private:
+    static std::chrono::sys_days epoch()
+    {
+        using namespace std::chrono;
+        return sys_days(year(1601) / January / 1);
+    }
+
+    static std::chrono::year_month_day dateOf(OsCalendarTime const& time)
+    {
+        using namespace std::chrono;
+        return year(time.year) / month(time.month) / day(time.day);
+    }
+
+    /// The last year is the last whole one that 63 bits of ticks hold.
+    static bool isMoment(OsCalendarTime const& time)
+    {
+        return time.year >= 1601 && time.year <= 30827 && time.month <= 12 && time.day <= 31 && dateOf(time).ok() &&
+               time.hour < 24 && time.minute < 60 && time.second < 60 && time.milliseconds < 1000;
+    }
+};
+
+}  // namespace Vn

@@ -1,0 +1,16 @@
+// oscpuidx86.cpp (other processors: oscpuidnone.cpp)
+#include <base/oscpuid.h>
+
+#include <cpuid.h>
+
+namespace Vn::System
+{
+
+OsCpuid::Registers queryCpuid(std::uint32_t leaf)
+{
+    OsCpuid::Registers answer;
+    __cpuid_count(leaf, 0, answer.first, answer.second, answer.third, answer.fourth);
+    return answer;
+}
+
+}  // namespace Vn::System

@@ -1,0 +1,106 @@
+#include <base/osdateutil.h>
+
+#include <base/dtwrap.h>
+#include <base/exsyserror.h>
+#include <base/oscalendar.h>
+#include <base/osdateex.h>
+#include <base/osdatesystem.h>
+
+#include <cmath>
+#include <limits>
+
+namespace Vn
+{
+namespace
+{
+constexpr char const* sourceName = "src/base/osdateutil";
+
+std::uint16_t cut(int value)
+{
+    return static_cast<std::uint16_t>(value);
+}
+
+/// What an int holds once it is truncated; not-a-number isn't.
+bool fitsInt(double value)
+{
+    return value > std::numeric_limits<int>::min() - 1.0 && value < std::numeric_limits<int>::max() + 1.0;
+}
+
+OsDateTypes::DateRep plus(OsDateTypes::DateRep const& date, double ticks)
+{
+    const double sum = static_cast<double>(static_cast<std::int64_t>(date.getTicks())) + ticks;
+    return OsDateTypes::DateRep::fromTicks(static_cast<std::uint64_t>(DtWrap::truncated(sum)));
+}
+}  // namespace
+
+OsDateTypes::DateRep OsDateUtil::getCurrentTime()
+{
+    OsCalendarTime now;
+    std::uint64_t ticks;
+    if (!System::readCalendar(now) || !System::calendarToTicks(now, ticks))
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    return OsDateTypes::DateRep::fromTicks(ticks);
+}
+
+bool OsDateUtil::makeTime(int year, int month, int day, int hour, int minute, double second,
+                          OsDateTypes::TimeMode mode, OsDateTypes::DateRep& result)
+{
+    if (!fitsInt(second))
+        return false;
+    OsCalendarTime time;
+    time.year = cut(year);
+    time.month = cut(month);
+    time.day = cut(day);
+    time.hour = cut(hour);
+    time.minute = cut(minute);
+    time.second = cut(static_cast<int>(second));
+    time.milliseconds = cut(static_cast<int>((second - std::floor(second)) * 1000 + 0.5));
+    time.dayOfWeek = 0;
+
+    std::uint64_t ticks;
+    if (!System::calendarToTicks(time, ticks))
+        return false;
+    if (mode == OsDateTypes::LocalTime && !System::localToTicks(ticks, ticks))
+        return false;
+    result = OsDateTypes::DateRep::fromTicks(ticks);
+    return true;
+}
+
+OsDateTypes::DateStruct OsDateUtil::convertToDateStruct(OsDateTypes::DateRep const& date,
+                                                        OsDateTypes::TimeMode mode)
+{
+    std::uint64_t ticks = date.getTicks();
+    OsCalendarTime time;
+    // Looked at before the zone is: its offset would bring a moment that is none back into the range.
+    if (!System::ticksToCalendar(ticks, time))
+        throw OsDateEx::ExInvalidDate(sourceName, __LINE__);
+    if (mode == OsDateTypes::LocalTime) {
+        System::ticksToLocal(ticks, ticks);  // without an answer the moment stays in UTC
+        if (!System::ticksToCalendar(ticks, time))
+            throw OsDateEx::ExInvalidDate(sourceName, __LINE__);
+    }
+    return {time.year,     time.month, time.day, time.hour, time.minute, time.milliseconds * 0.001 + time.second,
+            time.dayOfWeek};
+}
+
+int OsDateUtil::compare(OsDateTypes::DateRep const& a, OsDateTypes::DateRep const& b)
+{
+    return (a.getTicks() > b.getTicks()) - (a.getTicks() < b.getTicks());
+}
+
+OsDateTypes::DateRep OsDateUtil::add(OsDateTypes::DateRep const& date, double seconds)
+{
+    return plus(date, seconds * 1e7);
+}
+
+OsDateTypes::DateRep OsDateUtil::diff(OsDateTypes::DateRep const& date, double seconds)
+{
+    return plus(date, -(seconds * 1e7));
+}
+
+double OsDateUtil::diff(OsDateTypes::DateRep const& a, OsDateTypes::DateRep const& b)
+{
+    return static_cast<double>(static_cast<std::int64_t>(a.getTicks() - b.getTicks())) * 1e-7;
+}
+
+}  // namespace Vn

@@ -1,0 +1,78 @@
+// osdateutilposix.cpp (Windows form: osdateutilwindows.cpp)
+#include <base/osdatesystem.h>
+
+#include <base/oscalendar.h>
+
+#include <time.h>
+
+namespace Vn::System
+{
+namespace
+{
+/// Seconds since 1970 of a moment in ticks, and what is left of it.
+struct UnixTime
+{
+    explicit UnixTime(std::uint64_t ticks)
+        : seconds(static_cast<std::int64_t>(ticks / OsCalendar::ticksPerSecond) - OsCalendar::secondsTo1970),
+          rest(ticks % OsCalendar::ticksPerSecond)
+    {}
+
+    ::time_t seconds;
+    std::uint64_t rest;  ///< ticks
+};
+
+/// Negative seconds wrap: the top bit then tells that this is no date.
+std::uint64_t toTicks(::time_t seconds, std::uint64_t rest)
+{
+    return static_cast<std::uint64_t>(seconds + OsCalendar::secondsTo1970) * OsCalendar::ticksPerSecond + rest;
+}
+}  // namespace
+
+bool readCalendar(OsCalendarTime& now)
+{
+    ::timespec time;
+    if (::clock_gettime(CLOCK_REALTIME, &time) != 0)
+        return false;
+    return OsCalendar::fromTicks(toTicks(time.tv_sec, static_cast<std::uint64_t>(time.tv_nsec) / 100), now);
+}
+
+bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks)
+{
+    return OsCalendar::toTicks(time, ticks);
+}
+
+bool ticksToCalendar(std::uint64_t ticks, OsCalendarTime& time)
+{
+    return OsCalendar::fromTicks(ticks, time);
+}
+
+bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local)
+{
+    const UnixTime time(ticks);
+    ::tzset();  // localtime_r needn't look at a zone that has been changed
+    ::tm fields;
+    if (::localtime_r(&time.seconds, &fields) == nullptr)
+        return false;
+    local = toTicks(time.seconds + fields.tm_gmtoff, time.rest);
+    return true;
+}
+
+bool localToTicks(std::uint64_t local, std::uint64_t& ticks)
+{
+    const UnixTime time(local);
+    ::tm fields;
+    if (::gmtime_r(&time.seconds, &fields) == nullptr)
+        return false;
+    fields.tm_isdst = -1;
+    fields.tm_wday = -1;  // set by a success only; the result -1 is also that of a second in 1969
+    const ::time_t utc = ::mktime(&fields);
+    if (utc == -1 && fields.tm_wday == -1)
+        return false;
+    const std::uint64_t found = toTicks(utc, time.rest);
+    if (found >> 63 != 0)
+        return false;  // before 1601
+    ticks = found;
+    return true;
+}
+
+}  // namespace Vn::System

@@ -1,0 +1,84 @@
+// osdateutilwindows.cpp (POSIX form: osdateutilposix.cpp)
+#include <base/osdatesystem.h>
+
+#include <base/oscalendar.h>
+
+#include <windows.h>
+
+namespace Vn::System
+{
+namespace
+{
+::FILETIME toFileTime(std::uint64_t ticks)
+{
+    return {static_cast<::DWORD>(ticks), static_cast<::DWORD>(ticks >> 32)};
+}
+
+std::uint64_t toTicks(::FILETIME const& time)
+{
+    return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+OsCalendarTime toCalendar(::SYSTEMTIME const& time)
+{
+    return {time.wYear,   time.wMonth,  time.wDay,          time.wHour,
+            time.wMinute, time.wSecond, time.wMilliseconds, time.wDayOfWeek};
+}
+}  // namespace
+
+bool readCalendar(OsCalendarTime& now)
+{
+    ::SYSTEMTIME time;
+    ::GetSystemTime(&time);
+    now = toCalendar(time);
+    return true;
+}
+
+bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks)
+{
+    ::SYSTEMTIME fields = {};
+    fields.wYear = time.year;
+    fields.wMonth = time.month;
+    fields.wDay = time.day;
+    fields.wHour = time.hour;
+    fields.wMinute = time.minute;
+    fields.wSecond = time.second;
+    fields.wMilliseconds = time.milliseconds;
+    ::FILETIME result;
+    if (!::SystemTimeToFileTime(&fields, &result))
+        return false;
+    ticks = toTicks(result);
+    return true;
+}
+
+bool ticksToCalendar(std::uint64_t ticks, OsCalendarTime& time)
+{
+    const ::FILETIME given = toFileTime(ticks);
+    ::SYSTEMTIME fields;
+    if (!::FileTimeToSystemTime(&given, &fields))
+        return false;
+    time = toCalendar(fields);
+    return true;
+}
+
+bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local)
+{
+    const ::FILETIME given = toFileTime(ticks);
+    ::FILETIME result;
+    if (!::FileTimeToLocalFileTime(&given, &result))
+        return false;
+    local = toTicks(result);
+    return true;
+}
+
+bool localToTicks(std::uint64_t local, std::uint64_t& ticks)
+{
+    const ::FILETIME given = toFileTime(local);
+    ::FILETIME result;
+    if (!::LocalFileTimeToFileTime(&given, &result))
+        return false;
+    ticks = toTicks(result);
+    return true;
+}
+
+}  // namespace Vn::System

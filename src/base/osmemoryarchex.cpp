@@ -1,0 +1,24 @@
+#include <base/osmemoryarchex.h>
+
+namespace Vn
+{
+
+OsMemoryArchEx::OsMemoryArchEx(char const* file, int line) : ExBase(file, line) {}
+
+OsMemoryArchEx::ExUnknownCPU::ExUnknownCPU(char const* file, int line)
+    : std::runtime_error(""), OsMemoryArchEx(file, line)
+{
+    setReason("Unknown CPU Type: Can not compute memory architecture parameters.");
+}
+
+VN_EX_DEFINE_MEMBERS(OsMemoryArchEx::ExUnknownCPU);
+
+OsMemoryArchEx::ExUnknownCPUBoard::ExUnknownCPUBoard(char const* file, int line)
+    : std::runtime_error(""), OsMemoryArchEx(file, line)
+{
+    setReason("Unknown CPU Board Type: Can not compute memory architecture parameters.");
+}
+
+VN_EX_DEFINE_MEMBERS(OsMemoryArchEx::ExUnknownCPUBoard);
+
+}  // namespace Vn

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <base/oscpuinfo.h>
+#include <base/osmemoryarch.h>
+
+namespace Vn
+{
+
+/// The geometry of given caches.
+class OsMemoryArchImp final : public OsMemoryArch
+{
+public:
+    OsMemoryArchImp(OsCpuInfo::CacheInfo const& data, OsCpuInfo::CacheInfo const& level2, int pageSize)
+        : _memorySize(0x10000000),
+          _l1Size(static_cast<unsigned>(data.size)),
+          _l2Size(static_cast<unsigned>(level2.size)),
+          _l1WaySize(static_cast<unsigned>(data.size / data.associativity)),
+          _l2WaySize(static_cast<unsigned>(level2.size / level2.associativity)),
+          _l1LineSize(static_cast<unsigned>(data.lineSize)),
+          _l2LineSize(static_cast<unsigned>(level2.lineSize)),
+          _pageSize(static_cast<unsigned>(pageSize))
+    {}
+
+    unsigned getMemorySize() const override { return _memorySize; }
+    unsigned getL1Size() const override { return _l1Size; }
+    unsigned getL2Size() const override { return _l2Size; }
+    unsigned getL1WaySize() const override { return _l1WaySize; }
+    unsigned getL2WaySize() const override { return _l2WaySize; }
+    unsigned getL1LineSize() const override { return _l1LineSize; }
+    unsigned getL2LineSize() const override { return _l2LineSize; }
+    unsigned getPageSize() const override { return _pageSize; }
+    unsigned getWordSize() const override { return 8; }
+
+private:
+    unsigned _memorySize;
+    unsigned _l1Size;
+    unsigned _l2Size;
+    unsigned _l1WaySize;
+    unsigned _l2WaySize;
+    unsigned _l1LineSize;
+    unsigned _l2LineSize;
+    unsigned _pageSize;
+};
+
+}  // namespace Vn
