@@ -16,7 +16,7 @@
 #include <type_traits>
 
 #if defined(_WIN32)
-    #include "wine.h"
+#    include "wine.h"
 #endif
 
 using Vn::OsEnv;

@@ -28,6 +28,7 @@ std::string TempFolder::path(std::string const& name) const
 
 std::string TempFolder::file(std::string const& name, std::string const& content) const
 {
+    std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
     std::ofstream stream(path(name), std::ios::binary);
     if (!(stream << content).flush())
         throw std::runtime_error("the test can't write " + path(name));

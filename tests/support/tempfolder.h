@@ -22,7 +22,7 @@ public:
     std::string path() const { return _path.string(); }
     std::string path(std::string const& name) const;
 
-    /// Makes a file, and the path to it.
+    /// Make a file or a folder, and the folders on the way.
     std::string file(std::string const& name, std::string const& content = "") const;
     std::string folder(std::string const& name) const;
 

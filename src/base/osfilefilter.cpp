@@ -1,0 +1,45 @@
+#include <base/osfilefilter.h>
+
+#include <base/duplicatestring.h>
+#include <base/osfsutils.h>
+
+#include <cstring>
+
+namespace Vn
+{
+
+OsFileFilter::~OsFileFilter() = default;
+
+bool OsPassThroughFilter::filter(OsFilePath const&) const
+{
+    return true;
+}
+
+bool OsDirectoryFilter::filter(OsFilePath const& path) const
+{
+    return OsFsUtils::isDirectory(path.getChars());
+}
+
+OsLeafFileFilter::OsLeafFileFilter() : OsLeafFileFilter(nullptr) {}
+
+OsLeafFileFilter::OsLeafFileFilter(char const* suffix) : _suffixLength(0)
+{
+    if (suffix == nullptr)
+        return;
+    _suffix = duplicateString(suffix);
+    _suffixLength = static_cast<std::int32_t>(std::strlen(suffix));
+}
+
+bool OsLeafFileFilter::filter(OsFilePath const& path) const
+{
+    if (OsFsUtils::isDirectory(path.getChars()))
+        return false;
+    if (!_suffix)
+        return true;
+    const OsFilePath name = path.getBaseName();
+    const std::size_t length = std::strlen(name.getChars());
+    const std::size_t suffixLength = static_cast<std::size_t>(_suffixLength);
+    return length >= suffixLength && std::strcmp(name.getChars() + (length - suffixLength), _suffix) == 0;
+}
+
+}  // namespace Vn

@@ -1,0 +1,99 @@
+#include <base/osfilewriter.h>
+
+#include <base/exsyserror.h>
+#include <base/osfile.h>
+#include <base/osfileex.h>
+#include <base/osfilehandle.h>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/osfilewriter";
+constexpr char systemSourceName[] = "src/base/osfilewriterwindows";
+
+void requireOpen(std::int64_t handle, int line)
+{
+    if (handle == System::closedHandle)
+        throw ExSysErrorANSI(sourceName, line);
+}
+}  // namespace
+
+OsFileWriter::OsFileWriter(OsFilePath const& path, OsFileTypes::Permissions const& permissions, bool failIfExists)
+    : _path(path), _handle(System::closedHandle)
+{
+    if (_path.isEmpty())
+        throw OsFileEx::ExNullFilePath(sourceName, __LINE__);
+    _handle = performOpen(permissions, failIfExists);
+}
+
+OsFileWriter::OsFileWriter(OsFile const& file, OsFileTypes::Permissions const& permissions, bool failIfExists)
+    : OsFileWriter(file.getPath(), permissions, failIfExists)
+{}
+
+OsFileWriter::~OsFileWriter()
+{
+    System::dropFile(_handle);
+}
+
+std::uint32_t OsFileWriter::write(void const* buffer, unsigned long size)
+{
+    requireOpen(_handle, __LINE__);
+    return performWrite(buffer, size);
+}
+
+std::int32_t OsFileWriter::seek(long offset, OsFileTypes::SeekMode mode)
+{
+    requireOpen(_handle, __LINE__);
+    return performSeek(offset, mode);
+}
+
+void OsFileWriter::reserve(unsigned long size)
+{
+    requireOpen(_handle, __LINE__);
+    performReserve(size);
+}
+
+void OsFileWriter::close()
+{
+    requireOpen(_handle, __LINE__);
+    performClose();
+}
+
+std::int64_t OsFileWriter::performOpen(OsFileTypes::Permissions const& permissions, bool failIfExists)
+{
+    const std::int64_t handle = System::openNewFile(_path.getChars(), permissions, failIfExists);
+    if (handle == System::closedHandle)
+        throw ExSysErrorWindows(systemSourceName, __LINE__);
+    return handle;
+}
+
+std::uint32_t OsFileWriter::performWrite(void const* buffer, unsigned long size)
+{
+    const std::int64_t count = System::writeFile(_handle, buffer, size);
+    if (count < 0)
+        throw ExSysErrorWindows(systemSourceName, __LINE__);
+    return static_cast<std::uint32_t>(count);
+}
+
+std::int32_t OsFileWriter::performSeek(long offset, OsFileTypes::SeekMode mode)
+{
+    std::int32_t position;
+    if (!System::seekFile(_handle, offset, mode, position))
+        throw ExSysErrorWindows(systemSourceName, __LINE__);
+    return position;
+}
+
+void OsFileWriter::performReserve(unsigned long size)
+{
+    if (!System::setFileSize(_handle, size))
+        throw ExSysErrorWindows(systemSourceName, __LINE__);
+}
+
+void OsFileWriter::performClose()
+{
+    if (!System::closeFile(_handle))
+        throw ExSysErrorWindows(systemSourceName, __LINE__);
+}
+
+}  // namespace Vn

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Vn
+{
+
+/// Whether a file system of this magic number keeps its files on another machine.
+constexpr bool isRemoteFileSystem(std::uint32_t magic)
+{
+    switch (magic) {
+    case 0x00006969:  // NFS
+    case 0x0000517B:  // SMB
+    case 0xFE534D42:  // SMB 2
+    case 0xFF534D42:  // CIFS
+    case 0x5346414F:  // AFS
+    case 0x6B414653:  // AFS of the kernel
+    case 0x00C36400:  // Ceph
+    case 0x73757245:  // Coda
+    case 0x0000564C:  // NCP
+        return true;
+    default:
+        return false;
+    }
+}
+
+}  // namespace Vn
