@@ -1,0 +1,429 @@
+// The file layer while the system refuses: each call in turn, with the errors that people meet.
+#include "memory.h"
+#include "systemcalls.h"
+
+#include "systemerror.h"
+#include "tempfolder.h"
+
+#include <base/exinternalerror.h>
+#include <base/exsyserror.h>
+#include <base/osdirectory.h>
+#include <base/osenv.h>
+#include <base/osfileex.h>
+#include <base/osfilereader.h>
+#include <base/osfilewriter.h>
+#include <base/osfsutils.h>
+#include <base/osutils.h>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+using namespace Vn;
+using VnTest::contentOf;
+using VnTest::countDescriptors;
+using VnTest::FailingCall;
+using VnTest::failsWithoutMemory;
+using VnTest::systemErrorOf;
+using VnTest::TempFolder;
+
+namespace
+{
+const OsFileTypes::Permissions usual;
+const OsPassThroughFilter everything;
+
+OsFilePath pathOf(std::string const& path)
+{
+    return OsFilePath(path.c_str());
+}
+
+/// A tree for one act: two files, a folder with a file, an empty folder, a pipe, a link.
+class FileFault : public testing::Test
+{
+protected:
+    FileFault()
+    {
+        temp.file("file", std::string(0x18000, 'f'));
+        temp.file("folder/below", "below");
+        temp.folder("empty");
+        ::mkfifo(temp.path("pipe").c_str(), 0600);
+        std::filesystem::create_symlink("file", temp.path("link"));
+    }
+
+    ~FileFault() override { EXPECT_EQ(countDescriptors(), descriptors) << "a descriptor has leaked"; }
+
+    OsFilePath at(char const* name) const { return pathOf(temp.path(name)); }
+    OsFile file(char const* name) const { return OsFile(at(name)); }
+    OsDirectory directory(char const* name) const { return OsDirectory(at(name)); }
+
+    const int descriptors = countDescriptors();
+    const TempFolder temp;
+};
+
+/// An act with one call of the system that may fail.
+struct Act
+{
+    char const* what;
+    char const* call;
+    char const* source;
+    std::function<void()> run;
+    int after = 0;  ///< such calls go before the one that counts
+};
+}  // namespace
+
+TEST_F(FileFault, whatTheSystemRefusesIsThrownWithItsCode)
+{
+    // The act doesn't happen, so each can be tried with one error after the other.
+    const Act acts[] = {
+        {"reader", "open", "src/base/osfilereaderwindows", [&] { OsFileReader reader(at("file")); }},
+        {"reader, looked at", "fstat", "src/base/osfilereaderwindows", [&] { OsFileReader reader(at("file")); }},
+        {"reader of a pipe", "fcntl", "src/base/osfilereaderwindows", [&] { OsFileReader reader(at("pipe")); }},
+        {"reader of a pipe, set", "fcntl", "src/base/osfilereaderwindows", [&] { OsFileReader reader(at("pipe")); },
+         1},
+        {"writer", "open", "src/base/osfilewriterwindows", [&] { OsFileWriter writer(at("new"), usual, true); }},
+        {"create file", "open", "src/base/osfsutilswindows", [&] { file("new").create(usual, true); }},
+        {"create directory", "mkdir", "src/base/osdirectorywindows", [&] { directory("new").create(usual); }},
+        {"create dir", "mkdir", "src/base/osfsutilswindows",
+         [&] { OsFsUtils::createDir(at("new").getChars(), true); }},
+        {"remove directory", "rmdir", "src/base/osdirectorywindows", [&] { directory("empty").remove(); }},
+        {"remove dir", "rmdir", "src/base/osfsutilswindows", [&] { OsFsUtils::removeDir(at("empty").getChars()); }},
+        {"remove", "unlink", "src/base/osfilewindows", [&] { file("file").remove(); }},
+        {"delete", "unlink", "src/base/osfsutilswindows", [&] { OsFsUtils::deleteFile(at("file").getChars()); }},
+        {"rename", "renameat2", "src/base/osfilewindows", [&] { file("file").renameTo(at("new")); }},
+        {"place", "statfs", "src/base/osfilewindows", [&] { file("file").getUnbufferedInfo(); }},
+        {"owner", "getpwuid_r", "src/base/osfilewindows", [&] { file("file").getOwner(); }},
+        {"list", "opendir", "src/base/osdirectorywindows",
+         [&] { directory("").getChildrenPath(OsFileTypes::FullPath, everything); }},
+        {"list on", "readdir", "src/base/osdirectorywindows",
+         [&] { directory("").getChildrenPath(OsFileTypes::FullPath, everything); }, 3},
+        {"children", "readdir", "src/base/osdirectorywindows", [&] { directory("").getChildren(everything); }, 4},
+        {"any children", "opendir", "src/base/osdirectorywindows", [&] { directory("").hasChildren(everything); }},
+        {"copy a tree", "opendir", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }},
+        {"resolve", "getcwd", "src/base/osfilepathwindows", [&] { OsFilePath("relative").getBaseName(); }},
+        {"gone after it was there: size", "stat", "src/base/osfilewindows", [&] { file("file").getSize(); }, 1},
+        {"gone after it was there: type", "stat", "src/base/osfilewindows", [&] { file("file").getType(); }, 1},
+        {"gone after it was there: owner", "stat", "src/base/osfilewindows", [&] { file("file").getOwner(); }, 1},
+        {"gone after it was there: time", "stat", "src/base/osfilewindows",
+         [&] { file("file").getLastModificationTime(); }, 1},
+        {"gone after it was there: copied tree", "stat", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }, 1},
+    };
+    for (Act const& act : acts) {
+        for (int error : {EACCES, ENOSPC, EMFILE, ENFILE, EIO, ENOMEM, EROFS, ESTALE}) {
+            SCOPED_TRACE(std::string(act.what) + ", " + std::to_string(error));
+            const FailingCall failing(act.call, error, act.after);
+            EXPECT_EQ(systemErrorOf(act.run, act.source), error);
+            EXPECT_EQ(VnTest::stopFailingCalls(), 1);
+        }
+    }
+    EXPECT_EQ(contentOf(temp.path("file")), std::string(0x18000, 'f'));
+    EXPECT_FALSE(std::filesystem::exists(temp.path("new")));
+}
+
+TEST_F(FileFault, anInterruptedCallIsRepeated)
+{
+    const Act acts[] = {
+        {"reader", "open", "", [&] { OsFileReader reader(at("file")); }},
+        {"reader, looked at", "fstat", "", [&] { OsFileReader reader(at("file")); }},
+        {"read", "read", "",
+         [&] {
+             char bytes[4];
+             EXPECT_EQ(OsFileReader(at("file")).read(bytes, 4), 4U);
+         }},
+        {"writer", "open", "", [&] { OsFileWriter writer(at("written"), usual, false); }},
+        {"write", "write", "", [&] { EXPECT_EQ(OsFileWriter(at("written"), usual, false).write("abcd", 4), 4U); }},
+        {"reserve", "ftruncate", "", [&] { OsFileWriter(at("written"), usual, false).reserve(5); }},
+        {"close", "close", "", [&] { OsFileWriter(at("written"), usual, false).close(); }},
+        {"close, the second number", "close", "", [&] { OsFileWriter(at("written"), usual, false).close(); }, 1},
+        {"create", "open", "", [&] { file("new").create(usual, true); }},
+        {"exists", "stat", "", [&] { EXPECT_TRUE(file("file").exists()); }},
+        {"link", "lstat", "", [&] { EXPECT_TRUE(file("link").isSymLink()); }},
+        {"access", "faccessat", "", [&] { EXPECT_EQ(file("file").getAccess(), 3); }},
+        {"place", "statfs", "", [&] { file("file").getUnbufferedInfo(); }},
+        {"owner", "getpwuid_r", "", [&] { EXPECT_NE(*file("file").getOwner().get(), '\0'); }},
+        {"list", "opendir", "", [&] { EXPECT_TRUE(directory("").hasChildren(everything)); }},
+        {"list on", "readdir", "",
+         [&] {
+             const ObjPtr<Vector<OsFilePath>> names(
+                 directory("").getChildrenPath(OsFileTypes::LeafPath, everything));
+             EXPECT_EQ(names->size(), 7U);
+         },
+         3},
+        {"rename", "renameat2", "", [&] { file("new").renameTo(at("newer")); }},
+        {"remove", "unlink", "", [&] { file("newer").remove(); }},
+        {"make", "mkdir", "", [&] { directory("made").create(usual); }},
+        {"remove directory", "rmdir", "", [&] { directory("made").remove(); }},
+    };
+    for (Act const& act : acts) {
+        SCOPED_TRACE(act.what);
+        VnTest::failCall(act.call, EINTR, act.after, 1);
+        EXPECT_NO_THROW(act.run());
+        EXPECT_EQ(VnTest::stopFailingCalls(), 1);
+    }
+}
+
+TEST_F(FileFault, aFailedMoveOfBytesLeavesTheFileOpen)
+{
+    OsFileReader reader(at("file"));
+    char bytes[8];
+    for (int error : {EIO, ENOMEM, EBADF}) {
+        const FailingCall failing("read", error);
+        EXPECT_EQ(systemErrorOf([&] { reader.read(bytes, 8); }, "src/base/osfilereaderwindows"), error);
+    }
+    EXPECT_EQ(reader.read(bytes, 8), 8U);
+    for (int call : {0, 1}) {
+        const FailingCall failing("lseek", EIO, call);
+        EXPECT_EQ(systemErrorOf([&] { reader.seek(1, OsFileTypes::FromBegin); }, "src/base/osfilereaderwindows"),
+                  EIO);
+        VnTest::stopFailingCalls();
+        EXPECT_EQ(reader.seek(0, OsFileTypes::FromCurrent), 8);
+    }
+
+    OsFileWriter writer(at("written"), usual, true);
+    for (int error : {EIO, EDQUOT, EFBIG, EPERM}) {
+        const FailingCall failing("write", error);
+        EXPECT_EQ(systemErrorOf([&] { writer.write("abc", 3); }, "src/base/osfilewriterwindows"), error);
+    }
+    {
+        const FailingCall failing("write", ENOSPC);
+        EXPECT_EQ(writer.write("abc", 3), 0U) << "a full device is a short count";
+    }
+    {
+        const FailingCall failing("ftruncate", EFBIG);
+        EXPECT_EQ(systemErrorOf([&] { writer.reserve(10); }, "src/base/osfilewriterwindows"), EFBIG);
+    }
+    EXPECT_EQ(writer.seek(0, OsFileTypes::FromCurrent), 10) << "the position was set before the length";
+    EXPECT_EQ(contentOf(temp.path("written")), "");
+    {
+        const FailingCall failing("lseek", EIO);
+        EXPECT_EQ(systemErrorOf([&] { writer.reserve(20); }, "src/base/osfilewriterwindows"), EIO);
+    }
+    EXPECT_EQ(writer.seek(0, OsFileTypes::FromBegin), 0);
+    EXPECT_EQ(writer.write("abc", 3), 3U);
+    EXPECT_EQ(contentOf(temp.path("written")), "abc");
+}
+
+TEST_F(FileFault, whatClosingReportsLeavesTheFileOpen)
+{
+    OsFileWriter writer(at("written"), usual, true);
+    for (int error : {EIO, ENOSPC, EDQUOT}) {
+        const FailingCall failing("close", error);
+        EXPECT_EQ(systemErrorOf([&] { writer.close(); }, "src/base/osfilewriterwindows"), error);
+        VnTest::stopFailingCalls();
+        EXPECT_EQ(writer.write("x", 1), 1U);
+    }
+    writer.close();
+    EXPECT_THROW(writer.close(), ExSysErrorANSI);
+    EXPECT_EQ(contentOf(temp.path("written")), "xxx");
+    OsFileReader reader(at("file"));
+    {
+        const FailingCall failing("close", EIO);
+        EXPECT_EQ(systemErrorOf([&] { reader.close(); }, "src/base/osfilereaderwindows"), EIO);
+    }
+    char letter;
+    EXPECT_EQ(reader.read(&letter, 1), 1U);
+}
+
+TEST_F(FileFault, closingWorksWithoutAFreeDescriptor)
+{
+    OsFileWriter writer(at("written"), usual, true);
+    {
+        const FailingCall failing("fcntl", EMFILE);
+        writer.close();
+    }
+    EXPECT_THROW(writer.close(), ExSysErrorANSI);
+}
+
+TEST_F(FileFault, aDestructorSwallowsWhatClosingReports)
+{
+    const FailingCall failing("close", EIO, 0, 2);
+    {
+        OsFileReader reader(at("file"));
+        OsFileWriter writer(at("written"), usual, true);
+    }
+    EXPECT_EQ(VnTest::stopFailingCalls(), 2);
+}
+
+TEST_F(FileFault, shortTransfersCopyTheWhole)
+{
+    VnTest::makeTransfersShort(true);
+    char bytes[4];
+    EXPECT_EQ(OsFileReader(at("file")).read(bytes, 4), 1U) << "one call each";
+    EXPECT_EQ(OsFileWriter(at("written"), usual, true).write("abcd", 4), 1U);
+    file("file").copyTo(at("copy"));
+    VnTest::makeTransfersShort(false);
+    EXPECT_EQ(contentOf(temp.path("copy")), std::string(0x18000, 'f'));
+}
+
+TEST_F(FileFault, aCopyThatFailsLeavesWhatWasCopied)
+{
+    const struct
+    {
+        char const* call;
+        int error;
+        int after;
+        char const* source;
+        std::size_t copied;
+    } table[] = {
+        {"open", EMFILE, 0, "src/base/osfilereaderwindows", 3},  // the old target stays
+        {"open", ENOSPC, 1, "src/base/osfilewriterwindows", 3},
+        {"read", EIO, 0, "src/base/osfilereaderwindows", 0},
+        {"read", EIO, 1, "src/base/osfilereaderwindows", 0x10000},
+        {"write", EIO, 0, "src/base/osfilewriterwindows", 0},
+        {"write", EDQUOT, 1, "src/base/osfilewriterwindows", 0x10000},
+        {"write", ENOSPC, 1, "src/base/osfilewindows", 0x10000},
+        {"close", EIO, 0, "src/base/osfilewriterwindows", 0x18000},
+        {"close", EIO, 2, "src/base/osfilereaderwindows", 0x18000},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(std::string(row.call) + std::to_string(row.after));
+        temp.file("target", "old");
+        const FailingCall failing(row.call, row.error, row.after);
+        EXPECT_EQ(systemErrorOf([&] { file("file").copyTo(at("target")); }, row.source), row.error);
+        VnTest::stopFailingCalls();
+        EXPECT_EQ(std::filesystem::file_size(temp.path("target")), row.copied);
+        EXPECT_EQ(countDescriptors(), descriptors);
+    }
+}
+
+TEST_F(FileFault, aTargetThatMayNotBeWrittenIsLeftAlone)
+{
+    temp.file("target", "old");
+    const FailingCall failing("faccessat", EACCES);
+    EXPECT_THROW(file("file").copyTo(at("target")), OsFileEx::ExPathNotWritable);
+    EXPECT_EQ(contentOf(temp.path("target")), "old");
+}
+
+TEST_F(FileFault, questionsWithoutExceptionsAnswerNo)
+{
+    const std::string path = temp.path("file");
+    for (int error : {EACCES, EIO, ELOOP, ENAMETOOLONG}) {
+        VnTest::failCall("stat", error, 0, 3);
+        EXPECT_FALSE(OsFsUtils::fileExists(path.c_str()));
+        EXPECT_FALSE(OsFsUtils::isDirectory(path.c_str()));
+        EXPECT_TRUE(OsFsUtils::isFile(path.c_str()));
+        EXPECT_EQ(VnTest::stopFailingCalls(), 3);
+        VnTest::failCall("lstat", error);
+        EXPECT_FALSE(OsFsUtils::isSymLink(temp.path("link").c_str()));
+        EXPECT_EQ(VnTest::stopFailingCalls(), 1);
+        VnTest::failCall("faccessat", error, 0, 2);
+        EXPECT_EQ(file("file").getAccess(), 0);
+        EXPECT_EQ(VnTest::stopFailingCalls(), 2);
+    }
+}
+
+TEST_F(FileFault, renamingWhereTheSystemCantRefuseToReplace)
+{
+    for (int error : {EINVAL, ENOSYS}) {
+        OsFile moved = file("folder/below");
+        {
+            const FailingCall failing("renameat2", error);
+            EXPECT_EQ(systemErrorOf([&] { moved.renameTo(at("file")); }, "src/base/osfilewindows"), EEXIST);
+        }
+        {
+            const FailingCall failing("renameat2", error);
+            EXPECT_EQ(systemErrorOf([&] { moved.renameTo(at("link")); }, "src/base/osfilewindows"), EEXIST);
+        }
+        {
+            const FailingCall failing("renameat2", error);
+            moved.renameTo(at("moved"));
+        }
+        EXPECT_EQ(contentOf(temp.path("moved")), "below");
+        moved.renameTo(at("folder/below"));
+    }
+}
+
+TEST_F(FileFault, aDirectoryThatVanishesBetweenTwoQuestions)
+{
+    // Something had the name when it was to be made, and is gone when it is looked at.
+    const FailingCall failing("stat", ENOENT);
+    EXPECT_EQ(
+        systemErrorOf([&] { OsFsUtils::createDir(temp.path("empty").c_str(), true); }, "src/base/osfsutilswindows"),
+        ENOENT);
+}
+
+TEST_F(FileFault, theNamesOfUsersAndMachine)
+{
+    {
+        const FailingCall failing("gethostname", ENAMETOOLONG);
+        try {
+            OsUtils::getHostName();
+            ADD_FAILURE() << "nothing thrown";
+        } catch (ExSysErrorANSI const& failure) {
+            EXPECT_EQ(failure.getError(), ENAMETOOLONG);
+        }
+    }
+    {
+        const FailingCall failing("getpwuid_r", EIO);
+        try {
+            OsUtils::getUserName(true);
+            ADD_FAILURE() << "nothing thrown";
+        } catch (ExSysErrorANSI const& failure) {
+            EXPECT_EQ(failure.getError(), EIO);
+        }
+    }
+    for (int error : {ENOENT, ESRCH, EBADF, EPERM}) {
+        const FailingCall failing("getpwuid_r", error);
+        EXPECT_STREQ(OsUtils::getUserName(true), std::to_string(::geteuid()).c_str()) << "an unknown user's number";
+    }
+    const ArrayPtr<char> name(OsUtils::getUserName(true));
+    const FailingCall failing("getpwuid_r", ERANGE, 0, 3);
+    EXPECT_STREQ(OsUtils::getUserName(true), name) << "a long entry gets a longer buffer";
+}
+
+TEST_F(FileFault, anEnvironmentWithoutRoom)
+{
+    const FailingCall failing("setenv", ENOMEM);
+    EXPECT_THROW(OsEnv::putVariable("VNBASE_TEST_E=1"), ExInternalError);
+    EXPECT_EQ(OsEnv::getVariable("VNBASE_TEST_E"), nullptr);
+}
+
+TEST_F(FileFault, memoryThatRunsOutLeavesNothingBehind)
+{
+    OsFilePath path(at("folder"));
+    const std::string before = path.getChars();
+    const std::function<void()> acts[] = {
+        [&] { path += "x"; },
+        [&] { path = OsFilePath("y"); },
+        [&] { path.getBaseName(); },
+        [&] { path.getDirectoryName(); },
+        [&] { path.getExtension(); },
+        [&] { OsFilePath::getTempDir(); },
+        [&] { directory("").hasChildren(OsLeafFileFilter("x")); },
+        [&] { directory("").getChildrenPath(OsFileTypes::FullPath, everything); },
+        [&] { directory("").getChildrenPath(OsFileTypes::LeafPath, OsDirectoryFilter()); },
+        [&] {
+            const ObjPtr<Vector<OsFile*>> children(directory("").getChildren(everything));
+            for (OsFile* child : *children)
+                delete child;
+        },
+        [&] { file("file").getOwner(); },
+        [&] { file("file").getLastAccessTime(); },
+        [&] { file("file").getUnbufferedInfo(); },
+        [&] { file("file").copyTo(at("copy")); },
+        [&] { OsDirectory::copyHierarchy(at("folder"), at("tree")); },
+        [&] { OsFsUtils::deleteFile(temp.path("missing").c_str()); },
+        [&] { OsUtils::getHostName(); },
+        [&] { OsUtils::getUserName(false); },
+        [&] { OsEnv::putVariable("VNBASE_TEST_OF_A_NAME_THAT_NEEDS_MEMORY=1"); },
+    };
+    for (std::function<void()> const& act : acts) {
+        SCOPED_TRACE(&act - acts);
+        int n = 0;
+        for (; failsWithoutMemory(n, act); ++n) {
+            EXPECT_EQ(path.getChars(), before);
+            EXPECT_EQ(countDescriptors(), descriptors);
+        }
+        EXPECT_GT(n, 0);
+        path = OsFilePath(before.c_str());
+    }
+}

@@ -1,0 +1,220 @@
+// Stands in for the system calls of the file layer, in this program and in the libraries that it uses.
+#include "systemcalls.h"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <iterator>
+
+namespace
+{
+struct Plan
+{
+    char const* name = nullptr;
+    int error = 0;
+    int after = 0;
+    int times = 0;
+    int failures = 0;
+};
+
+thread_local Plan plan;
+thread_local bool areTransfersShort = false;
+
+/// True if this call is to fail; the error is then the last one.
+bool fails(char const* name)
+{
+    if (plan.name == nullptr || std::strcmp(plan.name, name) != 0)
+        return false;
+    if (plan.after > 0) {
+        --plan.after;
+        return false;
+    }
+    if (plan.times == 0)
+        return false;
+    --plan.times;
+    ++plan.failures;
+    errno = plan.error;
+    return true;
+}
+
+template <class Function>
+Function* real(Function*, char const* name)
+{
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+template <class Size>
+Size transferable(Size size)
+{
+    return areTransfersShort ? std::min<Size>(size, 1) : size;
+}
+}  // namespace
+
+#define VN_STAND_IN extern "C" __attribute__((visibility("default")))
+#define VN_REAL(NAME) (real(&::NAME, #NAME))
+
+VN_STAND_IN int open(char const* path, int flags, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const ::mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, ::mode_t) : 0;
+    va_end(arguments);
+    return fails("open") ? -1 : VN_REAL(open)(path, flags, mode);
+}
+
+VN_STAND_IN int fcntl(int file, int command, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    return fails("fcntl") ? -1 : VN_REAL(fcntl)(file, command, argument);
+}
+
+VN_STAND_IN int close(int file)
+{
+    const int result = VN_REAL(close)(file);
+    return result == 0 && fails("close") ? -1 : result;
+}
+
+VN_STAND_IN ::ssize_t read(int file, void* buffer, std::size_t size)
+{
+    return fails("read") ? -1 : VN_REAL(read)(file, buffer, transferable(size));
+}
+
+VN_STAND_IN ::ssize_t write(int file, void const* buffer, std::size_t size)
+{
+    return fails("write") ? -1 : VN_REAL(write)(file, buffer, transferable(size));
+}
+
+VN_STAND_IN ::off_t lseek(int file, ::off_t offset, int origin) noexcept
+{
+    return fails("lseek") ? -1 : VN_REAL(lseek)(file, offset, origin);
+}
+
+VN_STAND_IN int ftruncate(int file, ::off_t size) noexcept
+{
+    return fails("ftruncate") ? -1 : VN_REAL(ftruncate)(file, size);
+}
+
+VN_STAND_IN int fstat(int file, struct ::stat* status) noexcept
+{
+    return fails("fstat") ? -1 : VN_REAL(fstat)(file, status);
+}
+
+VN_STAND_IN int stat(char const* path, struct ::stat* status) noexcept
+{
+    return fails("stat") ? -1
+                         : real(static_cast<int (*)(char const*, struct ::stat*)>(&::stat), "stat")(path, status);
+}
+
+VN_STAND_IN int lstat(char const* path, struct ::stat* status) noexcept
+{
+    return fails("lstat") ? -1 : VN_REAL(lstat)(path, status);
+}
+
+VN_STAND_IN int statfs(char const* path, struct ::statfs* fileSystem) noexcept
+{
+    return fails("statfs")
+               ? -1
+               : real(static_cast<int (*)(char const*, struct ::statfs*)>(&::statfs), "statfs")(path, fileSystem);
+}
+
+VN_STAND_IN int faccessat(int folder, char const* path, int access, int flags) noexcept
+{
+    return fails("faccessat") ? -1 : VN_REAL(faccessat)(folder, path, access, flags);
+}
+
+VN_STAND_IN int mkdir(char const* path, ::mode_t mode) noexcept
+{
+    return fails("mkdir") ? -1 : VN_REAL(mkdir)(path, mode);
+}
+
+VN_STAND_IN int rmdir(char const* path) noexcept
+{
+    return fails("rmdir") ? -1 : VN_REAL(rmdir)(path);
+}
+
+VN_STAND_IN int unlink(char const* path) noexcept
+{
+    return fails("unlink") ? -1 : VN_REAL(unlink)(path);
+}
+
+VN_STAND_IN int rename(char const* path, char const* target) noexcept
+{
+    return fails("rename") ? -1 : VN_REAL(rename)(path, target);
+}
+
+VN_STAND_IN int renameat2(int folder, char const* path, int targetFolder, char const* target,
+                          unsigned flags) noexcept
+{
+    return fails("renameat2") ? -1 : VN_REAL(renameat2)(folder, path, targetFolder, target, flags);
+}
+
+VN_STAND_IN ::DIR* opendir(char const* path)
+{
+    return fails("opendir") ? nullptr : VN_REAL(opendir)(path);
+}
+
+VN_STAND_IN ::dirent* readdir(::DIR* folder)
+{
+    return fails("readdir") ? nullptr : VN_REAL(readdir)(folder);
+}
+
+VN_STAND_IN char* getcwd(char* buffer, std::size_t size) noexcept
+{
+    return fails("getcwd") ? nullptr : VN_REAL(getcwd)(buffer, size);
+}
+
+VN_STAND_IN int gethostname(char* name, std::size_t size) noexcept
+{
+    return fails("gethostname") ? -1 : VN_REAL(gethostname)(name, size);
+}
+
+// Its error is its result.
+VN_STAND_IN int getpwuid_r(::uid_t user, ::passwd* entry, char* buffer, std::size_t size, ::passwd** found)
+{
+    if (!fails("getpwuid_r"))
+        return VN_REAL(getpwuid_r)(user, entry, buffer, size, found);
+    *found = nullptr;
+    return errno;
+}
+
+VN_STAND_IN int setenv(char const* name, char const* value, int replaces) noexcept
+{
+    return fails("setenv") ? -1 : VN_REAL(setenv)(name, value, replaces);
+}
+
+void VnTest::failCall(char const* name, int error, int after, int times)
+{
+    plan = {name, error, after, times, 0};
+}
+
+int VnTest::stopFailingCalls()
+{
+    const int failures = plan.failures;
+    plan = {};
+    return failures;
+}
+
+void VnTest::makeTransfersShort(bool areShort)
+{
+    areTransfersShort = areShort;
+}
+
+int VnTest::countDescriptors()
+{
+    const auto descriptors = std::filesystem::directory_iterator("/proc/self/fd");
+    return static_cast<int>(std::distance(begin(descriptors), end(descriptors)));
+}
