@@ -27,12 +27,23 @@ public:
     /// Times are shown for one of `operations`, which each iteration does.
     explicit SideBySide(std::size_t operations = 1) : _operations(static_cast<double>(operations)) {}
 
+    /// Compares the time that passes, not the processor's: for what waits, or works in another process.
+    SideBySide& byTheClock()
+    {
+        _isByTheClock = true;
+        return *this;
+    }
+
     void add(std::string what, Body ours, std::string peer, Body theirs)
     {
         const std::string oursName = what + " / ours beside " + peer;
         const std::string theirsName = what + " / " + peer;
-        benchmark::RegisterBenchmark(oursName.c_str(), std::move(ours));
-        benchmark::RegisterBenchmark(theirsName.c_str(), std::move(theirs));
+        auto* const our = benchmark::RegisterBenchmark(oursName.c_str(), std::move(ours));
+        auto* const their = benchmark::RegisterBenchmark(theirsName.c_str(), std::move(theirs));
+        if (_isByTheClock) {
+            our->UseRealTime();
+            their->UseRealTime();
+        }
         _pairs.push_back({std::move(what), std::move(peer), oursName, theirsName});
     }
 
@@ -41,7 +52,7 @@ public:
         benchmark::Initialize(&argc, argv);
         if (benchmark::ReportUnrecognizedArguments(argc, argv))
             return 2;
-        Times times;
+        Times times(_isByTheClock);
         benchmark::RunSpecifiedBenchmarks(&times);
         std::printf("\n%-28s %-28s %9s %9s %7s\n", "", "beside", "ours ns", "peer ns", "ratio");
         for (Pair const& pair : _pairs) {
@@ -63,12 +74,15 @@ private:
     class Times : public benchmark::ConsoleReporter
     {
     public:
+        explicit Times(bool isByTheClock) : _isByTheClock(isByTheClock) {}
+
         void ReportRuns(std::vector<Run> const& runs) override
         {
             ConsoleReporter::ReportRuns(runs);
             for (Run const& run : runs) {
                 if (run.run_type == Run::RT_Iteration || run.aggregate_name == "median")
-                    _times[run.run_name.function_name] = run.GetAdjustedCPUTime();
+                    _times[run.run_name.function_name] =
+                        _isByTheClock ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
             }
         }
 
@@ -79,10 +93,12 @@ private:
         }
 
     private:
+        bool _isByTheClock;
         std::map<std::string, double> _times;  ///< nanoseconds; the median comes last and stays
     };
 
     double _operations;
+    bool _isByTheClock = false;
     std::vector<Pair> _pairs;
 };
 
