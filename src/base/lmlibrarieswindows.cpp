@@ -1,0 +1,56 @@
+// lmlibrarieswindows.cpp (POSIX form: lmlibrariesposix.cpp)
+#include <base/lmsystem.h>
+
+#include <base/lmwalk.h>
+
+#include <windows.h>
+
+namespace Vn::System
+{
+namespace
+{
+class OwnAddressSpace final : public LmAddressSpace
+{
+public:
+    /// The handle is kept: it serves every walk of this process.
+    OwnAddressSpace() : _process(::OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, ::GetCurrentProcessId())) {}
+
+    bool query(std::uintptr_t address, Region& region) const override
+    {
+        ::MEMORY_BASIC_INFORMATION found;
+        if (::VirtualQueryEx(_process, reinterpret_cast<void const*>(address), &found, sizeof found) !=
+            sizeof found)
+            return false;
+        region = {reinterpret_cast<std::uintptr_t>(found.BaseAddress),
+                  reinterpret_cast<std::uintptr_t>(found.AllocationBase),
+                  found.RegionSize,
+                  found.State,
+                  found.Protect,
+                  found.AllocationProtect};
+        return true;
+    }
+
+    bool getModuleName(std::uintptr_t base, char (&name)[nameSize]) const override
+    {
+        const ::DWORD length = ::GetModuleFileNameA(reinterpret_cast<::HMODULE>(base), name, nameSize);
+        name[nameSize - 1] = '\0';  // a name that is cut comes without its end
+        return length != 0;
+    }
+
+    void reportUnknownState() const override { ::DebugBreak(); }
+
+private:
+    ::HANDLE _process;
+};
+
+static_assert(sizeof(::MEMORY_BASIC_INFORMATION) == 48);
+}  // namespace
+
+bool addLoadedModules(std::vector<LmLibrary>& libraries)
+{
+    static const OwnAddressSpace space;
+    LmWalk(space).addModules(libraries);
+    return true;
+}
+
+}  // namespace Vn::System

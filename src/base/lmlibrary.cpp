@@ -1,0 +1,48 @@
+#include <base/lmlibrary.h>
+
+#include <base/duplicatestring.h>
+
+#include <cstring>
+#include <utility>
+
+namespace Vn
+{
+
+LmBlock::LmBlock(std::uintptr_t address, std::uintptr_t size, unsigned flags)
+    : _flags(flags), _baseAddress(address), _address(address), _size(size)
+{}
+
+LmLibrary::LmLibrary(std::uintptr_t address)
+    : _baseAddress(address), _address(address), _path(duplicateString("Unknown"))
+{}
+
+LmLibrary::LmLibrary(LmLibrary const& other)
+    : _baseAddress(other._baseAddress),
+      _address(other._address),
+      _path(duplicateString(other._path)),
+      _blocks(other._blocks)
+{}
+
+LmLibrary& LmLibrary::operator=(LmLibrary other) noexcept
+{
+    _baseAddress = other._baseAddress;
+    _address = other._address;
+    _path = other._path;
+    _blocks.swap(other._blocks);
+    return *this;
+}
+
+LmLibrary::~LmLibrary() = default;
+
+void LmLibrary::setPath(char const* path)
+{
+    _path = duplicateString(path);
+}
+
+bool operator==(LmLibrary const& left, LmLibrary const& right)
+{
+    return left._baseAddress == right._baseAddress && left._address == right._address &&
+           std::strcmp(left._path, right._path) == 0 && left._blocks == right._blocks;
+}
+
+}  // namespace Vn

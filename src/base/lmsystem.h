@@ -1,0 +1,13 @@
+#pragma once
+
+#include <base/lmlibrary.h>
+
+#include <vector>
+
+namespace Vn::System
+{
+
+/// Appends the modules of this process. False if the system refuses to tell, with its last error set.
+bool addLoadedModules(std::vector<LmLibrary>& libraries);
+
+}  // namespace Vn::System

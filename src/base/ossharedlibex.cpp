@@ -1,0 +1,37 @@
+#include <base/ossharedlibex.h>
+
+#include <base/exreasontext.h>
+
+namespace Vn
+{
+namespace
+{
+constexpr int longestPath = 256;
+constexpr int longestSystemText = 512;
+constexpr int longestFunction = 64;
+}  // namespace
+
+OsSharedLibEx::OsSharedLibEx(char const* file, int line) : ExBase(file, line) {}
+
+OsSharedLibEx::ExCantOpenLib::ExCantOpenLib(char const* file, int line, char const* path, char const* systemText)
+    : OsSharedLibEx(file, line), std::runtime_error("")
+{
+    setReason(ExReasonText("Can't open dynamic library '%.*s': %.*s.", longestPath, ExReasonText::orEmpty(path),
+                           longestSystemText, ExReasonText::orEmpty(systemText))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(OsSharedLibEx::ExCantOpenLib);
+
+OsSharedLibEx::ExFunctionNotFound::ExFunctionNotFound(char const* file, int line, char const* path,
+                                                      char const* function)
+    : OsSharedLibEx(file, line), std::runtime_error("")
+{
+    setReason(ExReasonText("Function '%.*s' not found in dynamic library '%.*s'.", longestFunction,
+                           ExReasonText::orEmpty(function), longestPath, ExReasonText::orEmpty(path))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(OsSharedLibEx::ExFunctionNotFound);
+
+}  // namespace Vn

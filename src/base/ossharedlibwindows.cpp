@@ -1,0 +1,65 @@
+// ossharedlibwindows.cpp (POSIX form: ossharedlibposix.cpp)
+#include <base/ossharedlib.h>
+
+#include <base/exreasontext.h>
+#include <base/ossharedlibex.h>
+
+#include <windows.h>
+
+#include <cstring>
+
+namespace Vn
+{
+namespace
+{
+constexpr char const* sourceName = "src/base/ossharedlibwindows";
+
+class OsSharedLibWindows : public OsSharedLib
+{
+public:
+    explicit OsSharedLibWindows(OsFilePath const& path) : OsSharedLib(path), _module(nullptr) {}
+
+    void load()
+    {
+        _module = ::LoadLibraryA(getPath().getChars());
+        if (_module == nullptr)
+            throwCantOpen(::GetLastError());
+    }
+
+    void* getFunction(char const* name) override
+    {
+        char const* const known = ExReasonText::orEmpty(name);
+        const ::FARPROC function = ::GetProcAddress(_module, known);
+        if (function == nullptr)
+            throw OsSharedLibEx::ExFunctionNotFound(sourceName, __LINE__, getPath().getChars(), known);
+        void* address;
+        static_assert(sizeof address == sizeof function);
+        std::memcpy(&address, &function, sizeof address);
+        return address;
+    }
+
+private:
+    [[noreturn]] void throwCantOpen(::DWORD error) const
+    {
+        char text[256] = "";
+        ::FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text, sizeof text, nullptr);
+        throw OsSharedLibEx::ExCantOpenLib(sourceName, __LINE__, getPath().getChars(), text);
+    }
+
+    ::HMODULE _module;
+};
+}  // namespace
+
+ObjPtrRet<OsSharedLib> OsSharedLib::open(OsFilePath const& path)
+{
+    ObjPtr<OsSharedLibWindows> library(new OsSharedLibWindows(path));
+    library->load();
+    return ObjPtrRet<OsSharedLib>(library.release());
+}
+
+char const* OsSharedLib::getSuffix()
+{
+    return ".dll";
+}
+
+}  // namespace Vn

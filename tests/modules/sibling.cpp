@@ -1,0 +1,6 @@
+#include "sibling.h"
+
+int vnTestSiblingAnswer(int question)
+{
+    return question + 1;
+}
