@@ -1,16 +1,19 @@
-// inventory: what a folder holds, by suffix. Shows a program of the family: two packages of its own, four settings from
-// four sources, and a start and stop that the library orders.
+// inventory: what a folder holds, by suffix, every file read; and a copy of it, compared byte for byte. Shows a program of
+// the family: two packages of its own, settings from four sources, a start and stop that the library orders, and the
+// system's files, dates, processor and modules as the library tells them.
+#include "machine.h"
 #include "scanner.h"
 #include "settings.h"
 #include "terminal.h"
+#include "treecopy.h"
 
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/inoptionparser.h>
+#include <base/osfsutils.h>
 
 #include <cstring>
 #include <exception>
-#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -43,7 +46,7 @@ void checkOption(int option, char const* value, char const* element)
 {
     if (option == '?')
         throw WrongUse(std::string("unknown option in ") + element);
-    const bool takesValue = option == 'd' || option == 's';
+    const bool takesValue = option == 'c' || option == 'd' || option == 's';
     if (takesValue && value == nullptr)
         throw WrongUse(std::string("a value is missing behind ") + element);
     if (option == 'd' && !Settings::isDepth(value))
@@ -112,13 +115,31 @@ std::string takeFolder()
     if (arguments.size() != 2)
         throw WrongUse(arguments.size() < 2 ? "which folder?" : "one folder at a time");
     const std::string folder = arguments[1];
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(folder, ignored))
+    if (!Vn::OsFsUtils::isDirectory(folder.c_str()))
         throw WrongUse("there is no folder " + folder);
     return folder;
 }
 
-void printInventory(std::string const& folder)
+/// Numbers and a list of names, each with the reason.
+void printUnread(std::vector<Findings::Unread> const& unread)
+{
+    std::cout << "\nNot read: " << unread.size() << "\n";
+    for (Findings::Unread const& one : unread)
+        std::cout << "  " << one.name << ": " << one.reason << "\n";
+}
+
+bool copy(Findings const& findings, std::string const& folder, std::string const& target)
+{
+    const CopyResult result = copyTree(findings, folder, target);
+    std::cout << "\nCopied to " << target << ", and compared byte for byte: " << result.folders << " folders, "
+              << result.files << " files\n";
+    for (std::string const& failure : result.failures)
+        std::cout << "  failed: " << failure << "\n";
+    return result.failures.empty();
+}
+
+/// False if a copy was asked for and a part of it failed.
+bool printInventory(std::string const& folder)
 {
     std::cout << "Packages, in the order in which they came up:\n" << Vn::InInitMgr::getInstance();
     std::cout << "\nSettings, and where each comes from:\n";
@@ -127,12 +148,20 @@ void printInventory(std::string const& folder)
     for (char const* argument : Vn::InContextAliasMgrBase::getUnboundArgs())
         std::cout << " " << argument;
 
+    std::cout << "\n\nMachine:\n";
+    printMachine(std::cout);
+    std::cout << "\nModules of this process, and the bytes of memory that each takes:\n";
+    printModules(std::cout);
+
     Scanner& scanner = Scanner::getInstance();
     scanner.scan(folder);
-    std::cout << "\n\nInventory of " << folder << ":\n";
+    std::cout << "\nInventory of " << folder << ":\n";
     scanner.print(std::cout, Settings::order.getValue());
-    for (std::string const& unreadable : scanner.getUnreadable())
-        std::cout << "  not read: " << unreadable << "\n";
+    std::cout << "\nThe largest files, with time of modification, owner and checksum:\n";
+    scanner.printLargest(std::cout, 5);
+    printUnread(scanner.getFindings().unread);
+    const std::string target = Settings::copy.getValue();
+    return target.empty() || copy(scanner.getFindings(), folder, target);
 }
 
 int run(int argc, char** argv)
@@ -149,14 +178,15 @@ int run(int argc, char** argv)
     int count = static_cast<int>(line.arguments.size());
     char const* const* arguments = line.arguments.data();
     Vn::InInitGuard guard(count, arguments);
+    bool isWhole = true;
     if (line.wantsGraph)
         Vn::InInitMgr::getInstance().dumpGraph(std::cout);
     else
-        printInventory(takeFolder());
+        isWhole = printInventory(takeFolder());
     std::cout.flush();
     if (!std::cout)
         throw std::runtime_error("the standard output stream can't be written");
-    return success;
+    return isWhole ? success : failed;
 }
 }  // namespace
 

@@ -1,11 +1,18 @@
 #include "scanner.h"
 
+#include "date.h"
+#include "reading.h"
 #include "settings.h"
 
+#include <base/exbase.h>
+#include <base/osdirectory.h>
+#include <base/osfsutils.h>
+
 #include <algorithm>
-#include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <memory>
+#include <stdexcept>
 #include <utility>
 
 VN_DEFINE_PACKAGE(inventoryScanner, VnInit::base, VnInit::inventorySettings);
@@ -28,36 +35,28 @@ namespace Inventory
 {
 namespace
 {
-namespace fs = std::filesystem;
+constexpr std::size_t filesPerReport = 1000;
+constexpr std::uint64_t bytesPerReport = 64 << 20;
 
-constexpr std::uintmax_t filesPerReport = 5000;
-
-/// The path as UTF-8: on Windows a name may hold what the program's own character set doesn't.
-std::string textOf(fs::path const& path)
+std::string suffixOf(std::string const& name)
 {
-    const std::u8string text = path.u8string();
-    return std::string(text.begin(), text.end());
-}
-
-bool isHidden(fs::path const& path)
-{
-    return textOf(path.filename())[0] == '.';
-}
-
-std::string suffixOf(fs::path const& path)
-{
-    const std::string suffix = textOf(path.extension());
-    return suffix.empty() ? "(none)" : suffix;
-}
-
-/// 0 for a file that went away meanwhile.
-std::uintmax_t sizeOf(fs::path const& path)
-{
-    std::error_code failure;
-    const std::uintmax_t size = fs::file_size(path, failure);
-    return failure ? 0 : size;
+    const Vn::ArrayPtr<char> extension = Vn::OsFilePath(name.c_str()).getExtension();
+    return *extension.get() == '\0' ? "(none)" : std::string(".") + extension.get();
 }
 }  // namespace
+
+bool VisibleFilter::filter(Vn::OsFilePath const& path) const
+{
+    return _showsHidden || path.getBaseName().getChars()[0] != '.';
+}
+
+std::string pathBelow(std::string const& folder, std::string const& name)
+{
+    Vn::OsFilePath path(folder.c_str());
+    if (!name.empty())
+        path += Vn::OsFilePath(name.c_str());
+    return path.getChars();
+}
 
 Scanner& Scanner::getInstance()
 {
@@ -65,77 +64,124 @@ Scanner& Scanner::getInstance()
 }
 
 Scanner::Scanner(int depth, bool countsHidden, bool showsProgress)
-    : _depth(depth), _countsHidden(countsHidden), _showsProgress(showsProgress)
+    : _depth(depth), _showsProgress(showsProgress), _filter(countsHidden)
 {}
 
 void Scanner::scan(std::string const& folder)
 {
-    std::vector<std::pair<fs::path, int>> waiting{{fs::path(folder), 0}};
-    while (!waiting.empty()) {
-        auto const [path, level] = waiting.back();
-        waiting.pop_back();
-        std::error_code failure;
-        fs::directory_iterator entries(path, failure);
-        if (failure && level == 0)
-            throw fs::filesystem_error("can't read the folder", path, failure);
-        if (failure) {
-            _unreadable.push_back(textOf(path) + ": " + failure.message());
-            continue;
+    _root = folder;
+    _waiting.push_back({"", 0});
+    while (!_waiting.empty()) {
+        const Waiting next = std::move(_waiting.back());
+        _waiting.pop_back();
+        try {
+            listFolder(next);
+        } catch (Vn::ExBase const& failure) {
+            if (next.name.empty())
+                throw std::runtime_error("can't read the folder " + folder + ": " + failure.getReason());
+            _findings.unread.push_back({next.name, failure.getReason()});
         }
-        for (; entries != fs::directory_iterator(); entries.increment(failure)) {
-            fs::path const& entry = entries->path();
-            if (!_countsHidden && isHidden(entry))
-                continue;
-            std::error_code ignored;
-            const fs::file_status status = fs::symlink_status(entry, ignored);
-            if (fs::is_directory(status)) {
-                if (level < _depth)
-                    waiting.emplace_back(entry, level + 1);
-                continue;
-            }
-            Tally& tally = _bySuffix[suffixOf(entry)];
-            for (Tally* sum : {&tally, &_total}) {
-                ++sum->files;
-                sum->bytes += fs::is_regular_file(status) ? sizeOf(entry) : 0;
-            }
-            tellProgress();
-        }
-        if (failure)
-            _unreadable.push_back(textOf(path) + ": " + failure.message());
     }
-    if (_showsProgress && _total.files >= filesPerReport)
-        std::cerr << "\r                        \r" << std::flush;
+    if (_hasTold)
+        std::cerr << "\r" << std::setw(40) << ""
+                  << "\r" << std::flush;
+}
+
+void Scanner::listFolder(Waiting const& folder)
+{
+    const Vn::OsDirectory directory(Vn::OsFilePath(pathBelow(_root, folder.name).c_str()));
+    const Vn::ObjPtr<Vn::Vector<Vn::OsFile*>> children(directory.getChildren(_filter));
+    std::vector<std::unique_ptr<Vn::OsFile>> owned(children->begin(), children->end());
+    if (!folder.name.empty())
+        _findings.folders.push_back(folder.name);
+    for (std::unique_ptr<Vn::OsFile> const& child : owned)
+        takeChild(*child, folder);
+}
+
+void Scanner::takeChild(Vn::OsFile const& child, Waiting const& folder)
+{
+    const std::string name = pathBelow(folder.name, child.getPath().getBaseName().getChars());
+    char const* const path = child.getPath().getChars();
+    const bool isLink = Vn::OsFsUtils::isSymLink(path);
+    try {
+        if (isLink && !child.exists())
+            _findings.unread.push_back({name, "a link to nothing"});
+        else if (isLink)
+            _findings.links.push_back({name});
+        else if (child.isDirectory() && folder.level < _depth)
+            _waiting.push_back({name, folder.level + 1});
+        else if (child.getType() == Vn::OsFileTypes::SpecialFile)
+            _findings.unread.push_back({name, "neither file nor folder"});
+        else if (child.isFile())
+            readFile(child, name);
+    } catch (Vn::ExBase const& failure) {
+        _findings.unread.push_back({name, failure.getReason()});
+    }
+}
+
+void Scanner::readFile(Vn::OsFile const& file, std::string const& name)
+{
+    const Reading reading = Inventory::readFile(file.getPath().getChars());
+    _findings.files.push_back({name, reading.bytes, reading.checksum});
+    _bytesRead += reading.bytes;
+    tellProgress();
 }
 
 void Scanner::tellProgress()
 {
-    if (_showsProgress && _total.files % filesPerReport == 0)
-        std::cerr << "\r" << _total.files << " files ..." << std::flush;
+    const bool isTime = _findings.files.size() % filesPerReport == 0 || _bytesRead - _bytesTold >= bytesPerReport;
+    if (!_showsProgress || !isTime)
+        return;
+    _bytesTold = _bytesRead;
+    _hasTold = true;
+    std::cerr << "\r" << _findings.files.size() << " files, " << (_bytesRead >> 20) << " MiB ..." << std::flush;
 }
 
 void Scanner::print(std::ostream& stream, std::string const& order) const
 {
-    std::vector<std::pair<std::string, Tally>> rows(_bySuffix.begin(), _bySuffix.end());
+    std::map<std::string, Tally> bySuffix;
+    Tally total;
+    for (std::vector<Findings::File> const* files : {&_findings.files, &_findings.links}) {
+        for (Findings::File const& file : *files) {
+            for (Tally* sum : {&bySuffix[suffixOf(file.name)], &total}) {
+                ++sum->files;
+                sum->bytes += file.bytes;
+            }
+        }
+    }
+    std::vector<std::pair<std::string, Tally>> rows(bySuffix.begin(), bySuffix.end());
     if (order != "suffix")
         std::stable_sort(rows.begin(), rows.end(), [&order](auto const& left, auto const& right) {
             return order == "files" ? left.second.files > right.second.files
                                     : left.second.bytes > right.second.bytes;
         });
-    const auto printRow = [&stream](std::string const& suffix, Tally const& tally) {
-        stream << "  " << std::left << std::setw(20) << suffix << std::right << std::setw(12) << tally.files
-               << std::setw(16) << tally.bytes << "\n";
+    const auto printRow = [&stream](std::string const& suffix, auto const& files, auto const& bytes) {
+        stream << "  " << std::left << std::setw(20) << suffix << std::right << std::setw(12) << files
+               << std::setw(16) << bytes << "\n";
     };
-    stream << "  " << std::left << std::setw(20) << "suffix" << std::right << std::setw(12) << "files"
-           << std::setw(16) << "bytes"
-           << "\n";
+    printRow("suffix", "files", "bytes");
     for (auto const& [suffix, tally] : rows)
-        printRow(suffix, tally);
-    printRow("total", _total);
+        printRow(suffix, tally.files, tally.bytes);
+    printRow("total", total.files, total.bytes);
 }
 
-std::vector<std::string> const& Scanner::getUnreadable() const
+void Scanner::printLargest(std::ostream& stream, std::size_t count) const
 {
-    return _unreadable;
+    std::vector<Findings::File> files = _findings.files;
+    count = std::min(count, files.size());
+    std::partial_sort(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(count), files.end(),
+                      [](Findings::File const& left, Findings::File const& right) {
+                          return left.bytes != right.bytes ? left.bytes > right.bytes : left.name < right.name;
+                      });
+    files.resize(count);
+    for (Findings::File const& found : files) {
+        const Vn::OsFile file(Vn::OsFilePath(pathBelow(_root, found.name).c_str()));
+        const std::string owner = file.getOwner().get();
+        const Vn::ObjPtr<Vn::OsDateTypes::DateRep> modified(file.getLastModificationTime());
+        stream << std::setw(14) << found.bytes << "  " << textOf(*modified) << "  " << std::left << std::setw(12)
+               << (owner.empty() ? "(not told)" : owner) << std::right << "  " << std::hex << std::setfill('0')
+               << std::setw(16) << found.checksum << std::dec << std::setfill(' ') << "  " << found.name << "\n";
+    }
 }
 
 }  // namespace Inventory

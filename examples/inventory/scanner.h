@@ -3,6 +3,8 @@
 #include <base/ininit.h>
 #include <base/inpackages.h>
 #include <base/insingleton.h>
+#include <base/osfile.h>
+#include <base/osfilefilter.h>
 
 #include <cstdint>
 #include <iosfwd>
@@ -30,7 +32,41 @@ public:
 namespace Inventory
 {
 
-/// Counts files and bytes below a folder, by suffix. Links are counted as they are and never followed.
+/// Lets pass what the user wants to see: with or without what begins with a dot.
+class VisibleFilter : public Vn::OsFileFilter
+{
+public:
+    explicit VisibleFilter(bool showsHidden) : _showsHidden(showsHidden) {}
+
+    bool filter(Vn::OsFilePath const& path) const override;
+
+private:
+    bool _showsHidden;
+};
+
+/// What a walk has found: everything by its name below the folder, in the order of the walk.
+struct Findings
+{
+    struct File
+    {
+        std::string name;
+        std::uint64_t bytes = 0;
+        std::uint64_t checksum = 0;
+    };
+
+    struct Unread
+    {
+        std::string name;
+        std::string reason;
+    };
+
+    std::vector<std::string> folders;
+    std::vector<File> files;     ///< those that were read
+    std::vector<File> links;     ///< symbolic links that lead somewhere; never followed
+    std::vector<Unread> unread;  ///< and why
+};
+
+/// Walks a folder, reads every file in it from its first to its last byte, and counts by suffix.
 class Scanner
 {
 public:
@@ -38,30 +74,48 @@ public:
 
     Scanner(int depth, bool countsHidden, bool showsProgress);
 
-    /// Throws std::filesystem::filesystem_error if `folder` itself can't be read; what can't be read below it is
-    /// remembered.
+    /// Throws std::runtime_error if `folder` itself can't be listed; what can't be read below it is remembered, and the
+    /// walk goes on.
     void scan(std::string const& folder);
 
     /// Prints a row for each suffix, in `order`, and their sum.
     void print(std::ostream& stream, std::string const& order) const;
 
-    std::vector<std::string> const& getUnreadable() const;
+    /// Prints the `count` largest files with their owner, size and time of modification.
+    void printLargest(std::ostream& stream, std::size_t count) const;
+
+    Findings const& getFindings() const { return _findings; }
 
 private:
     struct Tally
     {
-        std::uintmax_t files = 0;
-        std::uintmax_t bytes = 0;
+        std::uint64_t files = 0;
+        std::uint64_t bytes = 0;
     };
 
+    struct Waiting
+    {
+        std::string name;  ///< of a folder, below the root; "" for the root itself
+        int level;
+    };
+
+    void listFolder(Waiting const& folder);
+    void takeChild(Vn::OsFile const& child, Waiting const& folder);
+    void readFile(Vn::OsFile const& file, std::string const& name);
     void tellProgress();
 
-    int _depth;
-    bool _countsHidden;
-    bool _showsProgress;
-    std::map<std::string, Tally> _bySuffix;
-    Tally _total;
-    std::vector<std::string> _unreadable;
+    const int _depth;
+    const bool _showsProgress;
+    const VisibleFilter _filter;
+    std::string _root;
+    std::vector<Waiting> _waiting;
+    Findings _findings;
+    std::uint64_t _bytesTold = 0;
+    std::uint64_t _bytesRead = 0;
+    bool _hasTold = false;
 };
+
+/// The path of what is called `name` below `folder`.
+std::string pathBelow(std::string const& folder, std::string const& name);
 
 }  // namespace Inventory

@@ -20,6 +20,10 @@ using Override = Vn::InContextAlias<Vn::InInitOvr, 0>;
 
 Vn::InInit<VnInit::inventorySettings> package;
 
+const Option copyOption("c:", "-c TARGET    copy what is found to TARGET, and compare");
+const Variable copyVariable("INVENTORY_COPY", "INVENTORY_COPY");
+const Default copyDefault("", "none");
+
 const Option depthOption("d:", "-d LEVELS    levels of folders to look into");
 const Variable depthVariable("INVENTORY_DEPTH", "INVENTORY_DEPTH");
 const Default depthDefault("100", "100");
@@ -48,16 +52,18 @@ std::string sourceOf(Vn::InVariableBase const& setting, Option const& option, Va
 
 void printRow(std::ostream& stream, char const* handle, std::string const& value, std::string const& source)
 {
-    stream << "  " << std::left << std::setw(20) << handle << std::setw(8) << value << source << "\n" << std::right;
+    stream << "  " << std::left << std::setw(20) << handle << std::setw(7) << value << " " << source << "\n"
+           << std::right;
 }
 
 void printHelpRow(std::ostream& stream, Option const& option, Variable const& variable, Default const& fallback)
 {
-    stream << "  " << option.getDescription() << " (" << variable.getKey() << ", default " << fallback.getKey()
-           << ")\n";
+    stream << "  " << option.getDescription() << " (" << variable.getKey() << ", default "
+           << fallback.getDescription() << ")\n";
 }
 }  // namespace
 
+Vn::InVariable<char const*> copy("inventory.copy", package, copyOption, copyVariable, copyDefault);
 Vn::InVariable<int> depth("inventory.depth", package, depthOption, depthVariable, depthDefault);
 Vn::InVariable<bool> hidden("inventory.hidden", package, hiddenOption, hiddenVariable, hiddenDefault);
 Vn::InVariable<char const*> order("inventory.order", package, orderOption, orderVariable, orderDefault);
@@ -79,6 +85,8 @@ bool isOrder(char const* text)
 void print(std::ostream& stream)
 {
     const auto word = [](bool flag) { return flag ? "true" : "false"; };
+    const std::string target = copy.getValue();
+    printRow(stream, copy.getHandle(), target.empty() ? "none" : target, sourceOf(copy, copyOption, copyVariable));
     printRow(stream, depth.getHandle(), std::to_string(depth.getValue()),
              sourceOf(depth, depthOption, depthVariable));
     printRow(stream, hidden.getHandle(), word(hidden.getValue()), sourceOf(hidden, hiddenOption, hiddenVariable));
@@ -89,6 +97,7 @@ void print(std::ostream& stream)
 
 void printHelp(std::ostream& stream)
 {
+    printHelpRow(stream, copyOption, copyVariable, copyDefault);
     printHelpRow(stream, depthOption, depthVariable, depthDefault);
     printHelpRow(stream, hiddenOption, hiddenVariable, hiddenDefault);
     printHelpRow(stream, orderOption, orderVariable, orderDefault);

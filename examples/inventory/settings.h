@@ -23,8 +23,9 @@ namespace Inventory::Settings
 {
 
 /// Letters of all options, with those that the program handles before the start.
-constexpr char optionLetters[] = "ad:hps:";
+constexpr char optionLetters[] = "ac:d:hps:";
 
+extern Vn::InVariable<char const*> copy;   ///< folder that gets a copy of what was found, or ""
 extern Vn::InVariable<int> depth;          ///< levels of folders to look into
 extern Vn::InVariable<bool> hidden;        ///< whether files and folders that begin with a dot count
 extern Vn::InVariable<char const*> order;  ///< "bytes", "files" or "suffix"

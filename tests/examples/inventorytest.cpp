@@ -2,11 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#if !defined(_WIN32)
+#    include <sys/stat.h>
+#    include <unistd.h>
+#endif
 
 using VnTest::Child;
 using VnTest::ChildRun;
@@ -45,8 +51,8 @@ protected:
     {
         Child child = Child::program("inventory");
         child.arguments(std::move(arguments));
-        for (char const* name : {"INVENTORY_DEPTH", "INVENTORY_HIDDEN", "INVENTORY_ORDER", "INVENTORY_PROGRESS",
-                                 "VN_DEBUG_INITIALIZE"})
+        for (char const* name : {"INVENTORY_COPY", "INVENTORY_DEPTH", "INVENTORY_HIDDEN", "INVENTORY_ORDER",
+                                 "INVENTORY_PROGRESS", "VN_DEBUG_INITIALIZE"})
             child.without(name);
         return child;
     }
@@ -93,7 +99,8 @@ TEST_F(InventoryTest, countsFilesAndBytesBySuffix)
 
 TEST_F(InventoryTest, tellsEachSettingAndItsSource)
 {
-    EXPECT_EQ(section(run({}).out, "Settings, and"), "  inventory.depth     100     default\n"
+    EXPECT_EQ(section(run({}).out, "Settings, and"), "  inventory.copy      none    default\n"
+                                                     "  inventory.depth     100     default\n"
                                                      "  inventory.hidden    false   default\n"
                                                      "  inventory.order     bytes   default\n"
                                                      "  inventory.progress  false   override\n");
@@ -104,6 +111,7 @@ TEST_F(InventoryTest, tellsEachSettingAndItsSource)
                           .run()
                           .out,
                       "Settings, and"),
+              "  inventory.copy      none    default\n"
               "  inventory.depth     0       option -d\n"
               "  inventory.hidden    true    option -a\n"
               "  inventory.order     suffix  environment INVENTORY_ORDER\n"
@@ -147,6 +155,88 @@ TEST_F(InventoryTest, tellsTheArgumentsThatNoOptionTook)
     EXPECT_EQ(unbound.find("-a"), std::string::npos);
 }
 
+TEST_F(InventoryTest, copiesWhatItFoundAndComparesIt)
+{
+    const fs::path copy = root.string() + ".copy";
+    fs::remove_all(copy);
+    const ChildRun result = run({"-c", copy.string()});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.out.find("Copied to " + copy.string() + ", and compared byte for byte: 2 folders, 6 files\n"),
+              std::string::npos)
+        << result.out;
+    EXPECT_FALSE(fs::exists(copy / ".hidden.txt")) << "what wasn't found isn't copied";
+    EXPECT_EQ(fs::file_size(copy / "sub/deep/e.bin"), 200U);
+    // A folder in the way of a file, and a file in the way of a folder.
+    fs::remove_all(copy);
+    fs::create_directories(copy / "a.txt/a.txt");
+    std::ofstream(copy / "sub");
+    const ChildRun again = run({"-c", copy.string()});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_NE(again.out.find(": 0 folders, 3 files\n"), std::string::npos) << again.out;
+    EXPECT_NE(again.out.find("  failed: sub: A regular file with the same path name exists.\n"), std::string::npos)
+        << again.out;
+    fs::remove_all(copy);
+}
+
+TEST_F(InventoryTest, aCopyIntoItselfEnds)
+{
+    const ChildRun result = run({"-c", (root / "sub/copy").string()});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.out.find(": 2 folders, 6 files\n"), std::string::npos) << result.out;
+    EXPECT_FALSE(fs::exists(root / "sub/copy/sub/copy"));
+}
+
+TEST_F(InventoryTest, tellsOfTheLargestFiles)
+{
+    const std::string largest = section(run({}).out, "The largest files");
+    EXPECT_EQ(largest.substr(0, 16), "           200  ");
+    EXPECT_NE(largest.find("d9fca50c83282457  b.txt\n"), std::string::npos) << largest;  // FNV-1a of "xxxxx"
+    EXPECT_EQ(std::count(largest.begin(), largest.end(), '\n'), 5);
+}
+
+TEST_F(InventoryTest, tellsOfTheMachineAndItsOwnModules)
+{
+    const std::string text = run({}).out;
+    const std::string machine = section(text, "Machine:");
+    for (char const* row : {"  name ", "  user ", "  time ", "  processor ", "  clock ", "  first-level cache ",
+                            "  second-level cache ", "  page "})
+        EXPECT_NE(machine.find(row), std::string::npos) << row;
+    EXPECT_NE(machine.find("(not reported), type "), std::string::npos) << "this processor's type has no name";
+    const std::string modules = section(text, "Modules of this process");
+    EXPECT_NE(modules.find("libVNbase"), std::string::npos) << modules;
+    EXPECT_NE(modules.find("inventory"), std::string::npos) << modules;
+}
+
+#if !defined(_WIN32)
+TEST_F(InventoryTest, goesOnPastWhatCantBeRead)
+{
+    fs::create_symlink("nowhere", root / "dangling");
+    fs::create_symlink("circle", root / "circle");
+    fs::create_symlink("sub", root / "link.txt");
+    ASSERT_EQ(::mkfifo((root / "pipe").c_str(), 0600), 0);
+    fs::permissions(root / "c.bin", fs::perms::none);
+    fs::permissions(root / "sub/deep", fs::perms::none);
+    const ChildRun result = run({"-c", (root / "copy").string()});
+    fs::permissions(root / "sub/deep", fs::perms::owner_all);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.exitCode, 0);
+    const std::string unread = section(result.out, "Not read: ");
+    EXPECT_NE(unread.find("  dangling: a link to nothing\n"), std::string::npos) << unread;
+    EXPECT_NE(unread.find("  circle: a link to nothing\n"), std::string::npos) << unread;
+    EXPECT_NE(unread.find("  pipe: neither file nor folder\n"), std::string::npos) << unread;
+    if (::geteuid() != 0) {  // who may read everything
+        EXPECT_NE(unread.find("  c.bin: "), std::string::npos) << unread;
+        EXPECT_NE(unread.find("  sub/deep: "), std::string::npos) << unread;
+        EXPECT_NE(result.out.find("Not read: 5\n"), std::string::npos) << result.out;
+    } else {
+        EXPECT_NE(result.out.find("Not read: 3\n"), std::string::npos) << result.out;
+    }
+    EXPECT_NE(section(result.out, "Inventory of").find("  .txt                           4 "), std::string::npos)
+        << "a link counts and isn't followed";
+    EXPECT_FALSE(fs::exists(root / "copy/link.txt"));
+}
+#endif
+
 TEST_F(InventoryTest, helpIsNoFailure)
 {
     for (char const* option : {"-h", "--help", "-ah"}) {
@@ -171,6 +261,7 @@ TEST_F(InventoryTest, wrongUseIsToldAndExitsWithTwo)
     expectWrongUse(run({"-a", "--word"}), "unknown option --word");
     expectWrongUse(run({"--graphs"}), "unknown option --graphs");
     expectWrongUse(inventory({"-d"}).run(), "a value is missing behind -d");
+    expectWrongUse(inventory({"-c"}).run(), "a value is missing behind -c");
     expectWrongUse(run({"-d", "many"}), "-d takes a number of levels, not many");
     expectWrongUse(run({"-d", "-1"}), "-d takes a number of levels, not -1");
     expectWrongUse(run({"-s", "--help"}), "-s takes bytes, files or suffix, not --help");
