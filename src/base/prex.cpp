@@ -1,0 +1,41 @@
+#include <base/prex.h>
+
+#include <base/exreasontext.h>
+
+namespace Vn
+{
+
+PrEx::PrEx(char const* file, int line) : ExBase(file, line) {}
+
+PrEx::ExUnsupported::ExUnsupported(char const* file, int line) : std::runtime_error(""), PrEx(file, line)
+{
+    setReason("Functionality unsupported by profiling package.");
+}
+
+VN_EX_DEFINE_MEMBERS(PrEx::ExUnsupported);
+
+PrEx::ExBadCounterIndex::ExBadCounterIndex(char const* file, int line, unsigned int index)
+    : std::runtime_error(""), PrEx(file, line)
+{
+    setReason(ExReasonText("Request with illegal counter index %d.", static_cast<int>(index)).get());
+}
+
+VN_EX_DEFINE_MEMBERS(PrEx::ExBadCounterIndex);
+
+PrEx::ExBadCounterInstance::ExBadCounterInstance(char const* file, int line, char const* name)
+    : std::runtime_error(""), PrEx(file, line)
+{
+    setReason(ExReasonText("Request with illegal counter instance name %s.", ExReasonText::orEmpty(name)).get());
+}
+
+VN_EX_DEFINE_MEMBERS(PrEx::ExBadCounterInstance);
+
+PrEx::ExBadCounterObjectIndex::ExBadCounterObjectIndex(char const* file, int line, unsigned int index)
+    : std::runtime_error(""), PrEx(file, line)
+{
+    setReason(ExReasonText("Request with illegal counter object index %d.", static_cast<int>(index)).get());
+}
+
+VN_EX_DEFINE_MEMBERS(PrEx::ExBadCounterObjectIndex);
+
+}  // namespace Vn
