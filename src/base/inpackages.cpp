@@ -3,8 +3,10 @@
 #include <base/dtreftimefactory.h>
 #include <base/hwcounter.h>
 #include <base/incontextaliasmgr.h>
+#include <base/lglog.h>
 #include <base/oscpuinfo.h>
 #include <base/osmemoryarch.h>
+#include <base/trace.h>
 
 VN_DEFINE_PACKAGE(base, VnInit::random, VnInit::discreteTime, VnInit::baseMath, VnInit::initVars, VnInit::testing,
                   VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
@@ -90,6 +92,21 @@ void InInit<VnInit::profiling>::performInitialize()
     // stays in reach, as nobody should take it for a leak.
     [[maybe_unused]] static HwCounterEng const* const abandoned = HwCounter::_theHwCounter;
     HwCounter::_theHwCounter = HwCounterEng::create();
+}
+
+void InInit<VnInit::logger>::performInitialize()
+{
+    LgLog::init();
+}
+
+void InInit<VnInit::logger>::performFinalize()
+{
+    LgLog::destroy();
+}
+
+void InInit<VnInit::debugging>::performInitialize()
+{
+    Trace::setOptions("");
 }
 
 void InInit<VnInit::discreteTime>::performInitialize()

@@ -62,6 +62,9 @@ template <>
 class VN_BASE_EXPORT InInit<VnInit::debugging> : public InPackageInit
 {
     VN_PACKAGE_MEMBERS();
+
+public:
+    void performInitialize() override;
 };
 
 /// Rates, stream time and the reference clock.
@@ -115,6 +118,10 @@ template <>
 class VN_BASE_EXPORT InInit<VnInit::logger> : public InPackageInit
 {
     VN_PACKAGE_MEMBERS();
+
+public:
+    void performInitialize() override;
+    void performFinalize() override;
 };
 
 /// Operating system layer.

@@ -1,0 +1,28 @@
+#include <base/lginterprocesslock.h>
+
+#include <exception>
+
+namespace Vn
+{
+
+LgInterProcessLock::~LgInterProcessLock() noexcept(false) = default;
+
+LgInterProcessLockGuard::LgInterProcessLockGuard(LgInterProcessLock* lock) : _lock(lock)
+{
+    if (_lock != nullptr)
+        _lock->lock();
+}
+
+LgInterProcessLockGuard::~LgInterProcessLockGuard() noexcept(false)
+{
+    if (_lock == nullptr)
+        return;
+    try {
+        _lock->unlock();
+    } catch (...) {
+        if (std::uncaught_exceptions() == 0)
+            throw;
+    }
+}
+
+}  // namespace Vn

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <base/baseexport.h>
+
+namespace Vn
+{
+
+/// A lock of the system, known by its name to all processes of a user.
+///
+///     Vn::ObjPtr<Vn::LgInterProcessLock> lock(Vn::LgInterProcessLock::create("renderer log"));
+///     {
+///         Vn::LgInterProcessLockGuard guard(lock.get());
+///         writeWholeLine();
+///     }
+///
+/// Excludes other processes and other threads. Its holder is a thread, whichever object of the name it has taken it
+/// through; it may take it again, and gives it up when it has unlocked as often. A holder that dies gives it up as well:
+/// on Linux the next one takes it as if nothing had happened; on Windows the next lock() throws, and later ones succeed.
+/// A child of `fork` holds nothing. Every call may throw ExSysErrorWindows.
+/// Tests: tests/base/lginterprocesslocktest.cpp.
+class VN_BASE_EXPORT LgInterProcessLock
+{
+public:
+    virtual ~LgInterProcessLock() noexcept(false);
+
+    /// Waits as long as it takes.
+    virtual void lock() = 0;
+
+    /// Throws if this thread isn't the holder.
+    virtual void unlock() = 0;
+
+    /// The lock of that name, which the caller owns; null gives a lock that nobody else can name. On Linux any text is a
+    /// name; on Windows one can hold neither a backslash nor more than 259 characters.
+    static LgInterProcessLock* create(char const* name);
+};
+
+/// Holds a lock, or nothing if there is none.
+///
+/// The destructor throws if unlocking fails, unless another exception is on its way.
+/// Tests: tests/base/lginterprocesslocktest.cpp.
+class VN_BASE_EXPORT LgInterProcessLockGuard
+{
+public:
+    explicit LgInterProcessLockGuard(LgInterProcessLock* lock);
+    ~LgInterProcessLockGuard() noexcept(false);
+
+    LgInterProcessLockGuard(LgInterProcessLockGuard const&) = delete;
+    LgInterProcessLockGuard& operator=(LgInterProcessLockGuard const&) = delete;
+
+private:
+    LgInterProcessLock* _lock;
+};
+
+}  // namespace Vn

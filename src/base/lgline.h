@@ -1,0 +1,73 @@
+#pragma once
+
+#include <base/lgstream.h>
+#include <base/lgtypes.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <ios>
+
+namespace Vn
+{
+
+/// The line of a message as the outputs show it, on the stack.
+class LgLine
+{
+public:
+    /// "0000000001 0000000005 (0x00001a2b) Warning: ": ticks since the start in two halves, thread and level.
+    void putPrefix(std::uint64_t ticks, unsigned long threadId, LgTypes::Level level)
+    {
+        putPadded(static_cast<std::uint32_t>(ticks >> 32), 10, 10);
+        put(" ");
+        putPadded(static_cast<std::uint32_t>(ticks), 10, 10);
+        put(" (0x");
+        putPadded(static_cast<std::uint32_t>(threadId), 16, 8);
+        put(") ");
+        put(LgTypes::levelToString(level));
+        put(": ");
+        _hasPrefix = true;
+    }
+
+    void putOverflow(std::int32_t count)
+    {
+        put("Event overflow [");
+        _size = static_cast<std::size_t>(std::to_chars(_text + _size, _text + sizeof _text, count).ptr - _text);
+        put("]\n");
+    }
+
+    /// Takes the next text off the stream.
+    void putText(LgStream& stream)
+    {
+        stream >> (_text + _size);
+        _size += std::strlen(_text + _size);
+        _text[_size++] = '\n';
+    }
+
+    char const* get() const { return _text; }
+    std::streamsize getSize() const { return static_cast<std::streamsize>(_size); }
+    bool hasPrefix() const { return _hasPrefix; }
+
+private:
+    void put(char const* text)
+    {
+        const std::size_t length = std::strlen(text);
+        std::memcpy(_text + _size, text, length);
+        _size += length;
+    }
+
+    void putPadded(std::uint32_t number, unsigned base, std::size_t width)
+    {
+        for (std::size_t i = width; i-- > 0; number /= base)
+            _text[_size + i] = "0123456789abcdef"[number % base];
+        _size += width;
+    }
+
+    char _text[64 + 32768];  ///< the longest prefix, the longest text and the line end
+    std::size_t _size = 0;
+    bool _hasPrefix = false;
+};
+
+}  // namespace Vn

@@ -1,0 +1,295 @@
+#include <base/lglog.h>
+
+#include <base/duplicatestring.h>
+#include <base/exsyserror.h>
+#include <base/hwcounter.h>
+#include <base/osenv.h>
+#include <base/osfilepath.h>
+#include <base/osfsutils.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <iomanip>
+
+namespace Vn
+{
+namespace
+{
+constexpr int levelCount = 7;
+
+char* profilePath = nullptr;
+char* eventsPath = nullptr;
+
+LgQueue* getSharedQueue()
+{
+    static LgQueue& queue = *new LgQueue(0);
+    return &queue;
+}
+
+bool isLevel(LgTypes::Level level)
+{
+    return level >= 0 && level < levelCount;
+}
+
+// Relaxed: a switch stands for itself, nothing else is read on its account.
+void flip(bool& flag, bool value)
+{
+    std::atomic_ref(flag).store(value, std::memory_order_relaxed);
+}
+
+bool look(bool& flag)
+{
+    return std::atomic_ref(flag).load(std::memory_order_relaxed);
+}
+
+void setDefaultPaths(char* profile, char* events)
+{
+    delete[] profilePath;
+    delete[] eventsPath;
+    profilePath = profile;
+    eventsPath = events;
+}
+
+/// Where the default files go; makes the directory. False if that can't be made.
+bool makeDefaultPaths()
+{
+    char const* const variable = OsEnv::getVariable("T4Q_TEST_DIR");
+    const OsFilePath directory =
+        variable != nullptr && *variable != '\0' ? OsFilePath(variable) : OsFilePath::getTempDir();
+    setDefaultPaths(nullptr, nullptr);
+    try {
+        OsFsUtils::createDir(directory.getChars(), true);
+    } catch (ExSysErrorWindows const&) {
+        return false;
+    }
+    ArrayPtr<char> profile = duplicateString((directory + "prof.log").getChars());
+    ArrayPtr<char> events = duplicateString((directory + "events.log").getChars());
+    setDefaultPaths(profile.release(), events.release());
+    return true;
+}
+
+void writeStartBanner(std::ostream& stream, bool hasTime)
+{
+    stream << "===== Message Logger Startup =====" << std::endl;
+    if (!hasTime)
+        return;
+    const std::time_t now = std::time(nullptr);
+    stream << "===== Started on " << std::ctime(&now) << std::endl;  // the date brings a line end of its own
+    const std::streamsize precision = stream.precision();
+    stream << "===== Clock Frequency: " << std::fixed << std::setprecision(9) << HwCounter::resolution()
+           << std::endl;
+    stream.precision(precision);
+}
+}  // namespace
+
+LgLog::LevelInfo LgLog::_level[levelCount] = {};
+std::atomic<bool> LgLog::_loggerActive = false;
+bool LgLog::_blockingTrace = false;
+bool LgLog::_logTimeStamps = true;
+std::uint64_t LgLog::_start = 0;
+LgQueue* (*LgLog::_queueFunction)() = getSharedQueue;
+ObjPtr<LgRegistry> LgLog::_registry;
+ObjPtr<LgInterProcessLock> LgLog::_interprocessLock;
+
+void LgLog::init()
+{
+    _registry.reset(new LgSimpleRegistry);
+    readOutputs(makeDefaultPaths());
+    readSettings();
+    _start = HwCounter::timeStamp();
+    for (LevelInfo& level : _level)
+        openOutput(&level);
+}
+
+void LgLog::readOutputs(bool hasDirectory)
+{
+    static constexpr char const* variables[levelCount] = {
+        "VN_LOG_INTERNAL_ERROR", "VN_LOG_FATAL_ERROR", "VN_LOG_RECOVERABLE_ERROR", "VN_LOG_WARNING",
+        "VN_LOG_INFORMATIONAL",  "VN_LOG_TRACING",     "VN_LOG_PROFILING"};
+    for (LevelInfo& level : _level)
+        closeOutput(&level);  // of an earlier init() that nothing has ended
+    for (int i = 0; i < levelCount; ++i)
+        _level[i] = parseEnvVar(OsEnv::getVariable(variables[i]));
+
+    const auto isUnset = [](int level) { return OsEnv::getVariable(variables[level]) == nullptr; };
+    if (isUnset(LgTypes::InternalError))
+        _level[LgTypes::InternalError].enabled = hasDirectory;
+    if (isUnset(LgTypes::Tracing))
+        _level[LgTypes::Tracing] = {true, true, false, nullptr, nullptr};
+    if (isUnset(LgTypes::Profiling))
+        _level[LgTypes::Profiling] = {hasDirectory, false, false, nullptr, profilePath};
+}
+
+void LgLog::readSettings()
+{
+    if (char const* const word = OsEnv::getVariable("VN_LOG_DEFAULT_LEVEL"))
+        for (int i = 0; i < levelCount; ++i)
+            if (std::strcmp(word, LgTypes::levelToString(LgTypes::Level(i))) == 0)
+                LgMajorGroup::setDefaultThreshold(LgTypes::Level(i));
+    LgMajorGroup::initialize(OsEnv::getVariable("VN_LOG_GROUPS"));
+    setBlockingTrace(OsEnv::getVariable("VN_BLOCKING_TRACE") != nullptr);
+    if (char const* const name = OsEnv::getVariable("VN_INTERNAL_INTERPROCESS_LOG_LOCK"))
+        _interprocessLock.reset(LgInterProcessLock::create(name));
+    if (OsEnv::getVariable("VN_LOG_DISABLE_TIMESTAMPS") != nullptr)
+        disableTimeStamps();
+}
+
+LgLog::LevelInfo LgLog::parseEnvVar(char const* value)
+{
+    if (value == nullptr)
+        return {true, false, false, nullptr, eventsPath};
+    if (std::strncmp(value, "--", 2) == 0)
+        return {false, false, false, nullptr, nullptr};
+    const auto orNull = [](char const* name) { return *name != '\0' ? name : nullptr; };
+    if (value[0] == '%' && value[1] == '+')
+        return {true, true, true, nullptr, value + 2};
+    if (value[0] == '%')
+        return {true, true, false, nullptr, orNull(value + 1)};
+    if (value[0] == '+')
+        return {true, false, true, nullptr, orNull(value + (value[1] == '+' ? 2 : 1))};
+    return {true, false, false, nullptr, value};
+}
+
+/// Levels that name one file share its stream.
+void LgLog::openOutput(LevelInfo* level)
+{
+    if (level->fileName == nullptr)
+        return;
+    for (LevelInfo const* lower = _level; lower != level; ++lower)
+        if (lower->fileName != nullptr && std::strcmp(lower->fileName, level->fileName) == 0) {
+            level->output = lower->output;
+            return;
+        }
+    level->output =
+        new std::ofstream(level->fileName, level->append ? std::ios::out | std::ios::app : std::ios::out);
+    const LgInterProcessLockGuard guard(_interprocessLock.get());
+    writeStartBanner(*level->output, isTimeStampsEnabled());
+}
+
+void LgLog::destroy()
+{
+    for (LevelInfo& level : _level) {
+        if (level.output == nullptr)
+            continue;
+        for (LevelInfo* higher = &level + 1; higher != _level + levelCount; ++higher)
+            if (higher->output == level.output)
+                higher->output = nullptr, higher->fileName = nullptr;
+        {
+            const LgInterProcessLockGuard guard(_interprocessLock.get());
+            *level.output << "===== Message Logger Stopped =====" << std::endl;
+        }
+        closeOutput(&level);
+    }
+    for (LevelInfo& level : _level)
+        if (level.fileName != nullptr && (level.fileName == eventsPath || level.fileName == profilePath))
+            level.fileName = nullptr;
+    setDefaultPaths(nullptr, nullptr);
+    LgMajorGroup::finalize();
+}
+
+/// A stream that can't be closed is left failed, as its own close() leaves it, and goes all the same.
+void LgLog::closeOutput(LevelInfo* level)
+{
+    std::ostream* const stream = level->output;
+    for (LevelInfo* other = level; other != _level + levelCount; ++other)
+        if (other->output == stream)
+            other->output = nullptr;
+    delete stream;
+}
+
+void LgLog::displaySetup()
+{
+    std::cout << "===== Log Setup =====" << std::endl;
+    for (int i = 0; i < levelCount; ++i) {
+        LevelInfo const& level = _level[i];
+        std::cout << LgTypes::levelToString(LgTypes::Level(i)) << ": ";
+        if (!level.enabled)
+            std::cout << "Disabled";
+        else {
+            if (level.echo)
+                std::cout << "stdout, ";
+            if (level.fileName != nullptr)
+                std::cout << level.fileName << ' ';
+            if (level.append)
+                std::cout << "[Append]";
+        }
+        std::cout << std::endl;
+    }
+    std::cout << "===== End Setup =====" << std::endl;
+}
+
+void LgLog::setQueueFunction(LgQueue* (*function)())
+{
+    std::atomic_ref(_queueFunction)
+        .store(function != nullptr ? function : getSharedQueue, std::memory_order_relaxed);
+}
+
+bool LgLog::isLevelEchoed(LgTypes::Level level)
+{
+    return isLevel(level) && _level[level].echo;
+}
+
+std::ostream* LgLog::getLevelOutput(LgTypes::Level level)
+{
+    return isLevel(level) ? _level[level].output : nullptr;
+}
+
+void LgLog::enableTimeStamps()
+{
+    flip(_logTimeStamps, true);
+}
+
+void LgLog::disableTimeStamps()
+{
+    flip(_logTimeStamps, false);
+}
+
+bool LgLog::isTimeStampsEnabled()
+{
+    return look(_logTimeStamps);
+}
+
+std::uint64_t LgLog::getStart()
+{
+    return _start;
+}
+
+void LgLog::setBlockingTrace(bool blocking)
+{
+    flip(_blockingTrace, blocking);
+}
+
+bool LgLog::getBlockingTrace()
+{
+    return look(_blockingTrace);
+}
+
+LgInterProcessLock* LgLog::getInterProcessLock()
+{
+    return _interprocessLock.get();
+}
+
+LgRegistry* LgLog::getRegistry()
+{
+    return _registry.get();
+}
+
+ObjPtrRet<LgRegistry> LgLog::setRegistry(ObjPtr<LgRegistry> registry)
+{
+    if (!registry)
+        return ObjPtrRet<LgRegistry>();
+    ObjPtrRet<LgRegistry> before(_registry.release());
+    if (before) {
+        const List<LgQueue*> queues = before->getQueueList();
+        for (LgQueue* queue : queues)
+            registry->registerQueue(queue);
+        for (LgQueue* queue : queues)
+            before->deregisterQueue(queue);
+    }
+    _registry = registry;
+    return before;
+}
+
+}  // namespace Vn

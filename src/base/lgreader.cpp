@@ -1,0 +1,115 @@
+#include <base/lgreader.h>
+
+#include <base/lgline.h>
+#include <base/lglog.h>
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+
+namespace Vn
+{
+namespace
+{
+List<LgQueue*> getQueues()
+{
+    LgRegistry const* const registry = LgLog::getRegistry();
+    return registry != nullptr ? registry->getQueueList() : List<LgQueue*>();
+}
+
+/// The creator first: a queue that is empty, and whose creator is found dead after that, may have got a message between.
+bool isFinished(LgQueue const& queue)
+{
+    const bool isAlive = queue.isCreatorAlive();
+    return !isAlive && queue.isEmpty();
+}
+
+/// The first queue that isn't empty. Those before it that are finished are deleted, and leave both lists.
+List<LgQueue*>::iterator findFirst(List<LgQueue*>& queues)
+{
+    auto place = queues.begin();
+    while (place != queues.end()) {
+        LgQueue* const queue = *place;
+        if (isFinished(*queue)) {
+            LgLog::getRegistry()->deregisterQueue(queue);
+            place = std::find_if(place, queues.end(), [queue](LgQueue* other) { return other != queue; });
+            queues.remove(queue);
+            delete queue;
+        } else if (queue->isEmpty())
+            ++place;
+        else
+            break;
+    }
+    return place;
+}
+
+/// The queue whose head is the earliest, and of equal ones the first; null if all are empty.
+LgQueue* findEarliest()
+{
+    List<LgQueue*> queues = getQueues();
+    LgQueue* earliest = nullptr;
+    for (auto place = findFirst(queues); place != queues.end(); ++place) {
+        LgQueue* const queue = *place;
+        if (queue->isEmpty())
+            continue;
+        if (earliest == nullptr || queue->readEntry().getTimeStamp() < earliest->readEntry().getTimeStamp())
+            earliest = queue;
+    }
+    return earliest;
+}
+
+void writeLine(std::ostream& stream, LgLine const& line)
+{
+    stream.write(line.get(), line.getSize()).flush();
+    if (line.hasPrefix())
+        stream << std::dec << std::setfill(' ');
+}
+}  // namespace
+
+bool LgReader::eventsPending()
+{
+    const List<LgQueue*> queues = getQueues();
+    return std::any_of(queues.begin(), queues.end(), [](LgQueue const* queue) { return !queue->isEmpty(); });
+}
+
+bool LgReader::flushEarliest()
+{
+    LgQueue* const queue = findEarliest();
+    if (queue == nullptr)
+        return false;
+    flushQueue(queue);
+    return true;
+}
+
+void LgReader::flushAll()
+{
+    while (flushEarliest())
+        ;
+}
+
+void LgReader::flushQueue(LgQueue* queue)
+{
+    LgQueue::Entry const& entry = queue->readEntry();
+    const LgTypes::Level level = entry.isOverflowEntry() ? LgTypes::Informational : entry.getLevel();
+    const LgInterProcessLockGuard guard(LgLog::getInterProcessLock());
+    LgLine line;
+    if (LgLog::isTimeStampsEnabled())
+        line.putPrefix(entry.getTimeStamp() - LgLog::getStart(), queue->getThreadId(), level);
+    if (entry.isOverflowEntry())
+        line.putOverflow(entry.getOverflowCount());
+    else
+        line.putText(queue->getStream());
+    try {
+        // In one piece, so that a crash in between can't tear it.
+        if (std::ostream* const output = LgLog::getLevelOutput(level))
+            writeLine(*output, line);
+        if (LgLog::isLevelEchoed(level))
+            writeLine(std::cout, line);
+    } catch (...) {
+        queue->removeEntry();  // its text has been taken
+        throw;
+    }
+    queue->removeEntry();
+}
+
+}  // namespace Vn

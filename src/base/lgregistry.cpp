@@ -1,0 +1,23 @@
+#include <base/lgregistry.h>
+
+namespace Vn
+{
+
+LgRegistry::~LgRegistry() = default;
+
+void LgSimpleRegistry::registerQueue(LgQueue* queue)
+{
+    _queues.push_back(queue);
+}
+
+void LgSimpleRegistry::deregisterQueue(LgQueue* queue)
+{
+    _queues.remove(queue);
+}
+
+List<LgQueue*> LgSimpleRegistry::getQueueList() const
+{
+    return _queues;
+}
+
+}  // namespace Vn

@@ -1,0 +1,199 @@
+#pragma once
+
+#include <base/baseexport.h>
+#include <base/lgringindex.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace Vn
+{
+
+/// The text of a queue's messages: a ring of 32,768 characters, which one thread fills and another one empties.
+///
+///     stream << "evicted " << 17 << " pages" << Vn::ends;    // the writer
+///
+///     char text[32768];                                       // the reader
+///     stream >> text;
+///
+/// A message is its characters and one zero. Neither side waits and neither allocates: what doesn't fit is lost, and a
+/// "#" stands where a whole text was refused. Numbers have the C library's form ("%d", "%f" and so on) in the "C"
+/// locale, whatever the program's.
+///
+/// One thread calls what is under "Writer", another one what is under "Reader". A copy shares the ring with its
+/// source, and only one of the two may be destroyed.
+/// Tests: tests/base/lgstreamtest.cpp.
+class VN_BASE_EXPORT LgStream
+{
+public:
+    enum OutputFlags
+    {
+        textWritten = 0x1,      ///< text was written since the last reset, be it an empty one
+        stringTerminated = 0x2  ///< the string has ended, by completeString() or because the ring was full
+    };
+
+    LgStream();
+    LgStream(LgStream const&) = default;
+    LgStream& operator=(LgStream const&) = default;
+    ~LgStream();
+
+    // Writer.
+
+    /// One raw character. Zero would end the string.
+    LgStream& operator<<(char character)
+    {
+        const std::uint32_t cell = _writeIndex.get();
+        if (cell + 1 < _directEnd) {
+            _buffer[cell] = character;
+            written(cell + 1);
+        } else
+            writeCharacter(character);
+        return *this;
+    }
+    LgStream& operator<<(signed char character) { return *this << static_cast<char>(character); }
+    LgStream& operator<<(unsigned char character) { return *this << static_cast<char>(character); }
+
+    /// All of the text, or a "#" for it if there isn't room for all; nothing at all if there is no room for a "#". Null
+    /// counts as the empty text. An empty text that is the first string of a new ring comes out behind the string that
+    /// follows it, if the reader hasn't asked for it by then.
+    LgStream& operator<<(char const* text)
+    {
+        return text != nullptr ? write(text, std::strlen(text)) : write("", 0);
+    }
+    LgStream& operator<<(char* text) { return *this << static_cast<char const*>(text); }
+
+    /// "true" or "false".
+    LgStream& operator<<(bool value) { return value ? write("true", 4) : write("false", 5); }
+
+    LgStream& operator<<(short value);
+    LgStream& operator<<(unsigned short value);
+    LgStream& operator<<(int value);
+    LgStream& operator<<(unsigned int value);
+    LgStream& operator<<(long value);
+    LgStream& operator<<(unsigned long value);
+
+    /// Six digits behind the point, rounded half to even from the exact value.
+    LgStream& operator<<(float value);
+    LgStream& operator<<(double value);
+    LgStream& operator<<(long double value);
+
+    /// The address as the platform's "%p" shows it.
+    LgStream& operator<<(void const* address);
+    LgStream& operator<<(void* address) { return *this << static_cast<void const*>(address); }
+
+    /// For `ends`.
+    LgStream& operator<<(LgStream& (*function)(LgStream&)) { return function(*this); }
+
+    /// Ends the string. Once for each message.
+    void completeString()
+    {
+        const std::uint32_t cell = _writeIndex.get();
+        if (cell + 1 < _directEnd) {
+            _buffer[cell] = '\0';
+            _stringEnd.publish(Index(cell));
+            _writeIndex.publish(Index(cell + 1));
+            setFlags(stringTerminated);
+        } else
+            completeAtTheEdge();
+    }
+
+    /// OutputFlags.
+    unsigned getOutputFlags() const { return _outputFlags; }
+    void resetOutputFlags() { _outputFlags = 0; }
+
+    // Reader.
+
+    /// Takes the next string, or the empty one if there is none. `destination` holds getNextSize() + 1 bytes, 32,768
+    /// at the most.
+    LgStream& operator>>(char* destination);
+
+    /// Length of the string that operator>> would take.
+    std::uint32_t getNextSize() const;
+
+    // State. The room and isFull() as the writer sees them: only the writer asks.
+
+    /// Length of the longest text that always fits an empty ring.
+    static std::uint32_t getMaxSize() { return ringSize - 2; }
+
+    /// Characters that fit.
+    std::uint32_t getNumCharacters() const;
+    bool isFull() const;
+
+    /// Whether text was lost since the reader took a string; any thread may ask.
+    bool hasOverflowed() const;
+
+private:
+    friend class LgQueue;
+
+    static constexpr std::uint32_t ringSize = 32768;
+    using Index = LgRingIndex<ringSize>;
+
+    /// Where the writer stands.
+    struct Mark
+    {
+        Index writeIndex;
+        Index stringEnd;
+        bool pendingAdvance = false;
+    };
+
+    LgStream& write(char const* text, std::size_t length)
+    {
+        const std::uint32_t cell = _writeIndex.get();
+        if (length < _directEnd && cell + length < _directEnd) {
+            std::memcpy(_buffer + cell, text, length);
+            written(static_cast<std::uint32_t>(cell + length));
+        } else
+            writeText(text, length);
+        return *this;
+    }
+
+    void written(std::uint32_t end)
+    {
+        _writeIndex.publish(Index(end));
+        setFlags(textWritten);
+    }
+
+    void setFlags(OutputFlags flags) { _outputFlags = (_outputFlags | flags) & 0x3; }
+
+    // The same where the ring wraps or is nearly full.
+    void writeCharacter(char character);
+    void writeText(char const* text, std::size_t length);
+    void completeAtTheEdge();
+
+    bool isFullBefore(Index readIndex) const;
+    std::uint32_t getRoomBefore(Index readIndex) const;
+    bool prepareWriting(Index readIndex);
+    void refuse();
+    void storeText(char const* text, std::uint32_t length);
+    void findDirectEnd(Index readIndex);
+    bool isStringOpen() const;
+    Index findNext() const;
+    std::uint32_t getLengthFrom(Index first) const;
+    Mark getMark() const { return {_writeIndex, _stringEnd, _pendingAdvance}; }
+    void takeBack(Mark const& mark);
+    bool hasRoom() const { return _writeIndex.get() + 1 < _directEnd || !isFull(); }
+    void setOverflowed(bool overflowed);
+
+    char* _buffer;
+    Index _readIndex;      ///< next cell that the reader looks at; the reader's
+    Index _writeIndex;     ///< next cell that the writer fills; the writer's
+    Index _stringEnd;      ///< the zero of the last string that has ended; the writer's
+    bool _overflowed;      ///< set by the writer and cleared by the reader
+    bool _pendingAdvance;  ///< there was no room to step over the last string's zero
+    unsigned char _outputFlags : 2;
+
+    /// The writer's own: while the write index stays below this after a step, the step neither wraps nor needs a look at
+    /// the reader's index, and there is room for one more. It says too little when the reader has moved on, never too
+    /// much. 0 while an advance is pending.
+    std::uint32_t _directEnd;
+};
+
+/// Ends the message.
+inline LgStream& ends(LgStream& stream)
+{
+    stream.completeString();
+    return stream;
+}
+
+}  // namespace Vn

@@ -1,0 +1,524 @@
+#include <base/trace.h>
+
+#include <base/duplicatestring.h>
+#include <base/exinternalerror.h>
+#include <base/exreasontext.h>
+#include <base/inoptionparser.h>
+#include <base/osenv.h>
+#include <base/osutils.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iomanip>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/trace";
+constexpr char defaultOptions[] = "show=Main,show=Exceptions";
+constexpr int defaultFileWidth = 20;
+
+struct NameOrder
+{
+    bool operator()(char const* a, char const* b) const { return std::strcmp(a, b) < 0; }
+};
+
+enum class Token
+{
+    off,
+    noLine,
+    show,
+    hide,
+    noIndent,
+    fnDirs,
+    fnWidth,
+    printLevels,
+    line,
+    indent,
+    on,
+    writeProtect,
+    prefix,
+    noPrefix,
+    reset,
+    pid,
+    noPid
+};
+
+/// In the order of Token.
+constexpr char const* tokens[] = {"off",     "noline",      "show",  "hide",   "noindent", "fndirs",
+                                  "fnwidth", "printlevels", "line",  "indent", "on",       "writeprotect",
+                                  "prefix",  "noprefix",    "reset", "pid",    "nopid",    nullptr};
+
+// Relaxed: a switch that is flipped while other threads trace reaches them a little later, and nothing else is read on
+// its account.
+bool look(bool const& flag)
+{
+    return std::atomic_ref(const_cast<bool&>(flag)).load(std::memory_order_relaxed);
+}
+
+void flip(bool& flag, bool value)
+{
+    std::atomic_ref(flag).store(value, std::memory_order_relaxed);
+}
+
+/// Not below 0: `fallback` stands for that. What std::atoi can't hold is the largest number.
+int toCount(char const* text, int fallback)
+{
+    const long number = std::strtol(text, nullptr, 10);
+    return number < 0 ? fallback : static_cast<int>(std::min(number, 0x7FFFFFFFL));
+}
+
+/// Spaces and the text are the same whatever the stream was set to before; width and flags are as they were afterwards.
+class PlainStream
+{
+public:
+    explicit PlainStream(std::ostream& stream)
+        : _stream(stream), _flags(stream.flags(std::ios_base::dec)), _fill(stream.fill(' '))
+    {
+        _stream.width(0);
+    }
+    ~PlainStream()
+    {
+        _stream.flags(_flags);
+        _stream.fill(_fill);
+    }
+
+    PlainStream(PlainStream const&) = delete;
+    PlainStream& operator=(PlainStream const&) = delete;
+
+private:
+    std::ostream& _stream;
+    std::ios_base::fmtflags _flags;
+    char _fill;
+};
+
+}  // namespace
+
+/// The process-wide state.
+class TraceOptions
+{
+public:
+    static TraceOptions& get();
+
+    bool isOn() const { return look(_on); }
+    bool isIndenting() const { return _indent; }
+    bool isPrintingLevels() const { return _printLevels; }
+
+    TraceLevel* findLevel(char const* name);
+    void parse(char const* options);
+    void printPid(std::ostream& stream) const;
+    void printLocation(std::ostream& stream, char const* file, int line) const;
+    bool hasPrefix() const { return _prefix; }
+    void printLevels(std::ostream& stream) const;
+
+private:
+    TraceOptions();
+
+    void reset();
+    void apply(Token token, char const* value);
+    void applyGated(Token token, char const* value);
+    void switchLevel(char const* name, bool enabled);
+    void switchAll(bool enabled);
+    char const* reduce(char const* file) const;
+
+    bool _on = true;
+    bool _prefix = true;
+    bool _line = false;
+    bool _pid = false;
+    bool _indent = true;
+    std::int32_t _fnDirs = 0;
+    std::int32_t _fnWidth = defaultFileWidth;
+    bool _printLevels = false;
+    bool _writeProtect = false;
+    std::int32_t _allLevels = 0;  ///< what a new level is: 1 on, 2 off, 0 off for want of a rule
+    std::map<char const*, TraceLevel*, NameOrder> _levels;
+    char _pidText[10];
+};
+
+TraceOptions& TraceOptions::get()
+{
+    // Never destroyed: lines are traced until the last static object is gone.
+    static TraceOptions& options = *new TraceOptions;
+    return options;
+}
+
+TraceOptions::TraceOptions()
+{
+    std::ostringstream pid;
+    pid << OsUtils::getPid();
+    const std::string text = pid.str().substr(0, sizeof _pidText - 1);
+    std::memcpy(_pidText, text.c_str(), text.size() + 1);
+    reset();
+    parse(OsEnv::getVariable("VN_TRACE_OPTIONS"));
+}
+
+void TraceOptions::reset()
+{
+    if (_writeProtect)
+        return;
+    flip(_on, true);
+    _prefix = true;
+    _line = false;
+    _pid = false;
+    _indent = true;
+    _fnDirs = 0;
+    _fnWidth = defaultFileWidth;
+    _printLevels = false;
+    switchAll(false);
+    _allLevels = 0;
+    parse(defaultOptions);
+}
+
+TraceLevel* TraceOptions::findLevel(char const* name)
+{
+    const auto found = _levels.find(name);
+    if (found != _levels.end())
+        return found->second;
+    std::unique_ptr<TraceLevel> level(new TraceLevel(name));
+    level->_enabled = _allLevels == 1;
+    _levels.emplace(level->_name.get(), level.get());
+    return level.release();
+}
+
+void TraceOptions::switchLevel(char const* name, bool enabled)
+{
+    if (name == nullptr)
+        return;
+    if (std::strcmp(name, "all") != 0) {
+        flip(findLevel(name)->_enabled, enabled);
+        return;
+    }
+    switchAll(enabled);
+    _allLevels = enabled ? 1 : 2;
+}
+
+void TraceOptions::switchAll(bool enabled)
+{
+    for (auto const& [name, level] : _levels)
+        flip(level->_enabled, enabled);
+}
+
+void TraceOptions::parse(char const* options)
+{
+    const ArrayPtr<char> copy = duplicateString(options);
+    char* rest = copy.get();
+    while (*rest != '\0') {
+        char* value = nullptr;
+        const int token = InOptionParser::getSubOption(&rest, const_cast<char* const*>(tokens), &value);
+        if (token < 0)
+            throw ExInternalError(sourceName, __LINE__,
+                                  ExReasonText("Unknown token \"%s\" in trace options.", value).get());
+        apply(static_cast<Token>(token), value);
+    }
+}
+
+void TraceOptions::apply(Token token, char const* value)
+{
+    switch (token) {
+    case Token::printLevels:
+        _printLevels = true;
+        break;
+    case Token::writeProtect:
+        _writeProtect = true;
+        break;
+    case Token::reset:
+        reset();
+        break;
+    default:
+        if (!_writeProtect)
+            applyGated(token, value);
+    }
+}
+
+void TraceOptions::applyGated(Token token, char const* value)
+{
+    switch (token) {
+    case Token::on:
+    case Token::off:
+        flip(_on, token == Token::on);
+        break;
+    case Token::line:
+    case Token::noLine:
+        _line = token == Token::line;
+        break;
+    case Token::indent:
+    case Token::noIndent:
+        _indent = token == Token::indent;
+        break;
+    case Token::prefix:
+    case Token::noPrefix:
+        _prefix = token == Token::prefix;
+        break;
+    case Token::pid:
+    case Token::noPid:
+        _pid = token == Token::pid;
+        break;
+    case Token::show:
+    case Token::hide:
+        switchLevel(value, token == Token::show);
+        break;
+    case Token::fnDirs:
+        _fnDirs = value != nullptr ? toCount(value, 0) : _fnDirs;
+        break;
+    case Token::fnWidth:
+        _fnWidth = value != nullptr ? toCount(value, defaultFileWidth) : _fnWidth;
+        break;
+    default:
+        break;
+    }
+}
+
+/// The last component of a path, and `_fnDirs` folders before it.
+char const* TraceOptions::reduce(char const* file) const
+{
+    char const* name = file + std::strlen(file);
+    for (std::int64_t separators = std::int64_t(_fnDirs) + 1; name != file; --name)
+        if (name[-1] == '/' && --separators == 0)
+            break;
+    return name;
+}
+
+void TraceOptions::printPid(std::ostream& stream) const
+{
+    if (_pid)
+        stream << std::left << std::setw(10) << _pidText;
+}
+
+void TraceOptions::printLocation(std::ostream& stream, char const* file, int line) const
+{
+    if (!_line)
+        return;
+    const std::string name = std::string(reduce(file)).substr(0, static_cast<std::size_t>(_fnWidth));
+    stream << std::left << std::setw(_fnWidth) << name << " (" << std::right << std::setw(4) << line << ") ";
+}
+
+void TraceOptions::printLevels(std::ostream& stream) const
+{
+    const PlainStream plain(stream);
+    stream << "\nRegistered trace levels:\n\n";
+    for (auto const& [name, level] : _levels) {
+        stream << (look(level->_enabled) ? "X " : "  ") << std::left << std::setw(30) << name << ' ';
+        bool isFirst = true;
+        for (char const* file : level->_files) {
+            if (!isFirst)
+                stream << '\n' << std::string(33, ' ');
+            stream << reduce(file);
+            isFirst = false;
+        }
+        stream << '\n';
+    }
+    stream << std::endl;
+}
+
+TraceLevel::TraceLevel(char const* name) : _name(duplicateString(name)), _enabled(false) {}
+
+namespace
+{
+/// A bad VN_TRACE_OPTIONS ends the program here, where no loader can come between the exception and its message.
+TraceLevel* registerMainLevel() noexcept
+{
+    return Trace::registerLevel("Main", sourceName);
+}
+}  // namespace
+
+TraceLevel* Trace::MainTraceLevel = registerMainLevel();
+
+Trace::Trace() : _depth(0) {}
+
+Trace::~Trace() = default;
+
+void Trace::printPrefix(std::ostream&) {}
+
+bool Trace::isEnabled(TraceLevel const& level)
+{
+    return TraceOptions::get().isOn() && look(level._enabled);
+}
+
+TraceLevel* Trace::registerLevel(char const* name, char const* file)
+{
+    TraceLevel* const level = TraceOptions::get().findLevel(ExReasonText::orEmpty(name));
+    if (file != nullptr)
+        level->_files.push_back(file);
+    return level;
+}
+
+void Trace::setOptions(char const* options)
+{
+    TraceOptions::get().parse(options);
+}
+
+void Trace::printLevels(std::ostream& stream)
+{
+    TraceOptions::get().printLevels(stream);
+}
+
+void Trace::log(std::ostream& stream, char const* file, int line)
+{
+    prefix(stream, file, line);
+    if (TraceOptions::get().isIndenting())
+        stream << "| ";
+}
+
+void Trace::print(std::ostream& stream, char const* file, int line, char const* format, ...)
+{
+    static char buffer[1024];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(buffer, sizeof buffer, format, arguments);
+    va_end(arguments);
+    log(stream, file, line);
+    stream << buffer;
+}
+
+void Trace::printException(ExBase const& exception, char const* file, int line)
+{
+    static TraceLevel const& level = *registerLevel("Exceptions", sourceName);
+    if (!isEnabled(level))
+        return;
+    std::ostringstream stream;
+    log(stream, file, line);
+    stream << "Throwing exception " << exception.getDetailedReason() << '\0';
+    TraceManager::getInstance().print(stream.str().c_str());
+}
+
+void Trace::entering(std::ostream& stream, char const* file, int line, char const* function)
+{
+    prefix(stream, file, line);
+    const bool isIndenting = TraceOptions::get().isIndenting();
+    stream << (isIndenting ? "+ " : ">>> ") << function;
+    if (isIndenting)
+        indent();
+}
+
+void Trace::exiting(std::ostream& stream, char const* file, int line, char const* function)
+{
+    prefix(stream, file, line);
+    if (TraceOptions::get().isIndenting()) {
+        stream << '/';
+        unindent();
+    } else
+        stream << "<<< " << function;
+}
+
+void Trace::prefix(std::ostream& stream, char const* file, int line)
+{
+    static std::atomic<bool> hasPrintedLevels = false;
+    TraceOptions& options = TraceOptions::get();
+    if (!hasPrintedLevels.exchange(true, std::memory_order_relaxed) && options.isPrintingLevels())
+        printLevels(stream);
+    const PlainStream plain(stream);
+    options.printPid(stream);
+    if (options.hasPrefix())
+        printPrefix(stream);
+    options.printLocation(stream, ExReasonText::orEmpty(file), line);
+    if (!options.isIndenting() || _depth < 1)
+        return;
+    stream << ' ';
+    for (std::int32_t i = 1; i < _depth; ++i)
+        stream << (i % 2 != 0 ? ' ' : '|');
+}
+
+void Trace::indent()
+{
+    _depth += 2;
+}
+
+void Trace::unindent()
+{
+    _depth -= 2;
+}
+
+Trace::Entry::Entry(Trace& trace, TraceLevel const& level, char const* function, char const* file, int line)
+    : _trace(&trace), _file(file), _lineNumber(line), _function(function), _active(isEnabled(level))
+{
+    if (!_active)
+        return;
+    std::ostringstream stream;
+    _trace->entering(stream, _file, _lineNumber, ExReasonText::orEmpty(_function));
+    stream << '\0';
+    TraceManager::getInstance().print(stream.str().c_str());
+}
+
+Trace::Entry::~Entry()
+{
+    if (!_active)
+        return;
+    std::ostringstream stream;
+    _trace->exiting(stream, _file, _lineNumber, ExReasonText::orEmpty(_function));
+    stream << '\0';
+    TraceManager::getInstance().print(stream.str().c_str());
+}
+
+namespace
+{
+/// The library's own manager: one depth for all threads.
+class SingleTraceManager : public TraceManager
+{
+public:
+    SingleTraceManager() : TraceManager(0) {}
+
+    Trace& getTrace() override { return _trace; }
+
+private:
+    Trace _trace;
+};
+
+TraceManager& getSingleManager()
+{
+    static SingleTraceManager& manager = *new SingleTraceManager;
+    return manager;
+}
+}  // namespace
+
+TraceManager* TraceManager::_manager = nullptr;
+bool TraceManager::_hasRegistered = false;
+
+TraceManager::TraceManager(int priority) : _priority(priority)
+{
+    registerManager(this);
+}
+
+TraceManager::~TraceManager()
+{
+    unregisterManager(this);
+}
+
+void TraceManager::registerManager(TraceManager* manager)
+{
+    if (!_hasRegistered || _manager == nullptr || manager->_priority > _manager->_priority) {
+        _manager = manager;
+        _hasRegistered = true;
+    }
+}
+
+void TraceManager::unregisterManager(TraceManager* manager)
+{
+    if (_manager == manager)
+        _manager = &getSingleManager();
+}
+
+TraceManager& TraceManager::getInstance()
+{
+    // Acquire and release: two threads may come here first, and one of them finds what the other has made.
+    const std::atomic_ref manager(_manager);
+    if (manager.load(std::memory_order_acquire) == nullptr)
+        manager.store(&getSingleManager(), std::memory_order_release);
+    return *manager.load(std::memory_order_acquire);
+}
+
+void TraceManager::print(char const* text) const
+{
+    if (text != nullptr && *text != '\0')
+        std::cout << text << std::endl;
+}
+
+}  // namespace Vn

@@ -1,0 +1,210 @@
+#include <base/lginterprocesslock.h>
+
+#include "child.h"
+#include "expectchild.h"
+#include "tempfolder.h"
+
+#include <base/exsyserror.h>
+#include <base/lginterprocesslockname.h>
+#include <base/objptr.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+using Vn::ExSysErrorWindows;
+using Vn::LgInterProcessLock;
+using Vn::LgInterProcessLockGuard;
+using Vn::ObjPtr;
+using VnTest::Child;
+using VnTest::ChildRun;
+
+namespace
+{
+using Lock = ObjPtr<LgInterProcessLock>;
+
+Lock make(std::string const& name)
+{
+    return Lock(LgInterProcessLock::create(name.c_str()));
+}
+
+/// A name that no other test, and no other run of this one, has.
+std::string uniqueName(VnTest::TempFolder const& folder)
+{
+    return "vnbase test " + folder.path().substr(folder.path().find_last_of("/\\") + 1);
+}
+}  // namespace
+
+TEST(LgInterProcessLock, fileNamesAreDifferentAndPlain)
+{
+    const struct
+    {
+        std::string lock;
+        char const* file;
+    } table[] = {
+        {"", ""},         {"renderer-log_2", "renderer-log_2"},
+        {"a b", "a%20b"}, {"a/b", "a%2fb"},
+        {"..", "%2e%2e"}, {"%20", "%2520"},
+        {"~", "%7e"},     {"\xFF\n", "%ff%0a"},
+    };
+    for (auto const& row : table)
+        EXPECT_EQ(Vn::getLockFileName(row.lock), row.file);
+    EXPECT_EQ(Vn::getLockFileName(std::string(200, 'x')), std::string(200, 'x'));
+    const std::string cut = Vn::getLockFileName(std::string(201, 'x'));
+    EXPECT_EQ(cut.substr(0, 201), std::string(200, 'x') + "~");
+    EXPECT_EQ(cut.size(), 217u);
+    EXPECT_NE(cut, Vn::getLockFileName(std::string(202, 'x')));
+    EXPECT_EQ(Vn::getLockFileName(std::string(100, '/')).size(), 217u);
+}
+
+TEST(LgInterProcessLock, itsHolderMayTakeItAgainThroughAnyObjectOfItsName)
+{
+    const VnTest::TempFolder folder;
+    const Lock one = make(uniqueName(folder)), two = make(uniqueName(folder));
+    one->lock();
+    one->lock();
+    two->lock();
+    one->unlock();
+    one->unlock();
+    two->unlock();
+    EXPECT_THROW(one->unlock(), ExSysErrorWindows);
+    EXPECT_THROW(two->unlock(), ExSysErrorWindows);
+}
+
+TEST(LgInterProcessLock, onlyTheHolderUnlocks)
+{
+    const VnTest::TempFolder folder;
+    const Lock lock = make(uniqueName(folder));
+    EXPECT_THROW(lock->unlock(), ExSysErrorWindows);
+    const LgInterProcessLockGuard guard(lock.get());
+    std::thread([&lock] { EXPECT_THROW(lock->unlock(), ExSysErrorWindows); }).join();
+}
+
+TEST(LgInterProcessLock, locksOfDifferentNamesAreIndependent)
+{
+    const VnTest::TempFolder folder;
+    const Lock one = make(uniqueName(folder) + "1"), two = make(uniqueName(folder) + "2");
+    const Lock nameless(LgInterProcessLock::create(nullptr)), other(LgInterProcessLock::create(nullptr));
+    const LgInterProcessLockGuard guard(one.get());
+    const LgInterProcessLockGuard namelessGuard(nameless.get());
+    // A thread that had to wait for this one would never end.
+    std::thread([&two, &other] {
+        const LgInterProcessLockGuard inner(two.get());
+        const LgInterProcessLockGuard innerNameless(other.get());
+    }).join();
+}
+
+TEST(LgInterProcessLock, threadsExcludeEachOther)
+{
+    const VnTest::TempFolder folder;
+    long count = 0;  // not atomic: a race shows as a lost step, and under the thread sanitizer
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&count, &folder] {
+            const Lock lock = make(uniqueName(folder));
+            for (int j = 0; j < 500; ++j) {
+                const LgInterProcessLockGuard guard(lock.get());
+                ++count;
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(count, 2000);
+}
+
+VN_CHILD(lgLockCount)
+{
+    const Lock lock = make(argv[1]);
+    for (int i = 0; i < 300; ++i) {
+        const LgInterProcessLockGuard guard(lock.get());
+        long count = 0;
+        std::ifstream(argv[2]) >> count;
+        std::ofstream(argv[2]) << count + 1;
+    }
+    return 0;
+}
+
+TEST(LgInterProcessLock, processesExcludeEachOther)
+{
+    const VnTest::TempFolder folder;
+    const std::string path = folder.file("count", "0");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&folder, &path] {
+            EXPECT_EQ(Child("lgLockCount").arguments({uniqueName(folder), path}).run().exitCode, 0);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(VnTest::contentOf(path), "1200");
+}
+
+VN_CHILD(lgLockAndDie)
+{
+    LgInterProcessLock* const lock = LgInterProcessLock::create(argv[1]);
+    lock->lock();
+    std::_Exit(7);
+}
+
+TEST(LgInterProcessLock, aHolderThatDiesHoldsNobodyUp)
+{
+    const VnTest::TempFolder folder;
+    const Lock lock = make(uniqueName(folder));
+    const ChildRun run = Child("lgLockAndDie").arguments({uniqueName(folder)}).run();
+    EXPECT_EQ(run.exitCode, 7);
+#if defined(_WIN32)
+    try {
+        lock->lock();
+        ADD_FAILURE() << "the first one is told";
+    } catch (ExSysErrorWindows const& failure) {
+        EXPECT_EQ(failure.getErrorCode(), 735);  // ERROR_ABANDONED_WAIT_0
+    }
+    EXPECT_THROW(lock->unlock(), ExSysErrorWindows) << "and doesn't hold it";
+#endif
+    std::thread([&lock] { const LgInterProcessLockGuard guard(lock.get()); }).join();
+    const LgInterProcessLockGuard guard(lock.get());
+}
+
+TEST(LgInterProcessLock, aThreadThatEndsHoldsNobodyUp)
+{
+    const VnTest::TempFolder folder;
+    const Lock lock = make(uniqueName(folder));
+    std::thread([&lock] {
+        lock->lock();
+        lock->lock();
+    }).join();
+#if defined(_WIN32)
+    EXPECT_THROW(lock->lock(), ExSysErrorWindows);
+#endif
+    const LgInterProcessLockGuard guard(lock.get());
+}
+
+VN_CHILD(lgLockStatic)
+{
+    // Locked and unlocked when the process has nearly ended.
+    struct AtTheEnd
+    {
+        explicit AtTheEnd(std::string const& name) : lock(make(name)) {}
+        ~AtTheEnd()
+        {
+            const LgInterProcessLockGuard guard(lock.get());
+            std::cout << "locked\n" << std::flush;
+        }
+        Lock lock;
+    };
+    static const AtTheEnd atTheEnd(argv[1]);
+    const LgInterProcessLockGuard guard(atTheEnd.lock.get());
+    return 0;
+}
+
+TEST(LgInterProcessLock, worksInTheLastDestructors)
+{
+    const VnTest::TempFolder folder;
+    const ChildRun run = Child("lgLockStatic").arguments({uniqueName(folder)}).run();
+    EXPECT_EQ(run.out, "locked\n");
+    EXPECT_EQ(run.exitCode, 0);
+}

@@ -1,0 +1,557 @@
+#include "loggertest.h"
+
+#include "expectchild.h"
+#include "expectthrow.h"
+#include "testpackage.h"
+
+#include <base/exinternalerror.h>
+#include <base/hwcounter.h>
+
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+
+using namespace Vn;
+using VnTest::Child;
+using VnTest::ChildRun;
+using VnTest::LoggerTest;
+using VnTest::StampedQueue;
+
+namespace
+{
+using LgLogTest = LoggerTest;
+
+std::string displayed()
+{
+    testing::internal::CaptureStdout();
+    LgLog::displaySetup();
+    return testing::internal::GetCapturedStdout();
+}
+
+/// The line of a level in what displaySetup() writes, without the level's word.
+std::string displayed(LgTypes::Level level)
+{
+    std::istringstream lines(displayed());
+    const std::string word = std::string(LgTypes::levelToString(level)) + ": ";
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with(word))
+            return line.substr(word.size());
+    return "no such line";
+}
+
+LgQueue* getTestQueue()
+{
+    static LgQueue& queue = *new LgQueue(0x77);
+    return &queue;
+}
+
+/// A start banner without its date: "startup", "date", "", "clock VALUE".
+void expectStartBanner(std::vector<std::string> const& lines, std::size_t first)
+{
+    ASSERT_GE(lines.size(), first + 4);
+    EXPECT_EQ(lines[first], "===== Message Logger Startup =====");
+    EXPECT_TRUE(lines[first + 1].starts_with("===== Started on ")) << lines[first + 1];
+    EXPECT_EQ(lines[first + 1].size(), 17u + 24u) << "Www Mmm dd hh:mm:ss yyyy";
+    EXPECT_EQ(lines[first + 2], "");
+    EXPECT_TRUE(lines[first + 3].starts_with("===== Clock Frequency: ")) << lines[first + 3];
+}
+
+constexpr char stopped[] = "===== Message Logger Stopped =====";
+}  // namespace
+
+TEST_F(LgLogTest, defaultsAreTwoFilesAndTheStandardOutput)
+{
+    start();
+    const std::string events = folder.path("events.log"), prof = folder.path("prof.log");
+    EXPECT_EQ(displayed(), "===== Log Setup =====\n"
+                           "Internal Error: " +
+                               events +
+                               " \n"
+                               "Fatal Error: " +
+                               events +
+                               " \n"
+                               "Error: " +
+                               events +
+                               " \n"
+                               "Warning: " +
+                               events +
+                               " \n"
+                               "Informational: " +
+                               events +
+                               " \n"
+                               "Tracing: stdout, \n"
+                               "Profiling: " +
+                               prof +
+                               " \n"
+                               "===== End Setup =====\n");
+    for (int level = 0; level < 7; ++level) {
+        EXPECT_EQ(LgLog::isLevelEchoed(LgTypes::Level(level)), level == LgTypes::Tracing);
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Level(level)) == nullptr, level == LgTypes::Tracing);
+    }
+    EXPECT_EQ(LgLog::getLevelOutput(LgTypes::InternalError), LgLog::getLevelOutput(LgTypes::Informational));
+    EXPECT_NE(LgLog::getLevelOutput(LgTypes::InternalError), LgLog::getLevelOutput(LgTypes::Profiling));
+    stop();
+    ASSERT_EQ(this->events().size(), 5u) << "five levels, one banner";
+    expectStartBanner(this->events(), 0);
+    EXPECT_EQ(this->events()[4], stopped);
+    EXPECT_EQ(VnTest::linesOf(prof).size(), 5u);
+}
+
+TEST_F(LgLogTest, anOutputVariableSaysEchoAppendAndFile)
+{
+    const struct
+    {
+        char const* value;
+        bool echo;
+        char const* display;
+    } table[] = {
+        {"--", false, "Disabled"},
+        {"--name", false, "Disabled"},
+        {"%", true, "stdout, "},
+        {"%name", true, "stdout, name "},
+        {"%+name", true, "stdout, name [Append]"},
+        {"%+", true, "stdout,  [Append]"},
+        {"+", false, "[Append]"},
+        {"+name", false, "name [Append]"},
+        {"++name", false, "name [Append]"},
+        {"++", false, "[Append]"},
+        {"name", false, "name "},
+        {"-name", false, "-name "},
+        {"-", false, "- "},
+        {"+++name", false, "+name [Append]"},
+        {"%++name", true, "stdout, +name [Append]"},
+        {"%%name", true, "stdout, %name "},
+        {"+%name", false, "%name [Append]"},
+    };
+    const VnTest::WorkingFolder here(folder.path());
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.value);
+        for (char const* variable :
+             {"VN_LOG_INTERNAL_ERROR", "VN_LOG_WARNING", "VN_LOG_TRACING", "VN_LOG_PROFILING"})
+            set(variable, row.value);
+        start();
+        for (const LgTypes::Level level :
+             {LgTypes::InternalError, LgTypes::Warning, LgTypes::Tracing, LgTypes::Profiling}) {
+            EXPECT_EQ(displayed(level), row.display) << level;
+            EXPECT_EQ(LgLog::isLevelEchoed(level), row.echo) << level;
+        }
+        stop();
+    }
+}
+
+VN_CHILD(lgLogEmptyName)
+{
+    VnTest::start();
+    std::ostream const* const output = LgLog::getLevelOutput(LgTypes::Warning);
+    if (output == nullptr)
+        std::cout << "none\n";
+    else
+        std::cout << (output->fail() ? "failed\n" : "open\n");
+    LgLog::displaySetup();
+    VnTest::stop();
+    return 0;
+}
+
+#if !defined(_WIN32)  // which has no empty variables
+TEST(LgLog, anEmptyVariableNamesAFileThatCanNotBe)
+{
+    const VnTest::TempFolder folder;
+    const ChildRun run =
+        Child("lgLogEmptyName").with("VN_LOG_WARNING", "").with("T4Q_TEST_DIR", folder.path()).run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.out.starts_with("failed\n"));
+    EXPECT_NE(run.out.find("Warning:  \n"), std::string::npos) << run.out;
+}
+
+TEST(LgLog, anEmptyDirectoryVariableIsNone)
+{
+    const VnTest::TempFolder folder;
+    const ChildRun run = Child("lgLogEmptyName").with("T4Q_TEST_DIR", "").with("TMPDIR", folder.path()).run();
+    EXPECT_NE(run.out.find("Warning: " + folder.path("events.log") + " \n"), std::string::npos) << run.out;
+}
+#endif
+
+TEST_F(LgLogTest, levelsThatNameOneFileShareItsStream)
+{
+    const std::string path = folder.path("shared.log");
+    set("VN_LOG_FATAL_ERROR", path);
+    set("VN_LOG_WARNING", "%+" + path);  // the first one's stream, whatever this says
+    start();
+    EXPECT_EQ(LgLog::getLevelOutput(LgTypes::FatalError), LgLog::getLevelOutput(LgTypes::Warning));
+    EXPECT_NE(LgLog::getLevelOutput(LgTypes::FatalError), LgLog::getLevelOutput(LgTypes::RecoverableError));
+    stop();
+    ASSERT_EQ(VnTest::linesOf(path).size(), 5u);
+    expectStartBanner(VnTest::linesOf(path), 0);
+    EXPECT_EQ(VnTest::linesOf(path)[4], stopped);
+}
+
+TEST_F(LgLogTest, filesBeginAnewUnlessTheyAreAppendedTo)
+{
+    const std::string begun = folder.file("begun.log", "old\n"), continued = folder.file("continued.log", "old\n");
+    set("VN_LOG_WARNING", begun);
+    set("VN_LOG_TRACING", "+" + continued);
+    start();
+    stop();
+    EXPECT_EQ(VnTest::linesOf(begun).front(), "===== Message Logger Startup =====");
+    ASSERT_EQ(VnTest::linesOf(continued).size(), 6u);
+    EXPECT_EQ(VnTest::linesOf(continued)[0], "old");
+    expectStartBanner(VnTest::linesOf(continued), 1);
+}
+
+TEST_F(LgLogTest, withoutTimeStampsABannerIsOneLine)
+{
+    set("VN_LOG_DISABLE_TIMESTAMPS", "0");  // any value
+    start();
+    EXPECT_FALSE(LgLog::isTimeStampsEnabled());
+    StampedQueue queue;
+    queue.log(5, "Cache text");
+    LgReader().flushAll();
+    queue.end();
+    stop();
+    EXPECT_EQ(events(), (std::vector<std::string>{"===== Message Logger Startup =====", "Cache text", stopped}));
+}
+
+VN_CHILD(lgLogBanner)
+{
+    VnTest::start();
+    std::ostream& stream = *LgLog::getLevelOutput(LgTypes::Warning);
+    std::cout << stream.precision() << ' ' << ((stream.flags() & std::ios::floatfield) == std::ios::fixed) << '\n';
+    char resolution[64];
+    std::snprintf(resolution, sizeof resolution, "%.9f", HwCounter::resolution());
+    std::cout << resolution << '\n';
+    VnTest::stop();
+    return 0;
+}
+
+TEST(LgLog, theBannerTellsTheSecondsPerCount)
+{
+    const VnTest::TempFolder folder;
+    const ChildRun run = Child("lgLogBanner").with("T4Q_TEST_DIR", folder.path()).run();
+    const std::vector<std::string> lines = VnTest::linesOf(folder.path("events.log"));
+    ASSERT_EQ(lines.size(), 5u);
+    const std::string resolution = lines[3].substr(23);
+    EXPECT_EQ(run.out, "6 1\n" + resolution + "\n");
+    EXPECT_EQ(resolution.substr(0, 2), "0.");
+    EXPECT_EQ(resolution.size(), 11u);
+    EXPECT_EQ(run.exitCode, 0);
+}
+
+TEST_F(LgLogTest, aDirectoryThatCanNotBeMadeLeavesNoDefaultFiles)
+{
+    set("T4Q_TEST_DIR", folder.path("missing") + "/inner");
+    set("VN_LOG_WARNING", folder.path("explicit.log"));
+    start();
+    EXPECT_EQ(displayed(), "===== Log Setup =====\n"
+                           "Internal Error: Disabled\n"
+                           "Fatal Error: \n"
+                           "Error: \n"
+                           "Warning: " +
+                               folder.path("explicit.log") +
+                               " \n"
+                               "Informational: \n"
+                               "Tracing: stdout, \n"
+                               "Profiling: Disabled\n"
+                               "===== End Setup =====\n");
+    stop();
+    EXPECT_EQ(VnTest::linesOf(folder.path("explicit.log")).size(), 5u);
+}
+
+TEST_F(LgLogTest, theDirectoryIsMade)
+{
+    set("T4Q_TEST_DIR", folder.path("made"));
+    start();
+    stop();
+    EXPECT_EQ(VnTest::linesOf(folder.path("made/events.log")).size(), 5u);
+}
+
+TEST_F(LgLogTest, aFileInTheDirectorysPlaceIsAFailure)
+{
+    set("T4Q_TEST_DIR", folder.file("file"));
+    VnTest::expectThrow<ExInternalError, std::runtime_error>([] { LgLog::init(); },
+                                                             "A regular file with the same path name exists.");
+}
+
+TEST_F(LgLogTest, aFileThatCanNotBeOpenedTakesNothingAndSaysNothing)
+{
+    set("VN_LOG_WARNING", "%" + folder.path("missing") + "/warning.log");
+    start();
+    std::ostream const* const output = LgLog::getLevelOutput(LgTypes::Warning);
+    ASSERT_NE(output, nullptr);
+    EXPECT_TRUE(output->fail());
+    StampedQueue queue(0xABC);
+    queue.log(5, "Cache text");
+    testing::internal::CaptureStdout();
+    LgReader().flushAll();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "0000000000 0000000005 (0x00000abc) Warning: Cache text\n")
+        << "the echo works";
+    queue.end();
+    stop();
+}
+
+TEST_F(LgLogTest, thresholdAndGroupsComeFromTheEnvironment)
+{
+    set("VN_LOG_DEFAULT_LEVEL", "Informational");
+    set("VN_LOG_GROUPS", "Radiosity=Profiling");
+    start();
+    EXPECT_EQ(LgMajorGroup::getDefaultThreshold(), LgTypes::Informational);
+    EXPECT_EQ(LgMajorGroup::getInstanceForName("Radiosity").getLogLevels(), 0xFAu);
+    EXPECT_EQ(LgMajorGroup::getInstanceForName("new").getLogLevels(), 0xF8u);
+}
+
+TEST_F(LgLogTest, anUnknownThresholdIsPassedOverInSilence)
+{
+    set("VN_LOG_DEFAULT_LEVEL", "informational");
+    testing::internal::CaptureStdout();
+    start();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(LgMajorGroup::getDefaultThreshold(), LgTypes::Warning);
+}
+
+TEST_F(LgLogTest, blockingTraceIsOnAtAnyValue)
+{
+    start();
+    EXPECT_FALSE(LgLog::getBlockingTrace());
+    LgLog::setBlockingTrace(true);
+    EXPECT_TRUE(LgLog::getBlockingTrace());
+    stop();
+    set("VN_BLOCKING_TRACE", "0");
+    start();
+    EXPECT_TRUE(LgLog::getBlockingTrace());
+}
+
+TEST_F(LgLogTest, switchesSwitch)
+{
+    EXPECT_FALSE(LgLog::isLoggerActive());
+    LgLog::setLoggerActivation(true);
+    EXPECT_TRUE(LgLog::isLoggerActive());
+    LgLog::disableTimeStamps();
+    EXPECT_FALSE(LgLog::isTimeStampsEnabled());
+    LgLog::enableTimeStamps();
+    EXPECT_TRUE(LgLog::isTimeStampsEnabled());
+    for (int level = 0; level < 7; ++level)
+        EXPECT_EQ(LgLog::isInactiveOutputAllowed(LgTypes::Level(level)), level != LgTypes::Profiling);
+}
+
+TEST_F(LgLogTest, valuesThatAreNoLevelHaveNoOutput)
+{
+    start();
+    for (const int value : {-1, 7, 1000}) {
+        EXPECT_FALSE(LgLog::isLevelEchoed(LgTypes::Level(value)));
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Level(value)), nullptr);
+    }
+    StampedQueue queue;
+    queue.log(5, "nowhere", LgTypes::Level(99));
+    LgReader().flushAll();
+    queue.end();
+    EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(LgLogTest, theStartIsAStampOfInit)
+{
+    const std::uint64_t before = HwCounter::timeStamp();
+    start();
+    EXPECT_LE(before, LgLog::getStart());
+    EXPECT_GE(HwCounter::timeStamp(), LgLog::getStart());
+}
+
+TEST_F(LgLogTest, theFirstQueueFunctionHasOneQueueForAll)
+{
+    LgQueue& queue = LgLog::getQueue();
+    EXPECT_EQ(&LgLog::getQueue(), &queue);
+    EXPECT_EQ(queue.getThreadId(), 0u);
+    LgLog::setQueueFunction(getTestQueue);
+    EXPECT_EQ(LgLog::getQueue().getThreadId(), 0x77u);
+    LgLog::setQueueFunction(nullptr);
+    EXPECT_EQ(&LgLog::getQueue(), &queue);
+}
+
+VN_CHILD(lgLogFirstQueue)
+{
+    VnTest::start();
+    LgLog::setLoggerActivation(true);
+    const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+    for (int i = 0; i < 1500; ++i)
+        VN_LOG(group, LgTypes::Warning, i);
+    LgReader().flushAll();
+    std::cout << LgReader().eventsPending();
+    LgQueue& queue = LgLog::getQueue();
+    int messages = 0, losses = 0;
+    char text[32768];
+    for (; !queue.isEmpty(); queue.removeEntry()) {
+        if (queue.readEntry().isOverflowEntry())
+            losses += queue.readEntry().getOverflowCount();
+        else {
+            queue.getStream() >> text;
+            ++messages;
+        }
+    }
+    std::cout << ' ' << messages << ' ' << losses << '\n';
+    VnTest::stop();
+    return 0;
+}
+
+TEST(LgLog, theFirstQueueIsSeenByNoReader)
+{
+    const VnTest::TempFolder folder;
+    const ChildRun run = Child("lgLogFirstQueue").with("T4Q_TEST_DIR", folder.path()).run();
+    EXPECT_EQ(run.out, "0 1022 478\n");
+    EXPECT_EQ(VnTest::linesOf(folder.path("events.log")).size(), 5u);
+}
+
+TEST_F(LgLogTest, destroyForgetsDefaultPathsAndStreams)
+{
+    set("VN_LOG_WARNING", "%" + folder.path("warning.log"));
+    start();
+    stop();
+    for (int level = 0; level < 7; ++level)
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Level(level)), nullptr);
+    EXPECT_EQ(displayed(LgTypes::FatalError), "");
+    EXPECT_EQ(displayed(LgTypes::Tracing), "stdout, ") << "the echo stays";
+    EXPECT_NE(LgLog::getRegistry(), nullptr) << "and so does the registry";
+    LgLog::destroy();  // nothing is left to do
+}
+
+TEST_F(LgLogTest, anEventFlushedAfterTheEndIsOnlyEchoed)
+{
+    set("VN_LOG_WARNING", "%" + folder.path("warning.log"));
+    start();
+    StampedQueue queue;
+    queue.log(5, "late");
+    stop();
+    LgLog::disableTimeStamps();
+    testing::internal::CaptureStdout();
+    LgReader().flushAll();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "late\n");
+    queue.end();
+    EXPECT_EQ(VnTest::linesOf(folder.path("warning.log")).back(), stopped);
+}
+
+TEST_F(LgLogTest, whatIsLeftInTheQueuesStaysUnwritten)
+{
+    start();
+    StampedQueue queue;
+    queue.log(5, "left");
+    stop();
+    EXPECT_TRUE(messages().empty());
+    EXPECT_FALSE(queue->isEmpty());
+    queue.end();
+}
+
+TEST_F(LgLogTest, itStartsAgainWithANewRegistryAndNewFiles)
+{
+    start();
+    StampedQueue queue;
+    queue.log(5, "first");
+    LgReader().flushAll();
+    EXPECT_EQ(messages().size(), 1u);
+    stop();
+    start();
+    EXPECT_TRUE(LgLog::getRegistry()->getQueueList().empty());
+    EXPECT_TRUE(messages().empty()) << "the file began anew";
+    delete &*queue;
+}
+
+TEST_F(LgLogTest, initWithoutAnEndBeforeLeaksNothing)
+{
+    start();
+    LgLog::init();
+    stop();
+    EXPECT_EQ(events().size(), 5u);
+}
+
+namespace
+{
+/// A registry that tells what is asked of it.
+class TellingRegistry : public LgSimpleRegistry
+{
+public:
+    explicit TellingRegistry(std::string& told) : _told(told) {}
+    ~TellingRegistry() override { _told += "~"; }
+
+    void registerQueue(LgQueue* queue) override
+    {
+        _told += "+" + std::to_string(queue->getThreadId());
+        LgSimpleRegistry::registerQueue(queue);
+    }
+    void deregisterQueue(LgQueue* queue) override
+    {
+        _told += "-" + std::to_string(queue->getThreadId());
+        LgSimpleRegistry::deregisterQueue(queue);
+    }
+
+private:
+    std::string& _told;
+};
+}  // namespace
+
+TEST_F(LgLogTest, aNewRegistryTakesTheQueuesOver)
+{
+    start();
+    std::string first, second;
+    LgQueue one(1), two(2);
+    {
+        const ObjPtrRet<LgRegistry> simple = LgLog::setRegistry(ObjPtr<LgRegistry>(new TellingRegistry(first)));
+        EXPECT_NE(simple.get(), nullptr);
+        LgLog::getRegistry()->registerQueue(&one);
+        LgLog::getRegistry()->registerQueue(&two);
+        EXPECT_EQ(first, "+1+2");
+        const ObjPtrRet<LgRegistry> before = LgLog::setRegistry(ObjPtr<LgRegistry>(new TellingRegistry(second)));
+        EXPECT_EQ(second, "+1+2");
+        EXPECT_EQ(first, "+1+2-1-2");
+        EXPECT_TRUE(before->getQueueList().empty());
+        EXPECT_EQ(LgLog::getRegistry()->getQueueList(), (List<LgQueue*>{&one, &two}));
+    }
+    EXPECT_EQ(first, "+1+2-1-2~") << "the caller owned it";
+    EXPECT_EQ(LgLog::setRegistry(ObjPtr<LgRegistry>()).get(), nullptr);
+    EXPECT_EQ(second, "+1+2") << "null changes nothing";
+    LgLog::init();
+    EXPECT_EQ(second, "+1+2~") << "the logger owned it";
+    stop();
+}
+
+namespace
+{
+int evaluations = 0;
+
+int evaluated()
+{
+    return ++evaluations;
+}
+}  // namespace
+
+TEST_F(LgLogTest, aMessageThatIsNotWantedIsNotEvaluated)
+{
+    start();
+    LgMajorGroup& major = LgMajorGroup::getInstanceForName("Base");
+    const LgMinorGroup group(major, "Test");
+    evaluations = 0;
+    testing::internal::CaptureStdout();
+    VN_LOG(group, LgTypes::Informational, "disabled " << evaluated());
+    major.setLogThreshold(LgTypes::Profiling, false);
+    VN_LOG(group, LgTypes::Profiling, "silent while inactive " << evaluated());
+    EXPECT_EQ(evaluations, 0);
+    VN_LOG(group, LgTypes::Warning, "said " << evaluated());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Test said 1\n");
+
+    LgLog::setQueueFunction(getTestQueue);
+    LgLog::setLoggerActivation(true);
+    LgQueue& queue = *getTestQueue();
+    {
+        const LgQueue::SuppressGuard guard(queue);
+        VN_LOG(group, LgTypes::Warning, "suppressed " << evaluated());
+    }
+    EXPECT_EQ(evaluations, 1);
+    VN_LOG(group, LgTypes::Profiling, "queued " << evaluated() << ' ' << true);
+    EXPECT_EQ(evaluations, 2);
+    char text[32768];
+    EXPECT_EQ(queue.readEntry().getLevel(), LgTypes::Profiling);
+    queue.getStream() >> text;
+    EXPECT_STREQ(text, "Test queued 2 true");
+    queue.removeEntry();
+    EXPECT_TRUE(queue.isEmpty());
+
+    if (evaluations == 2)
+        VN_LOG(group, LgTypes::Tracing, "a macro in a bare branch");
+    else
+        FAIL();
+}

@@ -1,0 +1,443 @@
+#include "loggertest.h"
+
+#include "expectchild.h"
+
+#include <base/exsyserror.h>
+
+#include <iomanip>
+#include <iostream>
+#include <random>
+
+using namespace Vn;
+using VnTest::LoggerTest;
+using VnTest::LogLine;
+using VnTest::StampedQueue;
+
+namespace
+{
+using LgReaderTest = LoggerTest;
+
+/// Tells when its queue is deleted.
+class Witness : public LgQueue::Observer
+{
+public:
+    explicit Witness(int& deaths) : _deaths(deaths) {}
+    ~Witness() override { ++_deaths; }
+
+    void entryAdded(LgQueue&) override {}
+    void entryRemoved(LgQueue&) override {}
+    void waitForSpace(LgQueue const&, int) override {}
+
+private:
+    int& _deaths;
+};
+
+void watch(LgQueue& queue, int& deaths)
+{
+    queue.changeObserver(ObjPtr<LgQueue::Observer>(new Witness(deaths)));
+}
+
+std::vector<std::string> textsOf(std::vector<std::string> const& lines)
+{
+    std::vector<std::string> texts;
+    for (std::string const& line : lines) {
+        const auto parsed = LogLine::parse(line);
+        texts.push_back(parsed ? parsed->text : "malformed: " + line);
+    }
+    return texts;
+}
+}  // namespace
+
+TEST_F(LgReaderTest, aLineHasTimeThreadLevelAndText)
+{
+    set("VN_LOG_TRACING", folder.path("events.log"));
+    set("VN_LOG_PROFILING", folder.path("events.log"));
+    start();
+    StampedQueue queue(0x1A2B);
+    queue.log((1ULL << 32) + 5, "Cache text");
+    queue.log(0, "a", LgTypes::InternalError);
+    queue.log(0xFFFFFFFFFFFFFFFF, "b", LgTypes::FatalError);
+    queue.log(1, "c", LgTypes::RecoverableError);
+    queue.log(2, "d", LgTypes::Informational);
+    queue.log(4294967295, "e", LgTypes::Tracing);
+    queue.log(1234567890123456789, "f", LgTypes::Profiling);
+    LgReader().flushAll();
+    EXPECT_EQ(messages(), (std::vector<std::string>{"0000000001 0000000005 (0x00001a2b) Warning: Cache text",
+                                                    "0000000000 0000000000 (0x00001a2b) Internal Error: a",
+                                                    "4294967295 4294967295 (0x00001a2b) Fatal Error: b",
+                                                    "0000000000 0000000001 (0x00001a2b) Error: c",
+                                                    "0000000000 0000000002 (0x00001a2b) Informational: d",
+                                                    "0000000000 4294967295 (0x00001a2b) Tracing: e",
+                                                    "0287445236 2112454933 (0x00001a2b) Profiling: f"}));
+    queue.end();
+}
+
+TEST_F(LgReaderTest, lossesAreALineOfTheirOwn)
+{
+    start();
+    StampedQueue queue(0xFFFFFFFF);
+    for (int i = 0; i < 1022; ++i)
+        queue.log(1, "x");
+    for (int i = 0; i < 12; ++i)
+        EXPECT_FALSE(queue->reserveEntry(LgTypes::InternalError));
+    queue.stampLast(7);
+    LgReader().flushAll();
+    ASSERT_EQ(messages().size(), 1023u);
+    EXPECT_EQ(messages().back(), "0000000000 0000000007 (0xffffffff) Informational: Event overflow [12]");
+    queue.end();
+}
+
+TEST_F(LgReaderTest, withoutTimeStampsALineIsTheMessageAlone)
+{
+    set("VN_LOG_DISABLE_TIMESTAMPS", "1");
+    start();
+    StampedQueue queue;
+    for (int i = 0; i < 1022; ++i)
+        queue.log(1, "Cache text");
+    EXPECT_FALSE(queue->reserveEntry(LgTypes::Warning));
+    LgReader().flushAll();
+    ASSERT_EQ(messages().size(), 1023u);
+    EXPECT_EQ(messages().front(), "Cache text");
+    EXPECT_EQ(messages().back(), "Event overflow [1]");
+    queue.end();
+}
+
+TEST_F(LgReaderTest, lossesGoWhereInformationalMessagesGo)
+{
+    set("VN_LOG_INFORMATIONAL", "%");
+    start();
+    StampedQueue queue;
+    for (int i = 0; i < 1022; ++i)
+        queue.log(1, "x", LgTypes::RecoverableError);
+    EXPECT_FALSE(queue->reserveEntry(LgTypes::RecoverableError));
+    queue.stampLast(9);
+    testing::internal::CaptureStdout();
+    LgReader().flushAll();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "0000000000 0000000009 (0x00000000) Informational: Event overflow [1]\n");
+    EXPECT_EQ(messages().size(), 1022u);
+    queue.end();
+}
+
+TEST_F(LgReaderTest, echoAndFileGetTheSameLine)
+{
+    set("VN_LOG_WARNING", "%" + folder.path("warning.log"));
+    start();
+    StampedQueue queue;
+    queue.log(5, "both");
+    testing::internal::CaptureStdout();
+    LgReader().flushAll();
+    const std::string line = "0000000000 0000000005 (0x00000000) Warning: both";
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), line + "\n");
+    EXPECT_EQ(VnTest::linesOf(folder.path("warning.log")).back(), line);
+    queue.end();
+}
+
+TEST_F(LgReaderTest, messagesOfALevelWithoutOutputAreThrownAway)
+{
+    set("VN_LOG_WARNING", "--");
+    start();
+    StampedQueue queue;
+    queue.log(1, "nowhere");
+    queue.log(2, "somewhere", LgTypes::RecoverableError);
+    LgReader().flushAll();
+    EXPECT_TRUE(queue->isEmpty());
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"somewhere"});
+    queue.end();
+}
+
+TEST_F(LgReaderTest, theStreamsFormatIsPlainBehindALine)
+{
+    start();
+    std::ostream& stream = *LgLog::getLevelOutput(LgTypes::Warning);
+    stream << std::hex << std::setfill('*');
+    StampedQueue queue;
+    queue.log(11, "text 16");
+    LgReader().flushAll();
+    EXPECT_EQ(messages(), std::vector<std::string>{"0000000000 0000000011 (0x00000000) Warning: text 16"});
+    EXPECT_EQ(stream.fill(), ' ');
+    EXPECT_EQ(stream.flags() & std::ios::basefield, std::ios::dec);
+    queue.end();
+}
+
+TEST_F(LgReaderTest, eachLineIsInTheFileAtOnce)
+{
+    start();
+    StampedQueue queue;
+    queue.log(1, "first");
+    queue.log(2, "second");
+    LgReader reader;
+    EXPECT_TRUE(reader.flushEarliest());
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"first"});
+    EXPECT_TRUE(reader.flushEarliest());
+    EXPECT_EQ(messages().size(), 2u);
+    EXPECT_FALSE(reader.flushEarliest());
+    queue.end();
+}
+
+TEST_F(LgReaderTest, theLongestTextIsWrittenWhole)
+{
+    start();
+    StampedQueue queue;
+    queue.log(1, std::string(32767, 't'));
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{std::string(32767, 't')});
+    queue.end();
+}
+
+TEST_F(LgReaderTest, queuesAreMergedByTheirStamps)
+{
+    start();
+    StampedQueue one(1), two(2), three(3);
+    one.log(10, "10");
+    one.log(40, "40");
+    two.log(5, "5");
+    two.log(20, "20");
+    two.log(50, "50");
+    three.log(30, "30");
+    EXPECT_TRUE(LgReader().eventsPending());
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"5", "10", "20", "30", "40", "50"}));
+    EXPECT_FALSE(LgReader().eventsPending());
+    one.end();
+    two.end();
+    three.end();
+}
+
+TEST_F(LgReaderTest, equalStampsComeOutInTheOrderOfRegistration)
+{
+    start();
+    StampedQueue one, two, three;
+    three.log(7, "three");
+    two.log(7, "two");
+    one.log(7, "one");
+    two.log(7, "two again");
+    one.log(7, "one again");
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "one again", "two", "two again", "three"}));
+    one.end();
+    two.end();
+    three.end();
+}
+
+TEST_F(LgReaderTest, onlyHeadsAreCompared)
+{
+    start();
+    StampedQueue one, two;
+    one.log(9, "9");
+    one.log(1, "1");  // out of order in its queue, which no writer does
+    two.log(5, "5");
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"5", "9", "1"}));
+    one.end();
+    two.end();
+}
+
+TEST_F(LgReaderTest, mergedLinesAreThoseOfAStableSort)
+{
+    start();
+    std::mt19937 random(5);
+    std::vector<StampedQueue> queues;
+    std::vector<std::pair<std::uint64_t, std::string>> expected;
+    for (int i = 0; i < 20; ++i) {
+        queues.emplace_back(static_cast<unsigned long>(i));
+        std::uint64_t ticks = 0;
+        for (int j = 0; j < 200; ++j) {
+            ticks += random() % 3;
+            const std::string text = std::to_string(i) + ":" + std::to_string(j);
+            queues.back().log(ticks, text);
+            expected.push_back({ticks, text});
+        }
+    }
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](auto const& a, auto const& b) { return a.first < b.first; });
+    LgReader().flushAll();
+    const std::vector<std::string> texts = textsOf(messages());
+    ASSERT_EQ(texts.size(), expected.size());
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        ASSERT_EQ(texts[i], expected[i].second) << i;
+    for (StampedQueue& queue : queues)
+        queue.end();
+}
+
+TEST_F(LgReaderTest, aFinishedQueueIsDeleted)
+{
+    start();
+    int deaths = 0;
+    StampedQueue queue;
+    watch(*queue, deaths);
+    EXPECT_FALSE(LgReader().flushEarliest());
+    EXPECT_EQ(deaths, 0) << "its creator lives";
+    queue->creatorExit();
+    EXPECT_FALSE(LgReader().eventsPending());
+    EXPECT_EQ(deaths, 0) << "asking deletes nothing";
+    EXPECT_FALSE(LgReader().flushEarliest());
+    EXPECT_EQ(deaths, 1);
+    EXPECT_TRUE(LgLog::getRegistry()->getQueueList().empty());
+}
+
+TEST_F(LgReaderTest, aDeadQueueWithMessagesIsDrainedFirst)
+{
+    start();
+    int deaths = 0;
+    StampedQueue queue;
+    watch(*queue, deaths);
+    queue.log(1, "last words");
+    queue->creatorExit();
+    LgReader reader;
+    EXPECT_TRUE(reader.flushEarliest());
+    EXPECT_EQ(deaths, 0);
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"last words"});
+    EXPECT_FALSE(reader.flushEarliest());
+    EXPECT_EQ(deaths, 1);
+}
+
+TEST_F(LgReaderTest, finishedQueuesGoOnlyBeforeTheFirstMessage)
+{
+    start();
+    int before = 0, behind = 0;
+    StampedQueue first, busy, last;
+    watch(*first, before);
+    watch(*last, behind);
+    first->creatorExit();
+    last->creatorExit();
+    busy.log(1, "message");
+    EXPECT_TRUE(LgReader().flushEarliest());
+    EXPECT_EQ(before, 1);
+    EXPECT_EQ(behind, 0);
+    EXPECT_FALSE(LgReader().flushEarliest());
+    EXPECT_EQ(behind, 1);
+    busy.end();
+}
+
+TEST_F(LgReaderTest, aFinishedQueueThatIsListedTwiceIsDeletedOnce)
+{
+    start();
+    int deaths = 0;
+    StampedQueue queue, other;
+    watch(*queue, deaths);
+    LgLog::getRegistry()->registerQueue(&*queue);
+    LgLog::getRegistry()->registerQueue(&*other);
+    LgLog::getRegistry()->registerQueue(&*queue);
+    queue->creatorExit();
+    EXPECT_FALSE(LgReader().flushEarliest());
+    EXPECT_EQ(deaths, 1);
+    EXPECT_EQ(LgLog::getRegistry()->getQueueList().size(), 2u);
+    other.end();
+}
+
+namespace
+{
+/// A lock that tells, and can refuse.
+class TestLock : public LgInterProcessLock
+{
+public:
+    void lock() override
+    {
+        if (isRefusing)
+            throw ExSysErrorWindows("src/base/test", __LINE__);
+        ++depth;
+    }
+    void unlock() override { --depth; }
+
+    bool isRefusing = false;
+    int depth = 0;
+};
+
+/// Logs another message for each that is taken, so many times.
+class Refiller : public LgQueue::Observer
+{
+public:
+    explicit Refiller(int count) : _count(count) {}
+
+    void entryAdded(LgQueue&) override {}
+    void entryRemoved(LgQueue& queue) override
+    {
+        if (_count-- <= 0 || !queue.reserveEntry(LgTypes::Warning))
+            return;
+        queue.getStream() << "more" << ends;
+        queue.addEntry();
+    }
+    void waitForSpace(LgQueue const&, int) override {}
+
+private:
+    int _count;
+};
+}  // namespace
+
+TEST_F(LgReaderTest, flushAllTakesWhatIsAddedMeanwhile)
+{
+    start();
+    StampedQueue queue;
+    queue->changeObserver(ObjPtr<LgQueue::Observer>(new Refiller(5)));
+    queue.log(1, "first");
+    LgReader().flushAll();
+    EXPECT_EQ(messages().size(), 6u);
+    queue.end();
+}
+
+TEST(LgInterProcessLockGuard, holdsItsLockOrNothing)
+{
+    const LgInterProcessLockGuard nothing(nullptr);
+    TestLock lock;
+    {
+        const LgInterProcessLockGuard guard(&lock);
+        EXPECT_EQ(lock.depth, 1);
+    }
+    EXPECT_EQ(lock.depth, 0);
+    lock.isRefusing = true;
+    EXPECT_THROW(const LgInterProcessLockGuard guard(&lock), ExSysErrorWindows);
+}
+
+namespace
+{
+class FailingUnlock : public LgInterProcessLock
+{
+public:
+    void lock() override {}
+    void unlock() override { throw ExSysErrorWindows("src/base/test", __LINE__); }
+};
+}  // namespace
+
+TEST(LgInterProcessLockGuard, aFailingUnlockIsThrownUnlessSomethingElseIsOnItsWay)
+{
+    FailingUnlock lock;
+    EXPECT_THROW({ const LgInterProcessLockGuard guard(&lock); }, ExSysErrorWindows);
+    EXPECT_THROW(
+        {
+            const LgInterProcessLockGuard guard(&lock);
+            throw 7;
+        },
+        int);
+}
+
+VN_CHILD(lgReaderAlone)
+{
+    const bool arePending = LgReader().eventsPending();
+    const bool isFlushed = LgReader().flushEarliest();
+    LgReader().flushAll();
+    std::cout << (LgLog::getRegistry() == nullptr) << arePending << isFlushed << '\n';
+    return 0;
+}
+
+TEST(LgReader, withoutARegistryThereIsNothing)
+{
+    VnTest::expectOutput("lgReaderAlone", "100\n");
+}
+
+TEST_F(LgReaderTest, anOutputThatThrowsCostsItsLineAlone)
+{
+    start();
+    StampedQueue queue;
+    queue.log(1, "refused");
+    queue.log(2, "next", LgTypes::RecoverableError);
+    std::ostream& stream = *LgLog::getLevelOutput(LgTypes::Warning);
+    stream.setstate(std::ios::badbit);
+    EXPECT_THROW(stream.exceptions(std::ios::badbit), std::ios_base::failure);
+    EXPECT_THROW(LgReader().flushEarliest(), std::ios_base::failure);
+    stream.exceptions(std::ios::goodbit);
+    stream.clear();
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"next"});
+    queue.end();
+}

@@ -1,0 +1,47 @@
+#include <base/lgregistry.h>
+
+#include <base/lgqueue.h>
+
+#include <gtest/gtest.h>
+
+using Vn::LgQueue;
+using Vn::LgSimpleRegistry;
+using Vn::List;
+
+TEST(LgSimpleRegistry, listsQueuesInTheOrderOfRegistration)
+{
+    LgQueue one, two;
+    LgSimpleRegistry registry;
+    EXPECT_TRUE(registry.getQueueList().empty());
+    registry.registerQueue(&two);
+    registry.registerQueue(&one);
+    EXPECT_EQ(registry.getQueueList(), (List<LgQueue*>{&two, &one}));
+}
+
+TEST(LgSimpleRegistry, aQueueRegisteredTwiceIsListedTwiceAndRemovedAtOnce)
+{
+    LgQueue one, two;
+    LgSimpleRegistry registry;
+    for (LgQueue* queue : {&one, &two, &one})
+        registry.registerQueue(queue);
+    EXPECT_EQ(registry.getQueueList(), (List<LgQueue*>{&one, &two, &one}));
+    registry.deregisterQueue(&one);
+    EXPECT_EQ(registry.getQueueList(), List<LgQueue*>{&two});
+    registry.deregisterQueue(&one);  // no longer there
+    EXPECT_EQ(registry.getQueueList(), List<LgQueue*>{&two});
+}
+
+TEST(LgSimpleRegistry, aListIsACopyAndSoIsARegistry)
+{
+    LgQueue queue;
+    LgSimpleRegistry registry;
+    registry.registerQueue(&queue);
+    const List<LgQueue*> list = registry.getQueueList();
+    LgSimpleRegistry copy(registry), assigned;
+    assigned = registry;
+    registry.deregisterQueue(&queue);
+    EXPECT_EQ(list.size(), 1u);
+    EXPECT_EQ(copy.getQueueList().size(), 1u);
+    EXPECT_EQ(assigned.getQueueList().size(), 1u);
+    EXPECT_TRUE(registry.getQueueList().empty());
+}

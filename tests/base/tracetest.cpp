@@ -1,0 +1,549 @@
+#include <base/trace.h>
+
+#include "child.h"
+#include "expectthrow.h"
+#include "testpackage.h"
+
+#include <base/exinternalerror.h>
+#include <base/osutils.h>
+
+#include <gtest/gtest.h>
+
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+using Vn::ExInternalError;
+using Vn::Trace;
+using Vn::TraceLevel;
+using Vn::TraceManager;
+using VnTest::Child;
+using VnTest::ChildRun;
+using VnTest::expectThrow;
+
+namespace
+{
+/// Keeps what is printed; its trace writes a word before each line if it is told to.
+class Keeper : public TraceManager
+{
+public:
+    explicit Keeper(int priority = 100) : TraceManager(priority) {}
+
+    Trace& getTrace() override { return _trace; }
+    void print(char const* text) const override { _lines.push_back(text); }
+
+    std::vector<std::string> taken() const { return std::exchange(_lines, {}); }
+    std::string takenLine() const
+    {
+        const std::vector<std::string> lines = taken();
+        return lines.size() == 1 ? lines[0] : std::to_string(lines.size()) + " lines";
+    }
+
+    std::string word;
+
+private:
+    class WordTrace : public Trace
+    {
+    public:
+        explicit WordTrace(Keeper const& keeper) : _keeper(keeper) {}
+
+    protected:
+        void printPrefix(std::ostream& stream) override { stream << _keeper.word; }
+
+    private:
+        Keeper const& _keeper;
+    };
+
+    mutable std::vector<std::string> _lines;
+    WordTrace _trace{*this};
+};
+
+class TraceTest : public testing::Test
+{
+protected:
+    TraceTest() { Trace::setOptions("reset"); }
+    ~TraceTest() override { Trace::setOptions("reset"); }
+
+    static bool isOn(char const* name) { return Trace::isEnabled(*Trace::registerLevel(name, nullptr)); }
+
+    /// What a line of the level "Main" looks like.
+    std::string line(char const* file = "/a/b/file.cpp", int number = 7)
+    {
+        std::ostringstream stream;
+        keeper.getTrace().log(stream, file, number);
+        return stream.str();
+    }
+
+    Keeper keeper;
+    TraceLevel& level = *Trace::MainTraceLevel;
+};
+
+/// A function's entry with a fixed place.
+#define ENTRY(FUNCTION) \
+    const Trace::Entry FUNCTION##Entry(TraceManager::getInstance().getTrace(), level, #FUNCTION, "/a/b/file.cpp", 7)
+
+std::string pidText()
+{
+    std::string text = std::to_string(Vn::OsUtils::getPid());
+    text.resize(std::min<std::size_t>(text.size(), 9));
+    return text + std::string(10 - text.size(), ' ');
+}
+
+constexpr int failed = 7;  // an abort is 3 on Windows
+
+/// Prints what setOptions() throws.
+void trySetOptions(char const* options)
+{
+    try {
+        Trace::setOptions(options);
+        std::cout << "fine\n";
+    } catch (ExInternalError const& failure) {
+        std::cout << failure.getReason() << '\n';
+    }
+}
+}  // namespace
+
+TEST_F(TraceTest, mainAndExceptionsAreOnAtFirst)
+{
+    EXPECT_TRUE(isOn("Main"));
+    EXPECT_TRUE(isOn("Exceptions"));
+    EXPECT_FALSE(isOn("Other"));
+    EXPECT_TRUE(Trace::isEnabled(*Trace::MainTraceLevel));
+    EXPECT_EQ(Trace::registerLevel("Main", nullptr), Trace::MainTraceLevel);
+}
+
+TEST_F(TraceTest, offIsOffForAllLevels)
+{
+    Trace::setOptions("show=Other,off");
+    for (char const* name : {"Main", "Exceptions", "Other"})
+        EXPECT_FALSE(isOn(name));
+    Trace::setOptions("on");
+    for (char const* name : {"Main", "Exceptions", "Other"})
+        EXPECT_TRUE(isOn(name));
+}
+
+TEST_F(TraceTest, showAndHideSwitchALevelAlsoBeforeItIsRegistered)
+{
+    Trace::setOptions("show=Early,hide=Main");
+    TraceLevel const* const early = Trace::registerLevel("Early", __FILE__);
+    EXPECT_TRUE(Trace::isEnabled(*early));
+    EXPECT_FALSE(isOn("Main"));
+    Trace::setOptions("hide=Early");
+    EXPECT_FALSE(Trace::isEnabled(*early));
+    EXPECT_EQ(Trace::registerLevel("Early", nullptr), early);
+}
+
+TEST_F(TraceTest, aLevelsNameIsCopied)
+{
+    std::string name = "Copied";
+    TraceLevel const* const level1 = Trace::registerLevel(name.c_str(), nullptr);
+    name = "Other!";
+    EXPECT_EQ(Trace::registerLevel("Copied", nullptr), level1);
+}
+
+TEST_F(TraceTest, allIsARuleForNewLevelsToo)
+{
+    Trace::registerLevel("Old", nullptr);
+    Trace::setOptions("show=all");
+    EXPECT_TRUE(isOn("Old"));
+    EXPECT_TRUE(isOn("New 1"));
+    Trace::setOptions("hide=all");
+    EXPECT_FALSE(isOn("Old"));
+    EXPECT_FALSE(isOn("Main"));
+    EXPECT_FALSE(isOn("New 2"));
+    Trace::setOptions("show=New 3");
+    EXPECT_TRUE(isOn("New 3"));
+    EXPECT_FALSE(isOn("New 4"));
+    Trace::setOptions("reset");
+    EXPECT_FALSE(isOn("New 5"));
+    EXPECT_FALSE(isOn("New 1"));
+    EXPECT_TRUE(isOn("Main"));
+}
+
+TEST_F(TraceTest, tokensWithoutTheirValuesDoNothing)
+{
+    Trace::setOptions("fndirs=1,fnwidth=9,line");
+    const std::string before = line();
+    Trace::setOptions("show,hide,fndirs,fnwidth");
+    EXPECT_EQ(line(), before);
+    EXPECT_TRUE(isOn("Main"));
+    Trace::setOptions("");
+    Trace::setOptions(nullptr);
+    Trace::setOptions("noindent,");
+    Trace::setOptions("indent");
+    EXPECT_EQ(line(), before);
+}
+
+TEST_F(TraceTest, anUnknownTokenIsNamed)
+{
+    const struct
+    {
+        char const* options;
+        char const* reason;
+    } table[] = {
+        {"nonsense", "Unknown token \"nonsense\" in trace options."},
+        {"hide=Main,nonsense=5,hide=Exceptions", "Unknown token \"nonsense\" in trace options."},
+        {"ON", "Unknown token \"ON\" in trace options."},
+        {" line", "Unknown token \" line\" in trace options."},
+        {",", "Unknown token \"\" in trace options."},
+        {"=", "Unknown token \"\" in trace options."},
+    };
+    for (auto const& row : table)
+        expectThrow<ExInternalError, std::runtime_error>([&row] { Trace::setOptions(row.options); }, row.reason);
+    EXPECT_FALSE(isOn("Main")) << "what came before has taken effect";
+    EXPECT_TRUE(isOn("Exceptions"));
+}
+
+TEST_F(TraceTest, aLineHasFileAndNumberIfItIsAskedTo)
+{
+    EXPECT_EQ(line(), "| ");
+    const struct
+    {
+        char const* options;
+        char const* file;
+        int number;
+        char const* line;
+    } table[] = {
+        {"line", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line", "file.cpp", 1234, "file.cpp             (1234) "},
+        {"line", "file.cpp", 12345, "file.cpp             (12345) "},
+        {"line", "a\\b\\file.cpp", 7, "a\\b\\file.cpp         (   7) "},
+        {"line", "", 0, "                     (   0) "},
+        {"line", "/a/b/", 7, "                     (   7) "},
+        {"line,fndirs=1", "/a/b/file.cpp", 7, "b/file.cpp           (   7) "},
+        {"line,fndirs=2", "/a/b/file.cpp", 7, "a/b/file.cpp         (   7) "},
+        {"line,fndirs=3", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
+        {"line,fndirs=2147483647", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
+        {"line,fndirs=-1", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line,fndirs=x", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line,fnwidth=4", "/a/b/file.cpp", 7, "file (   7) "},
+        {"line,fnwidth=8", "/a/b/file.cpp", 7, "file.cpp (   7) "},
+        {"line,fnwidth=9", "/a/b/file.cpp", 7, "file.cpp  (   7) "},
+        {"line,fnwidth=0", "/a/b/file.cpp", 7, " (   7) "},
+        {"line,fnwidth=3,fnwidth=-5", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line,noline", "/a/b/file.cpp", 7, ""},
+    };
+    for (auto const& row : table) {
+        Trace::setOptions("reset,noindent");
+        Trace::setOptions(row.options);
+        EXPECT_EQ(line(row.file, row.number), row.line) << row.options << " " << row.file;
+    }
+}
+
+TEST_F(TraceTest, prefixesComeInOneOrderInEachCombination)
+{
+    keeper.word = "word ";
+    for (int combination = 0; combination < 16; ++combination) {
+        keeper.taken();
+        Trace::setOptions("reset");
+        Trace::setOptions((combination & 1) != 0 ? "pid" : "nopid");
+        Trace::setOptions((combination & 2) != 0 ? "prefix" : "noprefix");
+        Trace::setOptions((combination & 4) != 0 ? "line" : "noline");
+        Trace::setOptions((combination & 8) != 0 ? "indent" : "noindent");
+        const bool isIndenting = (combination & 8) != 0;
+        const std::string expected = ((combination & 1) != 0 ? pidText() : "") +
+                                     ((combination & 2) != 0 ? "word " : "") +
+                                     ((combination & 4) != 0 ? "file.cpp             (   7) " : "");
+        ENTRY(f);
+        EXPECT_EQ(keeper.takenLine(), expected + (isIndenting ? "+ f" : ">>> f")) << combination;
+        EXPECT_EQ(line(), expected + (isIndenting ? "  | " : "")) << combination;
+    }
+    keeper.taken();
+}
+
+TEST_F(TraceTest, callsDrawATree)
+{
+    const auto text = [this] {
+        if (Trace::isEnabled(level)) {
+            std::ostringstream stream;
+            keeper.getTrace().log(stream, "/a/b/file.cpp", 7);
+            stream << "text" << '\0';
+            TraceManager::getInstance().print(stream.str().c_str());
+        }
+    };
+    {
+        ENTRY(f);
+        text();
+        {
+            ENTRY(g);
+            text();
+            {
+                ENTRY(h);
+                text();
+            }
+        }
+    }
+    EXPECT_EQ(keeper.taken(), (std::vector<std::string>{"+ f", "  | text", "  + g", "  | | text", "  | + h",
+                                                        "  | | | text", "  | | /", "  | /", "  /"}));
+}
+
+TEST_F(TraceTest, withoutIndentationEntriesAndExitsHaveNames)
+{
+    Trace::setOptions("noindent");
+    {
+        ENTRY(f);
+        ENTRY(g);
+    }
+    EXPECT_EQ(keeper.taken(), (std::vector<std::string>{">>> f", ">>> g", "<<< g", "<<< f"}));
+}
+
+TEST_F(TraceTest, anEntryOfALevelThatIsOffStaysSilent)
+{
+    Trace::setOptions("hide=Main");
+    {
+        ENTRY(f);
+        Trace::setOptions("show=Main");
+    }
+    EXPECT_TRUE(keeper.taken().empty());
+    EXPECT_EQ(line(), "| ") << "no depth";
+    {
+        ENTRY(g);
+        Trace::setOptions("hide=Main");
+    }
+    EXPECT_EQ(keeper.taken(), (std::vector<std::string>{"+ g", "  /"})) << "and one that was on is ended";
+}
+
+TEST_F(TraceTest, macrosTraceTheirOwnPlace)
+{
+    Trace::setOptions("line,fnwidth=9");
+    {
+        VN_TRACE_ENTRY(level, "f");
+        VN_TRACE(level, "takes " << 17);
+        const int here = __LINE__ - 1;
+        std::ostringstream number;
+        number << "tracetest (" << std::setw(4) << here << ") ";
+        const std::vector<std::string> lines = keeper.taken();
+        ASSERT_EQ(lines.size(), 2u);
+        EXPECT_EQ(lines[1], number.str() + "  | takes 17");
+    }
+    int evaluations = 0;
+    Trace::setOptions("hide=Main");
+    VN_TRACE(level, ++evaluations);
+    EXPECT_EQ(evaluations, 0);
+}
+
+TEST_F(TraceTest, printFormatsWithoutALineEnd)
+{
+    std::ostringstream stream;
+    keeper.getTrace().print(stream, "file.cpp", 7, "%s %d", "text", 5);
+    EXPECT_EQ(stream.str(), "| text 5");
+    Trace::setOptions("noindent,line,fnwidth=4");
+    keeper.getTrace().print(stream, "file.cpp", 7, "%%");
+    EXPECT_EQ(stream.str(), "| text 5file (   7) %");
+}
+
+TEST_F(TraceTest, printCutsWhatItsBufferCanNotHold)
+{
+    std::ostringstream stream;
+    const std::string text(5000, 'x');
+    keeper.getTrace().print(stream, "file.cpp", 7, "%s", text.c_str());
+    EXPECT_EQ(stream.str(), "| " + std::string(1023, 'x'));
+}
+
+TEST_F(TraceTest, exceptionsAreTold)
+{
+    const ExInternalError failure("src/base/x", 12, "broken");
+    keeper.getTrace().printException(failure, "file.cpp", 7);
+    EXPECT_EQ(keeper.takenLine(), std::string("| Throwing exception ") + failure.getDetailedReason());
+    Trace::setOptions("noindent,hide=Exceptions");
+    keeper.getTrace().printException(failure, "file.cpp", 7);
+    EXPECT_TRUE(keeper.taken().empty());
+}
+
+TEST_F(TraceTest, linesArePlainWhateverTheStreamWas)
+{
+    Trace::setOptions("line,fnwidth=9,pid");
+    std::ostringstream stream;
+    stream << std::hex << std::setfill('*') << std::right;
+    const std::ios_base::fmtflags flags = stream.flags();
+    keeper.getTrace().log(stream, "file.cpp", 31);
+    EXPECT_EQ(stream.str(), pidText() + "file.cpp  (  31) | ");
+    EXPECT_EQ(stream.flags(), flags);
+    EXPECT_EQ(stream.fill(), '*');
+}
+
+VN_CHILD(traceLevels)
+{
+    Trace::registerLevel("b", "/x/one.cpp");
+    Trace::registerLevel("b", "/x/two.cpp");
+    Trace::registerLevel("b", "/x/one.cpp");
+    Trace::registerLevel("a", nullptr);
+    Trace::setOptions("show=c");
+    Trace::printLevels(std::cout);
+    Trace::setOptions("printlevels,fndirs=1");
+    std::ostringstream first, second;
+    TraceManager::getInstance().getTrace().log(first, "f", 1);
+    TraceManager::getInstance().getTrace().log(second, "f", 1);
+    std::cout << first.str() << "\n" << second.str() << "\n";
+    return 0;
+}
+
+TEST(Trace, levelsAreListedWithTheirFiles)
+{
+    const std::string blanks(33, ' '), tail(29, ' ');
+    const auto list = [&](std::string const& folder, std::string const& own) {
+        return "\nRegistered trace levels:\n\n"
+               "X Exceptions" +
+               std::string(21, ' ') +
+               "\n"
+               "X Main" +
+               std::string(27, ' ') + own +
+               "\n"
+               "  a" +
+               tail +
+               " \n"
+               "  b" +
+               tail + " " + folder + "one.cpp\n" + blanks + folder + "two.cpp\n" + blanks + folder + "one.cpp\n" +
+               "X c" + tail +
+               " \n"
+               "\n";
+    };
+    EXPECT_EQ(Child("traceLevels").without("VN_TRACE_OPTIONS").run().out,
+              list("", "trace") + list("x/", "base/trace") + "| \n| \n");
+}
+
+VN_CHILD(traceWriteProtect)
+{
+    for (int i = 1; i < argc; ++i)
+        Trace::setOptions(argv[i]);
+    std::ostringstream stream;
+    TraceManager::getInstance().getTrace().log(stream, "file", 7);
+    std::cout << Trace::isEnabled(*Trace::MainTraceLevel) << stream.str();
+    return 0;
+}
+
+TEST(Trace, writeProtectHoldsWhatWasSet)
+{
+    const struct
+    {
+        std::vector<std::string> options;
+        char const* out;
+    } table[] = {
+        {{"writeprotect,off"}, "1| "},
+        {{"off,writeprotect", "on", "reset", "on"}, "0| "},
+        {{"line,fnwidth=4,writeprotect", "reset", "noline,fnwidth=9,fndirs=1,noindent,noprefix,pid,hide=Main"},
+         "1file (   7) | "},
+        {{"writeprotect", "hide=all,show=all"}, "1| "},
+    };
+    for (auto const& row : table)
+        EXPECT_EQ(Child("traceWriteProtect").without("VN_TRACE_OPTIONS").arguments(row.options).run().out, row.out);
+    EXPECT_EQ(Child("traceWriteProtect").with("VN_TRACE_OPTIONS", "off,writeprotect").arguments({"on"}).run().out,
+              "0| ");
+    const std::string listed =
+        Child("traceWriteProtect").without("VN_TRACE_OPTIONS").arguments({"writeprotect", "printlevels"}).run().out;
+    EXPECT_NE(listed.find("Registered trace levels"), std::string::npos) << "this one still acts";
+    EXPECT_NE(Child("traceWriteProtect")
+                  .without("VN_TRACE_OPTIONS")
+                  .arguments({"writeprotect", "nonsense"})
+                  .run()
+                  .exitCode,
+              0)
+        << "and a token that is none is refused all the same";
+}
+
+TEST(Trace, theEnvironmentComesBeforeTheProgram)
+{
+    EXPECT_EQ(Child("traceWriteProtect").with("VN_TRACE_OPTIONS", "line,fnwidth=6,hide=Main").run().out,
+              "0file   (   7) | ");
+    EXPECT_EQ(Child("traceWriteProtect").with("VN_TRACE_OPTIONS", "line,hide=Main").arguments({"noline"}).run().out,
+              "0| ");
+}
+
+TEST(Trace, aBadEnvironmentEndsTheProgramBeforeMain)
+{
+    const ChildRun run = Child("traceWriteProtect").with("VN_TRACE_OPTIONS", "line,nonsense").run();
+    EXPECT_TRUE(run.crashed || run.exitCode != 0);
+    EXPECT_EQ(run.out, "");
+    EXPECT_NE(run.err.find("Unknown token \"nonsense\" in trace options."), std::string::npos) << run.err;
+}
+
+VN_CHILD(traceStart)
+{
+    Trace::setOptions("hide=Main");
+    VnTest::start();
+    std::cout << Trace::isEnabled(*Trace::MainTraceLevel) << "\n";
+    trySetOptions("x=1");
+    VnTest::stop();
+    VN_TRACE(*Trace::registerLevel("Exceptions", __FILE__), "behind the end");
+    return failed;
+}
+
+TEST(Trace, startAndStopChangeNothing)
+{
+    const ChildRun run = Child("traceStart").without("VN_TRACE_OPTIONS").run();
+    EXPECT_EQ(run.out, "0\nUnknown token \"x\" in trace options.\n| behind the end\n");
+    EXPECT_EQ(run.exitCode, failed);
+}
+
+VN_CHILD(traceManagers)
+{
+    TraceManager& single = TraceManager::getInstance();
+    single.print("text");
+    single.print("");
+    single.print(nullptr);
+    single.print("line\n");
+    Keeper* const low = new Keeper(0);
+    std::cout << (&TraceManager::getInstance() == &single);  // an equal priority isn't enough
+    {
+        const Keeper high(5);
+        std::cout << (&TraceManager::getInstance() == &high);
+        const Keeper equal(5), lower(4);
+        std::cout << (&TraceManager::getInstance() == &high);
+        {
+            const Keeper highest(6);
+            std::cout << (&TraceManager::getInstance() == &highest);
+        }
+        std::cout << (&TraceManager::getInstance() == &single);  // and not the one that it replaced
+        const Keeper again(5);
+        std::cout << (&TraceManager::getInstance() == &again);
+    }
+    std::cout << (&TraceManager::getInstance() == &single);
+    delete low;
+    std::cout << (&TraceManager::getInstance() == &single) << "\n";
+    return 0;
+}
+
+TEST(TraceManager, theHighestPriorityIsCurrent)
+{
+    EXPECT_EQ(Child("traceManagers").run().out, "text\nline\n\n11111111\n");
+}
+
+VN_CHILD(traceFirstManager)
+{
+    const Keeper* const first = new Keeper(-3);
+    std::cout << (&TraceManager::getInstance() == first);
+    delete first;
+    std::cout << "\n";
+    TraceManager::getInstance().print("own");
+    return 0;
+}
+
+TEST(TraceManager, theFirstOneIsCurrentWhateverItsPriority)
+{
+    EXPECT_EQ(Child("traceFirstManager").run().out, "1\nown\n");
+}
+
+TEST(TraceManager, theFirstTraceOfEachThreadMayComeAtOnce)
+{
+    TraceLevel& level = *Trace::registerLevel("Threads", nullptr);
+    std::vector<int> seen(4, 0);
+    {
+        std::vector<std::thread> threads;
+        for (int& result : seen)
+            threads.emplace_back([&level, &result] {
+                for (int i = 0; i < 1000; ++i)
+                    result += Trace::isEnabled(level) ? 1 : 0;
+                TraceManager::getInstance().print("");
+            });
+        Trace::setOptions("show=Threads");
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    Trace::setOptions("hide=Threads");
+    for (const int count : seen)
+        EXPECT_LE(count, 1000);
+}
