@@ -1,0 +1,24 @@
+#include <base/testdir.h>
+
+#include <base/osenv.h>
+#include <base/osfsutils.h>
+
+namespace Vn
+{
+
+OsFilePath const& TestDir::getDefaultPath()
+{
+    static OsFilePath const& path = *[] {
+        char const* const given = OsEnv::getVariable("VN_TEST_DIR");
+        return new OsFilePath(given != nullptr ? OsFilePath(given) : OsFilePath::getTempDir());
+    }();
+    return path;
+}
+
+OsFilePath TestDir::create(OsFilePath const& path)
+{
+    OsFsUtils::createDir(path.getChars(), true);
+    return path;
+}
+
+}  // namespace Vn

@@ -1,0 +1,40 @@
+#include <base/testinform.h>
+
+#include <base/exreasontext.h>
+#include <base/osenv.h>
+#include <base/trace.h>
+
+#include <fstream>
+#include <string>
+
+namespace Vn
+{
+namespace
+{
+void report(char const* opening, char const* reason)
+{
+    const std::string text = std::string(opening) + ExReasonText::orEmpty(reason);
+    char const* const file = OsEnv::getVariable("VN_RUN_TEST_MSGS");
+    if (file != nullptr && *file != '\0')
+        std::ofstream(file) << text << "\n";
+    else
+        TraceManager::getInstance().print(text.c_str());
+}
+}  // namespace
+
+void TestInform::testNotPerformed(char const* reason)
+{
+    report("Test not performed: ", reason);
+}
+
+void TestInform::exceptionEncountered(char const* reason)
+{
+    report("Exception encountered: ", reason);
+}
+
+void TestInform::abnormalTermination(char const* reason)
+{
+    report("Abnormal termination: ", reason);
+}
+
+}  // namespace Vn

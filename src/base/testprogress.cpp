@@ -1,0 +1,32 @@
+#include <base/testprogress.h>
+
+#include <cstdio>
+
+namespace Vn
+{
+namespace
+{
+constexpr std::chrono::milliseconds interval(100);
+}  // namespace
+
+TestProgress::TestProgress() : _isWatched(System::isErrorStreamATerminal()) {}
+
+TestProgress::~TestProgress()
+{
+    if (_isShown)
+        std::fprintf(stderr, "\r%79s\r", "");
+}
+
+void TestProgress::show(char const* group, int cycle, int cycles)
+{
+    if (!_isWatched)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    if (_isShown && now - _last < interval)
+        return;
+    _last = now;
+    _isShown = true;
+    std::fprintf(stderr, "\r%-47s cycle %d of %d ...", group, cycle + 1, cycles);
+}
+
+}  // namespace Vn

@@ -1,0 +1,9 @@
+// testprogressposix.cpp (Windows form: testprogresswindows.cpp)
+#include <base/testprogress.h>
+
+#include <unistd.h>
+
+bool Vn::System::isErrorStreamATerminal()
+{
+    return ::isatty(STDERR_FILENO) != 0;
+}

@@ -1,0 +1,10 @@
+// testprogresswindows.cpp (Linux form: testprogressposix.cpp)
+#include <base/testprogress.h>
+
+#include <io.h>
+#include <stdio.h>
+
+bool Vn::System::isErrorStreamATerminal()
+{
+    return ::_isatty(::_fileno(stderr)) != 0;
+}

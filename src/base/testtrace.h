@@ -1,0 +1,23 @@
+#pragma once
+
+#include <base/trace.h>
+
+#include <sstream>
+#include <string>
+
+namespace Vn
+{
+
+/// Traces one line of the test harness at the level "Main", if that is on.
+inline void traceTest(char const* file, int line, std::string const& text)
+{
+    if (!Trace::isEnabled(*Trace::MainTraceLevel))
+        return;
+    std::ostringstream stream;
+    TraceManager& manager = TraceManager::getInstance();
+    manager.getTrace().log(stream, file, line);
+    stream << text << '\0';
+    manager.print(stream.str().c_str());
+}
+
+}  // namespace Vn
