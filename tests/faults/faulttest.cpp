@@ -4,6 +4,7 @@
 #include "memory.h"
 
 #include "expectchild.h"
+#include "tempfolder.h"
 #include "testpackage.h"
 
 #include <base/exinternalerror.h>
@@ -16,13 +17,17 @@
 #include <base/oscpuinfo.h>
 #include <base/osdateutil.h>
 #include <base/profiler.h>
+#include <base/testgroup.h>
+#include <base/testperformer.h>
 #include <base/timer.h>
 #include <base/todintervaltimer.h>
 #include <base/vector.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <memory>
@@ -349,4 +354,40 @@ TEST(TimeOfDay, isTheCurrentDateCutToTheMillisecond)
     EXPECT_EQ(fields.getDay(), 31);
     EXPECT_EQ(fields.getSecond(), 987 * 0.001 + 59);
     VnTest::releaseTimeOfDay();
+}
+
+namespace
+{
+/// Takes as many milliseconds of the time of day as its argument says, and next to none of the counter.
+class LongRun : public TestGroup
+{
+public:
+    LongRun() : TestGroup("long") {}
+
+    void prepare(int, char** const) override { VnTest::stopTimeOfDayAt(1000000000000); }
+    void execute(int, char** const argv) override { VnTest::stopTimeOfDayAt(1000000000000 + std::atol(argv[0])); }
+};
+}  // namespace
+
+VN_CHILD(longRuns)
+{
+    static LongRun group;
+    VnTest::start();
+    TestPerformer::getInstance().execute(OsFilePath(argv[1]));
+    VnTest::releaseTimeOfDay();
+    std::cout << TestPerformer::getInstance();
+    VnTest::stop();
+    return 0;
+}
+
+TEST(TestPerformer, theTimeOfDayServesForAveragesOfOver30Seconds)
+{
+    const VnTest::TempFolder temp;
+    const std::string list = temp.file("list", "long 2 30500\nlong 1 30000\nlong 1 30001\nlong 1 29000\n");
+    const std::string out = VnTest::Child("longRuns").arguments({list}).run().out;
+    const std::string table = out.substr(std::min(out.find("Group Name"), out.size()));
+    EXPECT_NE(table.find("long                           2      30.500000    30500 \n"), std::string::npos) << out;
+    EXPECT_NE(table.find("long                           1      30.001000    30001 \n"), std::string::npos) << out;
+    EXPECT_EQ(table.find("30.000000"), std::string::npos) << "30 seconds are not over 30";
+    EXPECT_EQ(table.find("29.000000"), std::string::npos) << out;
 }
