@@ -1,0 +1,12 @@
+#pragma once
+
+#include <base/objptr.h>
+#include <base/osprocess.h>
+
+namespace Vn::System
+{
+
+/// Starts a child. Throws ExSysErrorWindows.
+ObjPtrRet<OsProcessImp> startProcess(char const* const* argv);
+
+}  // namespace Vn::System

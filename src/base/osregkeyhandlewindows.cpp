@@ -1,0 +1,35 @@
+// osregkeyhandlewindows.cpp (Windows only: no other system has a registry)
+#include <base/osregkeyhandle.h>
+
+#include <windows.h>
+
+namespace Vn
+{
+
+OsRegKeyHandle::OsRegKeyHandle(Key parent, char const* subKey, unsigned long options, unsigned long desiredAccess)
+    : _key(nullptr)
+{
+    ::RegOpenKeyExA(parent, subKey, options, desiredAccess, &_key);
+}
+
+OsRegKeyHandle::~OsRegKeyHandle()
+{
+    ::RegCloseKey(_key);
+}
+
+long OsRegKeyHandle::queryInfo(char* className, unsigned long* classLength, unsigned long* reserved,
+                               unsigned long* subKeys, unsigned long* longestSubKey, unsigned long* longestClass,
+                               unsigned long* values, unsigned long* longestValueName, unsigned long* longestValue,
+                               unsigned long* securityDescriptorSize, _FILETIME* lastWriteTime) const
+{
+    return ::RegQueryInfoKeyA(_key, className, classLength, reserved, subKeys, longestSubKey, longestClass, values,
+                              longestValueName, longestValue, securityDescriptorSize, lastWriteTime);
+}
+
+long OsRegKeyHandle::queryValue(char const* name, unsigned long* reserved, unsigned long* type, unsigned char* data,
+                                unsigned long* size) const
+{
+    return ::RegQueryValueExA(_key, name, reserved, type, data, size);
+}
+
+}  // namespace Vn
