@@ -185,6 +185,8 @@ private:
         theirs.reset();
         const bool isRunning = follow(ours.get());
         const int error = errno;
+        if (!isRunning)
+            send(ours.get(), {Message::failed, error});  // for a new process that still waits
         ours.reset();
         Posix::retry([parent] { return ::waitpid(parent, nullptr, 0); });
         return isRunning || fail(error);
@@ -209,12 +211,11 @@ private:
             return fail(ECHILD);  // it was ended from outside
         if (message.kind == Message::failed)
             return fail(message.value);
+        if (message.kind != Message::waiting)
+            return fail(ECHILD);
         _process.reset(static_cast<int>(::syscall(SYS_pidfd_open, message.value, 0)));
-        if (_process.get() == -1) {
-            const int error = errno;
-            send(channel, {Message::failed, error});
-            return fail(error);
-        }
+        if (_process.get() == -1)
+            return false;
         if (!send(channel, {Message::go, 0}) || !receive(channel, message))
             return fail(ECHILD);
         return message.kind == Message::running || fail(message.value);

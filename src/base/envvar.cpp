@@ -1,0 +1,123 @@
+#include <base/envvar.h>
+
+#include <base/exreasontext.h>
+#include <base/osenv.h>
+
+#include <cstdlib>
+#include <iomanip>
+#include <ostream>
+
+namespace Vn
+{
+namespace
+{
+constexpr int nameWidth = 25;
+
+char const* orNil(char const* text)
+{
+    return text != nullptr ? text : "NIL";
+}
+}  // namespace
+
+EnvVar::EnvVar(char const* name, char const* defaultValue) : _name(name), _value(nullptr), _default(defaultValue)
+{
+    getRegistry().push_back(this);
+    _value = OsEnv::getVariable(_name);
+}
+
+EnvVar::EnvVar(EnvVar const& other) = default;
+
+EnvVar::~EnvVar()
+{
+    getRegistry().remove(this);
+}
+
+void EnvVar::refresh()
+{
+    _value = OsEnv::getVariable(_name);
+}
+
+std::ostream& EnvVar::dump(std::ostream& stream) const
+{
+    return dumpName(stream) << " value \"" << orNil(_value) << "\" default \"" << orNil(_default) << '"';
+}
+
+EnvVarRegistry& EnvVar::getRegistry()
+{
+    static EnvVarRegistry registry;
+    return registry;
+}
+
+void EnvVar::putEnv(char const* assignment)
+{
+    OsEnv::putVariable(assignment);
+}
+
+std::ostream& EnvVar::dumpName(std::ostream& stream) const
+{
+    stream << "name ";
+    const std::ios_base::fmtflags flags = stream.setf(std::ios_base::right, std::ios_base::adjustfield);
+    stream << std::setw(nameWidth) << ExReasonText::orEmpty(_name);
+    stream.flags(flags);
+    return stream;
+}
+
+EnvIntVar::EnvIntVar(char const* name, int defaultValue)
+    : EnvVar(name, nullptr), _intValue(0), _intDefault(defaultValue)
+{
+    compute();
+}
+
+void EnvIntVar::refresh()
+{
+    EnvVar::refresh();
+    compute();
+}
+
+std::ostream& EnvIntVar::dump(std::ostream& stream) const
+{
+    return dumpName(stream) << " value " << _intValue << " default " << _intDefault;
+}
+
+void EnvIntVar::compute()
+{
+    _intValue = getOwnValue() != nullptr ? std::atoi(getOwnValue()) : _intDefault;
+}
+
+EnvDoubleVar::EnvDoubleVar(char const* name, double defaultValue)
+    : EnvVar(name, nullptr), _doubleValue(0.0), _doubleDefault(defaultValue)
+{
+    compute();
+}
+
+void EnvDoubleVar::refresh()
+{
+    EnvVar::refresh();
+    compute();
+}
+
+std::ostream& EnvDoubleVar::dump(std::ostream& stream) const
+{
+    return dumpName(stream) << " value " << _doubleValue << " default " << _doubleDefault;
+}
+
+void EnvDoubleVar::compute()
+{
+    _doubleValue = getOwnValue() != nullptr ? std::atof(getOwnValue()) : _doubleDefault;
+}
+
+std::ostream& operator<<(std::ostream& stream, EnvVar const& variable)
+{
+    return variable.dump(stream);
+}
+
+std::ostream& operator<<(std::ostream& stream, EnvVarRegistry const& registry)
+{
+    for (EnvVar const* variable : registry) {
+        stream << std::endl;
+        variable->dump(stream);
+    }
+    return stream;
+}
+
+}  // namespace Vn
