@@ -201,6 +201,11 @@ void VnTest::failCall(char const* name, int error, int after, int times)
     plan = {name, error, after, times, 0};
 }
 
+bool VnTest::callFails(char const* name)
+{
+    return fails(name);
+}
+
 int VnTest::stopFailingCalls()
 {
     const int failures = plan.failures;

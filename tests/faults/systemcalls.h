@@ -10,6 +10,9 @@ void failCall(char const* name, int error, int after = 0, int times = 1);
 /// Ends that, and tells how many calls have failed.
 int stopFailingCalls();
 
+/// For stand-ins: true if this call is to fail; the error is then the last one.
+bool callFails(char const* name);
+
 /// Lets reading and writing move one byte at a time, or as many as they like.
 void makeTransfersShort(bool areShort);
 
