@@ -93,6 +93,14 @@ private:
 
 // --- in the copies of the process: nothing but system calls ----------------------------------------------------------
 
+/// Ends a copy with nothing of the program's: not even what a checking tool puts before `_exit`, such as the writing of
+/// what stands in the streams, which the program itself will write.
+[[noreturn]] void leave(int code)
+{
+    for (;;)
+        ::syscall(SYS_exit_group, static_cast<long>(code));
+}
+
 /// A signal that waits must find no handler of the program. What is ignored stays so.
 void resetHandlers()
 {
@@ -121,13 +129,13 @@ void closeOthersAtStart()
 {
     Message message{Message::waiting, ::getpid()};
     if (!send(channel, message) || !receive(channel, message) || message.kind != Message::go)
-        ::_exit(127);  // whoever started this is gone, or has given it up
+        leave(127);  // whoever started this is gone, or has given it up
     closeOthersAtStart();
     resetHandlers();
     signals.restore();
     ::execvp(argv[0], const_cast<char* const*>(argv));
     send(channel, {Message::failed, errno});
-    ::_exit(127);
+    leave(127);
 }
 
 /// A copy of this process, which stands still until the copy has become a program or has ended.
@@ -145,7 +153,7 @@ void closeOthersAtStart()
     if (child == 0)
         becomeProgram(channel, argv, signals);
     send(channel, child == -1 ? Message{Message::failed, errno} : Message{Message::running, 0});
-    ::_exit(0);
+    leave(0);
 }
 
 // --- in the program's own process ------------------------------------------------------------------------------------
@@ -163,15 +171,25 @@ public:
             throw ExSysErrorWindows(sourceName, __LINE__);
     }
 
+    ~OsProcessPosix() override { collect(); }
+
     /// A descriptor of a process is readable from its end on.
     void wait() override
     {
         ::pollfd ended{_process.get(), POLLIN, 0};
         if (Posix::retry([&] { return ::poll(&ended, 1, -1); }) == -1)
             throw ExSysErrorWindows(sourceName, __LINE__);
+        collect();
     }
 
 private:
+    /// Where this process is itself the first one of its system, or takes in orphans, the child is its own after all.
+    void collect() const
+    {
+        ::siginfo_t unread;
+        ::waitid(P_PIDFD, static_cast<::id_t>(_process.get()), &unread, WEXITED | WNOHANG);
+    }
+
     /// False with `errno` set.
     bool start(char const* const* argv)
     {

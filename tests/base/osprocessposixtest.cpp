@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -170,6 +171,20 @@ VN_CHILD(leavesNoZombies)
 TEST(OsProcessChild, isNeverAZombieOfOurs)
 {
     VnTest::expectOutput("leavesNoZombies", "11111\n");
+}
+
+VN_CHILD(takesInOrphans)
+{
+    const TempFolder folder;
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+    runBody("processShowsSignals", folder.path("file"));
+    std::cout << !contentOf(folder.path("file")).empty() << hasNoChildren() << "\n";
+    return 0;
+}
+
+TEST(OsProcessChild, isCollectedWhereThisProcessTakesInOrphans)
+{
+    VnTest::expectOutput("takesInOrphans", "11\n");
 }
 
 VN_CHILD(startsAmongStrangers)
