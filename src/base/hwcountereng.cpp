@@ -23,11 +23,6 @@ HwCounterIA32::HwCounterIA32(int numerator, int denominator, unsigned shift)
       _cycle(static_cast<double>(denominator) / static_cast<double>(numerator))
 {}
 
-std::uint64_t HwCounterIA32::timeStamp() const
-{
-    return OsCpuInfo::getHwCounterValue() >> _shift;
-}
-
 double HwCounterIA32::seconds(std::uint64_t start, std::uint64_t end) const
 {
     return static_cast<double>(static_cast<std::int64_t>(end - start)) * _cycle;
