@@ -1,10 +1,30 @@
 #include <base/profiler.h>
 
 #include <base/exreasontext.h>
+#include <base/lgstream.h>
 #include <base/profrows.h>
+
+#include <charconv>
 
 namespace Vn
 {
+namespace
+{
+/// As "%.9f" gives it in the "C" locale.
+class NineDigits
+{
+public:
+    explicit NineDigits(double value)
+    {
+        *std::to_chars(_text, _text + sizeof _text - 1, value, std::chars_format::fixed, 9).ptr = '\0';
+    }
+
+    char const* get() const { return _text; }
+
+private:
+    char _text[336];  // the largest number has 309 digits before the point
+};
+}  // namespace
 
 ProfilerBase::~ProfilerBase() = default;
 
@@ -15,6 +35,18 @@ std::ostream& operator<<(std::ostream& stream, ProfilerBase const& profiler)
     rows.writeSums(profiler);
     rows.write("Standard dev:", profiler.standardDeviation());
     return stream << std::endl;
+}
+
+LgStream& operator<<(LgStream& stream, ProfilerBase const& profiler)
+{
+    stream << "Profiler " << ExReasonText::orEmpty(profiler.getName()) << ":\n";
+    stream << "        Nb of cycles:   " << profiler.cycles() << "\n";
+    stream << "        Total time  :   " << NineDigits(profiler.totalTime()).get() << "\n";
+    stream << "        Average time:   " << NineDigits(profiler.averageTime()).get() << "\n";
+    stream << "        Minimum time:   " << NineDigits(profiler.minTime()).get() << "\n";
+    stream << "        Maximum time:   " << NineDigits(profiler.maxTime()).get() << "\n";
+    stream << "        Standard dev:   " << NineDigits(profiler.standardDeviation()).get() << "\n";
+    return stream << "\n";
 }
 
 template class Profiler<HwIntervalTimer>;

@@ -8,6 +8,8 @@
 namespace Vn
 {
 
+class LgStream;
+
 /// Statistics of cycles, whatever clock they are taken by. All times are in seconds.
 /// Tests: tests/base/profilertest.cpp.
 class VN_BASE_EXPORT ProfilerBase
@@ -48,6 +50,9 @@ protected:
 /// A heading with the name, a line for each of cycles, total, average, minimum, maximum and deviation, and an empty
 /// line. Values are in fixed notation with the stream's own precision; the stream's format is left as it was.
 VN_BASE_EXPORT std::ostream& operator<<(std::ostream& stream, ProfilerBase const& profiler);
+
+/// The same lines as part of a log message, with nine digits behind the point.
+VN_BASE_EXPORT LgStream& operator<<(LgStream& stream, ProfilerBase const& profiler);
 
 /// Groups the intervals of a T, an IntervalTimer, into cycles, and keeps the statistics of the cycles' times.
 ///

@@ -1,3 +1,4 @@
+#include <base/lgstream.h>
 #include <base/profiler.h>
 
 #include "scriptedtimer.h"
@@ -6,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <iomanip>
+#include <limits>
 #include <random>
 #include <sstream>
 #include <streambuf>
@@ -278,6 +281,86 @@ TEST_F(ProfilerTest, leavesTheFormatAlsoWhereTheStreamThrows)
     EXPECT_EQ(stream.flags(), flags);
     EXPECT_EQ(stream.precision(), 2);
     EXPECT_EQ(stream.fill(), '#');
+}
+
+namespace
+{
+std::string logged(ProfilerBase const& profiler)
+{
+    Vn::LgStream stream;
+    stream << profiler << Vn::ends;
+    std::vector<char> text(stream.getNextSize() + 1);
+    stream >> text.data();
+    return text.data();
+}
+
+/// Results as they are told.
+class ToldProfiler : public ProfilerBase
+{
+public:
+    void setName(char const*) override {}
+    char const* getName() const override { return "told"; }
+    void start() override {}
+    void stop() override {}
+    void endCycle() override {}
+    void reset() override {}
+    double cycleTime() const override { return 0; }
+    double totalTime() const override { return 1.7976931348623157e308; }
+    double averageTime() const override { return -1.7976931348623157e308; }
+    double minTime() const override { return std::numeric_limits<double>::infinity(); }
+    double maxTime() const override { return 5e-324; }
+    double standardDeviation() const override { return std::numeric_limits<double>::quiet_NaN(); }
+    int cycles() const override { return std::numeric_limits<int>::min(); }
+};
+
+std::string printed(double value)
+{
+    char text[400];
+    std::snprintf(text, sizeof text, "%.9f", value);
+    return text;
+}
+}  // namespace
+
+TEST_F(ProfilerTest, goesIntoALogMessageWithNineDigits)
+{
+    addCycle(1);
+    addCycle(3);
+    EXPECT_EQ(logged(_profiler), "Profiler passes:\n"
+                                 "        Nb of cycles:   2\n"
+                                 "        Total time  :   4.000000000\n"
+                                 "        Average time:   2.000000000\n"
+                                 "        Minimum time:   1.000000000\n"
+                                 "        Maximum time:   3.000000000\n"
+                                 "        Standard dev:   1.414213562\n"
+                                 "\n");
+    _profiler.reset();
+    _profiler.setName(nullptr);
+    addCycle(0.0000000005);  // a little more than half of the last digit, as a double
+    EXPECT_EQ(logged(_profiler), "Profiler :\n"
+                                 "        Nb of cycles:   1\n"
+                                 "        Total time  :   0.000000001\n"
+                                 "        Average time:   0.000000001\n"
+                                 "        Minimum time:   0.000000001\n"
+                                 "        Maximum time:   0.000000001\n"
+                                 "        Standard dev:   0.000000000\n"
+                                 "\n");
+}
+
+TEST(Profiler, anyResultFitsALogMessage)
+{
+    const ToldProfiler told;
+    EXPECT_EQ(logged(told), "Profiler told:\n"
+                            "        Nb of cycles:   -2147483648\n"
+                            "        Total time  :   " +
+                                printed(told.totalTime()) +
+                                "\n"
+                                "        Average time:   " +
+                                printed(told.averageTime()) +
+                                "\n"
+                                "        Minimum time:   inf\n"
+                                "        Maximum time:   0.000000000\n"
+                                "        Standard dev:   nan\n"
+                                "\n");
 }
 
 template <class T>
