@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <new>
 #include <string>
 #include <utility>
@@ -74,32 +73,10 @@ std::vector<LmMap::Object> loadedObjects()
     return std::move(collection.objects);
 }
 
-/// Closes it whatever happens, and leaves the error of the call before.
-class Descriptor
-{
-public:
-    explicit Descriptor(int number) : _number(number) {}
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    ~Descriptor()
-    {
-        const int error = errno;
-        if (_number != -1)
-            ::close(_number);
-        errno = error;
-    }
-
-    int get() const { return _number; }
-
-private:
-    int _number;
-};
-
 bool readMap(std::string& map)
 {
-    const Descriptor file(Posix::retry([] { return ::open("/proc/self/maps", O_RDONLY | O_CLOEXEC); }));
-    if (file.get() == -1)
+    const Posix::Descriptor file(Posix::retry([] { return ::open("/proc/self/maps", O_RDONLY | O_CLOEXEC); }));
+    if (!file.isOpen())
         return false;
     char part[16384];
     for (;;) {

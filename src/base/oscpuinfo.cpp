@@ -14,6 +14,11 @@ constexpr char const* sourceName = "src/base/oscpuinfowinnt";
 constexpr OsOwnCpuid ownCpuid;
 }  // namespace
 
+void System::throwCounterError(int line)
+{
+    throw ExSysErrorANSI(sourceName, line);
+}
+
 OsCpuInfo::Type OsCpuInfo::_type = OsCpuInfo::Unknown;
 bool OsCpuInfo::_hasMMX = false;
 bool OsCpuInfo::_hasSSE = false;
@@ -26,7 +31,7 @@ void OsCpuInfo::initialize()
     _hasSSE = System::hasFeature(System::CpuFeature::sse);
     std::uint64_t frequency;
     if (!System::readCounterFrequency(frequency))
-        throw ExSysErrorANSI(sourceName, __LINE__);
+        System::throwCounterError(__LINE__);
     _hwCounterFrequency = frequency;
 }
 
@@ -59,7 +64,7 @@ std::uint64_t OsCpuInfo::getHwCounterValue()
 {
     std::uint64_t value;
     if (!System::readCounter(value))
-        throw ExSysErrorANSI(sourceName, __LINE__);
+        System::throwCounterError(__LINE__);
     return value;
 }
 

@@ -1,7 +1,6 @@
 // oscpuinfoposix.cpp (Windows form: oscpuinfowinnt.cpp)
 #include <base/oscpuinfosystem.h>
 
-#include <base/exsyserror.h>
 #include <base/hwcountereng.h>
 #include <base/oscpudecode.h>
 
@@ -54,21 +53,11 @@ bool hasFeature(CpuFeature feature)
 
 }  // namespace Vn::System
 
-namespace
-{
-/// Out of the way of the stamp, which would save registers for it.
-[[noreturn, gnu::noinline, gnu::cold]] void throwCounterError()
-{
-    throw Vn::ExSysErrorANSI("src/base/oscpuinfowinnt", __LINE__);
-}
-}  // namespace
-
-// Beside the clock: every interval that is measured has two of these in it, and three calls in between would be a tenth
-// of its cost.
+// Beside the reading, which the compiler can put into it: every interval that is measured has two of these in it.
 std::uint64_t Vn::HwCounterIA32::timeStamp() const
 {
     std::uint64_t value;
     if (!System::readCounter(value))
-        throwCounterError();
+        System::throwCounterError(__LINE__);
     return value >> _shift;
 }

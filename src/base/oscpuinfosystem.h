@@ -8,6 +8,9 @@ namespace Vn::System
 /// A monotonic counter of fixed frequency. False if the system refuses; on POSIX systems `errno` has the reason.
 bool readCounter(std::uint64_t& value);
 
+/// What a refusal of the counter or its frequency becomes.
+[[noreturn]] void throwCounterError(int line);
+
 /// That counter's frequency, in counts per second. False if the system refuses.
 bool readCounterFrequency(std::uint64_t& frequency);
 

@@ -4,6 +4,7 @@
 #include <base/osfiletypes.h>
 
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -21,6 +22,31 @@ auto retry(Call const& call)
             return result;
     }
 }
+
+/// Closes a descriptor whatever happens; `errno` stays that of the call before.
+class Descriptor
+{
+public:
+    explicit Descriptor(int number = -1) : _number(number) {}
+    Descriptor(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor const&) = delete;
+    ~Descriptor() { reset(); }
+
+    bool isOpen() const { return _number != -1; }
+    int get() const { return _number; }
+
+    void reset(int number = -1)
+    {
+        const int error = errno;
+        if (_number != -1)
+            ::close(_number);
+        errno = error;
+        _number = number;
+    }
+
+private:
+    int _number;
+};
 
 /// The bits of a new file's mode.
 ::mode_t modeOf(OsFileTypes::Permissions const& permissions);

@@ -19,6 +19,8 @@ namespace Vn
 {
 namespace
 {
+using Posix::Descriptor;
+
 constexpr char const* sourceName = "src/base/osprocesswindows";
 
 /// What the processes that take part in a start say to each other.
@@ -34,30 +36,6 @@ struct Message
 
     Kind kind;
     int value;
-};
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int number = -1) : _number(number) {}
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-    ~Descriptor() { reset(); }
-
-    int get() const { return _number; }
-
-    /// Keeps `errno`.
-    void reset(int number = -1)
-    {
-        const int error = errno;
-        if (_number != -1)
-            ::close(_number);
-        errno = error;
-        _number = number;
-    }
-
-private:
-    int _number;
 };
 
 bool send(int channel, Message const& message)
@@ -232,7 +210,7 @@ private:
         if (message.kind != Message::waiting)
             return fail(ECHILD);
         _process.reset(static_cast<int>(::syscall(SYS_pidfd_open, message.value, 0)));
-        if (_process.get() == -1)
+        if (!_process.isOpen())
             return false;
         if (!send(channel, {Message::go, 0}) || !receive(channel, message))
             return fail(ECHILD);
