@@ -1,0 +1,9 @@
+#include <base/rncosinehemisphericalrng.imp>
+
+namespace Vn
+{
+
+template class RnCosineHemisphericalRng<float>;
+template class RnCosineHemisphericalRng<double>;
+
+}  // namespace Vn

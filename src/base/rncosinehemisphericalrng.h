@@ -1,0 +1,59 @@
+#pragma once
+
+#include <base/rnbirng.h>
+#include <base/rnsphericalrng.h>
+
+namespace Vn
+{
+
+/// Directions over the upper hemisphere, as dense as light on a matt surface: cos(theta) = sqrt(u0).
+///
+///     Vn::RnHaltonBiRng<float> source;
+///     Vn::RnCosineHemisphericalRng<float> directions(&source);
+///     directions.getSequenceXYZ(n, x, y, z);
+///
+/// Sequences are made of the source's sequence points. In getSequenceXYZ() the source's first coordinate gives the
+/// azimuth and its second the height, the other way round than in all other forms. phi is 2 pi times the coordinate,
+/// unchecked.
+///
+/// The density is cos(theta) / pi, also where that is negative. The source isn't owned and must outlive this object.
+/// Tests: tests/base/rnsphericaltest.cpp.
+template <class T>
+class RnCosineHemisphericalRng : public RnHemisphericalRng<T>
+{
+public:
+    /// Throws ExInternalError ("_rng") for null.
+    RnCosineHemisphericalRng(RnBiRng<T>* rng);
+
+    ~RnCosineHemisphericalRng() override;
+
+    void getSampleXYZ(T& x, T& y, T& z) override;
+    void getSampleAngles(T& theta, T& phi) override;
+    void getSampleCosine(T& cosTheta, T& phi) override;
+    void getSequenceXYZ(unsigned int n, T* x, T* y, T* z) override;
+    void getSequenceAngles(unsigned int n, T* theta, T* phi) override;
+    void getSequenceCosine(unsigned int n, T* cosTheta, T* phi) override;
+
+    T getPdfXYZ(T x, T y, T z) const override;
+    T getPdfAngles(T theta, T phi) const override;
+    T getPdfCosine(T cosTheta, T phi) const override;
+
+    /// Restarts the source.
+    void restart() override;
+
+    /// "Cosine hemispherical"
+    char const* getName() const override;
+
+    /// The direction that a point of the unit square leads to; nothing is drawn.
+    void mapToAngles(T u0, T u1, T& theta, T& phi) const;
+    void mapToCosine(T u0, T u1, T& cosTheta, T& phi) const;
+    void mapToXYZ(T u0, T u1, T& x, T& y, T& z) const;
+
+private:
+    RnBiRng<T>* _rng;
+};
+
+extern template class VN_BASE_EXPORT RnCosineHemisphericalRng<float>;
+extern template class VN_BASE_EXPORT RnCosineHemisphericalRng<double>;
+
+}  // namespace Vn

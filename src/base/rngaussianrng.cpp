@@ -1,0 +1,9 @@
+#include <base/rngaussianrng.imp>
+
+namespace Vn
+{
+
+template class RnGaussianRng<float>;
+template class RnGaussianRng<double>;
+
+}  // namespace Vn

@@ -1,0 +1,11 @@
+#include <base/rnhammersleymultirng.imp>
+
+namespace Vn
+{
+
+template class RnHammersleyMultiRng<float, 2>;
+template class RnHammersleyMultiRng<float, 3>;
+template class RnHammersleyMultiRng<double, 2>;
+template class RnHammersleyMultiRng<double, 3>;
+
+}  // namespace Vn

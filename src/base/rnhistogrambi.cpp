@@ -1,0 +1,11 @@
+#include <base/rnhistogrambi.imp>
+
+namespace Vn
+{
+
+template class RnHistogramBi<float>;
+template class RnHistogramBi<double>;
+template class RnUniformHistogramBi<float>;
+template class RnUniformHistogramBi<double>;
+
+}  // namespace Vn

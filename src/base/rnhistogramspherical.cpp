@@ -1,0 +1,11 @@
+#include <base/rnhistogramspherical.imp>
+
+namespace Vn
+{
+
+template class RnHistogramHemispherical<float>;
+template class RnHistogramHemispherical<double>;
+template class RnHistogramSpherical<float>;
+template class RnHistogramSpherical<double>;
+
+}  // namespace Vn

@@ -1,0 +1,9 @@
+#include <base/rnlecuyeruniformrng.imp>
+
+namespace Vn
+{
+
+template class RnLecuyerUniformRng<float>;
+template class RnLecuyerUniformRng<double>;
+
+}  // namespace Vn

@@ -1,0 +1,9 @@
+#include <base/rnniederreitermultirng.imp>
+
+namespace Vn
+{
+
+template class RnNiederreiterMultiRng<float>;
+template class RnNiederreiterMultiRng<double>;
+
+}  // namespace Vn

@@ -1,0 +1,9 @@
+#include <base/rnstduniformrng.imp>
+
+namespace Vn
+{
+
+template class RnStdUniformRng<float>;
+template class RnStdUniformRng<double>;
+
+}  // namespace Vn

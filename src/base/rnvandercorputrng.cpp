@@ -1,0 +1,9 @@
+#include <base/rnvandercorputrng.imp>
+
+namespace Vn
+{
+
+template class RnVanDerCorputRng<float>;
+template class RnVanDerCorputRng<double>;
+
+}  // namespace Vn

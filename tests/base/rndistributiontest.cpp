@@ -1,0 +1,466 @@
+#include "expectthrow.h"
+#include "rnscripted.h"
+
+#include <base/exinternalerror.h>
+#include <base/rngaussianrng.h>
+#include <base/rnlecuyeruniformrng.h>
+#include <base/rnmath.h>
+#include <base/rnmexicanhatrng.h>
+#include <base/rnseparablemultirng.h>
+#include <base/rnvandercorputrng.h>
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+using Vn::RnAsymmetricalSeparableBiRng;
+using Vn::RnGaussianRng;
+using Vn::RnLecuyerUniformRng;
+using Vn::RnMexicanHatRng;
+using Vn::RnSeparableBiRng;
+using Vn::RnSeparableMultiRng;
+using Vn::RnVanDerCorputRng;
+using VnTest::ScriptedRng;
+
+namespace
+{
+struct GaussianRow
+{
+    std::uint32_t single;
+    std::uint64_t twice;
+};
+
+constexpr GaussianRow gaussianRows[] = {
+#include "../reference/gaussian.inc"
+};
+
+struct TriangleRow
+{
+    double u;
+    std::uint32_t single;
+    std::uint64_t twice;
+};
+
+constexpr TriangleRow triangleRows[] = {
+#include "../reference/triangle.inc"
+};
+
+void expectReckoned(float value, std::uint32_t single, std::uint64_t, double)
+{
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(value), single);
+}
+
+void expectReckoned(double value, std::uint32_t, std::uint64_t twice, double tolerance)
+{
+    const double expected = std::bit_cast<double>(twice);
+    EXPECT_NEAR(value, expected, tolerance * std::abs(expected));
+}
+
+std::uint64_t bitsOf(float value)
+{
+    return std::bit_cast<std::uint32_t>(value);
+}
+
+std::uint64_t bitsOf(double value)
+{
+    return std::bit_cast<std::uint64_t>(value);
+}
+
+/// The polar method as it is told.
+template <class T>
+class PlainGaussian
+{
+public:
+    PlainGaussian(RnLecuyerUniformRng<T>& source, T mean, T sigma) : _source(source), _mean(mean), _sigma(sigma) {}
+
+    T draw()
+    {
+        if (_hasSpare) {
+            _hasSpare = false;
+            return _spare * _sigma + _mean;
+        }
+        T a, b, s;
+        do {
+            a = T(2) * _source() - T(1);
+            b = T(2) * _source() - T(1);
+            s = a * a + b * b;
+        } while (!(s < T(1)));
+        const T f = std::sqrt(T(-2) * Vn::RnMath::log(s) / s);
+        _spare = b * f;
+        _hasSpare = true;
+        return a * f * _sigma + _mean;
+    }
+
+private:
+    RnLecuyerUniformRng<T>& _source;
+    T _mean, _sigma;
+    bool _hasSpare = false;
+    T _spare = T(0);
+};
+
+void expectAssertion(std::function<void()> const& call, std::string const& condition, char const* file)
+{
+    VnTest::expectThrow<Vn::ExInternalError, std::runtime_error>(call, ("Assertion '" + condition + "' failed.").c_str());
+    try {
+        call();
+    } catch (Vn::ExBase const& failure) {
+        EXPECT_STREQ(failure.getFileName(), file);
+    }
+}
+
+template <class T>
+class RnDistributionTest : public testing::Test
+{};
+
+using Types = testing::Types<float, double>;
+}  // namespace
+
+TYPED_TEST_SUITE(RnDistributionTest, Types);
+
+TYPED_TEST(RnDistributionTest, gaussianGivesTheReckonedNumbers)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    RnGaussianRng<T> gaussian(&uniform, T(10), T(2));
+    for (GaussianRow const& row : gaussianRows)
+        expectReckoned(gaussian(), row.single, row.twice, 1e-15);
+}
+
+TYPED_TEST(RnDistributionTest, gaussianInEveryFormIsBitForBitOneStream)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform(1, 7), same(1, 7);
+    RnGaussianRng<T> gaussian(&uniform, T(0.25), T(3));
+    PlainGaussian<T> plain(same, T(0.25), T(3));
+    std::vector<T> samples(5000);
+    unsigned int wrong = 0;
+    for (int round = 0; round < 5; ++round) {
+        for (unsigned int size : {0u, 1u, 2u, 3u, 7u, 255u, 256u, 257u, 258u, 1u, 1u, 511u, 4096u, 5000u}) {
+            gaussian.getSequence(size, samples.data());
+            for (unsigned int i = 0; i < size; ++i)
+                wrong += bitsOf(samples[i]) != bitsOf(plain.draw()) ? 1 : 0;
+            T sample;
+            gaussian.getSample(sample);
+            wrong += bitsOf(sample) != bitsOf(plain.draw()) ? 1 : 0;
+            if (size % 2 == 0)
+                wrong += bitsOf(gaussian()) != bitsOf(plain.draw()) ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(wrong, 0u);
+    EXPECT_EQ(uniform(), same());  // no draw too many
+}
+
+TYPED_TEST(RnDistributionTest, gaussianAsksOthersSourcesBySingleDraws)
+{
+    using T = TypeParam;
+    ScriptedRng<T> source({T(0.75), T(0.5), T(1), T(1), T(0.25), T(0.5)});
+    RnGaussianRng<T> gaussian(&source);
+    gaussian();
+    EXPECT_EQ(source.draws, 2u);
+    gaussian();
+    EXPECT_EQ(source.draws, 2u);  // the pair's second half
+    gaussian();
+    EXPECT_EQ(source.draws, 6u);  // a pair outside the circle, and another
+    T samples[3];
+    gaussian.getSequence(1, samples);
+    EXPECT_EQ(source.draws, 6u);
+    gaussian.getSequence(3, samples);
+    EXPECT_EQ(source.draws, 12u);
+}
+
+TYPED_TEST(RnDistributionTest, gaussianSequenceOfOneAndASampleAreAPair)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform, same;
+    RnGaussianRng<T> gaussian(&uniform), plain(&same);
+    T first, second;
+    gaussian.getSequence(1, &first);
+    gaussian.getSample(second);
+    EXPECT_EQ(first, plain());
+    EXPECT_EQ(second, plain());
+}
+
+TYPED_TEST(RnDistributionTest, gaussianRestartKeepsTheSpare)
+{
+    using T = TypeParam;
+    std::string journal;
+    ScriptedRng<T> source({T(0.75), T(0.5), T(0.5), T(0.75)});
+    source.journal = &journal;
+    RnGaussianRng<T> gaussian(&source);
+    const T first = gaussian();
+    gaussian.restart();
+    EXPECT_EQ(journal, "r");
+    EXPECT_EQ(gaussian(), T(0));  // b was 2 * 0.5 - 1
+    EXPECT_EQ(source.draws, 0u);
+    EXPECT_EQ(gaussian(), first);
+}
+
+TYPED_TEST(RnDistributionTest, gaussianOfTheMiddleTwiceIsNotANumber)
+{
+    using T = TypeParam;
+    ScriptedRng<T> source({T(0.5)});
+    RnGaussianRng<T> gaussian(&source);
+    EXPECT_TRUE(std::isnan(gaussian()));
+    EXPECT_TRUE(std::isnan(gaussian()));
+    EXPECT_EQ(source.draws, 2u);  // not rejected
+}
+
+TYPED_TEST(RnDistributionTest, gaussianOverAStuckSourceEnds)
+{
+    using T = TypeParam;
+    for (T stuck : {T(1), T(0), std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::infinity()}) {
+        ScriptedRng<T> source({stuck});
+        RnGaussianRng<T> gaussian(&source);
+        EXPECT_TRUE(std::isnan(gaussian()));
+        EXPECT_TRUE(std::isnan(gaussian()));
+        EXPECT_EQ(source.draws, 131072u);
+    }
+    // In bulk over a source of ours it comes to the same.
+    RnVanDerCorputRng<T> zeros(1);
+    RnGaussianRng<T> gaussian(&zeros);
+    T samples[5];
+    gaussian.getSequence(5, samples);
+    for (T sample : samples)
+        EXPECT_TRUE(std::isnan(sample));
+    EXPECT_TRUE(std::isnan(gaussian()));
+    zeros.setPrimeNumber(2);
+    RnVanDerCorputRng<T> fresh(2);
+    fresh.restart(3 * 131072);  // three pairs
+    EXPECT_EQ(zeros(), fresh());
+}
+
+TYPED_TEST(RnDistributionTest, gaussianTellsItsRangeAndDensity)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    const RnGaussianRng<T> standard(&uniform), gaussian(&uniform, T(10), T(2));
+    EXPECT_STREQ(gaussian.getName(), "Gaussian");
+    EXPECT_EQ(standard.getMean(), T(0));
+    EXPECT_EQ(standard.getSigma(), T(1));
+    EXPECT_EQ(gaussian.getMean(), T(10));
+    EXPECT_EQ(gaussian.getSigma(), T(2));
+    EXPECT_EQ(gaussian.getEfficientWidth(), T(8));
+    EXPECT_EQ(gaussian.getEfficientMin(), T(6));
+    EXPECT_EQ(gaussian.getEfficientMax(), T(14));
+    if constexpr (sizeof(T) == 4)
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(gaussian.getEfficientFraction()), 0x3F7FFBD9u);
+    else
+        EXPECT_EQ(gaussian.getEfficientFraction(), 0.99993666);
+    EXPECT_EQ(standard.getPdf(T(0)), sizeof(T) == 4 ? T(0.39894226f) : T(0.3989422804014327));
+    EXPECT_EQ(gaussian.getPdf(T(10)), standard.getPdf(T(0)) / T(2));
+    const T atThree = std::exp(T(-0.5) / T(4) * T(9)) * (standard.getPdf(T(0)) / T(2));
+    EXPECT_NEAR(gaussian.getPdf(T(13)), atThree, T(4) * std::numeric_limits<T>::epsilon() * atThree);
+    EXPECT_EQ(gaussian.getPdf(T(13)), gaussian.getPdf(T(7)));
+    EXPECT_TRUE(std::isnan(gaussian.getPdf(std::numeric_limits<T>::quiet_NaN())));
+}
+
+TYPED_TEST(RnDistributionTest, gaussianChecksItsArguments)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    char const* const file = "src/base/rngaussianrng";
+    expectAssertion([] { RnGaussianRng<T> bad(nullptr); }, "_uniRng", file);
+    expectAssertion([] { RnGaussianRng<T> bad(nullptr, T(0), T(-1)); }, "_uniRng", file);
+    for (T sigma : {T(0), T(-1), std::numeric_limits<T>::quiet_NaN()})
+        expectAssertion([&] { RnGaussianRng<T> bad(&uniform, T(0), sigma); }, "_sigma > 0", file);
+    RnGaussianRng<T> good(&uniform, T(0), std::numeric_limits<T>::min());
+}
+
+TYPED_TEST(RnDistributionTest, triangleGivesTheReckonedNumbers)
+{
+    using T = TypeParam;
+    for (TriangleRow const& row : triangleRows) {
+        ScriptedRng<T> source({static_cast<T>(row.u)});
+        RnMexicanHatRng<T> triangle(&source, T(0.75), T(2.5));
+        const T value = triangle();
+        EXPECT_EQ(bitsOf(value), sizeof(T) == 4 ? row.single : row.twice);
+        T other;
+        triangle.getSample(other);
+        EXPECT_EQ(other, value);
+        triangle.getSequence(1, &other);
+        EXPECT_EQ(other, value);
+    }
+}
+
+TYPED_TEST(RnDistributionTest, triangleMeetsItsCentreAndItsEnds)
+{
+    using T = TypeParam;
+    ScriptedRng<T> source({T(0.5), T(0), T(1)});
+    RnMexicanHatRng<T> triangle(&source);
+    EXPECT_EQ(triangle(), T(0));
+    EXPECT_EQ(triangle(), T(-0.5));
+    EXPECT_EQ(triangle(), T(0.5));
+}
+
+TYPED_TEST(RnDistributionTest, triangleInBulkIsBitForBitItsSingleDraws)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform, same;
+    RnMexicanHatRng<T> triangle(&uniform, T(1), T(4)), plain(&same, T(1), T(4));
+    std::vector<T> samples(3001);
+    for (unsigned int size : {0u, 1u, 2u, 100u, 3001u}) {
+        triangle.getSequence(size, samples.data());
+        for (unsigned int i = 0; i < size; ++i)
+            ASSERT_EQ(bitsOf(samples[i]), bitsOf(plain()));
+    }
+}
+
+TYPED_TEST(RnDistributionTest, triangleTellsItsRangeAndDensity)
+{
+    using T = TypeParam;
+    std::string journal;
+    ScriptedRng<T> source({T(0)});
+    source.journal = &journal;
+    RnMexicanHatRng<T> triangle(&source, T(1), T(4)), standard(&source);
+    EXPECT_STREQ(triangle.getName(), "Mexican Hat");
+    EXPECT_EQ(triangle.getEfficientWidth(), T(4));
+    EXPECT_EQ(triangle.getEfficientMin(), T(-1));
+    EXPECT_EQ(triangle.getEfficientMax(), T(3));
+    EXPECT_EQ(triangle.getEfficientFraction(), T(1));
+    EXPECT_EQ(triangle.getPdf(T(1)), T(0.5));
+    EXPECT_EQ(triangle.getPdf(T(2)), T(0.25));
+    EXPECT_EQ(triangle.getPdf(T(0)), T(0.25));
+    EXPECT_EQ(triangle.getPdf(T(3)), T(0));
+    EXPECT_EQ(triangle.getPdf(T(-1)), T(0));
+    EXPECT_EQ(triangle.getPdf(T(9)), T(0));
+    EXPECT_EQ(standard.getPdf(T(0)), T(2));
+    EXPECT_EQ(standard.getEfficientWidth(), T(1));
+    triangle.restart();
+    EXPECT_EQ(journal, "r");
+}
+
+TYPED_TEST(RnDistributionTest, triangleChecksItsArguments)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    char const* const file = "src/base/rnmexicanhatrng";
+    expectAssertion([] { RnMexicanHatRng<T> bad(nullptr); }, "rng != 0", file);
+    expectAssertion([] { RnMexicanHatRng<T> bad(nullptr, T(0), T(0)); }, "rng != 0", file);
+    for (T width : {T(0), T(-1), std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::denorm_min()})
+        expectAssertion([&] { RnMexicanHatRng<T> bad(&uniform, T(0), width); }, "_halfwidth > 0", file);
+}
+
+TYPED_TEST(RnDistributionTest, separableDrawsInOrderAndPairsOtherwiseInBulk)
+{
+    using T = TypeParam;
+    ScriptedRng<T> source({T(0), T(1), T(2), T(3), T(4), T(5)});
+    RnSeparableBiRng<T> points(&source);
+    T x, y;
+    points.getSample(x, y);
+    EXPECT_TRUE(x == T(0) && y == T(1));
+    points.getSample(x, y);
+    EXPECT_TRUE(x == T(2) && y == T(3));
+    points.restart();
+    T xs[2], ys[2];
+    points.getSequence(2, xs, ys);
+    EXPECT_TRUE(xs[0] == T(0) && xs[1] == T(1) && ys[0] == T(2) && ys[1] == T(3));
+
+    source.restart();
+    RnSeparableMultiRng<T, 3> cube(&source);
+    T point[3];
+    cube.getSample(point);
+    EXPECT_TRUE(point[0] == T(0) && point[1] == T(1) && point[2] == T(2));
+    cube.restart();
+    T zs[2];
+    T* arrays[3] = {xs, ys, zs};
+    cube.getSequence(2, arrays);
+    EXPECT_TRUE(xs[1] == T(1) && ys[0] == T(2) && zs[0] == T(4) && zs[1] == T(5));
+    cube.getSequence(0, arrays);
+    EXPECT_EQ(source.draws, 6u);
+}
+
+TYPED_TEST(RnDistributionTest, separableTellsItsSourcesRangeAndDensity)
+{
+    using T = TypeParam;
+    std::string journal;
+    ScriptedRng<T> source({T(0)});
+    source.journal = &journal;
+    RnSeparableBiRng<T> points(&source);
+    RnSeparableMultiRng<T, 3> cube(&source);
+    T x, y, point[3];
+    points.getEfficientWidth(x, y);
+    EXPECT_TRUE(x == T(6) && y == T(6));
+    points.getEfficientMin(x, y);
+    EXPECT_TRUE(x == T(-2) && y == T(-2));
+    points.getEfficientMax(x, y);
+    EXPECT_TRUE(x == T(4) && y == T(4));
+    EXPECT_EQ(points.getEfficientFraction(), T(0.25));
+    EXPECT_EQ(points.getPdf(T(3), T(5)), T(60));
+    cube.getEfficientWidth(point);
+    EXPECT_TRUE(point[0] == T(6) && point[1] == T(6) && point[2] == T(6));
+    cube.getEfficientMin(point);
+    EXPECT_TRUE(point[0] == T(-2) && point[1] == T(-2) && point[2] == T(-2));
+    cube.getEfficientMax(point);
+    EXPECT_TRUE(point[0] == T(4) && point[1] == T(4) && point[2] == T(4));
+    EXPECT_EQ(cube.getEfficientFraction(), T(0.125));
+    point[0] = T(1);
+    point[1] = T(2);
+    point[2] = T(3);
+    EXPECT_EQ(cube.getPdf(point), T(48));
+    EXPECT_STREQ(points.getName(), "Symmetrical Bi Separable");
+    EXPECT_STREQ(cube.getName(), "Multi Separable");
+    points.restart();
+    cube.restart();
+    EXPECT_EQ(journal, "rr");
+}
+
+TYPED_TEST(RnDistributionTest, separableOverAGaussianHasItsRange)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    RnGaussianRng<T> gaussian(&uniform);
+    const RnSeparableBiRng<T> points(&gaussian);
+    T x, y;
+    points.getEfficientMin(x, y);
+    EXPECT_TRUE(x == T(-2) && y == T(-2));
+    points.getEfficientMax(x, y);
+    EXPECT_TRUE(x == T(2) && y == T(2));
+    EXPECT_EQ(points.getEfficientFraction(), gaussian.getEfficientFraction() * gaussian.getEfficientFraction());
+}
+
+TYPED_TEST(RnDistributionTest, asymmetricalKeepsItsSourcesApart)
+{
+    using T = TypeParam;
+    std::string journal;
+    ScriptedRng<T> first({T(0), T(1), T(2), T(3)}), second({T(10), T(11), T(12), T(13)});
+    first.journal = second.journal = &journal;
+    first.name = '0';
+    second.name = '1';
+    RnAsymmetricalSeparableBiRng<T> points(&first, &second);
+    T x, y, xs[2], ys[2];
+    points.getSample(x, y);
+    EXPECT_TRUE(x == T(0) && y == T(10));
+    points.getSequence(2, xs, ys);
+    EXPECT_TRUE(xs[0] == T(1) && xs[1] == T(2) && ys[0] == T(11) && ys[1] == T(12));
+    points.restart();
+    EXPECT_EQ(journal, "01");
+    EXPECT_STREQ(points.getName(), "Assymetrical Bi Separable");
+
+    RnGaussianRng<T> gaussian(&first, T(5), T(2));
+    RnMexicanHatRng<T> triangle(&second, T(1), T(4));
+    const RnAsymmetricalSeparableBiRng<T> mixed(&gaussian, &triangle);
+    mixed.getEfficientWidth(x, y);
+    EXPECT_TRUE(x == T(8) && y == T(4));
+    mixed.getEfficientMin(x, y);
+    EXPECT_TRUE(x == T(1) && y == T(-1));
+    mixed.getEfficientMax(x, y);
+    EXPECT_TRUE(x == T(9) && y == T(3));
+    EXPECT_EQ(mixed.getEfficientFraction(), gaussian.getEfficientFraction());
+    EXPECT_EQ(mixed.getPdf(T(4), T(2)), gaussian.getPdf(T(4)) * triangle.getPdf(T(2)));
+}
+
+TYPED_TEST(RnDistributionTest, separableChecksItsSources)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    char const* const file = "src/base/rnseparablemultirng";
+    expectAssertion([] { RnSeparableBiRng<T> bad(nullptr); }, "_uniRng", file);
+    expectAssertion([] { RnSeparableMultiRng<T, 3> bad(nullptr); }, "_uniRng", file);
+    expectAssertion([] { RnAsymmetricalSeparableBiRng<T> bad(nullptr, nullptr); }, "_uniRng0", file);
+    expectAssertion([&] { RnAsymmetricalSeparableBiRng<T> bad(&uniform, nullptr); }, "_uniRng1", file);
+}

@@ -1,0 +1,272 @@
+#include "expectthrow.h"
+#include "rnscripted.h"
+
+#include <base/exinternalerror.h>
+#include <base/rnhistogrambirng.h>
+#include <base/rnhistogramrng.h>
+#include <base/rnlecuyeruniformrng.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+using Vn::RnHistogram;
+using Vn::RnHistogramBi;
+using Vn::RnHistogramBiRng;
+using Vn::RnHistogramRng;
+using VnTest::ScriptedRng;
+
+namespace
+{
+template <class T>
+class RnHistogramRngTest : public testing::Test
+{
+protected:
+    static constexpr T nan = std::numeric_limits<T>::quiet_NaN();
+
+    /// Bins of the given weights over [0, count].
+    static RnHistogram<T> of(std::vector<T> const& weights)
+    {
+        RnHistogram<T> histogram(static_cast<unsigned int>(weights.size()), T(0), static_cast<T>(weights.size()));
+        for (std::size_t i = 0; i < weights.size(); ++i)
+            histogram.addSample(static_cast<T>(i) + T(0.5), weights[i]);
+        return histogram;
+    }
+
+    static T drawn(RnHistogram<T> const& histogram, T u)
+    {
+        ScriptedRng<T> source({u});
+        return RnHistogramRng<T>(histogram, &source)();
+    }
+};
+
+using Types = testing::Types<float, double>;
+}  // namespace
+
+TYPED_TEST_SUITE(RnHistogramRngTest, Types);
+
+TYPED_TEST(RnHistogramRngTest, drawsInvertTheRunningSum)
+{
+    using T = TypeParam;
+    RnHistogram<T> const histogram = this->of({T(1), T(3)});
+    EXPECT_EQ(this->drawn(histogram, T(0)), T(0));
+    EXPECT_EQ(this->drawn(histogram, T(0.125)), T(0.5));
+    EXPECT_EQ(this->drawn(histogram, T(0.25)), T(1));  // the second bin's lower edge
+    EXPECT_EQ(this->drawn(histogram, T(0.625)), T(1.5));
+    EXPECT_LT(this->drawn(histogram, std::nextafter(T(0.25), T(0))), T(1));
+}
+
+TYPED_TEST(RnHistogramRngTest, drawsAreBitForBitTheRule)
+{
+    using T = TypeParam;
+    std::vector<T> weights;
+    for (int i = 0; i < 37; ++i)
+        weights.push_back(static_cast<T>(i * 7 % 11));
+    RnHistogram<T> const histogram = this->of(weights);
+    T sum = T(0);
+    for (T weight : weights)
+        sum += weight;
+    std::vector<T> cumulative(1, T(0));
+    for (T weight : weights)
+        cumulative.push_back(cumulative.back() + T(1) / sum * weight);
+    Vn::RnLecuyerUniformRng<T> uniform, same;
+    RnHistogramRng<T> rng(histogram, &uniform);
+    std::vector<T> samples(4000);
+    rng.getSequence(3000, samples.data());
+    for (std::size_t i = 3000; i < 4000; ++i)
+        i % 2 == 0 ? rng.getSample(samples[i]) : static_cast<void>(samples[i] = rng());
+    for (T sample : samples) {
+        const T u = same();
+        if (u >= cumulative.back())
+            continue;  // has its own test
+        std::size_t p = 0;
+        while (!(cumulative[p] > u))
+            ++p;
+        const T t = (u - cumulative[p - 1]) / (cumulative[p] - cumulative[p - 1]);
+        const T lower = histogram.getEdges()[p - 1], upper = histogram.getEdges()[p];
+        ASSERT_EQ(sample, t * (upper - lower) + lower);
+    }
+}
+
+TYPED_TEST(RnHistogramRngTest, aSourceBeyondItsRangeIsBounded)
+{
+    using T = TypeParam;
+    RnHistogram<T> const histogram = this->of({T(0), T(1), T(3), T(0)});
+    for (T u : {T(1), T(1.5), T(1e30), std::numeric_limits<T>::infinity()})
+        EXPECT_EQ(this->drawn(histogram, u), T(3));  // the upper edge of the last bin that holds something
+    for (T u : {T(-0.5), T(-1e30), -std::numeric_limits<T>::infinity(), T(-0.0)})
+        EXPECT_EQ(this->drawn(histogram, u), T(1));
+    EXPECT_TRUE(std::isnan(this->drawn(histogram, this->nan)));
+    // Rounding can leave the last entry below 1; what lies between is bounded as well.
+    for (int count = 1; count < 60; ++count) {
+        RnHistogram<T> const even = this->of(std::vector<T>(static_cast<std::size_t>(count), T(1)));
+        const T sample = this->drawn(even, std::nextafter(T(1), T(0)));
+        EXPECT_TRUE(sample > static_cast<T>(count) - T(1) && sample <= static_cast<T>(count)) << count;
+        const T last = this->drawn(even, T(1));  // the end itself, unless rounding has left the last entry above 1
+        EXPECT_NEAR(last, static_cast<T>(count), static_cast<T>(8 * count) * std::numeric_limits<T>::epsilon());
+        EXPECT_LE(last, static_cast<T>(count));
+    }
+}
+
+TYPED_TEST(RnHistogramRngTest, anEmptyHistogramGivesNotANumber)
+{
+    using T = TypeParam;
+    for (T u : {T(0), T(0.5), T(1), this->nan}) {
+        EXPECT_TRUE(std::isnan(this->drawn(this->of({T(0), T(0), T(0)}), u)));
+        EXPECT_TRUE(std::isnan(this->drawn(RnHistogram<T>(0, T(0), T(1)), u)));
+        EXPECT_TRUE(std::isnan(this->drawn(this->of({T(1), this->nan, T(1)}), u)));
+    }
+    // Weights that cancel, or whose running sum falls, stay within the object.
+    for (T u : {T(0), T(0.5), T(1)}) {
+        this->drawn(this->of({T(1), T(-1)}), u);
+        this->drawn(this->of({T(3), T(-2), T(1)}), u);
+        this->drawn(this->of({T(-3), T(2), T(-1)}), u);
+    }
+}
+
+TYPED_TEST(RnHistogramRngTest, tellsItsRangeAndDensity)
+{
+    using T = TypeParam;
+    RnHistogram<T> const histogram = this->of({T(1), T(3)});
+    ScriptedRng<T> source({T(0)});
+    std::string journal;
+    source.journal = &journal;
+    RnHistogramRng<T> rng(histogram, &source);
+    EXPECT_STREQ(rng.getName(), "Histogram");
+    EXPECT_EQ(rng.getPdf(T(0)), T(0.25));
+    EXPECT_EQ(rng.getPdf(T(1)), T(0.75));
+    EXPECT_EQ(rng.getPdf(T(2)), T(0));
+    EXPECT_EQ(rng.getPdf(T(-0.1)), T(0));
+    EXPECT_EQ(rng.getPdf(this->nan), T(0));
+    EXPECT_EQ(rng.getEfficientWidth(), T(2));
+    EXPECT_EQ(rng.getEfficientMin(), T(0));
+    EXPECT_EQ(rng.getEfficientMax(), T(2));
+    EXPECT_EQ(rng.getEfficientFraction(), T(1));
+    rng.restart();
+    EXPECT_EQ(journal, "r");
+    const T edges[] = {T(0), T(4)};
+    RnHistogram<T> wide(1, edges);
+    wide.addSample(T(1), T(9));
+    EXPECT_EQ(RnHistogramRng<T>(wide, &source).getPdf(T(1)), T(0.25));
+    EXPECT_EQ(RnHistogramRng<T>(RnHistogram<T>(0, T(0), T(1)), &source).getPdf(T(0.5)), T(0));
+}
+
+TYPED_TEST(RnHistogramRngTest, isASnapshot)
+{
+    using T = TypeParam;
+    RnHistogram<T> histogram = this->of({T(1), T(3)});
+    ScriptedRng<T> source({T(0.25)});
+    RnHistogramRng<T> rng(histogram, &source);
+    histogram.clear();
+    EXPECT_EQ(rng(), T(1));
+}
+
+TYPED_TEST(RnHistogramRngTest, planarDrawsUseTheFirstNumberTwice)
+{
+    using T = TypeParam;
+    const T xEdges[] = {T(0), T(1), T(3)}, yEdges[] = {T(-1), T(0), T(4)};
+    RnHistogramBi<T> histogram(2, 2, xEdges, yEdges);
+    histogram.addSample(T(0), T(-1), T(1));
+    histogram.addSample(T(2), T(-1), T(1));
+    histogram.addSample(T(0), T(1), T(2));
+    histogram.addSample(T(2), T(1), T(4));
+    ScriptedRng<T> source({T(0), T(0.25), T(0.1875), T(0.5), T(0.25), T(0.5), T(0.75), T(0.75)});
+    RnHistogramBiRng<T> rng(histogram, &source);
+    const T expected[][2] = {{T(0), T(-0.75)}, {T(2), T(-0.5)}, {T(0), T(2)}, {T(2), T(3)}};
+    T xs[4], ys[4];
+    for (auto const& point : expected) {
+        T x, y;
+        rng.getSample(x, y);
+        EXPECT_TRUE(x == point[0] && y == point[1]);
+    }
+    rng.restart();
+    rng.getSequence(4, xs, ys);
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_TRUE(xs[i] == expected[i][0] && ys[i] == expected[i][1]);
+    rng.getSequence(0, nullptr, nullptr);
+    histogram.clear();
+    EXPECT_EQ(rng.getPdf(T(2), T(1)), T(0.5));  // a snapshot
+}
+
+TYPED_TEST(RnHistogramRngTest, planarSequenceHasTheSinglePointsOfADerivedClass)
+{
+    using T = TypeParam;
+    class Fixed : public RnHistogramBiRng<T>
+    {
+    public:
+        using RnHistogramBiRng<T>::RnHistogramBiRng;
+        void getSample(T& x, T& y) override { x = y = T(9); }
+    };
+    ScriptedRng<T> source({T(0)});
+    Fixed rng(RnHistogramBi<T>(1, 1, T(0), T(1), T(0), T(1)), &source);
+    T x = T(0), y = T(0);
+    rng.getSequence(1, &x, &y);
+    EXPECT_TRUE(x == T(9) && y == T(9));
+}
+
+TYPED_TEST(RnHistogramRngTest, planarDensityIsTheBinsShare)
+{
+    using T = TypeParam;
+    RnHistogramBi<T> histogram(2, 2, T(0), T(8), T(0), T(100));
+    for (T x : {T(1), T(5)})
+        for (T y : {T(1), T(60)})
+            histogram.addSample(x, y, T(3));
+    ScriptedRng<T> source({T(0)});
+    const RnHistogramBiRng<T> rng(histogram, &source);
+    EXPECT_EQ(rng.getPdf(T(0), T(0)), T(0.25));  // whatever the area
+    EXPECT_EQ(rng.getPdf(T(7), T(99)), T(0.25));
+    for (auto const& [x, y] : std::vector<std::pair<T, T>>{
+             {T(8), T(1)}, {T(1), T(100)}, {T(-1), T(1)}, {T(1), T(-1)}, {this->nan, T(1)}, {T(1), this->nan}})
+        EXPECT_EQ(rng.getPdf(x, y), T(0));
+    T x, y;
+    rng.getEfficientWidth(x, y);
+    EXPECT_TRUE(x == T(8) && y == T(100));
+    rng.getEfficientMin(x, y);
+    EXPECT_TRUE(x == T(0) && y == T(0));
+    rng.getEfficientMax(x, y);
+    EXPECT_TRUE(x == T(8) && y == T(100));
+    EXPECT_EQ(rng.getEfficientFraction(), T(1));
+    EXPECT_STREQ(rng.getName(), "HistogramBi");
+}
+
+TYPED_TEST(RnHistogramRngTest, planarBadInputIsBounded)
+{
+    using T = TypeParam;
+    RnHistogramBi<T> histogram(2, 2, T(0), T(2), T(0), T(2));
+    histogram.addSample(T(0.5), T(1.5), T(1));
+    auto const drawn = [](RnHistogramBi<T> const& from, T u, T v) {
+        ScriptedRng<T> source({u, v});
+        T x, y;
+        RnHistogramBiRng<T>(from, &source).getSample(x, y);
+        return std::pair<T, T>(x, y);
+    };
+    EXPECT_EQ(drawn(histogram, T(1), T(1)), (std::pair<T, T>(T(1), T(2))));
+    EXPECT_EQ(drawn(histogram, T(-1), T(0)), (std::pair<T, T>(T(0), T(1))));
+    EXPECT_TRUE(std::isnan(drawn(histogram, this->nan, T(0.5)).first));
+    EXPECT_TRUE(std::isnan(drawn(RnHistogramBi<T>(2, 2, T(0), T(2), T(0), T(2)), T(0.5), T(0.5)).first));
+    for (auto const& [nx, ny] : {std::pair(0u, 0u), std::pair(0u, 2u), std::pair(2u, 0u)}) {
+        RnHistogramBi<T> const none(nx, ny, T(0), T(1), T(0), T(1));
+        EXPECT_TRUE(std::isnan(drawn(none, T(0.5), T(0.5)).first));
+        ScriptedRng<T> source({T(0)});
+        EXPECT_EQ(RnHistogramBiRng<T>(none, &source).getPdf(T(0.5), T(0.5)), T(0));
+    }
+}
+
+TYPED_TEST(RnHistogramRngTest, sourcesAreChecked)
+{
+    using T = TypeParam;
+    RnHistogram<T> const line(2, T(0), T(1));
+    RnHistogramBi<T> const area(2, 2, T(0), T(1), T(0), T(1));
+    auto const expectRefused = [](auto const& call, char const* file) {
+        VnTest::expectThrow<Vn::ExInternalError, std::runtime_error>(call, "Assertion '_rng' failed.");
+        try {
+            call();
+        } catch (Vn::ExBase const& failure) {
+            EXPECT_STREQ(failure.getFileName(), file);
+        }
+    };
+    expectRefused([&] { RnHistogramRng<T> bad(line, nullptr); }, "src/base/rnhistogramrng");
+    expectRefused([&] { RnHistogramBiRng<T> bad(area, nullptr); }, "src/base/rnhistogrambirng");
+}
