@@ -43,7 +43,7 @@ struct RnBins
     /// The bin of `x` among bins of equal width, by the rule of RnUniformHistogram.
     static int placeOf(T x, Vector<T> const& edges, T width)
     {
-        const std::size_t count = edges.size() - 1;
+        const std::uint32_t count = static_cast<std::uint32_t>(edges.size() - 1);
         return floorOf((x - edges.front()) / width * static_cast<T>(count), static_cast<int>(count));
     }
 
@@ -56,8 +56,8 @@ struct RnBins
         const T scale = static_cast<T>(count);
         for (unsigned int i = 0; i < n; ++i) {
             const T place = (x[i] - min) / width * scale;
-            found[i] = static_cast<Index>(
-                static_cast<int>(place >= T(0) && place < T(2147483648.0) ? place : T(-1)));
+            found[i] =
+                static_cast<Index>(static_cast<int>(place >= T(0) && place < T(2147483648.0) ? place : T(-1)));
         }
     }
 

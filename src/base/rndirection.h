@@ -15,7 +15,7 @@ struct RnDirection
 
     static void toXYZ(T cosine, T phi, T& x, T& y, T& z)
     {
-        const RnMath::SinCos turn = RnMath::sinCos(static_cast<double>(phi));
+        const RnMath::SinCos turn = RnMath::sinCos<T>(static_cast<double>(phi));
         const T r = std::sqrt(T(1) - cosine * cosine);
         x = r * static_cast<T>(turn.cosine);
         y = r * static_cast<T>(turn.sine);
@@ -55,7 +55,7 @@ private:
     {
         T sines[block], cosines[block];
         for (unsigned int i = 0; i < n; ++i) {
-            const RnMath::SinCos turn = RnMath::sinCosInRange(static_cast<double>(twoPi * x[i]));
+            const RnMath::SinCos turn = RnMath::sinCosInRange<T>(static_cast<double>(twoPi * x[i]));
             sines[i] = static_cast<T>(turn.sine);
             cosines[i] = static_cast<T>(turn.cosine);
         }

@@ -86,7 +86,7 @@ private:
     Vector<T> _bins;
     Vector<T> _edges;
     T _total;
-    T _cellScale;                   ///< cells per unit
+    T _cellScale;                  ///< cells per unit
     Vector<std::uint32_t> _cells;  ///< where in the edges to look
 };
 

@@ -13,7 +13,7 @@ namespace Vn
 ///     Vn::RnLecuyerUniformRng<double> uniform(1, 2);
 ///     uniform(-1.0, 1.0);    // a number between -1 and 1
 ///
-/// Numbers are above 0 and below 1; the float instance scales by 2^-31, the nearest float to 1/2147483563, and reaches
+/// Numbers are below 1; the float instance scales by 2^-31, the nearest float to 1/2147483563, and reaches
 /// 1 - 2^-24.
 ///
 /// The second seed starts the first of the two state words. The second word starts at 55555 and no seed and no restart
@@ -67,6 +67,8 @@ private:
     std::uint32_t _seed2;
     std::int32_t _state1;
     std::int32_t _state2;
+    std::int32_t _next1;  ///< the states that follow, so that those after them need not wait
+    std::int32_t _next2;
 };
 
 extern template class VN_BASE_EXPORT RnLecuyerUniformRng<float>;

@@ -34,6 +34,13 @@ struct RnLecuyerWord
         return static_cast<std::uint32_t>(result);
     }
 
+    /// A 32-bit state brought to what it counts as, from 0 to below the modulus.
+    static std::int32_t residue(std::int32_t state)
+    {
+        const std::int64_t rest = std::int64_t(state) % modulus;
+        return static_cast<std::int32_t>(rest < 0 ? rest + modulus : rest);
+    }
+
     /// The state `steps` on, from one below the modulus. The quotient's estimate falls short by one at most.
     template <int steps>
     static std::int32_t skip(std::int32_t state)
@@ -42,9 +49,36 @@ struct RnLecuyerWord
         constexpr std::uint32_t scaled = static_cast<std::uint32_t>((std::uint64_t(factor) << 32) / modulus);
         const std::uint32_t s = static_cast<std::uint32_t>(state);
         const std::uint32_t quotient = static_cast<std::uint32_t>((std::uint64_t(s) * scaled) >> 32);
-        const std::uint32_t rest = s * factor - (quotient + 1) * static_cast<std::uint32_t>(modulus);
-        const std::int32_t below = static_cast<std::int32_t>(rest);
+        const std::uint32_t rest = s * factor - quotient * static_cast<std::uint32_t>(modulus);
+        constexpr std::uint32_t limit = static_cast<std::uint32_t>(modulus);
+        return static_cast<std::int32_t>(rest < limit ? rest : rest - limit);
+    }
+
+    /// The same in operations that the baseline of x86-64 has side by side: no 32-bit product but where it must be, and no
+    /// comparison without a sign.
+    template <int steps>
+    static std::int32_t skipInLanes(std::int32_t state)
+    {
+        constexpr std::uint32_t factor = power(steps);
+        constexpr std::uint32_t scaled = static_cast<std::uint32_t>((std::uint64_t(factor) << 32) / modulus);
+        const std::uint32_t s = static_cast<std::uint32_t>(state);
+        const std::uint32_t quotient = static_cast<std::uint32_t>((std::uint64_t(s) * scaled) >> 32);
+        const std::uint32_t rest = s * factor - (quotient << 31) + timesExcess(quotient);
+        const std::int32_t below = static_cast<std::int32_t>(rest - static_cast<std::uint32_t>(modulus));
         return below + ((below >> 31) & modulus);
+    }
+
+private:
+    /// Times 2^31 - modulus.
+    static std::uint32_t timesExcess(std::uint32_t x)
+    {
+        if constexpr (modulus == 2147483563) {
+            const std::uint32_t five = x + (x << 2);
+            return five + (five << 4);  // 85
+        } else {
+            static_assert(modulus == 2147483399);
+            return (x << 8) - (x << 3) + x;  // 249
+        }
     }
 };
 
@@ -56,7 +90,7 @@ inline std::int32_t combineLecuyerWords(std::int32_t state1, std::int32_t state2
 {
     // Both lie below their moduli, so neither step leaves 32 bits.
     const std::int32_t z = state1 - 2147483563 + state2;
-    return z + (((z - 1) >> 31) & 2147483562);
+    return z < 1 ? z + 2147483562 : z;
 }
 
 }  // namespace Vn

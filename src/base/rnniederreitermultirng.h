@@ -47,7 +47,10 @@ public:
     char const* getName() const override;
 
 private:
+    void moveTo(std::uint32_t index);
+
     std::uint32_t _index;
+    std::uint32_t _upper[4];  ///< what all but the lowest byte of the next point's number make of it
 };
 
 extern template class VN_BASE_EXPORT RnNiederreiterMultiRng<float>;

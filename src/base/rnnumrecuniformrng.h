@@ -59,11 +59,15 @@ public:
     T eval();
 
 private:
+    void put(std::uint32_t slot, std::uint32_t state);
+
     T _lastOutput;
     std::uint32_t _seed;
     std::uint32_t _state;
     ArrayPtr<std::uint32_t> _table;  ///< 97 shuffled states
-    std::uint32_t _slot;  ///< where the last output leads, from the integer that it was made of
+    std::uint32_t _slot;             ///< where the last output leads, from the integer that it was made of
+    std::uint32_t _nextState;        ///< so that the state after it need not wait
+    std::uint16_t _slots[97];        ///< where each entry of the table will lead
 };
 
 extern template class VN_BASE_EXPORT RnNumRecUniformRng<float>;

@@ -175,29 +175,56 @@ private:
     {
         constexpr LowBits()
         {
-            for (std::uint32_t n = 0; n < 256; ++n)
+            for (std::uint32_t n = 0; n < 256; ++n) {
                 for (int bit = 0; bit < 8; ++bit)
                     values[n] |= static_cast<std::int32_t>(((n >> bit) & 1) << (width - 1 - bit));
+                kept[n] = width == 25 ? 0xFFFFFF80u >> (n != 0 ? std::countr_zero(n) : 0) : 0xFFFFFFFFu;
+            }
         }
         std::array<std::int32_t, 256> values{};
+        std::array<std::uint32_t, 256> kept{};  ///< 25 bits from the first one set
     };
     static constexpr LowBits lowBits{};
 
     static void fillMirrored(std::uint32_t first, std::uint32_t count, T* values)
     {
-        constexpr T scale = width == 25 ? T(0x1p-25) : T(0x1p-31);
-        std::uint32_t done = 0;
-        while (done < count && ((first + done) >> width) == 0) {
-            const std::uint32_t low = (first + done) & 255;
+        while (count != 0) {
+            const std::uint32_t low = first & 255;
             const std::uint32_t room = 256 - low;
-            const std::uint32_t run = count - done < room ? count - done : room;
-            const std::int32_t high = static_cast<std::int32_t>(reversed(first + done - low) >> (32 - width));
-            for (std::uint32_t i = 0; i < run; ++i)
-                values[done + i] = static_cast<T>(lowBits.values[low + i] + high) * scale;
-            done += run;
+            const std::uint32_t run = count < room ? count : room;
+            if ((first >> width) == 0)
+                mirrorShort(first, low, run, values);
+            else
+                mirrorLong(first, low, run, values);
+            first += run;
+            count -= run;
+            values += run;
         }
-        for (; done < count; ++done)
-            values[done] = mirrored(first + done);
+    }
+
+    static void mirrorShort(std::uint32_t first, std::uint32_t low, std::uint32_t run, T* values)
+    {
+        constexpr T scale = width == 25 ? T(0x1p-25) : T(0x1p-31);
+        const std::int32_t high = static_cast<std::int32_t>(reversed(first - low) >> (32 - width));
+        for (std::uint32_t i = 0; i < run; ++i)
+            values[i] = static_cast<T>(lowBits.values[low + i] + high) * scale;
+    }
+
+    /// The same by halves, whose sum is rounded once. In float the bits below the 25th are cut off first; where the lowest
+    /// byte is 0 they begin further down.
+    static void mirrorLong(std::uint32_t first, std::uint32_t low, std::uint32_t run, T* values)
+    {
+        const std::uint32_t high = reversed(first - low);
+        for (std::uint32_t i = 0; i < run; ++i) {
+            const std::uint32_t bits =
+                (static_cast<std::uint32_t>(lowBits.values[low + i]) << (32 - width) | high) &
+                lowBits.kept[low + i];
+            const T upper = static_cast<T>(static_cast<std::int32_t>(bits >> 16));
+            const T lower = static_cast<T>(static_cast<std::int32_t>(bits & 0xFFFF));
+            values[i] = (upper * T(65536) + lower) * T(0x1p-32);
+        }
+        if (low == 0)
+            values[0] = mirrored(first);
     }
 
     template <class AnyTable>

@@ -105,7 +105,8 @@ private:
 
 void expectAssertion(std::function<void()> const& call, std::string const& condition, char const* file)
 {
-    VnTest::expectThrow<Vn::ExInternalError, std::runtime_error>(call, ("Assertion '" + condition + "' failed.").c_str());
+    VnTest::expectThrow<Vn::ExInternalError, std::runtime_error>(call,
+                                                                 ("Assertion '" + condition + "' failed.").c_str());
     try {
         call();
     } catch (Vn::ExBase const& failure) {

@@ -112,7 +112,8 @@ TYPED_TEST(RnHistogramBiTest, manySamplesAreAddedAsOneByOne)
                 }
             }
             EXPECT_EQ(histogram->getTotal(), total);
-            EXPECT_TRUE(std::equal(bins.begin(), bins.end(), histogram->getBins().begin(), histogram->getBins().end()));
+            EXPECT_TRUE(
+                std::equal(bins.begin(), bins.end(), histogram->getBins().begin(), histogram->getBins().end()));
         }
     }
 }

@@ -108,8 +108,8 @@ TYPED_TEST(RnHistogramTest, everyEdgeAndItsNeighboursAreFoundAsByTheSearch)
     std::vector<std::vector<T>> all;
     all.push_back({T(0), T(1e-30), T(1e-20), T(1e-10), T(1), T(2), T(1e10), T(1e20)});
     all.push_back({T(-3), T(-2.5), T(-2.4999), T(-1), T(0), T(0.001), T(7), T(8), T(8.5)});
-    all.push_back({T(0), T(0), T(1), T(1), T(2), T(3)});                               // edges that meet
-    all.push_back({T(0), T(4), T(1), T(5), T(2), T(6)});                               // that don't ascend
+    all.push_back({T(0), T(0), T(1), T(1), T(2), T(3)});  // edges that meet
+    all.push_back({T(0), T(4), T(1), T(5), T(2), T(6)});  // that don't ascend
     all.push_back({std::numeric_limits<T>::lowest(), T(0), T(1), T(2), T(3), std::numeric_limits<T>::max()});
     all.push_back({T(1), std::nextafter(T(1), T(2)), T(1.5), T(2), T(3)});
     all.push_back({-this->infinity, T(0), T(1), T(2), this->infinity});
@@ -118,7 +118,8 @@ TYPED_TEST(RnHistogramTest, everyEdgeAndItsNeighboursAreFoundAsByTheSearch)
     std::vector<T> squares, crowded;
     for (int i = 0; i <= 200; ++i) {
         squares.push_back(static_cast<T>(i) * static_cast<T>(i) / T(700));
-        crowded.push_back(i < 190 ? T(1) + static_cast<T>(i) * std::numeric_limits<T>::epsilon() : static_cast<T>(i));
+        crowded.push_back(i < 190 ? T(1) + static_cast<T>(i) * std::numeric_limits<T>::epsilon()
+                                  : static_cast<T>(i));
     }
     all.push_back(squares);
     all.push_back(crowded);

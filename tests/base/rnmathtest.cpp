@@ -30,7 +30,7 @@ TEST(RnMath, isWithinOneUnitOfTheExactResult)
 {
     int inexact = 0;
     for (Row const& row : rows) {
-        const RnMath::SinCos turn = RnMath::sinCos(std::bit_cast<double>(row.angle));
+        const RnMath::SinCos turn = RnMath::sinCos<double>(std::bit_cast<double>(row.angle));
         EXPECT_LE(unitsBetween(turn.sine, row.sine), 1) << std::bit_cast<double>(row.angle);
         EXPECT_LE(unitsBetween(turn.cosine, row.cosine), 1) << std::bit_cast<double>(row.angle);
         const double log = RnMath::log(std::bit_cast<double>(row.number));
@@ -55,11 +55,11 @@ TEST(RnMath, singlePrecisionIsRoundedOnce)
 TEST(RnMath, takesTheEdges)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN(), infinity = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(RnMath::sinCos(0.0).sine, 0.0);
-    EXPECT_EQ(RnMath::sinCos(0.0).cosine, 1.0);
-    EXPECT_TRUE(std::isnan(RnMath::sinCos(nan).sine));
-    EXPECT_TRUE(std::isnan(RnMath::sinCos(infinity).cosine));
-    EXPECT_EQ(RnMath::sinCos(1e30).sine, std::sin(1e30));
+    EXPECT_EQ(RnMath::sinCos<double>(0.0).sine, 0.0);
+    EXPECT_EQ(RnMath::sinCos<double>(0.0).cosine, 1.0);
+    EXPECT_TRUE(std::isnan(RnMath::sinCos<double>(nan).sine));
+    EXPECT_TRUE(std::isnan(RnMath::sinCos<double>(infinity).cosine));
+    EXPECT_EQ(RnMath::sinCos<double>(1e30).sine, std::sin(1e30));
     EXPECT_EQ(RnMath::log(1.0), 0.0);
     EXPECT_EQ(RnMath::log(0.0), -infinity);
     EXPECT_EQ(RnMath::log(infinity), infinity);

@@ -151,9 +151,10 @@ TYPED_TEST(RnQuasiTest, radicalInversesInEveryFormAreBitForBitTheRule)
 {
     using T = TypeParam;
     std::vector<T> samples(5000);
-    for (unsigned int base : {2u, 3u, 4u, 5u, 6u, 7u, 11u, 31u, 32u, 33u, 97u, 512u, 1000u, 1024u, 1025u, 65536u, 4294967295u}) {
-        for (unsigned int start : {0u, 1u, 200u, 728u, 59048u, 16777214u, 33554000u, 33554431u, 2147483000u, 2147483647u,
-                                   4000000000u, 4294962000u}) {
+    for (unsigned int base :
+         {2u, 3u, 4u, 5u, 6u, 7u, 11u, 31u, 32u, 33u, 97u, 512u, 1000u, 1024u, 1025u, 65536u, 4294967295u}) {
+        for (unsigned int start : {0u, 1u, 200u, 728u, 59048u, 16777214u, 33554000u, 33554431u, 2147483000u,
+                                   2147483647u, 4000000000u, 4294962000u}) {
             for (unsigned int size : {0u, 1u, 5u, 64u, 255u, 700u, 4096u}) {
                 RnVanDerCorputRng<T> rng(base);
                 rng.restart(start);
@@ -373,8 +374,8 @@ TYPED_TEST(RnQuasiTest, hammersleyRampWrapsAndItsInversesRunOn)
 {
     using T = TypeParam;
     RnHammersleyBiRng<T> rng(4);
-    const T expected[][2] = {{T(0.125), T(0.5)}, {T(0.375), T(0.25)}, {T(0.625), T(0.75)}, {T(0.875), T(0.125)},
-                             {T(0.125), T(0.625)}};
+    const T expected[][2] = {
+        {T(0.125), T(0.5)}, {T(0.375), T(0.25)}, {T(0.625), T(0.75)}, {T(0.875), T(0.125)}, {T(0.125), T(0.625)}};
     for (int pass = 0; pass < 2; ++pass) {
         for (auto const& point : expected) {
             T x, y;

@@ -238,7 +238,8 @@ TYPED_TEST(RnSphericalTest, takesPointsFarOutsideTheSquare)
 {
     using T = TypeParam;
     const T nan = std::numeric_limits<T>::quiet_NaN();
-    typename ScriptedBiRng<T>::Points const points = {{T(1e7), T(0.5)}, {T(-0.25), T(0.5)}, {nan, T(0.25)}, {T(0.5), T(3)}};
+    typename ScriptedBiRng<T>::Points const points = {
+        {T(1e7), T(0.5)}, {T(-0.25), T(0.5)}, {nan, T(0.25)}, {T(0.5), T(3)}};
     for (int which = 0; which < 3; ++which) {
         ScriptedBiRng<T> source(points);
         auto const sampler = make<T>(which, &source);

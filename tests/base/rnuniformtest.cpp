@@ -74,8 +74,8 @@ public:
         _s2 = 40692 * (_s2 - k * 52774) - k * 3791;
         if (_s2 < 0)
             _s2 += 2147483399;
-        std::int32_t z = static_cast<std::int32_t>(static_cast<std::uint32_t>(_s1) + static_cast<std::uint32_t>(_s2) -
-                                                   2147483563u);
+        std::int32_t z = static_cast<std::int32_t>(static_cast<std::uint32_t>(_s1) +
+                                                   static_cast<std::uint32_t>(_s2) - 2147483563u);
         if (z < 1)
             z += 2147483562;
         return static_cast<T>(z) * (sizeof(T) == 4 ? T(4.656613e-10f) : T(4.656613057391769e-10));
@@ -280,11 +280,13 @@ TEST(RnLecuyer, wordsAreSteppedWithoutDivisionAsWithIt)
         const std::int64_t next = s * a % m;
         return static_cast<std::int32_t>(next < 0 ? next + m : next);
     };
-    std::vector<std::int32_t> states = {0, 1, -1, 2, 53667, 53668, 52773, 52774, 2147483398, 2147483399, 2147483562,
-                                        2147483563, 2147483647, -2147483647 - 1, -2147483563, -2147483562};
+    std::vector<std::int32_t> states = {
+        0,          1,          -1,         2,          53667,      53668,           52773,       52774,
+        2147483398, 2147483399, 2147483562, 2147483563, 2147483647, -2147483647 - 1, -2147483563, -2147483562};
     std::int32_t state = 12345;
     for (int i = 0; i < 100000; ++i)
-        states.push_back(state = static_cast<std::int32_t>(static_cast<std::uint32_t>(state) * 1664525u + 1013904223u));
+        states.push_back(state =
+                             static_cast<std::int32_t>(static_cast<std::uint32_t>(state) * 1664525u + 1013904223u));
     int wrong = 0;
     for (std::int32_t s : states) {
         wrong += RnLecuyerWord1::next(s) != plain(s, 40014, 2147483563) ? 1 : 0;
