@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs, on Debian 12, what building and testing this project needs: tools/setup.sh [run|test]
 set -e
-packages="g++ cmake ninja-build ccache"
+packages="g++ cmake ninja-build ccache libpng-dev"
 if [ "$1" = test ]; then
     packages="$packages clang libclang-rt-14-dev llvm-14 g++-mingw-w64-x86-64-posix wine wine64 googletest libbenchmark-dev
         libboost-dev libcoin-dev libgsl-dev pkg-config binutils python3 tzdata git"
