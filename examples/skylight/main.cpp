@@ -9,7 +9,7 @@
 #include <base/ininitmgr.h>
 #include <base/rnhistogramspherical.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <fstream>
@@ -59,10 +59,11 @@ void makePicture(Journal& journal)
         throw std::runtime_error("can't write " + path);
 }
 
-/// Errors against a picture of many directions, by the source that has the smallest at 4,096.
+/// Errors against a picture of many directions by a source that is good at it; small, as they are many pictures.
 void printTable(Journal& journal)
 {
-    constexpr unsigned int width = 48, most = 4096, many = 32768;
+    constexpr unsigned int most = 4096, many = 32768;
+    const unsigned int width = std::min(48u, static_cast<unsigned int>(Settings::width.getValue()));
     const std::string sampler = Settings::sampler.getValue();
     journal.tell("table of errors for " + sampler);
     Render reference(width, "niederreiter", sampler, many);

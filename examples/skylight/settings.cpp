@@ -43,7 +43,7 @@ const Option histogramOption("H:", "-H NAME      histogram of directions, to NAM
 const Variable histogramVariable("SKYLIGHT_HISTOGRAM", "SKYLIGHT_HISTOGRAM");
 const Default histogramDefault("", "none");
 
-const Option tableOption("t", "-t           table of errors, for each source and 4 to 4,096 directions");
+const Option tableOption("t", "-t           table of errors by source and number of directions, instead of a picture");
 const Variable tableVariable("SKYLIGHT_TABLE", "SKYLIGHT_TABLE");
 const Default tableDefault("false", "false");
 

@@ -1,0 +1,191 @@
+#include "child.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using VnTest::Child;
+using VnTest::ChildRun;
+
+namespace
+{
+namespace fs = std::filesystem;
+
+std::string withPlainLines(std::string text)
+{
+    std::erase(text, '\r');
+    return text;
+}
+
+std::string contentOf(fs::path const& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    EXPECT_TRUE(stream) << path;
+    return withPlainLines(std::string(std::istreambuf_iterator<char>(stream), {}));
+}
+
+/// A folder of one's own for logs and output.
+class SkylightTest : public testing::Test
+{
+protected:
+    SkylightTest()
+        : folder(fs::current_path() /
+                 (std::string("skylight.") + testing::UnitTest::GetInstance()->current_test_info()->name()))
+    {
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+
+    ~SkylightTest() override { fs::remove_all(folder); }
+
+    ChildRun run(std::vector<std::string> arguments) const
+    {
+        Child child = Child::program("skylight");
+        child.arguments(std::move(arguments)).with("T4Q_TEST_DIR", folder.string()).without("VN_DEBUG_INITIALIZE");
+        ChildRun result = child.run();
+        result.out = withPlainLines(result.out);
+        result.err = withPlainLines(result.err);
+        return result;
+    }
+
+    fs::path folder;
+};
+
+/// The errors of the table, row by row; column 0 is the number of directions.
+std::vector<std::vector<double>> rowsOf(std::string const& table)
+{
+    std::istringstream lines(table);
+    std::string line;
+    std::getline(lines, line);
+    std::vector<std::vector<double>> rows;
+    while (std::getline(lines, line)) {
+        std::istringstream fields(line);
+        rows.emplace_back(std::istream_iterator<double>(fields), std::istream_iterator<double>());
+    }
+    return rows;
+}
+}  // namespace
+
+/// What one compiler on one platform has made, as a mark for all others. Whether the light is right, the errors show.
+TEST_F(SkylightTest, sameOptionsGiveTheSameBitsEverywhere)
+{
+    const struct
+    {
+        char const* source;
+        char const* sampler;
+        char const* bits;
+    } table[] = {
+        {"lecuyer", "cosine", "06f1171743ca31ae"},      {"shuffled", "cosine", "67a260bc676caf9b"},
+        {"vandercorput", "cosine", "48883657cb5b4e5b"}, {"halton", "cosine", "e6fce6bec4edbd8a"},
+        {"hammersley", "cosine", "6304b4861b20bf66"},   {"niederreiter", "cosine", "3fd563cbf5105859"},
+        {"halton", "hemisphere", "2217616d705218a2"},   {"halton", "sphere", "ac344130fba1afeb"},
+    };
+    for (auto const& row : table) {
+        const ChildRun result = run({"-q", "-w", "32", "-n", "20", "-s", row.source, "-d", row.sampler});
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out, std::string("32 x 20 pixels, 20 directions each, ") + row.source + ", " +
+                                  row.sampler + "\nbits " + row.bits + "\n");
+    }
+}
+
+TEST_F(SkylightTest, quasiRandomErrorsFallFaster)
+{
+    const ChildRun result = run({"-q", "-t", "-w", "16"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out.substr(0, 10), "directions");
+    const std::vector<std::vector<double>> rows = rowsOf(result.out);
+    ASSERT_EQ(rows.size(), 6u);
+    for (std::vector<double> const& row : rows)
+        ASSERT_EQ(row.size(), 8u);
+    EXPECT_EQ(rows[0][0], 4);
+    EXPECT_EQ(rows[5][0], 4096);
+    for (std::size_t random : {1u, 2u, 3u}) {
+        EXPECT_NEAR(rows[5][random] / rows[0][random], 1 / 32.0, 0.012);  // by the root of their number
+        for (std::size_t quasi : {5u, 6u, 7u}) {
+            EXPECT_LT(rows[3][quasi] * 4, rows[3][random]);
+            EXPECT_LT(rows[5][quasi] * 8, rows[5][random]);
+        }
+    }
+    EXPECT_GT(rows[5][4], 0.05);  // neighbours of one sequence are no points of a square
+}
+
+TEST_F(SkylightTest, writesPictureAndHistogram)
+{
+    const std::string picture = (folder / "picture").string(), histogram = (folder / "directions").string();
+    const ChildRun result = run({"-q", "-w", "16", "-n", "4", "-o", picture, "-H", histogram});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    const std::string bytes = contentOf(picture).substr(0, 4);
+    EXPECT_TRUE(bytes == "\x89PNG" || bytes == "P6\n1") << bytes;
+    const std::string lines = contentOf(histogram + ".txt");
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 12 * 24);
+    EXPECT_EQ(contentOf(histogram + ".iv").substr(0, 20), "#Inventor V2.1 ascii");
+}
+
+TEST_F(SkylightTest, logsWhatItDoesAndHowLongItTook)
+{
+    const ChildRun result = run({"-w", "16", "-n", "8"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.err.find("pass 8 of 8: "), std::string::npos);
+    EXPECT_NE(contentOf(folder / "events.log").find("Informational: Render picture by halton and cosine\n"),
+              std::string::npos);
+    const std::string times = contentOf(folder / "prof.log");
+    EXPECT_NE(times.find("Profiling: Render pass 8 of 8: "), std::string::npos);
+    EXPECT_NE(times.find("Profiling: Render 8 passes in "), std::string::npos);
+}
+
+TEST_F(SkylightTest, refusesWhatItCantDo)
+{
+    const struct
+    {
+        std::vector<std::string> arguments;
+        char const* fault;
+    } table[] = {
+        {{"-w", "15"}, "the width must be from 16 to 4096"},
+        {{"-w", "4097"}, "the width must be from 16 to 4096"},
+        {{"-n", "0"}, "the number of directions must be from 1 to 65536"},
+        {{"-n", "65537"}, "the number of directions must be from 1 to 65536"},
+        {{"-s", "dice"}, "there is no source dice"},
+        {{"-d", "cube"}, "there is no sampler cube"},
+        {{"file"}, "there is nothing to name but options"},
+    };
+    for (auto const& row : table) {
+        const ChildRun result = run(row.arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, std::string("skylight: ") + row.fault + "; -h tells what there is\n");
+    }
+    const std::string nowhere = (folder / "missing" / "picture").string();
+    const ChildRun result = run({"-q", "-w", "16", "-n", "1", "-o", nowhere});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "skylight: can't write " + nowhere + "\n");
+}
+
+TEST_F(SkylightTest, helpTellsOfSourcesAndSamplers)
+{
+    const ChildRun result = run({"--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    for (char const* word : {"niederreiter", "hemisphere", "SKYLIGHT_SAMPLES", "on this platform", "same bits"})
+        EXPECT_NE(result.out.find(word), std::string::npos) << word;
+}
+
+TEST(Pointsets, drawsTheDocumentsPictures)
+{
+    const fs::path folder = fs::current_path() / "pointsets.drawing";
+    fs::create_directories(folder);
+    Child child = Child::program("pointsets");
+    const ChildRun result = child.arguments({folder.string()}).run();
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    for (char const* name : {"pointsets.svg", "scenes.svg"}) {
+        EXPECT_EQ(contentOf(folder / name), contentOf(fs::path(VN_DOCS) / name))
+            << "tools/drawsampling.sh draws anew";
+    }
+    fs::remove_all(folder);
+}
