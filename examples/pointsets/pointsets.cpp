@@ -50,11 +50,11 @@ public:
     {
         const int x = gap + _panels % 3 * (side + gap), y = gap + _panels / 3 * (side + 2 * gap);
         ++_panels;
-        _text << "<g transform=\"translate(" << x << "," << y << ")\"><text x=\"0\" y=\"" << side + 14 << "\">"
-              << title << "</text>\n";
+        _text << "<text x=\"" << x << "\" y=\"" << y + side + 14 << "\">" << title << "</text>\n<svg x=\"" << x
+              << "\" y=\"" << y << "\" width=\"" << side << "\" height=\"" << side << "\">\n";
     }
 
-    void close() { _text << "</g>\n"; }
+    void close() { _text << "</svg>\n"; }
 
     /// Dots, or lines from each even point to the one after it; in pixels of the panel, y downward.
     void draw(std::vector<std::pair<double, double>> const& points, bool areLines)
@@ -128,7 +128,7 @@ void drawPoints(std::string const& path)
         y = point[1];
     });
     addPoints(drawing, "Halton, bases 17 and 19", from(largeBases));
-    addPoints(drawing, "wrong: pairs of one sequence", from(wrong));
+    addPoints(drawing, "pairs of one sequence", from(wrong));
     drawing.save(path);
 }
 
@@ -152,16 +152,24 @@ std::vector<Vertex> verticesOf(std::string const& scene, int number)
     return vertices;
 }
 
-/// A scene from its text, seen a little from above; `scale` pixels to a unit, around a centre in the panel.
-void addScene(Drawing& drawing, std::string const& title, std::string const& scene, double scale, Vertex middle,
-              bool isFlat)
+/// How a scene is seen: pixels to a unit along the ground and upward, and what stands in the middle of the panel.
+struct View
 {
-    auto const project = [&](std::vector<Vertex> const& vertices) {
+    double scale, upScale;
+    Vertex middle;
+    bool isFlat;  ///< y is up; otherwise z, and the eye is a little above the ground
+};
+
+void addScene(Drawing& drawing, std::string const& title, std::string const& scene, View const& view)
+{
+    auto const project = [&view](std::vector<Vertex> const& vertices) {
         std::vector<std::pair<double, double>> points;
         for (Vertex const& v : vertices) {
-            const double x = v.x - middle.x, y = v.y - middle.y, z = v.z - middle.z;
-            const double right = isFlat ? x : 0.9 * x + 0.44 * y, up = isFlat ? y : -0.2 * x + 0.4 * y + 0.9 * z;
-            points.emplace_back(side / 2 + scale * right, side / 2 - scale * up);
+            const double x = v.x - view.middle.x, y = v.y - view.middle.y, z = v.z - view.middle.z;
+            const double right = view.isFlat ? view.scale * x : view.scale * (0.9 * x + 0.44 * y);
+            const double up =
+                view.isFlat ? view.upScale * y : view.scale * (0.4 * y - 0.2 * x) + view.upScale * 0.9 * z;
+            points.emplace_back(side / 2 + right, side / 2 - up);
         }
         return points;
     };
@@ -216,15 +224,15 @@ void drawScenes(std::string const& path)
     Vn::RnCosineHemisphericalRng<float> cosine(&points);
 
     Drawing drawing(6);
-    addScene(drawing, "Gaussian", sceneOf(line), 18, {0, 0.5, 0}, true);
-    addScene(drawing, "drawn again from that", sceneOf(copy), 18, {0, 0.5, 0}, true);
-    addScene(drawing, "two triangles", sceneOf(area), 30, {0.5, 0.5, 1.4}, false);
-    addScene(drawing, "uniform on the sphere", sceneOfDirections<Vn::RnHistogramSpherical<float>>(sphere), 50,
-             {0, 0, 0}, false);
+    addScene(drawing, "Gaussian", sceneOf(line), {17, 270, {0, 0.22, 0}, true});
+    addScene(drawing, "drawn again from that", sceneOf(copy), {17, 270, {0, 0.22, 0}, true});
+    addScene(drawing, "two triangles", sceneOf(area), {100, 22, {0.5, 0.5, 1.9}, false});
+    addScene(drawing, "uniform on the sphere", sceneOfDirections<Vn::RnHistogramSpherical<float>>(sphere),
+             {780, 780, {0, 0, 0}, false});
     addScene(drawing, "uniform on the hemisphere",
-             sceneOfDirections<Vn::RnHistogramHemispherical<float>>(hemisphere), 50, {0, 0, 0}, false);
+             sceneOfDirections<Vn::RnHistogramHemispherical<float>>(hemisphere), {390, 390, {0, 0, 0.07}, false});
     addScene(drawing, "cosine on the hemisphere", sceneOfDirections<Vn::RnHistogramHemispherical<float>>(cosine),
-             50, {0, 0, 0}, false);
+             {390, 390, {0, 0, 0.15}, false});
     drawing.save(path);
 }
 }  // namespace

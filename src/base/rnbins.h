@@ -110,7 +110,26 @@ struct RnBins
     /// For `x` at or above the first edge and below the last.
     static int findInside(T const* edges, std::uint32_t const* cells, T scale, T x)
     {
-        const std::uint32_t cell = static_cast<std::uint32_t>(static_cast<std::int32_t>((x - edges[0]) * scale));
+        return findInCell(edges, cells, static_cast<std::int32_t>((x - edges[0]) * scale), x);
+    }
+
+    /// The same for many, with -1 for all that lie in no bin. Cells come first, as processors find several side by side.
+    static void findMany(unsigned int n, T const* x, Vector<T> const& edges, Vector<std::uint32_t> const& cells,
+                         T scale, int* found)
+    {
+        T const* const first = edges.data();
+        std::uint32_t const* const firstCell = cells.data();
+        const T min = edges.front(), max = edges.back();
+        for (unsigned int i = 0; i < n; ++i)
+            found[i] = static_cast<int>(x[i] >= min && x[i] < max ? (x[i] - min) * scale : T(-1));
+        for (unsigned int i = 0; i < n; ++i)
+            if (found[i] >= 0)
+                found[i] = findInCell(first, firstCell, found[i], x[i]);
+    }
+
+private:
+    static int findInCell(T const* edges, std::uint32_t const* cells, std::int32_t cell, T x)
+    {
         std::uint32_t bin = cells[cell];
         bin += edges[bin + 1] <= x ? 1 : 0;
         if (edges[bin + 1] <= x) [[unlikely]] {
@@ -120,7 +139,6 @@ struct RnBins
         return static_cast<int>(bin);
     }
 
-private:
     static constexpr std::size_t maxBins = 65536;
     static constexpr std::size_t cellsPerBin = 4;
 
