@@ -26,7 +26,7 @@
 #include <vector>
 
 /// Coin keeps one field of its clock to the end of the process.
-extern "C" char const* __lsan_default_suppressions();
+extern "C" __attribute__((visibility("default"))) char const* __lsan_default_suppressions();
 extern "C" char const* __lsan_default_suppressions()
 {
     return "leak:libCoin.so";
