@@ -4,6 +4,7 @@ set -e
 packages="g++ cmake ninja-build ccache"
 if [ "$1" = test ]; then
     packages="$packages clang libclang-rt-14-dev llvm-14 g++-mingw-w64-x86-64-posix wine wine64 googletest libbenchmark-dev
+        libboost-log-dev libgoogle-glog-dev libspdlog-dev
         libboost-dev pkg-config binutils python3 tzdata git"
 fi
 missing=
