@@ -51,6 +51,7 @@ struct Work
 /// One thread's messages: their number, and a text whose length changes.
 void work(Vn::LgMinorGroup const& group, int thread, int messages)
 {
+    const ThreadLog::Thread ownQueue;
     VN_TRACE_ENTRY(workLevel, "work");
     static constexpr char text[] = "abcdefghijklmnopqrstuvwxyz";
     for (int i = 0; i < messages; ++i) {

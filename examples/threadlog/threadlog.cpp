@@ -4,41 +4,63 @@
 #include <base/lgreader.h>
 #include <base/lgtrace.h>
 
+#include <condition_variable>
 #include <iostream>
+#include <utility>
 
 namespace
 {
-/// Rises with each message, so that the reader sleeps while it stands still.
-std::atomic<unsigned> messages = 0;
-
-void wakeReader()
+/// A number that rises, and that a thread can wait for. Raising it costs no lock while nobody waits.
+class Signal
 {
-    // Release: the reader that sees the number also finds the message.
-    messages.fetch_add(1, std::memory_order_release);
-    messages.notify_one();
-}
+public:
+    void raise()
+    {
+        // Sequentially consistent, here and in waitBeyond(): one side raises the number and then looks for sleepers, the
+        // other one counts as a sleeper and then looks at the number, so one of them sees the other.
+        ++_number;
+        if (_sleepers == 0)
+            return;
+        _mutex.lock();  // the sleeper is now before its look at the number, or asleep
+        _mutex.unlock();
+        _condition.notify_all();
+    }
+
+    unsigned get() const { return _number; }
+
+    void waitBeyond(unsigned seen)
+    {
+        std::unique_lock guard(_mutex);
+        ++_sleepers;
+        _condition.wait(guard, [this, seen] { return _number != seen; });
+        --_sleepers;
+    }
+
+private:
+    std::atomic<unsigned> _number = 0;
+    std::atomic<int> _sleepers = 0;
+    std::mutex _mutex;
+    std::condition_variable _condition;
+};
+
+/// Raised with each message; never destroyed, as threads may end behind the static objects.
+Signal& messages = *new Signal;
 
 /// One for each queue.
 class SpaceObserver : public Vn::LgQueue::Observer
 {
 public:
-    void entryAdded(Vn::LgQueue&) override { wakeReader(); }
-
-    void entryRemoved(Vn::LgQueue&) override
-    {
-        // Release: the writer that sees the number also finds the space.
-        _removed.fetch_add(1, std::memory_order_release);
-        _removed.notify_one();
-    }
+    void entryAdded(Vn::LgQueue&) override { messages.raise(); }
+    void entryRemoved(Vn::LgQueue&) override { _removed.raise(); }
 
     void waitForSpace(Vn::LgQueue const& queue, int size) override
     {
         for (;;) {
-            // Before the look at the queue: what is removed after the look changes the number, and wait() returns.
-            const unsigned before = _removed.load(std::memory_order_acquire);
+            // Before the look at the queue: what is removed after the look raises the number, and nobody waits.
+            const unsigned seen = _removed.get();
             if (hasSpace(queue, static_cast<unsigned>(size)))
                 return;
-            _removed.wait(before, std::memory_order_acquire);
+            _removed.waitBeyond(seen);
         }
     }
 
@@ -49,49 +71,35 @@ private:
         return queue.isEmpty() || (!queue.isFull() && queue.getStream().getNumCharacters() >= size);
     }
 
-    std::atomic<unsigned> _removed = 0;
+    Signal _removed;
 };
 
-/// The queue of a thread, from its first message to its end; the reader deletes it.
-class QueueOfThread
+thread_local Vn::LgQueue* queueOfThread = nullptr;
+thread_local ThreadLog::Thread* currentThread = nullptr;
+
+Vn::LgQueue* makeQueue()
 {
-public:
-    ~QueueOfThread() { end(); }
-
-    Vn::LgQueue* get()
-    {
-        if (_queue == nullptr)
-            _queue = make();
-        return _queue;
-    }
-
-    void end()
-    {
-        if (_queue == nullptr)
-            return;
-        _queue->creatorExit();
-        _queue = nullptr;
-        wakeReader();
-    }
-
-private:
-    static Vn::LgQueue* make()
-    {
-        static std::atomic<unsigned long> threads = 0;
-        Vn::ObjPtr<Vn::LgQueue> queue(new Vn::LgQueue(++threads));
-        queue->changeObserver(Vn::ObjPtr<Vn::LgQueue::Observer>(new SpaceObserver));
-        Vn::LgLog::getRegistry()->registerQueue(queue.get());
-        return queue.release();
-    }
-
-    Vn::LgQueue* _queue = nullptr;
-};
-
-thread_local QueueOfThread queueOfThread;
+    static std::atomic<unsigned long> threads = 0;
+    Vn::ObjPtr<Vn::LgQueue> queue(new Vn::LgQueue(++threads));
+    queue->changeObserver(Vn::ObjPtr<Vn::LgQueue::Observer>(new SpaceObserver));
+    Vn::LgLog::getRegistry()->registerQueue(queue.get());
+    return queue.release();
+}
 
 Vn::LgQueue* getQueueOfThread()
 {
-    return queueOfThread.get();
+    if (queueOfThread == nullptr)
+        queueOfThread = makeQueue();
+    return queueOfThread;
+}
+
+/// From here on the queue is the reader's, which deletes it once it is empty.
+void endQueueOfThread()
+{
+    if (Vn::LgQueue* const queue = std::exchange(queueOfThread, nullptr)) {
+        queue->creatorExit();
+        messages.raise();
+    }
 }
 
 /// A lock whose holder has died fails once on Windows, and works again; what fails twice waits for the next time.
@@ -119,20 +127,34 @@ ThreadLog::~ThreadLog()
 {
     Vn::LgLog::setLoggerActivation(false);
     Vn::LgLog::setQueueFunction(nullptr);
-    queueOfThread.end();
+    endQueueOfThread();
     _isEnding = true;
-    wakeReader();
+    messages.raise();
     _reader.join();
     flush();
+    for (Vn::LgQueue* queue : Vn::LgLog::getRegistry()->getQueueList())
+        queue->creatorExit();  // of threads that ended without a word
+    flush();
+}
+
+ThreadLog::Thread::Thread()
+{
+    currentThread = this;
+}
+
+ThreadLog::Thread::~Thread()
+{
+    currentThread = nullptr;
+    endQueueOfThread();
 }
 
 void ThreadLog::read()
 {
     while (!_isEnding) {
-        const unsigned before = messages.load(std::memory_order_acquire);
+        const unsigned seen = messages.get();
         flush();
         if (!_isEnding)
-            messages.wait(before, std::memory_order_acquire);
+            messages.waitBeyond(seen);
     }
 }
 
@@ -156,8 +178,8 @@ Vn::List<Vn::LgQueue*> LockingRegistry::getQueueList() const
 
 Vn::Trace& ThreadTraceManager::getTrace()
 {
-    thread_local Vn::Trace trace;
-    return trace;
+    static Vn::Trace shared;
+    return currentThread != nullptr ? currentThread->trace : shared;
 }
 
 void ThreadTraceManager::print(char const* text) const

@@ -11,8 +11,12 @@
 /// wakes the reader and holds back a writer without space, and one thread that reads.
 ///
 ///     Vn::InInitGuard guard(argc, argv);
-///     ThreadLog log;                  // from here on messages of all threads go to the outputs
-///     runWorkers();                   // threads that log are over before the log is
+///     ThreadLog log;                      // from here on messages of all threads go to the outputs
+///     std::thread worker([] {
+///         const ThreadLog::Thread thread; // gives its queue back when the thread ends
+///         VN_LOG(group, Vn::LgTypes::Warning, "text");
+///     });
+///     worker.join();                      // threads that log are over before the log is
 ///
 /// Take these two files into your own program and change what you like.
 class ThreadLog
@@ -25,6 +29,23 @@ public:
 
     ThreadLog(ThreadLog const&) = delete;
     ThreadLog& operator=(ThreadLog const&) = delete;
+
+    /// What a thread has of its own while it logs and traces. A thread without one has a queue as well, which stays to
+    /// the log's end, and shares a depth of trace with others of its kind.
+    ///
+    /// An object in the thread's function and not a thread-local one: on Windows the compiler frees the memory of
+    /// thread-local objects before it destroys them.
+    class Thread
+    {
+    public:
+        Thread();
+        ~Thread();
+
+        Thread(Thread const&) = delete;
+        Thread& operator=(Thread const&) = delete;
+
+        Vn::Trace trace;
+    };
 
     /// Holds the calling thread back until its queue takes a message of `size` characters. A thread that calls this
     /// before it logs loses nothing.
