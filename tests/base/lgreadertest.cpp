@@ -72,6 +72,18 @@ TEST_F(LgReaderTest, aLineHasTimeThreadLevelAndText)
     queue.end();
 }
 
+TEST_F(LgReaderTest, thePagesLineIsOne)
+{
+    start();
+    StampedQueue queue(0x1A2B);
+    queue.log((1ULL << 32) + 5, "Cache evicted 17 pages");
+    LgReader().flushAll();
+    queue.end();
+    const std::vector<std::string> page = VnTest::linesOf(VN_LOGGING_PAGE);
+    ASSERT_EQ(messages().size(), 1u);
+    EXPECT_EQ(std::count(page.begin(), page.end(), "    " + messages()[0]), 1);
+}
+
 TEST_F(LgReaderTest, lossesAreALineOfTheirOwn)
 {
     start();
