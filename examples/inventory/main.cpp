@@ -1,10 +1,11 @@
 // inventory: what a folder holds, by suffix, every file read; and a copy of it, compared byte for byte. Shows a program of
-// the family: two packages of its own, settings from four sources, a start and stop that the library orders, and the
-// system's files, dates, processor and modules as the library tells them.
+// the family: two packages of its own, settings from four sources, a start and stop that the library orders, the
+// system's files, dates, processor and modules as the library tells them, and threads that log while they read.
 #include "machine.h"
 #include "scanner.h"
 #include "settings.h"
 #include "terminal.h"
+#include "threadlog.h"
 #include "treecopy.h"
 
 #include <base/incontextaliasmgr.h>
@@ -103,10 +104,15 @@ void printHelp()
 {
     std::cout << "inventory [OPTION]... FOLDER: files and bytes in a folder, by suffix.\n\n";
     Settings::printHelp(std::cout);
-    std::cout << "  -h, --help   this text\n"
-                 "  --graph      the packages and their dependencies in the DOT language, instead of a folder\n\n"
-                 "An option counts more than its variable, and that more than the default.\n"
-                 "Exit code: 0 for success, 1 for a failure, 2 for wrong use.\n";
+    std::cout
+        << "  -h, --help   this text\n"
+           "  --graph      the packages and their dependencies in the DOT language, instead of a folder\n\n"
+           "An option counts more than its variable, and that more than the default.\n\n"
+           "  VN_LOG_GROUPS=Inventory=Informational   logs each file that is read\n"
+           "  VN_LOG_INFORMATIONAL=%FILE              into FILE, and to the standard output; docs/logging.md has\n"
+           "                                          all variables of the log\n"
+           "  VN_TRACE_OPTIONS=show=Inventory         draws the calls\n\n"
+           "Exit code: 0 for success, 1 for a failure, 2 for wrong use.\n";
 }
 
 std::string takeFolder()
@@ -160,6 +166,10 @@ bool printInventory(std::string const& folder)
     std::cout << "\nThe largest files, with time of modification, owner and checksum:\n";
     scanner.printLargest(std::cout, 5);
     printUnread(scanner.getFindings().unread);
+    std::cout << "\nPasses, and how long each took:\n";
+    scanner.printPasses(std::cout);
+    std::cout << "\nWhere messages of each level go:\n";
+    Vn::LgLog::displaySetup();
     const std::string target = Settings::copy.getValue();
     return target.empty() || copy(scanner.getFindings(), folder, target);
 }
@@ -178,6 +188,7 @@ int run(int argc, char** argv)
     int count = static_cast<int>(line.arguments.size());
     char const* const* arguments = line.arguments.data();
     Vn::InInitGuard guard(count, arguments);
+    const ThreadLog log;
     bool isWhole = true;
     if (line.wantsGraph)
         Vn::InInitMgr::getInstance().dumpGraph(std::cout);

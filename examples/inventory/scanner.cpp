@@ -1,12 +1,12 @@
 #include "scanner.h"
 
 #include "date.h"
-#include "reading.h"
 #include "settings.h"
 
 #include <base/exbase.h>
 #include <base/osdirectory.h>
 #include <base/osfsutils.h>
+#include <base/trace.h>
 
 #include <algorithm>
 #include <iomanip>
@@ -37,6 +37,9 @@ namespace
 {
 constexpr std::size_t filesPerReport = 1000;
 constexpr std::uint64_t bytesPerReport = 64 << 20;
+
+/// VN_TRACE_OPTIONS=show=Inventory draws the calls.
+Vn::TraceLevel& traceLevel = *Vn::Trace::registerLevel("Inventory", __FILE__);
 
 std::string suffixOf(std::string const& name)
 {
@@ -69,26 +72,37 @@ Scanner::Scanner(int depth, bool countsHidden, bool showsProgress)
 
 void Scanner::scan(std::string const& folder)
 {
+    VN_TRACE_ENTRY(traceLevel, "scan");
     _root = folder;
     _waiting.push_back({"", 0});
-    while (!_waiting.empty()) {
-        const Waiting next = std::move(_waiting.back());
-        _waiting.pop_back();
-        try {
-            listFolder(next);
-        } catch (Vn::ExBase const& failure) {
-            if (next.name.empty())
-                throw std::runtime_error("can't read the folder " + folder + ": " + failure.getReason());
-            _findings.unread.push_back({next.name, failure.getReason()});
-        }
-    }
+    walk();
+    readFiles();
     if (_hasTold)
         std::cerr << "\r" << std::setw(40) << ""
                   << "\r" << std::flush;
 }
 
+void Scanner::walk()
+{
+    VN_TRACE_ENTRY(traceLevel, "walk");
+    while (!_waiting.empty()) {
+        const Waiting next = std::move(_waiting.back());
+        _waiting.pop_back();
+        _walking.start();
+        try {
+            listFolder(next);
+        } catch (Vn::ExBase const& failure) {
+            if (next.name.empty())
+                throw std::runtime_error("can't read the folder " + _root + ": " + failure.getReason());
+            _findings.unread.push_back({next.name, failure.getReason()});
+        }
+        _walking.stop();
+    }
+}
+
 void Scanner::listFolder(Waiting const& folder)
 {
+    VN_TRACE_ENTRY(traceLevel, "listFolder");
     const Vn::OsDirectory directory(Vn::OsFilePath(pathBelow(_root, folder.name).c_str()));
     const Vn::ObjPtr<Vn::Vector<Vn::OsFile*>> children(directory.getChildren(_filter));
     std::vector<std::unique_ptr<Vn::OsFile>> owned(children->begin(), children->end());
@@ -96,6 +110,7 @@ void Scanner::listFolder(Waiting const& folder)
         _findings.folders.push_back(folder.name);
     for (std::unique_ptr<Vn::OsFile> const& child : owned)
         takeChild(*child, folder);
+    VN_TRACE(traceLevel, (folder.name.empty() ? "." : folder.name) << ": " << owned.size());
 }
 
 void Scanner::takeChild(Vn::OsFile const& child, Waiting const& folder)
@@ -113,28 +128,51 @@ void Scanner::takeChild(Vn::OsFile const& child, Waiting const& folder)
         else if (child.getType() == Vn::OsFileTypes::SpecialFile)
             _findings.unread.push_back({name, "neither file nor folder"});
         else if (child.isFile())
-            readFile(child, name);
+            _toRead.push_back({name, path});
     } catch (Vn::ExBase const& failure) {
         _findings.unread.push_back({name, failure.getReason()});
     }
 }
 
-void Scanner::readFile(Vn::OsFile const& file, std::string const& name)
+void Scanner::readFiles()
 {
-    const Reading reading = Inventory::readFile(file.getPath().getChars());
-    _findings.files.push_back({name, reading.bytes, reading.checksum});
-    _bytesRead += reading.bytes;
-    tellProgress();
+    VN_TRACE_ENTRY(traceLevel, "readFiles");
+    const auto onResult = [this](Crew::Result const& result) {
+        ++_filesRead;
+        _bytesRead += result.reading.bytes;
+        tellProgress();
+    };
+    _reading.start();
+    const std::vector<Crew::Result> results = Crew(Crew::getUsualSize()).read(_toRead, onResult);
+    _reading.stop();
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        Crew::Result const& result = results[i];
+        if (result.failure.empty())
+            _findings.files.push_back({_toRead[i].name, result.reading.bytes, result.reading.checksum});
+        else
+            _findings.unread.push_back({_toRead[i].name, result.failure});
+    }
+    _toRead.clear();
+    VN_TRACE(traceLevel, results.size() << " files");
 }
 
 void Scanner::tellProgress()
 {
-    const bool isTime = _findings.files.size() % filesPerReport == 0 || _bytesRead - _bytesTold >= bytesPerReport;
+    const bool isTime = _filesRead % filesPerReport == 0 || _bytesRead - _bytesTold >= bytesPerReport;
     if (!_showsProgress || !isTime)
         return;
     _bytesTold = _bytesRead;
     _hasTold = true;
-    std::cerr << "\r" << _findings.files.size() << " files, " << (_bytesRead >> 20) << " MiB ..." << std::flush;
+    std::cerr << "\r" << _filesRead << " files, " << (_bytesRead >> 20) << " MiB ..." << std::flush;
+}
+
+void Scanner::printPasses(std::ostream& stream) const
+{
+    stream << "  " << std::left << std::setw(10) << "pass" << std::setw(14) << "clock" << std::right << std::setw(8)
+           << "rounds" << std::setw(12) << "total s" << std::setw(12) << "average s" << std::setw(12) << "longest s"
+           << "\n";
+    _walking.print(stream);
+    _reading.print(stream);
 }
 
 void Scanner::print(std::ostream& stream, std::string const& order) const

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "crew.h"
+#include "pass.h"
+
 #include <base/ininit.h>
 #include <base/inpackages.h>
 #include <base/insingleton.h>
@@ -66,7 +69,7 @@ struct Findings
     std::vector<Unread> unread;  ///< and why
 };
 
-/// Walks a folder, reads every file in it from its first to its last byte, and counts by suffix.
+/// Walks a folder, then reads every file in it from its first to its last byte, several at a time, and counts by suffix.
 class Scanner
 {
 public:
@@ -84,6 +87,9 @@ public:
     /// Prints the `count` largest files with their owner, size and time of modification.
     void printLargest(std::ostream& stream, std::size_t count) const;
 
+    /// Prints how long walking and reading took, with a row for each clock.
+    void printPasses(std::ostream& stream) const;
+
     Findings const& getFindings() const { return _findings; }
 
 private:
@@ -99,9 +105,10 @@ private:
         int level;
     };
 
+    void walk();
     void listFolder(Waiting const& folder);
     void takeChild(Vn::OsFile const& child, Waiting const& folder);
-    void readFile(Vn::OsFile const& file, std::string const& name);
+    void readFiles();
     void tellProgress();
 
     const int _depth;
@@ -109,7 +116,11 @@ private:
     const VisibleFilter _filter;
     std::string _root;
     std::vector<Waiting> _waiting;
+    std::vector<Crew::Task> _toRead;
     Findings _findings;
+    Pass _walking{"walking"};  ///< a round for each folder
+    Pass _reading{"reading"};  ///< one round
+    std::uint64_t _filesRead = 0;
     std::uint64_t _bytesTold = 0;
     std::uint64_t _bytesRead = 0;
     bool _hasTold = false;

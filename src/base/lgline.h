@@ -20,11 +20,11 @@ public:
     /// "0000000001 0000000005 (0x00001a2b) Warning: ": ticks since the start in two halves, thread and level.
     void putPrefix(std::uint64_t ticks, unsigned long threadId, LgTypes::Level level)
     {
-        putPadded(static_cast<std::uint32_t>(ticks >> 32), 10, 10);
+        putPadded<10, 10>(static_cast<std::uint32_t>(ticks >> 32));
         put(" ");
-        putPadded(static_cast<std::uint32_t>(ticks), 10, 10);
+        putPadded<10, 10>(static_cast<std::uint32_t>(ticks));
         put(" (0x");
-        putPadded(static_cast<std::uint32_t>(threadId), 16, 8);
+        putPadded<16, 8>(static_cast<std::uint32_t>(threadId));
         put(") ");
         put(LgTypes::levelToString(level));
         put(": ");
@@ -58,7 +58,9 @@ private:
         _size += length;
     }
 
-    void putPadded(std::uint32_t number, unsigned base, std::size_t width)
+    /// The base is known to the compiler, which then needs no division.
+    template <unsigned base, std::size_t width>
+    void putPadded(std::uint32_t number)
     {
         for (std::size_t i = width; i-- > 0; number /= base)
             _text[_size + i] = "0123456789abcdef"[number % base];

@@ -4,6 +4,7 @@
 #include <base/lglog.h>
 
 #include <algorithm>
+#include <fstream>
 #include <iomanip>
 #include <iostream>
 
@@ -58,6 +59,14 @@ LgQueue* findEarliest()
     return earliest;
 }
 
+/// A file that couldn't be written, as when the disk was full, is tried again with each line. One that couldn't be opened
+/// stays failed.
+void revive(std::ostream& output)
+{
+    if (output.bad() && static_cast<std::ofstream&>(output).is_open())
+        output.clear();
+}
+
 void writeLine(std::ostream& stream, LgLine const& line)
 {
     stream.write(line.get(), line.getSize()).flush();
@@ -101,8 +110,10 @@ void LgReader::flushQueue(LgQueue* queue)
         line.putText(queue->getStream());
     try {
         // In one piece, so that a crash in between can't tear it.
-        if (std::ostream* const output = LgLog::getLevelOutput(level))
+        if (std::ostream* const output = LgLog::getLevelOutput(level)) {
+            revive(*output);
             writeLine(*output, line);
+        }
         if (LgLog::isLevelEchoed(level))
             writeLine(std::cout, line);
     } catch (...) {

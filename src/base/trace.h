@@ -134,7 +134,7 @@ private:
 ///     {
 ///     public:
 ///         ThreadTraceManager() : TraceManager(1) {}
-///         Vn::Trace& getTrace() override { static thread_local Vn::Trace trace; return trace; }
+///         Vn::Trace& getTrace() override;    // of the calling thread: examples/threadlog
 ///     };
 ///
 /// When the current manager is destroyed, the library's own takes over, not the one before. Making and destroying managers

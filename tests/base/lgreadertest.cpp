@@ -72,6 +72,18 @@ TEST_F(LgReaderTest, aLineHasTimeThreadLevelAndText)
     queue.end();
 }
 
+TEST_F(LgReaderTest, thePagesLineIsOne)
+{
+    start();
+    StampedQueue queue(0x1A2B);
+    queue.log((1ULL << 32) + 5, "Cache evicted 17 pages");
+    LgReader().flushAll();
+    queue.end();
+    const std::vector<std::string> page = VnTest::linesOf(VN_LOGGING_PAGE);
+    ASSERT_EQ(messages().size(), 1u);
+    EXPECT_EQ(std::count(page.begin(), page.end(), "    " + messages()[0]), 1);
+}
+
 TEST_F(LgReaderTest, lossesAreALineOfTheirOwn)
 {
     start();
@@ -425,19 +437,48 @@ TEST(LgReader, withoutARegistryThereIsNothing)
     VnTest::expectOutput("lgReaderAlone", "100\n");
 }
 
-TEST_F(LgReaderTest, anOutputThatThrowsCostsItsLineAlone)
+TEST_F(LgReaderTest, aMessageThatItsThreadNeverFinishedIsNotWritten)
 {
     start();
+    int deaths = 0;
     StampedQueue queue;
-    queue.log(1, "refused");
-    queue.log(2, "next", LgTypes::RecoverableError);
-    std::ostream& stream = *LgLog::getLevelOutput(LgTypes::Warning);
-    stream.setstate(std::ios::badbit);
-    EXPECT_THROW(stream.exceptions(std::ios::badbit), std::ios_base::failure);
-    EXPECT_THROW(LgReader().flushEarliest(), std::ios_base::failure);
-    stream.exceptions(std::ios::goodbit);
-    stream.clear();
+    watch(*queue, deaths);
+    queue.log(1, "whole");
+    ASSERT_TRUE(queue->reserveEntry(LgTypes::Warning));
+    queue->getStream() << "half a mess";
+    queue->creatorExit();
     LgReader().flushAll();
-    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"next"});
-    queue.end();
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"whole"});
+    EXPECT_EQ(deaths, 1);
+}
+
+TEST_F(LgReaderTest, aReaderThatIsTooSlowTearsNothing)
+{
+    start();
+    LgQueue queue(1);
+    LgLog::getRegistry()->registerQueue(&queue);
+    int accepted = 0;
+    for (int i = 0; i < 20000; ++i) {
+        if (queue.reserveEntry(LgTypes::Warning)) {
+            queue.getStream() << "message " << i << ends;
+            queue.addEntry();
+            ++accepted;
+        }
+        if (i % 10 == 0)
+            LgReader().flushEarliest();
+    }
+    LgReader().flushAll();
+    int written = 0, last = -1;
+    for (std::string const& text : textsOf(messages())) {
+        if (text.starts_with("Event overflow ["))
+            continue;
+        ASSERT_TRUE(text.starts_with("message ")) << text;
+        const int number = std::stoi(text.substr(8));
+        ASSERT_GT(number, last);
+        last = number;
+        ++written;
+    }
+    EXPECT_EQ(written, accepted);
+    EXPECT_LT(accepted, 20000);
+    LgLog::getRegistry()->deregisterQueue(&queue);
 }

@@ -385,14 +385,17 @@ VN_CHILD(traceLevels)
 TEST(Trace, levelsAreListedWithTheirFiles)
 {
     const std::string blanks(33, ' '), tail(29, ' ');
-    const auto list = [&](std::string const& folder, std::string const& own) {
+    const auto list = [&](std::string const& folder, std::string const& ownFolder) {
         return "\nRegistered trace levels:\n\n"
                "X Exceptions" +
                std::string(21, ' ') +
                "\n"
                "X Main" +
-               std::string(27, ' ') + own +
-               "\n"
+               std::string(27, ' ') + ownFolder +
+               "trace\n"
+               "  TestPerformer" +
+               std::string(18, ' ') + ownFolder +
+               "testperformer\n"
                "  a" +
                tail +
                " \n"
@@ -403,7 +406,7 @@ TEST(Trace, levelsAreListedWithTheirFiles)
                "\n";
     };
     EXPECT_EQ(Child("traceLevels").without("VN_TRACE_OPTIONS").run().out,
-              list("", "trace") + list("x/", "base/trace") + "| \n| \n");
+              list("", "") + list("x/", "base/") + "| \n| \n");
 }
 
 VN_CHILD(traceWriteProtect)

@@ -1,12 +1,16 @@
 #include "child.h"
+#include "logfile.h"
+#include "tempfolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #if !defined(_WIN32)
@@ -285,6 +289,77 @@ TEST_F(InventoryTest, graphIsTheOneThatIsDrawnInTheDocuments)
     std::ostringstream text;
     text << drawn.rdbuf();
     EXPECT_EQ(result.out, text.str()) << "tools/draw.sh draws it anew";
+}
+
+TEST_F(InventoryTest, logsWhatItsThreadsRead)
+{
+    const VnTest::TempFolder log;
+    const ChildRun result = inventory({root.string()})
+                                .with("T4Q_TEST_DIR", log.path())
+                                .with("VN_LOG_GROUPS", "Inventory=Informational")
+                                .run();
+    EXPECT_EQ(result.exitCode, 0);
+    std::vector<std::string> texts;
+    for (std::string const& line : VnTest::linesOf(log.path("events.log")))
+        if (const auto parsed = VnTest::LogLine::parse(line))
+            texts.push_back(parsed->level + " " + parsed->text.substr(0, parsed->text.find(':')));
+    std::sort(texts.begin(), texts.end());
+    const std::string separator(1, static_cast<char>(fs::path::preferred_separator));
+    EXPECT_EQ(texts, (std::vector<std::string>{
+                         "Informational Read README", "Informational Read a.txt", "Informational Read b.txt",
+                         "Informational Read c.bin", "Informational Read sub" + separator + "d.txt",
+                         "Informational Read sub" + separator + "deep" + separator + "e.bin"}));
+    EXPECT_NE(result.out.find("Informational: " + log.path("events.log") + " \n"), std::string::npos);
+}
+
+TEST_F(InventoryTest, tellsHowLongItsPassesTookByTwoClocks)
+{
+    std::istringstream rows(section(run({}).out, "Passes, and"));
+    std::vector<std::string> words;
+    for (std::string line; std::getline(rows, line);)
+        words.push_back(line.substr(0, 34));
+    EXPECT_EQ(words,
+              (std::vector<std::string>{"  pass      clock           rounds", "  walking   counter              3",
+                                        "  walking   time of day          3", "  reading   counter              1",
+                                        "  reading   time of day          1"}));
+}
+
+TEST_F(InventoryTest, drawsItsCallsWhenItIsAskedTo)
+{
+    const std::string out = inventory({"-d0", root.string()}).with("VN_TRACE_OPTIONS", "show=Inventory").run().out;
+    EXPECT_NE(out.find("\n+ scan\n  + walk\n  | + listFolder\n  | | | .: 5\n  | | /\n  | /\n  + readFiles\n"
+                       "  | | 4 files\n  | /\n  /\n"),
+              std::string::npos)
+        << out;
+}
+
+TEST_F(InventoryTest, twoAtOnceShareALogWithoutTearingALine)
+{
+    for (int i = 0; i < 200; ++i)
+        write(("many/" + std::to_string(i) + ".txt").c_str(), i);
+    const VnTest::TempFolder log;
+    const std::string path = log.path("shared.log");
+    const Child child = inventory({root.string()})
+                            .with("T4Q_TEST_DIR", log.path())
+                            .with("VN_LOG_GROUPS", "Inventory=Informational")
+                            .with("VN_LOG_INFORMATIONAL", "+" + path)
+                            .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", path.substr(path.find("vnbase-test"), 20));
+    std::vector<std::thread> runs;
+    for (int i = 0; i < 2; ++i)
+        runs.emplace_back([&child] { EXPECT_EQ(child.run().exitCode, 0); });
+    for (std::thread& one : runs)
+        one.join();
+    std::map<std::string, int> files;
+    for (std::string const& line : VnTest::linesOf(path)) {
+        if (line.empty() || line.starts_with("====="))
+            continue;
+        const auto parsed = VnTest::LogLine::parse(line);
+        ASSERT_TRUE(parsed) << line;
+        ++files[parsed->text];
+    }
+    EXPECT_EQ(files.size(), 206u);
+    for (auto const& [text, count] : files)
+        EXPECT_EQ(count, 2) << text;
 }
 
 TEST(First, greets)

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -106,6 +107,11 @@ VN_STAND_IN ::off_t lseek(int file, ::off_t offset, int origin) noexcept
 VN_STAND_IN int ftruncate(int file, ::off_t size) noexcept
 {
     return fails("ftruncate") ? -1 : VN_REAL(ftruncate)(file, size);
+}
+
+VN_STAND_IN int flock(int file, int operation) noexcept
+{
+    return fails("flock") ? -1 : VN_REAL(flock)(file, operation);
 }
 
 VN_STAND_IN int fstat(int file, struct ::stat* status) noexcept

@@ -1,0 +1,322 @@
+// The logger where memory runs out and the system refuses: what was accepted stays whole, and the program goes on.
+#include "loggertest.h"
+#include "memory.h"
+#include "systemcalls.h"
+
+#include "child.h"
+
+#include <base/exsyserror.h>
+#include <base/trace.h>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <iostream>
+
+using namespace Vn;
+using VnTest::Child;
+using VnTest::ChildRun;
+using VnTest::FailingCall;
+using VnTest::failsWithoutMemory;
+using VnTest::LoggerTest;
+using VnTest::LogLine;
+using VnTest::StampedQueue;
+
+namespace
+{
+using LogFaults = LoggerTest;
+
+LgQueue* theQueue = nullptr;
+
+LgQueue* getTheQueue()
+{
+    return theQueue;
+}
+
+/// The texts of the lines of the log; a malformed line is itself.
+std::vector<std::string> textsOf(std::vector<std::string> const& lines)
+{
+    std::vector<std::string> texts;
+    for (std::string const& line : lines)
+        texts.push_back(LogLine::parse(line) ? LogLine::parse(line)->text : line);
+    return texts;
+}
+
+/// Error of what `action` throws as ExSysErrorWindows; 0 if it throws nothing.
+template <class Action>
+int errorOf(Action const& action)
+{
+    try {
+        action();
+    } catch (ExSysErrorWindows const& failure) {
+        return failure.getErrorCode();
+    }
+    return 0;
+}
+}  // namespace
+
+TEST_F(LogFaults, aMessageAllocatesNothing)
+{
+    start();
+    LgQueue queue;
+    theQueue = &queue;
+    LgLog::setQueueFunction(getTheQueue);
+    LgLog::setLoggerActivation(true);
+    const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+    const auto logMany = [&group] {
+        for (int i = 0; i < 2000; ++i)  // some of them are lost
+            VN_LOG(group, LgTypes::Warning, "text " << i << ' ' << i * 0.37 << ' ' << true << ' ' << 1.5e300);
+    };
+    EXPECT_FALSE(failsWithoutMemory(0, logMany));
+    EXPECT_TRUE(queue.getStream().hasOverflowed());
+    const auto disabled = [&group] { VN_LOG(group, LgTypes::Tracing, std::string(1000, 'x').c_str()); };
+    EXPECT_FALSE(failsWithoutMemory(0, disabled));
+}
+
+TEST_F(LogFaults, aQueueOrAGroupThatCanNotBeMadeLeavesNothing)
+{
+    start();
+    for (int n = 0; failsWithoutMemory(n, [] { const LgQueue queue; }); ++n)
+        ASSERT_LT(n, 10);
+    int n = 0;
+    while (
+        failsWithoutMemory(n, [] { LgMajorGroup::getInstanceForName("a name that is long enough to be copied"); }))
+        ++n;
+    EXPECT_GE(n, 3);
+    EXPECT_EQ(LgMajorGroup::getInstanceForName("a name that is long enough to be copied").getLogLevels(), 0xF0u);
+    for (n = 0; failsWithoutMemory(n, [] { LgMajorGroup::parse("First=Tracing,Second=Profiling"); }); ++n)
+        ASSERT_LT(n, 50);
+    EXPECT_EQ(LgMajorGroup::getInstanceForName("Second").getLogLevels(), 0xF2u);
+}
+
+TEST_F(LogFaults, initSucceedsAfterEachFailure)
+{
+    set("T4Q_TEST_DIR", folder.path());
+    set("VN_LOG_GROUPS", "Group=Tracing");
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of failures");
+    int n = 0;
+    for (; failsWithoutMemory(n, [] { LgLog::init(); }); ++n)
+        ASSERT_LT(n, 200);
+    EXPECT_GE(n, 5);
+    EXPECT_EQ(LgMajorGroup::getInstanceForName("Group").getLogLevels(), 0xFCu);
+    LgLog::destroy();
+    const std::vector<std::string> lines = events();
+    ASSERT_EQ(lines.size(), 5u);
+    EXPECT_EQ(lines.back(), "===== Message Logger Stopped =====");
+}
+
+TEST_F(LogFaults, aReaderWithoutMemoryLosesNoMessage)
+{
+    start();
+    StampedQueue one, two;
+    one.log(1, "first");
+    two.log(2, "second");
+    for (int n = 0; failsWithoutMemory(n, [] { LgReader().flushAll(); }); ++n)
+        ASSERT_LT(n, 100);
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"first", "second"}));
+    one.end();
+    two.end();
+}
+
+TEST_F(LogFaults, aTraceLevelThatCanNotBeMadeLeavesNothing)
+{
+    int n = 0;
+    while (failsWithoutMemory(n, [] { Trace::registerLevel("a level whose name is long", __FILE__); }))
+        ++n;
+    EXPECT_GE(n, 2);
+    for (n = 0; failsWithoutMemory(n, [] { Trace::setOptions("show=another level with a long name,line,reset"); });
+         ++n)
+        ASSERT_LT(n, 50);
+    EXPECT_FALSE(Trace::isEnabled(*Trace::registerLevel("another level with a long name", nullptr)));
+}
+
+TEST_F(LogFaults, aFullDiskCostsNoLineThatFitsTheBuffer)
+{
+    set("VN_LOG_WARNING", "%" + folder.path("warning.log"));
+    start();
+    StampedQueue queue;
+    for (int i = 1; i <= 4; ++i)
+        queue.log(static_cast<std::uint64_t>(i), "line " + std::to_string(i));
+    testing::internal::CaptureStdout();
+    LgReader reader;
+    EXPECT_TRUE(reader.flushEarliest());
+    std::cout << std::flush;
+    {
+        const FailingCall full("write", ENOSPC, 0, 1);  // the file comes before the echo
+        EXPECT_TRUE(reader.flushEarliest());
+        EXPECT_TRUE(LgLog::getLevelOutput(LgTypes::Warning)->bad());
+    }
+    EXPECT_EQ(VnTest::linesOf(folder.path("warning.log")).size(), 5u) << "the banner and one line";
+    reader.flushAll();  // there is space again
+    const std::string echo = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(std::count(echo.begin(), echo.end(), '\n'), 4) << "the echo works all the time";
+    EXPECT_FALSE(LgLog::getLevelOutput(LgTypes::Warning)->bad());
+    std::vector<std::string> lines = VnTest::linesOf(folder.path("warning.log"));
+    lines.erase(lines.begin(), lines.begin() + 4);
+    EXPECT_EQ(textsOf(lines), (std::vector<std::string>{"line 1", "line 2", "line 3", "line 4"}));
+    queue.end();
+}
+
+TEST_F(LogFaults, aDiskThatStaysFullHoldsNobodyUp)
+{
+    set("VN_LOG_WARNING", "/dev/full");
+    start();
+    EXPECT_TRUE(LgLog::getLevelOutput(LgTypes::Warning)->bad()) << "the banner has failed";
+    StampedQueue queue;
+    for (int i = 1; i <= 1000; ++i)
+        queue.log(static_cast<std::uint64_t>(i), std::string(30, 'x'));
+    LgReader().flushAll();
+    EXPECT_TRUE(queue->isEmpty());
+    queue.end();
+}
+
+TEST_F(LogFaults, aFolderWhereNothingCanBeWrittenLeavesFailedStreams)
+{
+    set("T4Q_TEST_DIR", "/proc");  // not even root's
+    start();
+    ASSERT_NE(LgLog::getLevelOutput(LgTypes::Warning), nullptr);
+    EXPECT_TRUE(LgLog::getLevelOutput(LgTypes::Warning)->fail());
+    StampedQueue queue;
+    queue.log(1, "nowhere");
+    LgReader().flushAll();
+    EXPECT_TRUE(queue->isEmpty());
+    EXPECT_TRUE(LgLog::getLevelOutput(LgTypes::Warning)->fail()) << "and it stays failed";
+    queue.end();
+}
+
+TEST_F(LogFaults, anOutputThatThrowsCostsItsLineAlone)
+{
+    start();
+    StampedQueue queue;
+    queue.log(1, "refused");
+    queue.log(2, "next");
+    std::ostream& stream = *LgLog::getLevelOutput(LgTypes::Warning);
+    stream.exceptions(std::ios::badbit);
+    {
+        const FailingCall full("write", ENOSPC);
+        EXPECT_THROW(LgReader().flushEarliest(), std::ios_base::failure);
+    }
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"refused", "next"})) << "the buffer had kept it";
+    queue.end();
+}
+
+VN_CHILD(logWithoutStandardOutput)
+{
+    const bool isPipe = std::string(argv[1]) == "pipe";
+    int ends[2] = {-1, -1};
+    if (isPipe && ::pipe(ends) == 0) {
+        std::signal(SIGPIPE, SIG_IGN);  // as a program does that wants to survive its reader
+        ::dup2(ends[1], 1);
+        ::close(ends[0]);
+        ::close(ends[1]);
+    } else
+        ::close(1);
+    LgLog::init();
+    StampedQueue queue;
+    for (int i = 1; i <= 100; ++i)
+        queue.log(static_cast<std::uint64_t>(i), "line " + std::to_string(i));
+    LgReader().flushAll();
+    const bool isEmpty = queue->isEmpty();
+    queue.end();
+    LgLog::destroy();
+    return isEmpty ? 0 : 1;
+}
+
+TEST_F(LogFaults, aStandardOutputThatIsClosedOrReadByNobodyCostsTheFileNothing)
+{
+    for (char const* kind : {"closed", "pipe"}) {
+        SCOPED_TRACE(kind);
+        const std::string path = folder.path(std::string(kind) + ".log");
+        const ChildRun run = Child("logWithoutStandardOutput")
+                                 .arguments({kind})
+                                 .with("VN_LOG_WARNING", "%" + path)
+                                 .with("T4Q_TEST_DIR", folder.path())
+                                 .run();
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        const std::vector<std::string> lines = VnTest::linesOf(path);
+        ASSERT_EQ(lines.size(), 105u);
+        EXPECT_EQ(textsOf({lines[4], lines[103]}), (std::vector<std::string>{"line 1", "line 100"}));
+    }
+}
+
+TEST_F(LogFaults, aLockThatFailsKeepsTheMessage)
+{
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of failing locks");
+    start();
+    StampedQueue queue;
+    queue.log(1, "kept");
+    {
+        const FailingCall call("flock", ENOLCK);
+        EXPECT_EQ(errorOf([] { LgReader().flushEarliest(); }), ENOLCK);
+    }
+    EXPECT_TRUE(LgReader().eventsPending());
+    {
+        const FailingCall call("flock", EINTR, 0, 3);  // no failure
+        EXPECT_EQ(errorOf([] { LgReader().flushEarliest(); }), 0);
+    }
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"kept"});
+    queue.log(2, "written");
+    {
+        const FailingCall call("flock", ENOLCK, 1);  // unlocking
+        EXPECT_EQ(errorOf([] { LgReader().flushEarliest(); }), ENOLCK);
+    }
+    EXPECT_FALSE(LgReader().eventsPending()) << "its line is there already";
+    EXPECT_EQ(messages().size(), 2u);
+    LgLog::getInterProcessLock()->unlock();  // it is still held
+    queue.end();
+}
+
+TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
+{
+    const auto create = [] { delete LgInterProcessLock::create("vnbase test of locks that can't be opened"); };
+    const int descriptors = VnTest::countDescriptors();
+    for (const int error : {EACCES, EMFILE, ENOSPC, EROFS}) {
+        const FailingCall call("open", error);
+        EXPECT_EQ(errorOf(create), error);
+    }
+    {
+        const FailingCall call("fstat", EIO);
+        EXPECT_EQ(errorOf(create), EIO);
+    }
+    {
+        const FailingCall call("open", EINTR, 0, 2);
+        EXPECT_EQ(errorOf(create), 0);
+    }
+    EXPECT_EQ(VnTest::countDescriptors(), descriptors);
+    for (int n = 0; failsWithoutMemory(n, create); ++n)
+        ASSERT_LT(n, 50);
+    EXPECT_EQ(VnTest::countDescriptors(), descriptors);
+}
+
+TEST_F(LogFaults, aLockOfAKilledProcessPassesOn)
+{
+    std::string const name = "vnbase test of kills " + folder.path();
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.c_str()));
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const ::pid_t child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        lock->lock();
+        if (::write(ends[1], "l", 1) == 1)
+            ::pause();
+        ::_exit(1);
+    }
+    char mark = 0;
+    ASSERT_EQ(::read(ends[0], &mark, 1), 1);
+    ASSERT_EQ(::kill(child, SIGKILL), 0);
+    {
+        const LgInterProcessLockGuard guard(lock.get());
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
