@@ -1,12 +1,17 @@
 #include <base/inpackages.h>
 
 #include <base/dtreftimefactory.h>
+#include <base/hmheapmgr.h>
 #include <base/hwcounter.h>
 #include <base/incontextaliasmgr.h>
 #include <base/lglog.h>
+#include <base/objptr.h>
 #include <base/oscpuinfo.h>
 #include <base/osmemoryarch.h>
+#include <base/sleeper.h>
 #include <base/trace.h>
+
+#include <iostream>
 
 VN_DEFINE_PACKAGE(base, VnInit::random, VnInit::discreteTime, VnInit::baseMath, VnInit::initVars, VnInit::testing,
                   VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
@@ -49,6 +54,24 @@ InInit<VnInit::osal> osalPackage;
 InInit<VnInit::profiling> profilingPackage;
 InInit<VnInit::random> randomPackage;
 InInit<VnInit::testing> testingPackage;
+
+/// Puts an object in the place of its class's singleton; it is destroyed if that is taken.
+template <class T>
+void establish(ObjPtr<T> object)
+{
+    InSingleton<T>::initialize(object.get());
+    object.release();
+}
+
+/// Ends the singleton's life. Where a stop has failed further on and is repeated, it has ended already.
+template <class T>
+void abolish()
+{
+    try {
+        InSingleton<T>::finalize();
+    } catch (InSingletonEx::ExAlreadyDestroyed const&) {
+    }
+}
 }  // namespace
 
 void InInit<VnInit::initialize>::performInitialize()
@@ -63,6 +86,18 @@ void InInit<VnInit::initialize>::performFinalize()
     DefaultMgr::finalize();
     EnvironmentMgr::finalize();
     OverrideMgr::finalize();
+}
+
+void InInit<VnInit::heapMgr>::performInitialize()
+{
+    establish(ObjPtr<HmHeapMgr>(HmHeapMgr::create()));
+    if (HmHeapMgr::getInstance().isDumpHeapInfo())
+        HmHeapMgr::getInstance().dump(std::cout);
+}
+
+void InInit<VnInit::heapMgr>::performFinalize()
+{
+    abolish<HmHeapMgr>();
 }
 
 void InInit<VnInit::initArg>::performInitialize()
@@ -92,6 +127,12 @@ void InInit<VnInit::profiling>::performInitialize()
     // stays in reach, as nobody should take it for a leak.
     [[maybe_unused]] static HwCounterEng const* const abandoned = HwCounter::_theHwCounter;
     HwCounter::_theHwCounter = HwCounterEng::create();
+    establish(ObjPtr<Sleeper>(Sleeper::create()));
+}
+
+void InInit<VnInit::profiling>::performFinalize()
+{
+    abolish<Sleeper>();
 }
 
 void InInit<VnInit::logger>::performInitialize()

@@ -82,6 +82,10 @@ template <>
 class VN_BASE_EXPORT InInit<VnInit::heapMgr> : public InPackageInit
 {
     VN_PACKAGE_MEMBERS();
+
+public:
+    void performInitialize() override;
+    void performFinalize() override;
 };
 
 /// Sources of settings on the command line.
@@ -143,6 +147,7 @@ class VN_BASE_EXPORT InInit<VnInit::profiling> : public InPackageInit
 
 public:
     void performInitialize() override;
+    void performFinalize() override;
 };
 
 /// Random and quasi-random samples.

@@ -2,6 +2,7 @@
 #include "clock.h"
 
 #include <sys/syscall.h>
+#include <sys/timerfd.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@ namespace
 constexpr long running = -1;
 
 std::atomic<int> clockError = 0;
+std::atomic<int> timerError = 0;
 std::atomic<long> timeOfDay = running;  // milliseconds
 
 bool hasFailed()
@@ -41,9 +43,20 @@ extern "C" __attribute__((visibility("default"))) int clock_getres(::clockid_t c
     return hasFailed() ? -1 : static_cast<int>(::syscall(SYS_clock_getres, clock, time));
 }
 
+extern "C" __attribute__((visibility("default"))) int timerfd_create(int clock, int flags) noexcept
+{
+    errno = timerError;
+    return timerError != 0 ? -1 : static_cast<int>(::syscall(SYS_timerfd_create, clock, flags));
+}
+
 void VnTest::failClockWith(int error)
 {
     clockError = error;
+}
+
+void VnTest::failTimerWith(int error)
+{
+    timerError = error;
 }
 
 void VnTest::stopTimeOfDayAt(long milliseconds)

@@ -1,0 +1,179 @@
+#include <base/hmheapmgr.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <ostream>
+#include <utility>
+
+namespace Vn
+{
+namespace
+{
+void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
+{
+    constexpr char const* words[] = {"some", "full", "debug"};  // by value
+    char const* const value = std::getenv("VN_HEAP_SAFETY_LEVEL");
+    for (int i = 0; value != nullptr && i < 3; ++i)
+        if (std::strcmp(value, words[i]) == 0)
+            level = static_cast<HmHeapMgr::SafetyLevel>(i);
+}
+
+/// The whole number that a text begins with, as atol() and atoi() read it, but the nearest limit of `Integer` where they
+/// promise nothing.
+template <class Integer>
+Integer numberOf(char const* value)
+{
+    return static_cast<Integer>(std::clamp<long>(
+        std::strtol(value, nullptr, 10), std::numeric_limits<Integer>::min(), std::numeric_limits<Integer>::max()));
+}
+
+/// Unset is false, whatever the setting was.
+void readFlag(char const* name, bool& flag)
+{
+    char const* const value = std::getenv(name);
+    flag = value != nullptr && numberOf<int>(value) > 0;
+}
+
+template <class Integer, class T>
+void readNumber(char const* name, T& number)
+{
+    if (char const* const value = std::getenv(name))
+        number = static_cast<T>(numberOf<Integer>(value));
+}
+}  // namespace
+
+template class InSingleton<HmHeapMgr>;
+
+HmHeapMgr::HmHeapMgr()
+    : _safetyLevel(SafetyFull),
+      _output2Prompt(false),
+      _continueOnError(false),
+      _useDefaultErrorHandler(false),
+      _dumpHeapInfo(false),
+      _checkAllMemory(false),
+      _dumpLeaks(false),
+      _doDeferFreeing(true),
+      _deferQueueLen(1000),
+      _deferSizeThreshold(4096),
+      _checkFrequency(1000)
+{
+    readSafetyLevel(_safetyLevel);
+    readFlag("VN_HEAP_OUTPUT_PROMPT", _output2Prompt);
+    readFlag("VN_HEAP_CONTINUE_ON_UNRECOVERABLE_ERROR", _continueOnError);
+    readFlag("VN_HEAP_USE_DEFAULT_ERROR_HANDLER", _useDefaultErrorHandler);
+    readFlag("VN_HEAP_DUMP_INFO", _dumpHeapInfo);
+    readFlag("VN_HEAP_CHECK_MEMORY", _checkAllMemory);
+    readFlag("VN_HEAP_DUMP_LEAKS", _dumpLeaks);
+    readFlag("VN_HEAP_DO_DEFER_FREEING", _doDeferFreeing);
+    readNumber<long>("VN_HEAP_DEFER_QUEUE_LEN", _deferQueueLen);
+    readNumber<long>("VN_HEAP_DEFER_SIZE_THRESHOLD", _deferSizeThreshold);
+    readNumber<int>("VN_HEAP_CHECK_FREQUENCY", _checkFrequency);
+}
+
+HmHeapMgr::HmHeapMgr(HmHeapMgr const&) = default;
+
+HmHeapMgr& HmHeapMgr::operator=(HmHeapMgr const&) = default;
+
+HmHeapMgr::~HmHeapMgr() = default;
+
+HmHeapMgr* HmHeapMgr::create()
+{
+    return new HmHeapMgr;
+}
+
+HmHeapMgr& HmHeapMgr::getInstance()
+{
+    return InSingleton<HmHeapMgr>::getInstance();
+}
+
+void HmHeapMgr::breakpoint() {}
+
+void HmHeapMgr::checkHeap() const {}
+
+bool HmHeapMgr::isValid(void*, unsigned long, PtrType)
+{
+    return true;
+}
+
+void HmHeapMgr::freeDeferred() const {}
+
+unsigned HmHeapMgr::setCheckPoint(unsigned)
+{
+    return 0;
+}
+
+void HmHeapMgr::initMultiThread() {}
+
+void HmHeapMgr::protectPtr(void*, PtrProtect) {}
+
+void HmHeapMgr::dump(std::ostream& stream) const
+{
+    stream << "*************** Default (compiler's) heap manager ***************\n"
+              "*****************************************************************\n";
+}
+
+void HmHeapMgr::dumpPtrInfo(void*, std::ostream& stream) const
+{
+    stream << "Ptr info not available with compiler's heap\n";
+}
+
+void HmHeapMgr::dumpMallocStats(std::ostream& stream) const
+{
+    stream << "Malloc stats not available with compiler's heap\n";
+}
+
+HmHeapMgr::SafetyLevel HmHeapMgr::setSafetyLevel(SafetyLevel level)
+{
+    return std::exchange(_safetyLevel, level);
+}
+
+bool HmHeapMgr::setContinueOnError(bool doesContinue)
+{
+    return std::exchange(_continueOnError, doesContinue);
+}
+
+bool HmHeapMgr::setUseDefaultHandler(bool usesDefault)
+{
+    return std::exchange(_useDefaultErrorHandler, usesDefault);
+}
+
+bool HmHeapMgr::setDumpHeapInfo(bool dumps)
+{
+    return std::exchange(_dumpHeapInfo, dumps);
+}
+
+bool HmHeapMgr::setCheckAllMemory(bool checks)
+{
+    return std::exchange(_checkAllMemory, checks);
+}
+
+bool HmHeapMgr::setDumpLeaks(bool dumps)
+{
+    return std::exchange(_dumpLeaks, dumps);
+}
+
+void HmHeapMgr::reportLeakage(unsigned, unsigned) const {}
+
+bool HmHeapMgr::setDoDeferFreeing(bool defers)
+{
+    return std::exchange(_doDeferFreeing, defers);
+}
+
+unsigned long HmHeapMgr::setDeferQueueLen(unsigned long length)
+{
+    return std::exchange(_deferQueueLen, length);
+}
+
+unsigned long HmHeapMgr::setDeferSizeThreshold(unsigned long size)
+{
+    return std::exchange(_deferSizeThreshold, size);
+}
+
+unsigned HmHeapMgr::setCheckFrequency(unsigned frequency)
+{
+    return std::exchange(_checkFrequency, frequency);
+}
+
+}  // namespace Vn

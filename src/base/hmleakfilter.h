@@ -1,0 +1,47 @@
+#pragma once
+
+#include <base/arrayptr.h>
+
+#include <cstring>
+
+namespace Vn::HmLeakFilter
+{
+
+/// Whether the record that begins at `record` matches the call stack `frames`: each of its words, up to "ENDL", begins
+/// with the text of a frame. A frame may be shorter than its word, and a record than the stack. `reached` becomes the
+/// last blank that was passed, or the end of the text: a record that isn't ended matches nothing, and neither does one
+/// that is longer than the stack, which a pointer to nothing ends.
+inline bool matches(char const* record, ArrayPtr<char> const* frames, char const*& reached)
+{
+    reached = record;
+    for (ArrayPtr<char> const* frame = frames;; ++frame) {
+        char const* const blank = std::strchr(reached, ' ');
+        if (blank == nullptr) {
+            reached += std::strlen(reached);
+            return false;
+        }
+        char const* const word = blank + 1;
+        reached = blank;
+        if (std::strncmp(word, "ENDL", 4) == 0)
+            return true;
+        if (!*frame || std::strncmp(word, frame->get(), std::strlen(frame->get())) != 0)
+            return false;
+        reached = word;
+    }
+}
+
+/// Whether some record of `text` matches the call stack. Records are "KNOWNLEAK", words and "ENDL", separated by single
+/// blanks; what stands between records doesn't matter, nor does it how the text is malformed.
+inline bool knows(char const* text, ArrayPtr<char> const* frames)
+{
+    char const* position = text;
+    while ((position = std::strstr(position, "KNOWNLEAK")) != nullptr) {
+        char const* reached;
+        if (matches(position, frames, reached))
+            return true;
+        position = reached;
+    }
+    return false;
+}
+
+}  // namespace Vn::HmLeakFilter

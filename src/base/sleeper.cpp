@@ -1,0 +1,12 @@
+#include <base/sleeper.h>
+
+namespace Vn
+{
+
+template class InSingleton<Sleeper>;
+
+Sleeper::Sleeper() = default;
+
+Sleeper::~Sleeper() = default;
+
+}  // namespace Vn

@@ -1,0 +1,102 @@
+// sleeperlinux.cpp (Windows form: sleeperwindows.cpp)
+#include <base/sleeper.h>
+
+#include <base/exsyserror.h>
+#include <base/oscpuinfosystem.h>
+#include <base/sleepermath.h>
+
+#include <sys/prctl.h>
+#include <time.h>
+
+#include <cerrno>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/sleeperwindows";
+constexpr long nanosecondsPerMillisecond = 1000000;
+constexpr long nanosecondsPerSecond = 1000000000;
+
+/// While it lives the kernel wakes this thread as soon as a timer is due, and not up to 50 microseconds later, when it
+/// could wake others as well.
+class Punctuality
+{
+public:
+    Punctuality() : _slack(::prctl(PR_GET_TIMERSLACK)) { ::prctl(PR_SET_TIMERSLACK, 1UL); }
+    ~Punctuality()
+    {
+        // 0 would mean the thread's default.
+        if (_slack > 0)
+            ::prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(_slack));
+    }
+    Punctuality(Punctuality const&) = delete;
+    Punctuality& operator=(Punctuality const&) = delete;
+
+private:
+    int _slack;  ///< nanoseconds; 0 for a real-time thread, which has none
+};
+
+/// A moment that many milliseconds from now.
+::timespec dueIn(std::uint32_t milliseconds)
+{
+    ::timespec time = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    time.tv_sec += milliseconds / 1000;
+    time.tv_nsec += static_cast<long>(milliseconds % 1000) * nanosecondsPerMillisecond;
+    if (time.tv_nsec >= nanosecondsPerSecond) {
+        time.tv_nsec -= nanosecondsPerSecond;
+        ++time.tv_sec;
+    }
+    return time;
+}
+
+/// Sleeps on the kernel's timers. A thread needs no record of its own here.
+class SleeperLinux : public Sleeper
+{
+public:
+    SleeperLinux()
+    {
+        std::uint64_t frequency = 0;
+        if (!System::readCounterFrequency(frequency))
+            throw ExSysErrorANSI(sourceName, __LINE__);
+        _secondsPerCount = 1.0 / static_cast<double>(frequency);
+    }
+
+    double getCurrentTime() const override
+    {
+        std::uint64_t count = 0;
+        System::readCounter(count);
+        return static_cast<double>(count) * _secondsPerCount;
+    }
+
+    double getResolution() const override { return 0.001; }
+
+    bool sleep(double seconds) override
+    {
+        const std::uint32_t milliseconds = SleeperMath::sleepMilliseconds(seconds);
+        if (milliseconds == 0)
+            return false;
+        const Punctuality punctuality;
+        const ::timespec due = dueIn(milliseconds);
+        while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, nullptr) == EINTR)
+            continue;
+        return true;
+    }
+
+private:
+    double _secondsPerCount;
+};
+}  // namespace
+
+Sleeper& Sleeper::getInstance()
+{
+    return InSingleton<Sleeper>::getInstance();
+}
+
+Sleeper* Sleeper::create()
+{
+    return new SleeperLinux;
+}
+
+}  // namespace Vn
