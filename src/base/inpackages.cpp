@@ -1,9 +1,14 @@
 #include <base/inpackages.h>
 
+#include <base/dbgbuildinfomgr.h>
+#include <base/dbgbuildinfoutil.h>
+#include <base/dbgbuildvalues.h>
+#include <base/dbggroup.h>
 #include <base/dtreftimefactory.h>
 #include <base/hmheapmgr.h>
 #include <base/hwcounter.h>
 #include <base/incontextaliasmgr.h>
+#include <base/invariable.h>
 #include <base/lglog.h>
 #include <base/objptr.h>
 #include <base/oscpuinfo.h>
@@ -54,6 +59,18 @@ InInit<VnInit::osal> osalPackage;
 InInit<VnInit::profiling> profilingPackage;
 InInit<VnInit::random> randomPackage;
 InInit<VnInit::testing> testingPackage;
+
+const InContextAlias<InInitEnv, 1> noValidateVariable("VN_BUILDINFO_NO_VALIDATE",
+                                                      "Suppress validation of version numbers");
+const InContextAlias<InInitDef, 0> noValidateDefault("0", "Default value for validation suppression env var");
+const InVariable<int> noValidate("Vn::Tessola::debugging::buildInfoNoValidate", debuggingPackage,
+                                 noValidateVariable, noValidateDefault);
+
+const InContextAlias<InInitEnv, 1> checkStampsVariable("VN_BUILDINFO_CHECK_STAMPS",
+                                                       "Enable validation of build stamps");
+const InContextAlias<InInitDef, 0> checkStampsDefault("0", "Default value for enabling stamp check env var");
+const InVariable<int> checkStamps("Vn::Tessola::debugging::buildInfoCheckStamps", debuggingPackage,
+                                  checkStampsVariable, checkStampsDefault);
 
 /// Puts an object in the place of its class's singleton; it is destroyed if that is taken.
 template <class T>
@@ -148,11 +165,28 @@ void InInit<VnInit::logger>::performFinalize()
 void InInit<VnInit::debugging>::performInitialize()
 {
     Trace::setOptions("");
+    DbgGroup::create();
+    DbgBuildInfoMgr::init();
+    if (noValidate.getValue() != 0)
+        DbgBuildInfoUtil::setValidateVersions(false);
+    if (checkStamps.getValue() != 0)
+        DbgBuildInfoUtil::setCheckStamps(true);
+}
+
+void InInit<VnInit::debugging>::performFinalize()
+{
+    DbgBuildInfoMgr::fini();
+    DbgGroup::destroy();
 }
 
 void InInit<VnInit::discreteTime>::performInitialize()
 {
     DtRefTimeFactory::getInstance();  // fixes the clock's zero
+}
+
+void InInit<VnInit::base>::performInitialize()
+{
+    DbgBuildInfoUtil::registerInfo(ObjPtr<DbgBuildInfo>(DbgBuildValues::createInfo()));
 }
 
 }  // namespace Vn

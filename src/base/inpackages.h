@@ -48,6 +48,9 @@ template <>
 class VN_BASE_EXPORT InInit<VnInit::base> : public InPackageInit
 {
     VN_PACKAGE_MEMBERS();
+
+public:
+    void performInitialize() override;
 };
 
 /// Numeric utilities.
@@ -65,6 +68,7 @@ class VN_BASE_EXPORT InInit<VnInit::debugging> : public InPackageInit
 
 public:
     void performInitialize() override;
+    void performFinalize() override;
 };
 
 /// Rates, stream time and the reference clock.

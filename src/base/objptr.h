@@ -8,6 +8,13 @@ namespace Vn
 template <class T>
 class ObjPtrRet;
 
+/// How both owners destroy an object. A class that is destroyed otherwise has an overload in its namespace.
+template <class T>
+void destroyOwned(T* object)
+{
+    delete object;
+}
+
 /// Owner of one object, in a signature: an `ObjPtr<T>` parameter takes the object from the caller.
 ///
 ///     Vn::ObjPtr<Shape> first(new Shape);
@@ -28,7 +35,7 @@ public:
     ObjPtr(ObjPtrRet<T>& source) noexcept : _object(source.release()) {}
     ObjPtr(ObjPtrRet<T>&& source) noexcept : _object(source.release()) {}
 
-    ~ObjPtr() { delete _object; }
+    ~ObjPtr() { destroyOwned(_object); }
 
     /// Destroys what is held, then takes what `source` holds. Assignment to itself does nothing.
     ObjPtr& operator=(ObjPtr& source) { return take(source); }
@@ -47,7 +54,7 @@ public:
     /// Destroys what is held, then takes `object`.
     void reset(T* object = nullptr)
     {
-        delete release();
+        destroyOwned(release());
         _object = object;
     }
 
@@ -56,7 +63,7 @@ private:
     ObjPtr& take(Source& source)
     {
         if (static_cast<void*>(this) != static_cast<void*>(&source)) {
-            delete release();
+            destroyOwned(release());
             _object = source.release();
         }
         return *this;
@@ -80,7 +87,7 @@ public:
     ObjPtrRet(ObjPtr<T>& source) noexcept : _object(source.release()) {}
     ObjPtrRet(ObjPtr<T>&& source) noexcept : _object(source.release()) {}
 
-    ~ObjPtrRet() { delete _object; }
+    ~ObjPtrRet() { destroyOwned(_object); }
 
     ObjPtrRet& operator=(ObjPtrRet& source) { return take(source); }
     ObjPtrRet& operator=(ObjPtrRet&& source) { return take(source); }
@@ -99,7 +106,7 @@ private:
     ObjPtrRet& take(Source& source)
     {
         if (static_cast<void*>(this) != static_cast<void*>(&source)) {
-            delete release();
+            destroyOwned(release());
             _object = source.release();
         }
         return *this;

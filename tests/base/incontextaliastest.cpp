@@ -3,6 +3,7 @@
 #include <base/inex.h>
 
 #include "expectchild.h"
+#include "ownsettings.h"
 #include "testpackage.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,7 @@ using namespace Vn;
 using VnTest::Child;
 using VnTest::ChildRun;
 using VnTest::expectOutput;
+using VnTest::OwnSettings;
 using VnTest::report;
 using VnTest::start;
 using VnTest::startWith;
@@ -432,5 +434,6 @@ TEST(InContextAliasMgr, dumpIsExactToTheByte)
         std::string("----\nContext aliases of type: : ") + typeid(InContextAliasMgr<Default>).name() + "\n";
     const std::string alias = "Key             : key\n     Description: description\n     Value      : ";
     EXPECT_EQ(Child("dump").without("VN_DEBUG_INITIALIZE").run().err,
-              head + alias + "(uninitialized)\n----\n" + head + alias + "key\n----\n");
+              head + OwnSettings::defaults("(uninitialized)") + alias + "(uninitialized)\n----\n" + head +
+                  OwnSettings::defaults("0") + alias + "key\n----\n");
 }

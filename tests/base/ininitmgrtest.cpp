@@ -5,6 +5,7 @@
 #include <base/invariable.h>
 
 #include "expectchild.h"
+#include "ownsettings.h"
 #include "testpackage.h"
 
 #include <gtest/gtest.h>
@@ -900,7 +901,11 @@ VN_CHILD(diagnostics)
 TEST(InInitMgr, diagnosticsAreExactToTheByte)
 {
     // On Windows an empty value can't be told from none in every way of starting a process, so it is set to a text.
-    const ChildRun run = Child("diagnostics").with("VN_DEBUG_INITIALIZE", "0").run();
+    const ChildRun run = Child("diagnostics")
+                             .with("VN_DEBUG_INITIALIZE", "0")
+                             .without("VN_BUILDINFO_NO_VALIDATE")
+                             .without("VN_BUILDINFO_CHECK_STAMPS")
+                             .run();
 
     std::string expected;
     for (char const* name : {"base", "baseMath", "debugging", "discreteTime", "heapMgr", "initArg", "initialize",
@@ -912,13 +917,15 @@ TEST(InInitMgr, diagnosticsAreExactToTheByte)
                              "initialize", "logger", "one", "osal", "profiling", "random", "testing", "two"})
         expected += "_packagesToInit[" + std::to_string(index++) + "]: " + name + "\n";
 
-    const auto aliases = [](std::string const& manager) {
-        return "----\nContext aliases of type: : " + manager + "\n----\n";
+    const auto aliases = [](std::string const& manager, std::string const& own = "") {
+        return "----\nContext aliases of type: : " + manager + "\n" + own + "----\n";
     };
     using namespace Vn;
-    const std::string kinds = aliases(typeid(InContextAliasMgr<InContextAlias<InInitDef, 0>>).name()) +
-                              aliases(typeid(InContextAliasMgr<InContextAlias<InInitEnv, 1>>).name()) +
-                              aliases(typeid(InContextAliasMgr<InContextAlias<InInitOvr, 0>>).name());
+    const std::string kinds =
+        aliases(typeid(InContextAliasMgr<InContextAlias<InInitDef, 0>>).name(),
+                VnTest::OwnSettings::defaults("0")) +
+        aliases(typeid(InContextAliasMgr<InContextAlias<InInitEnv, 1>>).name(), VnTest::OwnSettings::variables()) +
+        aliases(typeid(InContextAliasMgr<InContextAlias<InInitOvr, 0>>).name());
     const std::string arguments = aliases(typeid(InContextAliasMgr<InContextAlias<InInitArg, 1>>).name());
 
     std::vector<std::pair<std::string, int>> order;
@@ -936,6 +943,8 @@ TEST(InInitMgr, diagnosticsAreExactToTheByte)
             expected += kinds;
         if (name == "initArg")
             expected += arguments;
+        if (name == "debugging")
+            expected += VnTest::OwnSettings::choices();
     }
     for (auto position = order.rbegin(); position != order.rend(); ++position)
         expected += std::string(static_cast<std::size_t>(position->second), ' ') + "InInit<" + position->first +

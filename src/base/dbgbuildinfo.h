@@ -1,0 +1,65 @@
+#pragma once
+
+#include <base/baseexport.h>
+
+#include <new>
+
+namespace Vn
+{
+
+#if defined(__GNUC__)
+#    pragma GCC diagnostic push
+#    pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+#endif
+
+/// What a library says of itself: which API it implements, at which version, and who built it when.
+///
+///     class PaletteBuildInfo : public Vn::DbgBuildInfo { ... };
+///     Vn::DbgBuildInfoUtil::registerInfo(Vn::ObjPtr<Vn::DbgBuildInfo>(new PaletteBuildInfo));
+///
+/// An API is known by the address of its name: two libraries implement the same one only if both return the same
+/// pointer, so whoever defines an API exports its name for others. All texts must stay as long as the object is
+/// registered. A form has no data: objects are destroyed as what this class is, and the destructor of a form never runs.
+/// docs/heap-and-build.md shows a whole library.
+/// Tests: tests/base/dbgbuildinfomgrtest.cpp.
+class VN_BASE_EXPORT DbgBuildInfo
+{
+public:
+    virtual char const* getApiName() const = 0;
+    virtual int getMajorVersion() const = 0;
+    virtual int getMinorVersion() const = 0;
+
+    /// How far the API is, as "pre-alpha".
+    virtual char const* getStatus() const = 0;
+
+    virtual char const* getLibraryName(bool verbose) const = 0;
+    virtual char const* getBuildStamp(bool verbose) const = 0;
+    virtual char const* getBuildDate(bool verbose) const = 0;
+
+    /// Platform and configuration.
+    virtual char const* getBuildType(bool verbose) const = 0;
+
+    /// The account that built the library.
+    virtual char const* getBuilder(bool verbose) const = 0;
+
+    virtual char const* getExtraInfo() const = 0;
+
+    /// Lets `delete` do what is said above by the rules of the language, whatever the object is.
+    static void operator delete(DbgBuildInfo* info, std::destroying_delete_t);
+};
+
+/// How ObjPtr destroys an object; here compilers don't have to wonder about the destructor.
+inline void destroyOwned(DbgBuildInfo* info)
+{
+    if (info != nullptr)
+        DbgBuildInfo::operator delete(info, std::destroying_delete_t());
+}
+
+#if defined(__GNUC__)
+#    pragma GCC diagnostic pop
+#endif
+
+}  // namespace Vn
+
+/// What every library of the family exports under this name: a new object of its own, which the caller owns.
+extern "C" VN_BASE_EXPORT Vn::DbgBuildInfo* getBuildInfo();

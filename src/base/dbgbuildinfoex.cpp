@@ -1,0 +1,57 @@
+#include <base/dbgbuildinfoex.h>
+
+#include <base/exreasontext.h>
+
+namespace Vn
+{
+namespace
+{
+constexpr int longestText = 64;
+}  // namespace
+
+DbgBuildInfoEx::DbgBuildInfoEx(char const* file, int line) : ExBase(file, line) {}
+
+DbgBuildInfoEx::ExVersionMismatch::ExVersionMismatch(char const* file, int line, char const* api, int apiMajor,
+                                                     int apiMinor, char const* library, int libraryMajor,
+                                                     int libraryMinor)
+    : DbgBuildInfoEx(file, line), std::runtime_error("")
+{
+    setReason(ExReasonText("Version mismatch, API '%.*s' v%d.%d: library '%.*s' at v%d.%d.", longestText,
+                           ExReasonText::orEmpty(api), apiMajor, apiMinor, longestText,
+                           ExReasonText::orEmpty(library), libraryMajor, libraryMinor)
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExVersionMismatch);
+
+DbgBuildInfoEx::ExBuildStampMismatch::ExBuildStampMismatch(char const* file, int line, char const* api,
+                                                           char const* apiStamp, char const* library,
+                                                           char const* libraryStamp)
+    : DbgBuildInfoEx(file, line), std::runtime_error("")
+{
+    setReason(ExReasonText("Build stamp mismatch, API '%.*s' build %.*s: library '%.*s' using build %.*s.",
+                           longestText, ExReasonText::orEmpty(api), longestText, ExReasonText::orEmpty(apiStamp),
+                           longestText, ExReasonText::orEmpty(library), longestText,
+                           ExReasonText::orEmpty(libraryStamp))
+                  .get());
+}
+
+VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExBuildStampMismatch);
+
+DbgBuildInfoEx::ExAppAlreadyRegistered::ExAppAlreadyRegistered(char const* file, int line)
+    : DbgBuildInfoEx(file, line), std::runtime_error("")
+{
+    setReason("Application-level build info already registered.");
+}
+
+VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExAppAlreadyRegistered);
+
+DbgBuildInfoEx::ExAppNotRegistered::ExAppNotRegistered(char const* file, int line)
+    : DbgBuildInfoEx(file, line), std::runtime_error("")
+{
+    setReason("No application-level build info available.");
+}
+
+VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExAppNotRegistered);
+
+}  // namespace Vn

@@ -1,0 +1,52 @@
+#include <base/dbgbuildinfoutil.h>
+
+#include <base/dbgbuildinfomgr.h>
+#include <base/dbgmodulesystem.h>
+#include <base/exreasontext.h>
+#include <base/ossharedlib.h>
+#include <base/ossharedlibex.h>
+
+#include <cstring>
+#include <string>
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/dbgbuildinfoutil";
+constexpr char entryName[] = "getBuildInfo";
+}  // namespace
+
+bool DbgBuildInfoUtil::_validateVersions = true;
+bool DbgBuildInfoUtil::_checkStamps = false;
+
+void DbgBuildInfoUtil::registerInfo(ObjPtr<DbgBuildInfo> info)
+{
+    DbgBuildInfoMgr::registerInfo(info, _validateVersions, _checkStamps);
+}
+
+void DbgBuildInfoUtil::registerModule(char const* name)
+{
+    const std::string file = std::string("libVN") + ExReasonText::orEmpty(name) + OsSharedLib::getSuffix();
+    ObjPtr<OsSharedLib> const library = OsSharedLib::open(file.c_str());
+    void* const address = library->getFunction(entryName);
+    // That of a library below would tell of another one.
+    if (!System::isInModule(address, file.c_str()))
+        throw OsSharedLibEx::ExFunctionNotFound(sourceName, __LINE__, file.c_str(), entryName);
+    DbgBuildInfo* (*entry)();
+    static_assert(sizeof entry == sizeof address);
+    std::memcpy(&entry, &address, sizeof entry);
+    registerInfo(ObjPtr<DbgBuildInfo>(entry()));
+}
+
+void DbgBuildInfoUtil::setValidateVersions(bool validate)
+{
+    _validateVersions = validate;
+}
+
+void DbgBuildInfoUtil::setCheckStamps(bool check)
+{
+    _checkStamps = check;
+}
+
+}  // namespace Vn

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace Vn
+{
+class LgMinorGroup;
+}
+
+/// The group through which build information is logged: "BuildInfo" of "Base".
+namespace Vn::DbgGroup
+{
+
+/// Throws as LgMajorGroup::getInstanceForName().
+void create();
+
+void destroy();
+
+/// Null unless the package `debugging` is up.
+LgMinorGroup const* get();
+
+}  // namespace Vn::DbgGroup

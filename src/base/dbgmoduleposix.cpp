@@ -1,0 +1,24 @@
+// dbgmoduleposix.cpp (Windows form: dbgmodulewindows.cpp)
+#include <base/dbgmodulesystem.h>
+
+#include <dlfcn.h>
+#include <link.h>
+
+namespace Vn::System
+{
+
+bool isInModule(void* address, char const* file)
+{
+    void* const module = ::dlopen(file, RTLD_LAZY | RTLD_NOLOAD);
+    if (module == nullptr)
+        return false;
+    ::link_map* asked = nullptr;
+    void* found = nullptr;
+    ::Dl_info info;
+    const bool isIn = ::dlinfo(module, RTLD_DI_LINKMAP, &asked) == 0 &&
+                      ::dladdr1(address, &info, &found, RTLD_DL_LINKMAP) != 0 && found == asked;
+    ::dlclose(module);
+    return isIn;
+}
+
+}  // namespace Vn::System
