@@ -40,7 +40,7 @@ void DbgBuildInfo::operator delete(DbgBuildInfo* info, std::destroying_delete_t)
 
 }  // namespace Vn
 
-Vn::DbgBuildInfo* getBuildInfo()
+VN_BUILD_INFO_ENTRY(VN_BASE_EXPORT)
 {
     return Vn::DbgBuildValues::createInfo();
 }

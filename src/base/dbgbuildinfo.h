@@ -15,7 +15,7 @@ namespace Vn
 /// What a library says of itself: which API it implements, at which version, and who built it when.
 ///
 ///     class PaletteBuildInfo : public Vn::DbgBuildInfo { ... };
-///     Vn::DbgBuildInfoUtil::registerInfo(Vn::ObjPtr<Vn::DbgBuildInfo>(new PaletteBuildInfo));
+///     Vn::DbgBuildInfoUtil::registerInfo(Vn::ObjPtr<Vn::DbgBuildInfo>(new PaletteBuildInfo));    // in a package's hook
 ///
 /// An API is known by the address of its name: two libraries implement the same one only if both return the same
 /// pointer, so whoever defines an API exports its name for others. All texts must stay as long as the object is
@@ -61,5 +61,13 @@ inline void destroyOwned(DbgBuildInfo* info)
 
 }  // namespace Vn
 
-/// What every library of the family exports under this name: a new object of its own, which the caller owns.
-extern "C" VN_BASE_EXPORT Vn::DbgBuildInfo* getBuildInfo();
+/// Heads the definition of the function that every library of the family exports, with its library's export macro. The
+/// function returns a new object of its own, which the caller owns:
+///
+///     VN_BUILD_INFO_ENTRY(VN_PALETTE_EXPORT)
+///     {
+///         return new PaletteBuildInfo;
+///     }
+#define VN_BUILD_INFO_ENTRY(EXPORT)                     \
+    extern "C" EXPORT Vn::DbgBuildInfo* getBuildInfo(); \
+    Vn::DbgBuildInfo* getBuildInfo()

@@ -41,6 +41,8 @@ using VnTest::report;
 static_assert(std::is_abstract_v<DbgBuildInfo> && !std::has_virtual_destructor_v<DbgBuildInfo>);
 static_assert(sizeof(DbgBuildInfo) == sizeof(void*));
 
+extern "C" DbgBuildInfo* getBuildInfo();
+
 namespace
 {
 // Two texts alike at two addresses.
@@ -400,7 +402,7 @@ VN_CHILD(applicationInfo)
     DbgBuildInfoMgr::printAppInfo(std::cout, true);
     registerAndDeleteRefused(first);
     printOthers();
-    std::cout << printed(true).substr(0, 76) << "\n";
+    std::cout << printed(true).substr(0, 77) << "\n";
     VnTest::stop();
     report("after", [] { DbgBuildInfoMgr::getAppInfo(); });
     return 0;

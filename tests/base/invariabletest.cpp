@@ -328,9 +328,10 @@ TEST(InVariable, refusedVariableLeavesNothingBehind)
               "clone: Trying to do post initialization registration of context alias instance: 'd' (key: 5).\n"
               "1\nstop settings\n");
     // One variable is started, so the refused one isn't in the package.
-    const std::size_t first = run.err.find("Initializing variable");
+    const std::string start = "Initializing variable  : taken";
+    const std::size_t first = run.err.find(start);
     ASSERT_NE(first, std::string::npos);
-    EXPECT_EQ(run.err.find("Initializing variable", first + 1), std::string::npos);
+    EXPECT_EQ(run.err.find(start, first + 1), std::string::npos);
     // And its clone of the environment's alias is gone: the dump shows one alias of that key.
     const std::size_t key = run.err.find("Key             : VN_TEST_KEY");
     ASSERT_NE(key, std::string::npos);
