@@ -7,6 +7,7 @@
 #include "terminal.h"
 #include "threadlog.h"
 #include "treecopy.h"
+#include "version.h"
 
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
@@ -40,6 +41,8 @@ struct CommandLine
 {
     bool wantsHelp = false;
     bool wantsGraph = false;
+    bool wantsVersion = false;
+    bool wantsBuild = false;
     std::vector<char*> arguments;  ///< without the long words
 };
 
@@ -62,6 +65,10 @@ void takeLongWord(std::string const& word, CommandLine& line)
         line.wantsHelp = true;
     else if (word == "--graph")
         line.wantsGraph = true;
+    else if (word == "--version")
+        line.wantsVersion = true;
+    else if (word == "--build")
+        line.wantsBuild = true;
     else
         throw WrongUse("unknown option " + word);
 }
@@ -113,6 +120,12 @@ void printHelp()
            "                                          all variables of the log\n"
            "  VN_TRACE_OPTIONS=show=Inventory         draws the calls\n\n"
            "Exit code: 0 for success, 1 for a failure, 2 for wrong use.\n";
+    std::cout << "  -h, --help   this text\n"
+                 "  --graph      the packages and their dependencies in the DOT language, instead of a folder\n"
+                 "  --version    the program and its libraries, instead of a folder\n"
+                 "  --build      the same, with who built them\n\n"
+                 "An option counts more than its variable, and that more than the default.\n"
+                 "Exit code: 0 for success, 1 for a failure, 2 for wrong use.\n";
 }
 
 std::string takeFolder()
@@ -192,6 +205,8 @@ int run(int argc, char** argv)
     bool isWhole = true;
     if (line.wantsGraph)
         Vn::InInitMgr::getInstance().dumpGraph(std::cout);
+    else if (line.wantsVersion || line.wantsBuild)
+        printVersion(std::cout, line.wantsBuild);
     else
         isWhole = printInventory(takeFolder());
     std::cout.flush();

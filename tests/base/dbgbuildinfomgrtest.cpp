@@ -580,6 +580,58 @@ TEST(DbgBuildInfoMgr, printsMissingTextsAsEmptyAndAnyVersion)
     EXPECT_EQ(out.substr(0, expected.size()), expected);
 }
 
+VN_CHILD(badModules)
+{
+    VnTest::start();
+    for (char const* name : {"testnothing", "testtext", "testnoentry", "testnullinfo", "testthrowinginfo", "base"})
+        report(name, [name] { DbgBuildInfoUtil::registerModule(name); });
+    printOthers();
+    const std::string own = printed(false);
+    std::cout << own.substr(own.find("pre-alpha")).find("libVNbase", 20) << "\n";
+    VnTest::stop();
+    return 0;
+}
+
+TEST(DbgBuildInfoUtil, refusesModulesThatTellNothing)
+{
+#if defined(_WIN32)
+    const std::string suffix = ".dll";
+#else
+    const std::string suffix = ".so";
+#endif
+    std::istringstream out(Child("badModules").run().out);
+    const std::string expected[] = {
+        "testnothing: Can't open dynamic library 'libVNtestnothing" + suffix + "': ",
+        "testtext: Can't open dynamic library 'libVNtesttext" + suffix + "': ",
+        "testnoentry: Function 'getBuildInfo' not found in dynamic library 'libVNtestnoentry" + suffix + "'.",
+        "testnullinfo: Assertion 'info != 0' failed.",
+        "testthrowinginfo: thrown by the library",
+        "base: ok",
+        "Unknown application name / version.",
+    };
+    std::string line;
+    for (std::string const& start : expected) {
+        // A text of the system may have several lines.
+        while (std::getline(out, line) && line.find(": ") == std::string::npos && line.find("Unknown") != 0)
+            continue;
+        EXPECT_EQ(line.substr(0, start.size()), start);
+    }
+    std::getline(out, line);
+    EXPECT_NE(line, std::to_string(std::string::npos)) << "registered twice, listed twice";
+}
+
+VN_CHILD(longModuleName)
+{
+    report("long", [] { DbgBuildInfoUtil::registerModule(std::string(5000, 'x').c_str()); });
+    return 0;
+}
+
+TEST(DbgBuildInfoUtil, aLongModuleNameIsCutInTheMessage)
+{
+    const std::string start = "long: Can't open dynamic library 'libVN" + std::string(251, 'x') + "': ";
+    EXPECT_EQ(Child("longModuleName").run().out.substr(0, start.size()), start);
+}
+
 TEST(DbgBuildInfoEx, messagesCutTheirTextsAt64Characters)
 {
     using std::string;

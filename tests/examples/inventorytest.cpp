@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -150,6 +151,23 @@ TEST_F(InventoryTest, tellsThePackagesInTheirOrder)
                             "\t'inventoryScanner' Initialized (14 dependencies)\n"),
               std::string::npos)
         << packages;
+}
+
+TEST_F(InventoryTest, tellsWhatItIsMadeOf)
+{
+    const ChildRun brief = inventory({"--version"}).run();
+    EXPECT_TRUE(std::regex_match(brief.out, std::regex("Inventory 1\\.0 example \\(I\\. 187, [^)]+\\)\n"
+                                                       "API Tessola 0\\.2 pre-alpha: \n"
+                                                       "\tlibVNbase \\(P\\. 187, [^)]+\\)\n")))
+        << brief.out;
+    EXPECT_EQ(brief.exitCode, 0);
+    const ChildRun full = inventory({"--build"}).run();
+    EXPECT_TRUE(std::regex_match(full.out, std::regex("Inventory 1\\.0 example \\(Inventory_187, [^)]+\\)\n"
+                                                      "\tBuilt by .+ \\(.+\\)\n"
+                                                      "API Tessola 0\\.2 pre-alpha: \n"
+                                                      "\tlibVNbase \\(ProductNG-Tessola_187, [^)]+\\)\n"
+                                                      "\t\tBuilt by .+ \\(.+\\)\n")))
+        << full.out;
 }
 
 TEST_F(InventoryTest, tellsTheArgumentsThatNoOptionTook)
