@@ -13,6 +13,10 @@ mkdir -p "$log"
 passed=0
 failed=0
 started=$SECONDS
+# The date of the commit is that of the build, so that it can be repeated to the byte.
+if [ -z "${SOURCE_DATE_EPOCH:-}" ] && epoch=$(git log -1 --format=%ct 2> /dev/null); then
+    export SOURCE_DATE_EPOCH=$epoch
+fi
 
 # Runs a step quietly; shows its log if it fails.
 step() {
@@ -69,6 +73,13 @@ for preset in "${presets[@]}"; do
         # Each public header by itself.
         step "$preset.headers" cmake --build --preset "$preset" --target all_verify_interface_header_sets
         ;;
+    esac
+    case $preset in
+    release)
+        # From scratch, so that it is the compiler's work that is compared.
+        [ -z "${SOURCE_DATE_EPOCH:-}" ] || CCACHE_DISABLE=1 step "$preset.again" tools/reproduce.sh "$preset"
+        ;;
+    windows) [ -z "${SOURCE_DATE_EPOCH:-}" ] || step "$preset.again" tools/reproduce.sh "$preset" ;;
     esac
     case $preset in
     bench) ;;
