@@ -2,6 +2,8 @@
 
 #include <base/dbgbuildvalues.h>
 
+#include <new>
+
 namespace Vn
 {
 namespace
@@ -32,8 +34,10 @@ DbgBuildInfo* DbgBuildValues::createInfo()
     return new BaseBuildInfo;
 }
 
-void DbgBuildInfo::operator delete(DbgBuildInfo* info, std::destroying_delete_t)
+void destroyOwned(DbgBuildInfo* info)
 {
+    if (info == nullptr)
+        return;
     info->DbgBuildInfo::~DbgBuildInfo();
     ::operator delete(info);
 }

@@ -2,8 +2,6 @@
 
 #include <base/baseexport.h>
 
-#include <new>
-
 namespace Vn
 {
 
@@ -43,17 +41,10 @@ public:
     virtual char const* getBuilder(bool verbose) const = 0;
 
     virtual char const* getExtraInfo() const = 0;
-
-    /// Lets `delete` do what is said above by the rules of the language, whatever the object is.
-    static void operator delete(DbgBuildInfo* info, std::destroying_delete_t);
 };
 
-/// How ObjPtr destroys an object; here compilers don't have to wonder about the destructor.
-inline void destroyOwned(DbgBuildInfo* info)
-{
-    if (info != nullptr)
-        DbgBuildInfo::operator delete(info, std::destroying_delete_t());
-}
+/// How ObjPtr destroys an object: as what the base class is, and so without a look for a destructor. Null is allowed.
+VN_BASE_EXPORT void destroyOwned(DbgBuildInfo* info);
 
 #if defined(__GNUC__)
 #    pragma GCC diagnostic pop
