@@ -113,19 +113,15 @@ void printHelp()
     Settings::printHelp(std::cout);
     std::cout
         << "  -h, --help   this text\n"
-           "  --graph      the packages and their dependencies in the DOT language, instead of a folder\n\n"
+           "  --graph      the packages and their dependencies in the DOT language, instead of a folder\n"
+           "  --version    the program and its libraries, instead of a folder\n"
+           "  --build      the same, with who built them\n\n"
            "An option counts more than its variable, and that more than the default.\n\n"
            "  VN_LOG_GROUPS=Inventory=Informational   logs each file that is read\n"
            "  VN_LOG_INFORMATIONAL=%FILE              into FILE, and to the standard output; docs/logging.md has\n"
            "                                          all variables of the log\n"
            "  VN_TRACE_OPTIONS=show=Inventory         draws the calls\n\n"
            "Exit code: 0 for success, 1 for a failure, 2 for wrong use.\n";
-    std::cout << "  -h, --help   this text\n"
-                 "  --graph      the packages and their dependencies in the DOT language, instead of a folder\n"
-                 "  --version    the program and its libraries, instead of a folder\n"
-                 "  --build      the same, with who built them\n\n"
-                 "An option counts more than its variable, and that more than the default.\n"
-                 "Exit code: 0 for success, 1 for a failure, 2 for wrong use.\n";
 }
 
 std::string takeFolder()
