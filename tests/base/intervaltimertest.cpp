@@ -27,11 +27,14 @@ static_assert(std::is_base_of_v<IntervalTimer, HwIntervalTimer> &&
 
 namespace
 {
-/// Lets the time of day move on by a millisecond at least.
+/// Lets both clocks move on by a millisecond at least, however coarse the time of day is.
 void passAMillisecond()
 {
-    const auto start = std::chrono::system_clock::now();
-    while (std::chrono::system_clock::now() - start < std::chrono::milliseconds(2)) {
+    TodIntervalTimer timeOfDay;
+    HwIntervalTimer hardware;
+    timeOfDay.start();
+    hardware.start();
+    while (timeOfDay.sinceStart() < 0.0015 || hardware.sinceStart() < 0.0015) {
     }
 }
 
