@@ -60,17 +60,20 @@ InInit<VnInit::profiling> profilingPackage;
 InInit<VnInit::random> randomPackage;
 InInit<VnInit::testing> testingPackage;
 
-const InContextAlias<InInitEnv, 1> noValidateVariable("VN_BUILDINFO_NO_VALIDATE",
-                                                      "Suppress validation of version numbers");
-const InContextAlias<InInitDef, 0> noValidateDefault("0", "Default value for validation suppression env var");
-const InVariable<int> noValidate("Vn::Tessola::debugging::buildInfoNoValidate", debuggingPackage,
-                                 noValidateVariable, noValidateDefault);
+/// In one object, so that their addresses, by which the diagnostics list them, have the same order in every build.
+struct BuildInfoSources
+{
+    InContextAlias<InInitEnv, 1> noValidate{"VN_BUILDINFO_NO_VALIDATE", "Suppress validation of version numbers"};
+    InContextAlias<InInitEnv, 1> checkStamps{"VN_BUILDINFO_CHECK_STAMPS", "Enable validation of build stamps"};
+    InContextAlias<InInitDef, 0> noValidateDefault{"0", "Default value for validation suppression env var"};
+    InContextAlias<InInitDef, 0> checkStampsDefault{"0", "Default value for enabling stamp check env var"};
+};
 
-const InContextAlias<InInitEnv, 1> checkStampsVariable("VN_BUILDINFO_CHECK_STAMPS",
-                                                       "Enable validation of build stamps");
-const InContextAlias<InInitDef, 0> checkStampsDefault("0", "Default value for enabling stamp check env var");
+const BuildInfoSources buildInfoSources;
+const InVariable<int> noValidate("Vn::Tessola::debugging::buildInfoNoValidate", debuggingPackage,
+                                 buildInfoSources.noValidate, buildInfoSources.noValidateDefault);
 const InVariable<int> checkStamps("Vn::Tessola::debugging::buildInfoCheckStamps", debuggingPackage,
-                                  checkStampsVariable, checkStampsDefault);
+                                  buildInfoSources.checkStamps, buildInfoSources.checkStampsDefault);
 
 /// Puts an object in the place of its class's singleton; it is destroyed if that is taken.
 template <class T>
