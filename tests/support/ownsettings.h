@@ -2,9 +2,12 @@
 
 #include <base/incontextalias.h>
 
+#include <algorithm>
+#include <sstream>
 #include <string>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 namespace VnTest
 {
@@ -27,6 +30,33 @@ struct OwnSettings
             source("VN_BUILDINFO_NO_VALIDATE", "Suppress validation of version numbers", "(uninitialized)") +
             source("VN_BUILDINFO_CHECK_STAMPS", "Enable validation of build stamps", "(uninitialized)");
         return both + both;
+    }
+
+    /// A dump with each run of sources in the order of their texts: the library has them by address, and where memory
+    /// puts them is nobody's promise.
+    static std::string inOrder(std::string const& dump)
+    {
+        std::istringstream lines(dump);
+        std::vector<std::string> sources;
+        std::string ordered;
+        const auto flush = [&] {
+            std::sort(sources.begin(), sources.end());
+            for (std::string const& each : sources)
+                ordered += each;
+            sources.clear();
+        };
+        for (std::string line; std::getline(lines, line);) {
+            if (line.compare(0, 17, "Key             :") == 0) {
+                sources.push_back(line + "\n");
+            } else if (!sources.empty() && line.compare(0, 5, "     ") == 0) {
+                sources.back() += line + "\n";
+            } else {
+                flush();
+                ordered += line + "\n";
+            }
+        }
+        flush();
+        return ordered;
     }
 
     /// How they choose their defaults.
