@@ -1,6 +1,9 @@
 // What a message costs the thread that logs it, and what it costs to write it down, beside other loggers in one run.
 #include "contestant.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -55,12 +58,28 @@ void compareCallers(std::vector<Contestant> const& contestants)
     }
 }
 
-void compareWriters(std::vector<Contestant> const& flushing)
+/// What the system takes for a line of that length, whoever writes it.
+double timeBareWrites(std::string const& path, int count)
+{
+    const int file = ::open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600);
+    const std::string line(79, 'x');
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < count; ++i)
+        if (::write(file, line.data(), line.size()) < 0)
+            std::abort();
+    const double time = nanoseconds(Clock::now() - start) / count;
+    ::close(file);
+    return time;
+}
+
+void compareWriters(std::vector<Contestant> const& flushing, std::string const& folder)
 {
     constexpr int count = 20000;
+    std::vector<double> bare;
     std::vector<std::vector<double>> times(flushing.size() + 1);
     for (int round = 0; round < 9; ++round) {
         times[0].push_back(timeOurReader(count));
+        bare.push_back(timeBareWrites(folder + "/bare", count));
         for (std::size_t i = 0; i < flushing.size(); ++i) {
             const Clock::time_point start = Clock::now();
             flushing[i].burst(textWithInteger, count);
@@ -69,7 +88,7 @@ void compareWriters(std::vector<Contestant> const& flushing)
     }
     const double ours = percentile(times[0], 0.5);
     std::printf("\nwriting, one flush per message: nanoseconds (median of 9), messages per second beside it\n");
-    std::printf("%-20s %8.0f\n", "VNbase's reader", ours);
+    std::printf("%-20s %8.0f\n%-20s %8.0f\n", "a bare write", percentile(bare, 0.5), "VNbase's reader", ours);
     for (std::size_t i = 0; i < flushing.size(); ++i) {
         const double theirs = percentile(times[i + 1], 0.5);
         std::printf("%-20s %8.0f %8.2f\n", flushing[i].name.c_str(), theirs, theirs / ours);
@@ -108,7 +127,7 @@ int main()
     timeTheClock();
     compareCallers({makeOurs(folder), makeSpdlog(folder), makeSpdlogAsync(folder), makeGlog(folder),
                     makeBoostLog(folder), makeBoostLogAsync(folder)});
-    compareWriters({makeSpdlogFlushing(folder), makeGlogFlushing(folder), makeBoostLogFlushing(folder)});
+    compareWriters({makeSpdlogFlushing(folder), makeGlogFlushing(folder), makeBoostLogFlushing(folder)}, folder);
     compareDisabled();
     std::filesystem::remove_all(folder);
     std::fflush(stdout);
