@@ -152,7 +152,7 @@ TEST(LgFixedText, aMillionDoublesAreWhatPrintfMakesOfThem)
 TEST(LgFixedText, longDoublesAreWhatPrintfMakesOfThem)
 {
     Values values;
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < VnTest::steps(100000); ++i) {
         const double value = values.next();
         if (!(value == value))
             continue;
