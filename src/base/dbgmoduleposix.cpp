@@ -1,6 +1,8 @@
 // dbgmoduleposix.cpp (Windows form: dbgmodulewindows.cpp)
 #include <base/dbgmodulesystem.h>
 
+#include <base/osposix.h>
+
 #include <dlfcn.h>
 #include <link.h>
 
@@ -9,7 +11,7 @@ namespace Vn::System
 
 bool isInModule(void* address, char const* file)
 {
-    void* const module = ::dlopen(file, RTLD_LAZY | RTLD_NOLOAD);
+    void* const module = Posix::openModule(file, RTLD_LAZY | RTLD_NOLOAD, nullptr);
     if (module == nullptr)
         return false;
     ::link_map* asked = nullptr;

@@ -1,8 +1,10 @@
 // osposix.cpp (Linux only)
 #include <base/osposix.h>
 
+#include <dlfcn.h>
 #include <pwd.h>
 
+#include <cstring>
 #include <vector>
 
 namespace Vn::Posix
@@ -45,6 +47,21 @@ bool findUserName(::uid_t user, std::string& name)
             return true;
         }
     }
+}
+
+void* openModule(char const* file, int flags, std::string* reason)
+{
+    void* const module = ::dlopen(file, flags);
+    if (module != nullptr)
+        return module;
+    char const* const text = ::dlerror();
+    if (reason != nullptr)
+        *reason = text != nullptr ? text : "";
+    ::Dl_info own;
+    if (std::strchr(file, '/') != nullptr || ::dladdr(reinterpret_cast<void*>(&openModule), &own) == 0)
+        return nullptr;
+    const std::string path = own.dli_fname;
+    return ::dlopen((path.substr(0, path.rfind('/') + 1) + file).c_str(), flags);
 }
 
 }  // namespace Vn::Posix

@@ -54,4 +54,9 @@ private:
 /// Name of the user, or the number in decimal where it has none. False, with `errno` set, if the system can't tell.
 bool findUserName(::uid_t user, std::string& name);
 
+/// dlopen(), and for a name without a folder a second try in this library's own. The first finds it there, too, unless
+/// somebody has put himself between us and the system, as the sanitizers do. Null, with the first reason in `reason` if
+/// that isn't null, where neither succeeds.
+void* openModule(char const* file, int flags, std::string* reason);
+
 }  // namespace Vn::Posix

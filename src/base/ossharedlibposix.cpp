@@ -2,12 +2,14 @@
 #include <base/ossharedlib.h>
 
 #include <base/exreasontext.h>
+#include <base/osposix.h>
 #include <base/ossharedlibex.h>
 
 #include <dlfcn.h>
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 
 namespace Vn
 {
@@ -25,9 +27,10 @@ public:
         // An empty path would open the program itself.
         if (getPath().isEmpty())
             throw OsSharedLibEx::ExCantOpenLib(sourceName, __LINE__, "", std::strerror(ENOENT));
-        _module = ::dlopen(getPath().getChars(), RTLD_NOW | RTLD_LOCAL);
+        std::string reason;
+        _module = Posix::openModule(getPath().getChars(), RTLD_NOW | RTLD_LOCAL, &reason);
         if (_module == nullptr)
-            throw OsSharedLibEx::ExCantOpenLib(sourceName, __LINE__, getPath().getChars(), ::dlerror());
+            throw OsSharedLibEx::ExCantOpenLib(sourceName, __LINE__, getPath().getChars(), reason.c_str());
     }
 
     void* getFunction(char const* name) override
