@@ -20,10 +20,10 @@
 #if defined(_WIN32)
 #    include "wine.h"
 #else
+#    include "socketfile.h"
+
 #    include <fcntl.h>
-#    include <sys/socket.h>
 #    include <sys/stat.h>
-#    include <sys/un.h>
 #    include <unistd.h>
 #endif
 
@@ -295,14 +295,8 @@ TEST(OsFileReader, openingAPipeOrADeviceDoesNotWait)
     EXPECT_EQ(device.read(&letter, 1), 0U);
 
     const std::string socketPath = temp.path("socket");
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ::sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(socketPath.size(), sizeof address.sun_path);
-    socketPath.copy(address.sun_path, socketPath.size());
-    ASSERT_EQ(::bind(socket, reinterpret_cast<::sockaddr*>(&address), sizeof address), 0);
+    const VnTest::SocketFile socket(socketPath);
     EXPECT_EQ(systemErrorOf([&] { OsFileReader refused(pathOf(socketPath)); }, systemSource), ENXIO);
-    ::close(socket);
 }
 
 TEST(OsFileReader, aBlockThatIsNoMemoryIsAnError)

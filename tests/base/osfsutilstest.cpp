@@ -4,6 +4,7 @@
 #include <base/osfsutils.h>
 
 #include "expectthrow.h"
+#include "systemerror.h"
 #include "tempfolder.h"
 
 #include <gtest/gtest.h>
@@ -12,10 +13,9 @@
 #include <string>
 
 #if !defined(_WIN32)
-#    include <sys/socket.h>
+#    include "socketfile.h"
+
 #    include <sys/stat.h>
-#    include <sys/un.h>
-#    include <unistd.h>
 #endif
 
 using Vn::OsFileEx;
@@ -31,13 +31,7 @@ namespace
 template <class Call>
 int refusal(Call const& call)
 {
-    try {
-        call();
-    } catch (Vn::ExSysErrorWindows const& failure) {
-        EXPECT_STREQ(failure.getFileName(), "src/base/osfsutilswindows");
-        return failure.getErrorCode();
-    }
-    return -1;
+    return VnTest::systemErrorOf(call, "src/base/osfsutilswindows");
 }
 
 #if defined(_WIN32)
@@ -279,16 +273,10 @@ TEST(OsFsUtils, pipesSocketsAndDevicesAreNeitherWaitedForNorDirectories)
         [&] { OsFsUtils::createFile(pipe.c_str(), OsFileTypes::Permissions(), true); }, "File already exists.");
 
     const std::string socketPath = temp.path("socket");
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ::sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(socketPath.size(), sizeof address.sun_path);
-    socketPath.copy(address.sun_path, socketPath.size());
-    ASSERT_EQ(::bind(socket, reinterpret_cast<::sockaddr*>(&address), sizeof address), 0);
+    const VnTest::SocketFile socket(socketPath);
     EXPECT_TRUE(OsFsUtils::fileExists(socketPath.c_str()));
     EXPECT_EQ(refusal([&] { OsFsUtils::createFile(socketPath.c_str(), OsFileTypes::Permissions(), false); }),
               ENXIO);
-    ::close(socket);
 
     EXPECT_TRUE(OsFsUtils::isFile("/dev/null"));
     OsFsUtils::createFile("/dev/null", OsFileTypes::Permissions(), false);
