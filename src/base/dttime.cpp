@@ -14,8 +14,12 @@ constexpr int commonRateLimit = 1000000;  ///< for either term
 /// The rate at which two different rates meet: their product, not the least rate that would hold both.
 Rational commonRate(Rational const& a, Rational const& b)
 {
-    const Rational product(DtWrap::times32(a.getNumerator(), b.getNumerator()),
-                           DtWrap::times32(a.getDenominator(), b.getDenominator()));
+    const int above = DtWrap::times32(a.getNumerator(), b.getNumerator());
+    const int below = DtWrap::times32(a.getDenominator(), b.getDenominator());
+    // No divisor of both passes the one below, so this numerator stays beyond the limit in lowest terms too.
+    if (below > 0 && above > static_cast<std::int64_t>(commonRateLimit) * below)
+        return Rational(commonRateLimit, 1);
+    const Rational product(above, below);
     const int numerator = product.getNumerator();
     const bool isPositive = numerator > 0;
     // The most negative numerator has no magnitude in 32 bits and passes for a small one, as its negation would.

@@ -96,7 +96,8 @@ public:
     static float hypot(float a, float b);
     static double hypot(double a, double b);
 
-    /// The greatest whole number at or below `x`. Not-a-number, infinities and both zeros come back as they are.
+    /// The greatest whole number at or below `x`. Not-a-number, infinities and both zeros come back as they are. (While
+    /// the rounding direction is FE_DOWNWARD, a result of 0 from another number may be -0.)
     static float floor(float x);
     static double floor(double x);
 
@@ -130,55 +131,55 @@ public:
     static float smoothStep(float edge0, float edge1, float x, float low, float high);
 
 private:
-    /// An integer as wide as the type, to go through; its bits; and the power of two from which on a number of the type
-    /// has no room for a fraction.
+    /// The bits of a type; the power of two from which on a number has no room for a fraction; and a bit that is set in
+    /// every number from there on.
     template <class Float>
     struct Whole;
 
-    /// 1 or 0, by its bits: a branch on a fraction is one that no processor can predict.
+    /// A whole number less than 1 away from `x`, for an `x` that has room for a fraction: the sum with the power of two
+    /// has none. The bit is set anyhow; setting it keeps a compiler that may reorder sums from cancelling the power.
     template <class Float>
-    static Float oneIf(bool condition)
+    static Float nearWhole(Float x)
     {
-        using Bits = typename Whole<Float>::Bits;
-        return std::bit_cast<Float>((Bits(0) - Bits(condition)) & std::bit_cast<Bits>(Float(1)));
+        const Float power = std::copysign(Whole<Float>::from, x);
+        const auto bits = std::bit_cast<typename Whole<Float>::Bits>(x + power) | Whole<Float>::setBit;
+        return std::bit_cast<Float>(bits) - power;
     }
+
+    // Without a branch and in sums that are made in any case, so that a compiler can do several numbers at a time. A
+    // number that is whole comes back as it is, and so does its sign if it is zero.
 
     template <class Float>
     static Float floorOf(Float x)
     {
-        if (!(std::fabs(x) < Whole<Float>::from))
-            return x;
-        const Float truncated = static_cast<Float>(static_cast<typename Whole<Float>::Integer>(x));
-        // The sign of x is that of the result, and it is what tells -0 from 0.
-        return std::copysign(truncated - oneIf<Float>(truncated > x), x);
+        const Float near = nearWhole(x);
+        const Float whole = near + (near > x ? Float(-1) : Float(0));
+        return bool((std::fabs(x) < Whole<Float>::from) & (whole != x)) ? whole : x;
     }
 
     template <class Float>
     static Float ceilOf(Float x)
     {
-        if (!(std::fabs(x) < Whole<Float>::from))
-            return x;
-        const Float truncated = static_cast<Float>(static_cast<typename Whole<Float>::Integer>(x));
-        if (truncated == x)
-            return x;
-        return truncated + oneIf<Float>(truncated < x);
+        const Float near = nearWhole(x);
+        const Float whole = near + (near < x ? Float(1) : Float(0));
+        return bool((std::fabs(x) < Whole<Float>::from) & (whole != x)) ? whole : x;
     }
 };
 
 template <>
 struct FloatUtil::Whole<float>
 {
-    using Integer = std::int32_t;
     using Bits = std::uint32_t;
     static constexpr float from = 8388608.0f;
+    static constexpr Bits setBit = Bits(1) << 30;
 };
 
 template <>
 struct FloatUtil::Whole<double>
 {
-    using Integer = std::int64_t;
     using Bits = std::uint64_t;
     static constexpr double from = 4503599627370496.0;
+    static constexpr Bits setBit = Bits(1) << 62;
 };
 
 inline float FloatUtil::floor(float x)

@@ -2,8 +2,10 @@
 
 #include <base/baseexport.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstdlib>
 #include <iosfwd>
 
 namespace Vn
@@ -77,29 +79,33 @@ private:
         const int magnitude = _numerator < 0 ? negate(_numerator) : _numerator;
         if (magnitude <= 0 || _denominator <= 1)
             return;  // the most negative value, which has no divisor to speak of, or a whole number
-        const int divisor = static_cast<int>(
-            greatestCommonDivisor(static_cast<unsigned>(magnitude), static_cast<unsigned>(_denominator)));
-        if (divisor != 1) {
-            _numerator /= divisor;
-            _denominator /= divisor;
-        }
+        const int divisor = greatestCommonDivisor(magnitude, _denominator);
+        // By 1 too, as every other time or so: dividing is cheaper than a branch that nobody can predict.
+        _numerator /= divisor;
+        _denominator /= divisor;
     }
 
-    /// By shifts and differences (Stein 1967), which need no division; neither argument is zero.
-    static unsigned greatestCommonDivisor(unsigned a, unsigned b)
+    /// By shifts and differences (Stein 1967), which need no division; both arguments are positive. The shift is read
+    /// off the difference while its sign is still being dealt with.
+    static int greatestCommonDivisor(int a, int b)
     {
-        const int twos = std::countr_zero(a | b);
-        a >>= std::countr_zero(a);
-        b >>= std::countr_zero(b);
-        while (a != b) {
-            const unsigned larger = a > b ? a : b;
-            const unsigned smaller = a > b ? b : a;
-            const unsigned difference = larger - smaller;
-            b = smaller;
-            a = difference >> std::countr_zero(difference);
+        // One division brings terms of very different sizes, as products of rates have, to like ones.
+        if ((a >> 6) > b && (a %= b) == 0)
+            return b;
+        if ((b >> 6) > a && (b %= a) == 0)
+            return a;
+        const int twos = countZeros(a | b);
+        a >>= countZeros(a);
+        b >>= countZeros(b);
+        while (const int difference = b - a) {
+            const int zeros = countZeros(difference);
+            b = std::min(a, b);
+            a = std::abs(difference) >> zeros;
         }
         return a << twos;
     }
+
+    static int countZeros(int value) { return std::countr_zero(static_cast<unsigned>(value)); }
 
     friend bool operator<(Rational const& a, Rational const& b);
     friend bool operator<=(Rational const& a, Rational const& b);

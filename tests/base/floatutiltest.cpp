@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cfenv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -245,6 +246,41 @@ TEST(FloatUtil, ceilBelowOneHasNoMinusZero)
     EXPECT_TRUE(std::signbit(FloatUtil::ceil(-0.0)));
     EXPECT_TRUE(std::signbit(FloatUtil::floor(-0.0)));
     EXPECT_FALSE(std::signbit(FloatUtil::floor(0.5)));
+}
+
+TEST(FloatUtil, floorAndCeilGiveNotANumberBackBitForBit)
+{
+    for (const std::uint64_t bits :
+         {0x7FF8000000000001u, 0xFFF8123456789ABCu, 0x7FF0000000000001u, 0xFFF0000000000001u}) {
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(FloatUtil::floor(std::bit_cast<double>(bits))), bits);
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(FloatUtil::ceil(std::bit_cast<double>(bits))), bits);
+    }
+    for (const std::uint32_t bits : {0x7FC00001u, 0xFFC12345u, 0x7F800001u, 0xFF800001u}) {
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(FloatUtil::floor(std::bit_cast<float>(bits))), bits);
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(FloatUtil::ceil(std::bit_cast<float>(bits))), bits);
+    }
+}
+
+TEST(FloatUtil, floorAndCeilDontDependOnTheRoundingDirection)
+{
+    const int before = std::fegetround();
+    for (const int direction : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+        ASSERT_EQ(std::fesetround(direction), 0);
+        for (int i = -4000; i <= 4000; ++i) {
+            // Eighths, around zero and up to where the type has no room for them.
+            for (const double offset : {0.0, 70368744177664.0, 562949953421311.0}) {
+                volatile double x = (i < 0 ? -offset : offset) + i / 8.0;
+                const double below = (i < 0 ? -offset : offset) + (i >> 3);
+                const double above = (i < 0 ? -offset : offset) - (-i >> 3);
+                ASSERT_EQ(FloatUtil::floor(x), below) << x << " in direction " << direction;
+                ASSERT_EQ(FloatUtil::ceil(x), above) << x << " in direction " << direction;
+            }
+            volatile float x = static_cast<float>(i) / 8.0f;
+            ASSERT_EQ(FloatUtil::floor(x), static_cast<float>(i >> 3)) << x << " in direction " << direction;
+            ASSERT_EQ(FloatUtil::ceil(x), static_cast<float>(-(-i >> 3))) << x << " in direction " << direction;
+        }
+    }
+    std::fesetround(before);
 }
 
 TEST(FloatUtil, roundsEveryFloatLikeTheLanguagesLibrary)
