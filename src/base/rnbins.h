@@ -1,5 +1,6 @@
 #pragma once
 
+#include <base/rnwide.h>
 #include <base/vector.h>
 
 #include <algorithm>
@@ -52,13 +53,7 @@ struct RnBins
     static void findByWidth(unsigned int n, T const* x, Vector<T> const& edges, std::uint32_t count, Index* found)
     {
         const T min = edges.front();
-        const T width = edges.back() - min;
-        const T scale = static_cast<T>(count);
-        for (unsigned int i = 0; i < n; ++i) {
-            const T place = (x[i] - min) / width * scale;
-            found[i] =
-                static_cast<Index>(static_cast<int>(place >= T(0) && place < T(2147483648.0) ? place : T(-1)));
-        }
+        RnWide::run<placesOf<Index>>(n, x, min, edges.back() - min, static_cast<T>(count), found);
     }
 
     /// The first edge above `x`, less one; the number of bins if none is above, so for not-a-number too.
@@ -98,13 +93,14 @@ struct RnBins
     {
         if (cells.empty())
             return search(edges, x);
-        T const* const first = edges.data();
-        const std::size_t bins = edges.size() - 1;
-        if (!(x >= first[0]))
-            return x < first[0] ? -1 : static_cast<int>(bins);
-        if (x >= first[bins])
-            return static_cast<int>(bins);
-        return findInside(first, cells.data(), scale, x);
+        return findInCells(static_cast<std::uint32_t>(edges.size() - 1), edges.data(), cells.data(), scale, x);
+    }
+
+    static int findInCells(std::uint32_t bins, T const* edges, std::uint32_t const* cells, T scale, T x)
+    {
+        if (x >= edges[0] && x < edges[bins]) [[likely]]
+            return findInside(edges, cells, scale, x);
+        return x < edges[0] ? -1 : static_cast<int>(bins);
     }
 
     /// For `x` at or above the first edge and below the last.
@@ -120,14 +116,29 @@ struct RnBins
         T const* const first = edges.data();
         std::uint32_t const* const firstCell = cells.data();
         const T min = edges.front(), max = edges.back();
-        for (unsigned int i = 0; i < n; ++i)
-            found[i] = static_cast<int>(x[i] >= min && x[i] < max ? (x[i] - min) * scale : T(-1));
+        RnWide::run<cellsOf>(n, x, min, max, scale, found);
         for (unsigned int i = 0; i < n; ++i)
             if (found[i] >= 0)
                 found[i] = findInCell(first, firstCell, found[i], x[i]);
     }
 
 private:
+    template <class Index>
+    static void placesOf(unsigned int n, T const* x, T min, T width, T scale, Index* found)
+    {
+        for (unsigned int i = 0; i < n; ++i) {
+            const T place = (x[i] - min) / width * scale;
+            found[i] =
+                static_cast<Index>(static_cast<int>(place >= T(0) && place < T(2147483648.0) ? place : T(-1)));
+        }
+    }
+
+    static void cellsOf(unsigned int n, T const* x, T min, T max, T scale, int* found)
+    {
+        for (unsigned int i = 0; i < n; ++i)
+            found[i] = static_cast<int>(x[i] >= min && x[i] < max ? (x[i] - min) * scale : T(-1));
+    }
+
     static int findInCell(T const* edges, std::uint32_t const* cells, std::int32_t cell, T x)
     {
         std::uint32_t bin = cells[cell];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <base/rnmath.h>
+#include <base/rnwide.h>
 
 #include <cmath>
 
@@ -23,13 +24,13 @@ struct RnDirection
     }
 
     /// Of numbers in [0, 1] from `x`, for the azimuth, and `z`, for the height: the vectors, in place.
-    template <class Cosine>
-    static void fillXYZ(unsigned int n, T* x, T* y, T* z, Cosine const& cosineOf)
+    template <T (*cosineOf)(T)>
+    static void fillXYZ(unsigned int n, T* x, T* y, T* z)
     {
         for (unsigned int i = 0; i < n;) {
             const unsigned int run = n - i < block ? n - i : block;
             if (areInRange(run, x + i)) {
-                turnBlock(run, x + i, y + i, z + i, cosineOf);
+                RnWide::run<turnBlock<cosineOf>>(run, x + i, y + i, z + i);
             } else {
                 for (unsigned int j = i; j < i + run; ++j)
                     toXYZ(cosineOf(z[j]), twoPi * x[j], x[j], y[j], z[j]);
@@ -43,15 +44,15 @@ private:
 
     static bool areInRange(unsigned int n, T const* x)
     {
-        bool isInRange = true;
+        unsigned int beyond = 0;
         for (unsigned int i = 0; i < n; ++i)
-            isInRange &= std::abs(twoPi * x[i]) <= T(RnMath::angleLimit);
-        return isInRange;
+            beyond |= std::abs(twoPi * x[i]) <= T(RnMath::angleLimit) ? 0 : 1;
+        return beyond == 0;
     }
 
     /// Simple loops without a branch, which compilers run side by side.
-    template <class Cosine>
-    static void turnBlock(unsigned int n, T* x, T* y, T* z, Cosine const& cosineOf)
+    template <T (*cosineOf)(T)>
+    static void turnBlock(unsigned int n, T* x, T* y, T* z)
     {
         T sines[block], cosines[block];
         for (unsigned int i = 0; i < n; ++i) {
