@@ -3,12 +3,11 @@
 #include <base/lgstream.h>
 #include <base/lgtypes.h>
 
-#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <ios>
 
 namespace Vn
 {
@@ -41,13 +40,12 @@ public:
     /// Takes the next text off the stream.
     void putText(LgStream& stream)
     {
-        stream >> (_text + _size);
-        _size += std::strlen(_text + _size);
+        _size += stream.take(_text + _size);
         _text[_size++] = '\n';
     }
 
     char const* get() const { return _text; }
-    std::streamsize getSize() const { return static_cast<std::streamsize>(_size); }
+    std::size_t getSize() const { return _size; }
     bool hasPrefix() const { return _hasPrefix; }
 
 private:
@@ -58,12 +56,25 @@ private:
         _size += length;
     }
 
-    /// The base is known to the compiler, which then needs no division.
+    /// All pairs of digits: 00, 01, ...
+    template <unsigned base>
+    static constexpr auto pairs = [] {
+        std::array<char, 2 * base * base> made{};
+        for (unsigned i = 0; i < base * base; ++i) {
+            made[2 * i] = "0123456789abcdef"[i / base];
+            made[2 * i + 1] = "0123456789abcdef"[i % base];
+        }
+        return made;
+    }();
+
+    /// Two digits at a time. The base is known to the compiler, which then needs no division.
     template <unsigned base, std::size_t width>
     void putPadded(std::uint32_t number)
     {
-        for (std::size_t i = width; i-- > 0; number /= base)
-            _text[_size + i] = "0123456789abcdef"[number % base];
+        for (std::size_t i = width; i != 0; number /= base * base) {
+            i -= 2;
+            std::memcpy(_text + _size + i, &pairs<base>[2 * (number % (base * base))], 2);
+        }
         _size += width;
     }
 

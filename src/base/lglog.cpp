@@ -3,6 +3,7 @@
 #include <base/duplicatestring.h>
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
+#include <base/lgfile.h>
 #include <base/osenv.h>
 #include <base/osfilepath.h>
 #include <base/osfsutils.h>
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
-#include <fstream>
 #include <iomanip>
 
 namespace Vn
@@ -162,8 +162,7 @@ void LgLog::openOutput(LevelInfo* level)
             level->output = lower->output;
             return;
         }
-    level->output =
-        new std::ofstream(level->fileName, level->append ? std::ios::out | std::ios::app : std::ios::out);
+    level->output = new LgFile(level->fileName, level->append);
     const LgInterProcessLockGuard guard(_interprocessLock.get());
     writeStartBanner(*level->output, isTimeStampsEnabled());
 }

@@ -1,11 +1,10 @@
 #include <base/lgreader.h>
 
+#include <base/lgfile.h>
 #include <base/lgline.h>
 #include <base/lglog.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iomanip>
 #include <iostream>
 
 namespace Vn
@@ -59,19 +58,13 @@ LgQueue* findEarliest()
     return earliest;
 }
 
-/// A file that couldn't be written, as when the disk was full, is tried again with each line. One that couldn't be opened
-/// stays failed.
-void revive(std::ostream& output)
+/// What a prefix leaves of a stream's formatting.
+void resetFormat(std::ostream& stream, LgLine const& line)
 {
-    if (output.bad() && static_cast<std::ofstream&>(output).is_open())
-        output.clear();
-}
-
-void writeLine(std::ostream& stream, LgLine const& line)
-{
-    stream.write(line.get(), line.getSize()).flush();
-    if (line.hasPrefix())
-        stream << std::dec << std::setfill(' ');
+    if (!line.hasPrefix())
+        return;
+    stream.setf(std::ios::dec, std::ios::basefield);
+    stream.fill(' ');
 }
 }  // namespace
 
@@ -111,11 +104,13 @@ void LgReader::flushQueue(LgQueue* queue)
     try {
         // In one piece, so that a crash in between can't tear it.
         if (std::ostream* const output = LgLog::getLevelOutput(level)) {
-            revive(*output);
-            writeLine(*output, line);
+            static_cast<LgFile*>(output)->writeLine(line.get(), line.getSize());  // no level has another kind
+            resetFormat(*output, line);
         }
-        if (LgLog::isLevelEchoed(level))
-            writeLine(std::cout, line);
+        if (LgLog::isLevelEchoed(level)) {
+            std::cout.write(line.get(), static_cast<std::streamsize>(line.getSize())).flush();
+            resetFormat(std::cout, line);
+        }
     } catch (...) {
         queue->removeEntry();  // its text has been taken
         throw;

@@ -209,9 +209,15 @@ void LgStream::takeBack(Mark const& mark)
 
 LgStream& LgStream::operator>>(char* destination)
 {
+    take(destination);
+    return *this;
+}
+
+std::uint32_t LgStream::take(char* destination)
+{
     *destination = '\0';
     if (_stringEnd.watch() == _readIndex)
-        return *this;
+        return 0;
     const Index first = findNext();
     const std::uint32_t length = getLengthFrom(first);
     const std::uint32_t beforeTheWrap = std::min(length, ringSize - first.get());
@@ -220,7 +226,7 @@ LgStream& LgStream::operator>>(char* destination)
     destination[length] = '\0';
     setOverflowed(false);
     _readIndex.publish(first + length);
-    return *this;
+    return length;
 }
 
 std::uint32_t LgStream::getNextSize() const

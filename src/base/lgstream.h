@@ -124,6 +124,7 @@ public:
     bool hasOverflowed() const;
 
 private:
+    friend class LgLine;
     friend class LgQueue;
 
     static constexpr std::uint32_t ringSize = 32768;
@@ -136,6 +137,9 @@ private:
         Index stringEnd;
         bool pendingAdvance = false;
     };
+
+    /// What operator>> does; the length of what it took.
+    std::uint32_t take(char* destination);
 
     LgStream& write(char const* text, std::size_t length)
     {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -204,6 +205,81 @@ TEST_F(LogFaults, anOutputThatThrowsCostsItsLineAlone)
     LgReader().flushAll();
     EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"refused", "next"})) << "the buffer had kept it";
     queue.end();
+}
+
+TEST_F(LogFaults, aLineThatIsCutByTheDiskIsCompletedLater)
+{
+    start();
+    StampedQueue queue;
+    queue.log(1, "a line of which a part is written");
+    queue.log(2, "next");
+    ::rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, SIG_IGN);
+    ::rlimit limit = before;
+    limit.rlim_cur = static_cast<::rlim_t>(LgLog::getLevelOutput(LgTypes::Warning)->tellp()) + 50;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    LgReader reader;
+    EXPECT_TRUE(reader.flushEarliest());
+    EXPECT_TRUE(LgLog::getLevelOutput(LgTypes::Warning)->bad());
+    EXPECT_EQ(VnTest::contentOf(folder.path("events.log")).size(), limit.rlim_cur);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    reader.flushAll();
+    std::signal(SIGXFSZ, SIG_DFL);
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"a line of which a part is written", "next"}));
+    queue.end();
+}
+
+TEST_F(LogFaults, aLineThatDoesNotFitTheBufferIsLostAloneOnAFullDisk)
+{
+    start();
+    StampedQueue queue;
+    queue.log(1, std::string(20000, 'x'));
+    queue.log(2, "kept");
+    LgReader reader;
+    {
+        const FailingCall full("write", ENOSPC, 0, 3);
+        reader.flushAll();
+        queue.log(3, std::string(20000, 'y'));
+        reader.flushAll();
+    }
+    queue.log(4, "next");
+    reader.flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"kept", "next"}));
+    queue.end();
+}
+
+TEST_F(LogFaults, whatACallerPutsIntoTheStreamComesInItsTurn)
+{
+    start();
+    StampedQueue queue;
+    queue.log(1, "after it");
+    std::ostream& stream = *LgLog::getLevelOutput(LgTypes::Warning);
+    const auto place = stream.tellp();
+    stream << "a caller's " << 1 << " line\n";
+    EXPECT_EQ(stream.tellp() - place, 18);
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"a caller's 1 line", "after it"}));
+    for (int i = 0; i < 1000; ++i)
+        stream << "0123456789";  // more than the buffer takes
+    stream << std::endl;
+    EXPECT_EQ(messages().back().size(), 10000u);
+    queue.end();
+}
+
+TEST_F(LogFaults, aChildProcessDoesNotInheritTheLog)
+{
+    start();
+    int found = 0;
+    for (int file = 3; file < 256; ++file) {
+        char name[4096] = {};
+        if (::readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), name, sizeof name - 1) > 0 &&
+            std::string(name).ends_with("/events.log")) {
+            ++found;
+            EXPECT_TRUE(::fcntl(file, F_GETFD) & FD_CLOEXEC);
+        }
+    }
+    EXPECT_EQ(found, 1);
 }
 
 VN_CHILD(logWithoutStandardOutput)
