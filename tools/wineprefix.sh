@@ -10,4 +10,4 @@ fi
 mkdir -p "$WINEPREFIX"
 exec </dev/null >/dev/null 2>&1
 /usr/lib/wine/wineserver64 -p
-exec /usr/lib/wine/wine64 cmd /c exit
+exec "$(dirname "$0")/wine.sh" cmd /c exit
