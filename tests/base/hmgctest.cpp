@@ -101,6 +101,8 @@ TEST(HmGC, aStackWithoutFramesIsKnownToAnEmptyRecordOnly)
     EXPECT_FALSE(isValid({""}, "KNOWNLEAK alloc ENDL"));  // an empty frame begins any word
     EXPECT_TRUE(isLeakValid(HmGC{}, nullptr, nullptr));
     EXPECT_TRUE(isLeakValid(HmGC{}, nullptr, ""));
+    EXPECT_TRUE(isLeakValid(HmGC{}, nullptr, "KNOWNLEAK alloc ENDL"));
+    EXPECT_FALSE(isLeakValid(HmGC{}, nullptr, "KNOWNLEAK ENDL"));
 }
 
 TEST(HmGC, isNoHeapForDebugging)

@@ -83,6 +83,14 @@ TEST(LmLibrary, isUnknownAtFirst)
     EXPECT_TRUE(library.getBlocks().empty());
 }
 
+TEST(LmLibrary, withoutAPathIsUnknownAgain)
+{
+    LmLibrary library = libraryOf(0x1000, "path", {});
+    library.setPath(nullptr);
+    EXPECT_STREQ(library.getPath(), "Unknown");
+    EXPECT_EQ(library, LmLibrary(0x1000));
+}
+
 TEST(LmLibrary, isAValue)
 {
     LmLibrary library = libraryOf(0x1000, "path", {LmBlock(0x1000, 0x2000, 4)});
