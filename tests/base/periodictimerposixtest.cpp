@@ -1,4 +1,4 @@
-// What becomes of a timer where a process can be doubled.
+// What the kernel is asked for, and what becomes of a timer where a process can be doubled.
 #include <base/periodictimer.h>
 #include <base/sleeper.h>
 
@@ -10,7 +10,9 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <iterator>
+#include <string>
 
 using Vn::ObjPtr;
 using Vn::PeriodicTimer;
@@ -29,12 +31,53 @@ int exitCodeOfFork(Body const& body)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/// What the kernel says of this process's timers: how long from tick to tick.
+std::string settingsOfTimers()
+{
+    std::string settings;
+    for (auto const& descriptor : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
+        std::ifstream info(descriptor.path());
+        for (std::string line; std::getline(info, line);)
+            if (line.rfind("it_interval", 0) == 0)
+                settings += line;
+    }
+    return settings;
+}
+
 auto countDescriptors()
 {
     const auto descriptors = std::filesystem::directory_iterator("/proc/self/fd");
     return std::distance(begin(descriptors), end(descriptors));
 }
 }  // namespace
+
+TEST(PeriodicTimer, periodIsCutToWholeMilliseconds)
+{
+    VnTest::startOnce();
+    ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.0209);
+    const struct
+    {
+        double interval;
+        char const* setting;  ///< seconds and nanoseconds
+    } table[] = {
+        {0.0209, "it_interval: (0, 20000000)"},
+        {0.001, "it_interval: (0, 1000000)"},
+        {0.0019999, "it_interval: (0, 1000000)"},
+        {0.9999, "it_interval: (0, 999000000)"},
+        {1.0, "it_interval: (1, 0)"},
+        {4294967.296, "it_interval: (4294967, 296000000)"},
+        {0.0009, "it_interval: (0, 0)"},
+        {-1.0, "it_interval: (0, 0)"},
+    };
+    timer->start();
+    for (auto const& row : table) {
+        timer->setInterval(row.interval);
+        EXPECT_EQ(settingsOfTimers(), row.setting);
+    }
+    timer->setInterval(0.5);
+    timer->stop();
+    EXPECT_EQ(settingsOfTimers(), "it_interval: (0, 0)");
+}
 
 TEST(PeriodicTimer, aRunningOneIsStoppedInAChildOfForkAndGoesOnInTheParent)
 {
