@@ -2,6 +2,7 @@
 #include <base/periodictimer.h>
 #include <base/sleeper.h>
 
+#include "descriptors.h"
 #include "testpackage.h"
 
 #include <gtest/gtest.h>
@@ -11,11 +12,11 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 using Vn::ObjPtr;
 using Vn::PeriodicTimer;
+using VnTest::countDescriptors;
 
 namespace
 {
@@ -42,12 +43,6 @@ std::string settingsOfTimers()
                 settings += line;
     }
     return settings;
-}
-
-auto countDescriptors()
-{
-    const auto descriptors = std::filesystem::directory_iterator("/proc/self/fd");
-    return std::distance(begin(descriptors), end(descriptors));
 }
 }  // namespace
 
