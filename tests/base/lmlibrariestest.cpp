@@ -392,6 +392,8 @@ TEST(LmLibraries, blocksRiseAndLieInOnePiece)
         for (LmBlock const& block : library.getBlocks()) {
             EXPECT_GE(block.getAddress(), last);
             EXPECT_GT(block.getSize(), 0u);
+            EXPECT_EQ(block.getAddress() % 4096, 0u);
+            EXPECT_EQ(block.getSize() % 4096, 0u);
             last = block.getAddress() + block.getSize() - 1;
         }
     }

@@ -12,10 +12,13 @@
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
+#include <vector>
 
 using Vn::ObjPtr;
 using Vn::PeriodicTimer;
+using Vn::Sleeper;
 using VnTest::countDescriptors;
 
 namespace
@@ -32,17 +35,17 @@ int exitCodeOfFork(Body const& body)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// What the kernel says of this process's timers: how long from tick to tick.
-std::string settingsOfTimers()
+/// What the kernel says of this process's timers under the name `key`.
+std::string factsOfTimers(std::string const& key)
 {
-    std::string settings;
+    std::string facts;
     for (auto const& descriptor : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
         std::ifstream info(descriptor.path());
         for (std::string line; std::getline(info, line);)
-            if (line.rfind("it_interval", 0) == 0)
-                settings += line;
+            if (line.compare(0, key.size() + 1, key + ":") == 0)
+                facts += line;
     }
-    return settings;
+    return facts;
 }
 }  // namespace
 
@@ -67,11 +70,38 @@ TEST(PeriodicTimer, periodIsCutToWholeMilliseconds)
     timer->start();
     for (auto const& row : table) {
         timer->setInterval(row.interval);
-        EXPECT_EQ(settingsOfTimers(), row.setting);
+        EXPECT_EQ(factsOfTimers("it_interval"), row.setting);
     }
-    timer->setInterval(0.5);
+    timer->setInterval(3600.0);
+    Sleeper::getInstance().sleep(0.002);
+    EXPECT_EQ(factsOfTimers("ticks"), "ticks: 0");  // the first tick takes as long as each further one
     timer->stop();
-    EXPECT_EQ(settingsOfTimers(), "it_interval: (0, 0)");
+    EXPECT_EQ(factsOfTimers("it_interval"), "it_interval: (0, 0)");
+}
+
+TEST(PeriodicTimer, allThatAreLeftAreStoppedInAChildOfForkWhicheverHaveGone)
+{
+    VnTest::startOnce();
+    for (int gone = 0; gone < 16; ++gone) {
+        std::vector<std::unique_ptr<ObjPtr<PeriodicTimer>>> timers;
+        for (int i = 0; i < 4; ++i) {
+            timers.push_back(std::make_unique<ObjPtr<PeriodicTimer>>(PeriodicTimer::create(0.002)));
+            (*timers.back())->start();
+        }
+        for (std::size_t i = 0; i < 4; ++i)
+            if ((gone >> i & 1) != 0)
+                timers[i].reset();
+        EXPECT_EQ(exitCodeOfFork([&] {
+                      for (auto const& timer : timers)
+                          if (timer != nullptr && (*timer)->stop())
+                              return 1;
+                      return 0;
+                  }),
+                  0)
+            << gone;
+        for (auto const& timer : timers)
+            EXPECT_TRUE(timer == nullptr || (*timer)->stop());
+    }
 }
 
 TEST(PeriodicTimer, aRunningOneIsStoppedInAChildOfForkAndGoesOnInTheParent)
