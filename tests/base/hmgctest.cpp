@@ -15,6 +15,12 @@ using Vn::HmGC;
 using Vn::HmGCEx;
 
 static_assert(!std::is_polymorphic_v<HmGC> && std::is_copy_assignable_v<HmGC>);
+template <class T>
+concept CanBeDeleted = requires(T* object)
+{
+    delete object;
+};
+static_assert(CanBeDeleted<HmGCEx::ExGarbageDetected> && !CanBeDeleted<HmGC>);  // it lives on the stack
 static_assert(std::is_base_of_v<Vn::ExBase, HmGCEx::ExGarbageDetected>);
 static_assert(!std::is_base_of_v<std::exception, HmGCEx::ExGarbageDetected>);
 
