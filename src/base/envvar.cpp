@@ -2,6 +2,7 @@
 
 #include <base/exreasontext.h>
 #include <base/osenv.h>
+#include <base/wholenumber.h>
 
 #include <cstdlib>
 #include <iomanip>
@@ -81,7 +82,7 @@ std::ostream& EnvIntVar::dump(std::ostream& stream) const
 
 void EnvIntVar::compute()
 {
-    _intValue = getOwnValue() != nullptr ? std::atoi(getOwnValue()) : _intDefault;
+    _intValue = getOwnValue() != nullptr ? wholeNumberOf<int>(getOwnValue()) : _intDefault;
 }
 
 EnvDoubleVar::EnvDoubleVar(char const* name, double defaultValue)

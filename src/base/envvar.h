@@ -67,7 +67,7 @@ private:
     char const* _default;
 };
 
-/// A whole number. Text that isn't one is 0.
+/// A whole number. Text that isn't one is 0; what an int doesn't hold is the nearest that it does.
 /// Tests: tests/base/envvartest.cpp.
 class VN_BASE_EXPORT EnvIntVar : public EnvVar
 {

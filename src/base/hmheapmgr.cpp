@@ -1,9 +1,9 @@
 #include <base/hmheapmgr.h>
 
-#include <algorithm>
+#include <base/wholenumber.h>
+
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <ostream>
 #include <utility>
 
@@ -20,27 +20,18 @@ void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
             level = static_cast<HmHeapMgr::SafetyLevel>(i);
 }
 
-/// The whole number that a text begins with, as atol() and atoi() read it, but the nearest limit of `Integer` where they
-/// promise nothing.
-template <class Integer>
-Integer numberOf(char const* value)
-{
-    return static_cast<Integer>(std::clamp<long>(
-        std::strtol(value, nullptr, 10), std::numeric_limits<Integer>::min(), std::numeric_limits<Integer>::max()));
-}
-
 /// Unset is false, whatever the setting was.
 void readFlag(char const* name, bool& flag)
 {
     char const* const value = std::getenv(name);
-    flag = value != nullptr && numberOf<int>(value) > 0;
+    flag = value != nullptr && wholeNumberOf<int>(value) > 0;
 }
 
 template <class Integer, class T>
 void readNumber(char const* name, T& number)
 {
     if (char const* const value = std::getenv(name))
-        number = static_cast<T>(numberOf<Integer>(value));
+        number = static_cast<T>(wholeNumberOf<Integer>(value));
 }
 }  // namespace
 

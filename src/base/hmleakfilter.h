@@ -10,7 +10,7 @@ namespace Vn::HmLeakFilter
 /// Whether the record that begins at `record` matches the call stack `frames`: each of its words, up to "ENDL", begins
 /// with the text of a frame. A frame may be shorter than its word, and a record than the stack. `reached` becomes the
 /// last blank that was passed, or the end of the text: a record that isn't ended matches nothing, and neither does one
-/// that is longer than the stack, which a pointer to nothing ends.
+/// that is longer than the stack, which a pointer to nothing ends. Null frames are a stack without any.
 inline bool matches(char const* record, ArrayPtr<char> const* frames, char const*& reached)
 {
     reached = record;
@@ -24,7 +24,7 @@ inline bool matches(char const* record, ArrayPtr<char> const* frames, char const
         reached = blank;
         if (std::strncmp(word, "ENDL", 4) == 0)
             return true;
-        if (!*frame || std::strncmp(word, frame->get(), std::strlen(frame->get())) != 0)
+        if (frame == nullptr || !*frame || std::strncmp(word, frame->get(), std::strlen(frame->get())) != 0)
             return false;
         reached = word;
     }

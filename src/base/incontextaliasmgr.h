@@ -19,7 +19,7 @@ namespace Vn
 ///         std::puts(argument);
 ///
 /// Belongs to the thread that drives the start.
-/// Tests: tests/base/incontextaliasmgrtest.cpp.
+/// Tests: tests/base/incontextaliastest.cpp.
 class VN_BASE_EXPORT InContextAliasMgrBase
 {
 public:
@@ -48,7 +48,7 @@ private:
 
 /// The living sources of one kind: gives them their values at the start of the package `initialize` (options: of
 /// `initArg`) and takes them away at its stop. For those packages, not for clients.
-/// Tests: tests/base/incontextaliasmgrtest.cpp.
+/// Tests: tests/base/incontextaliastest.cpp.
 template <class Alias>
 class InContextAliasMgr : public InContextAliasMgrBase
 {

@@ -23,7 +23,7 @@ namespace Vn
 ///     static Vn::InInit<VnInit::palette> palettePackage;
 ///
 /// A package that other libraries depend on stands in a header, with its library's export macro behind `class`.
-/// Tests: tests/base/inpackageinittest.cpp, tests/base/ininitmgrtest.cpp.
+/// Tests: tests/base/ininitmgrtest.cpp, tests/base/inpackagestest.cpp.
 template <class Tag>
 class InInit;
 

@@ -28,7 +28,7 @@ public:
 /// Packages are the same if they have the same type, whatever their names and addresses. The manager doesn't own
 /// them; one that is destroyed leaves the manager's lists, so a library may be unloaded. Belongs to the thread that
 /// drives the start.
-/// Tests: tests/base/inpackageinittest.cpp.
+/// Tests: tests/base/ininitmgrtest.cpp, tests/base/inpackagestest.cpp.
 class VN_BASE_EXPORT InPackageInit : public InPackageInitBase
 {
 public:

@@ -7,13 +7,17 @@
 
 namespace Vn
 {
+namespace
+{
+constexpr char unknownPath[] = "Unknown";
+}  // namespace
 
 LmBlock::LmBlock(std::uintptr_t address, std::uintptr_t size, unsigned flags)
     : _flags(flags), _baseAddress(address), _address(address), _size(size)
 {}
 
 LmLibrary::LmLibrary(std::uintptr_t address)
-    : _baseAddress(address), _address(address), _path(duplicateString("Unknown"))
+    : _baseAddress(address), _address(address), _path(duplicateString(unknownPath))
 {}
 
 LmLibrary::LmLibrary(LmLibrary const& other)
@@ -36,7 +40,7 @@ LmLibrary::~LmLibrary() = default;
 
 void LmLibrary::setPath(char const* path)
 {
-    _path = duplicateString(path);
+    _path = duplicateString(path != nullptr ? path : unknownPath);
 }
 
 bool operator==(LmLibrary const& left, LmLibrary const& right)

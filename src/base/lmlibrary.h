@@ -60,7 +60,7 @@ public:
     /// In the order of their addresses.
     Vector<LmBlock> const& getBlocks() const { return _blocks; }
 
-    /// Copies the text.
+    /// Copies the text; null is "Unknown".
     void setPath(char const* path);
 
     void reserveBlocks(std::size_t count) { _blocks.reserve(count); }

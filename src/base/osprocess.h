@@ -29,8 +29,9 @@ protected:
 ///     process.wait();
 ///
 /// The child has this process's environment, current directory and standard streams. Nobody asks how it ended, and
-/// nothing here ends it: it goes on when its object is destroyed or starts another one. One thread at a time; wait()
-/// blocks its own thread only.
+/// nothing here ends it: it goes on when its object is destroyed or starts another one. On Linux it leaves no zombie; but
+/// where this process takes in orphans, as the first one of a container, a child that outlives its object is one until
+/// the next start. One thread at a time; wait() blocks its own thread only.
 /// Tests: tests/base/osprocesstest.cpp.
 class VN_BASE_EXPORT OsProcess
 {

@@ -13,7 +13,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <memory>
 
 namespace Vn
 {
@@ -136,11 +138,72 @@ void closeOthersAtStart()
 
 // --- in the program's own process ------------------------------------------------------------------------------------
 
+/// A process that was started.
+struct Started
+{
+    Descriptor process;
+    Started* next = nullptr;  ///< among those that were let go while they ran
+
+    /// Where this process is itself the first one of its system, or takes in orphans, what it has started is its own after
+    /// all. Collects it there if it has ended, and tells whether it still runs.
+    bool isOursAndRuns() const
+    {
+        ::siginfo_t state;
+        state.si_pid = 0;
+        return ::waitid(P_PIDFD, static_cast<::id_t>(process.get()), &state, WEXITED | WNOHANG) == 0 &&
+               state.si_pid == 0;
+    }
+};
+
+/// Processes of ours that nobody stands for any more and that are still to be collected. No lock: a child of fork, to
+/// which none of them belongs, may find it in any state.
+class LetGo
+{
+public:
+    static void add(Started* started)
+    {
+        started->next = _first.load(std::memory_order_relaxed);
+        // Release, so that whoever takes the chain sees what it leads to.
+        while (!_first.compare_exchange_weak(started->next, started, std::memory_order_release,
+                                             std::memory_order_relaxed))
+            continue;
+    }
+
+    /// The whole chain; null if there is none.
+    static Started* takeAll() { return _first.exchange(nullptr, std::memory_order_acquire); }
+
+private:
+    static inline constinit std::atomic<Started*> _first = nullptr;
+};
+
+/// Ends the record of a process, at once or when that has been collected.
+struct LettingGo
+{
+    void operator()(Started* started) const
+    {
+        if (started->isOursAndRuns())
+            LetGo::add(started);
+        else
+            delete started;
+    }
+};
+using StartedPtr = std::unique_ptr<Started, LettingGo>;
+
+void collectEnded()
+{
+    for (Started* started = LetGo::takeAll(); started != nullptr;) {
+        Started* const next = started->next;
+        LettingGo()(started);
+        started = next;
+    }
+}
+
 class OsProcessPosix : public OsProcessImp
 {
 public:
-    explicit OsProcessPosix(char const* const* argv)
+    explicit OsProcessPosix(char const* const* argv) : _started(new Started)
     {
+        collectEnded();
         if (argv == nullptr || argv[0] == nullptr) {
             errno = EINVAL;
             throw ExSysErrorWindows(sourceName, __LINE__);
@@ -149,25 +212,16 @@ public:
             throw ExSysErrorWindows(sourceName, __LINE__);
     }
 
-    ~OsProcessPosix() override { collect(); }
-
     /// A descriptor of a process is readable from its end on.
     void wait() override
     {
-        ::pollfd ended{_process.get(), POLLIN, 0};
+        ::pollfd ended{_started->process.get(), POLLIN, 0};
         if (Posix::retry([&] { return ::poll(&ended, 1, -1); }) == -1)
             throw ExSysErrorWindows(sourceName, __LINE__);
-        collect();
+        _started->isOursAndRuns();
     }
 
 private:
-    /// Where this process is itself the first one of its system, or takes in orphans, the child is its own after all.
-    void collect() const
-    {
-        ::siginfo_t unread;
-        ::waitid(P_PIDFD, static_cast<::id_t>(_process.get()), &unread, WEXITED | WNOHANG);
-    }
-
     /// False with `errno` set.
     bool start(char const* const* argv)
     {
@@ -209,8 +263,8 @@ private:
             return fail(message.value);
         if (message.kind != Message::waiting)
             return fail(ECHILD);
-        _process.reset(static_cast<int>(::syscall(SYS_pidfd_open, message.value, 0)));
-        if (!_process.isOpen())
+        _started->process.reset(static_cast<int>(::syscall(SYS_pidfd_open, message.value, 0)));
+        if (!_started->process.isOpen())
             return false;
         if (!send(channel, {Message::go, 0}) || !receive(channel, message))
             return fail(ECHILD);
@@ -223,7 +277,7 @@ private:
         return false;
     }
 
-    Descriptor _process;
+    StartedPtr _started;
 };
 }  // namespace
 

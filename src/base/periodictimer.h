@@ -38,7 +38,8 @@ public:
     /// A running timer starts again with the new interval, from 0; a stopped one stays stopped. Returns the interval.
     virtual double setInterval(double seconds);
 
-    /// A stopped timer of that interval, in seconds. Throws ExSysErrorWindows if the system has no timer left.
+    /// A stopped timer of that interval, in seconds. Throws ExSysErrorWindows if Linux has no timer left;
+    /// Windows doesn't tell.
     static ObjPtrRet<PeriodicTimer> create(double interval);
 
     /// The smallest period, in seconds.

@@ -15,8 +15,6 @@ namespace Vn
 namespace
 {
 constexpr char sourceName[] = "src/base/sleeperwindows";
-constexpr long nanosecondsPerMillisecond = 1000000;
-constexpr long nanosecondsPerSecond = 1000000000;
 
 /// While it lives the kernel wakes this thread as soon as a timer is due, and not up to 50 microseconds later, when it
 /// could wake others as well.
@@ -42,12 +40,7 @@ private:
 {
     ::timespec time = {};
     ::clock_gettime(CLOCK_MONOTONIC, &time);
-    time.tv_sec += milliseconds / 1000;
-    time.tv_nsec += static_cast<long>(milliseconds % 1000) * nanosecondsPerMillisecond;
-    if (time.tv_nsec >= nanosecondsPerSecond) {
-        time.tv_nsec -= nanosecondsPerSecond;
-        ++time.tv_sec;
-    }
+    SleeperMath::moveOn(time, milliseconds);
     return time;
 }
 

@@ -21,6 +21,19 @@ inline std::uint32_t sleepMilliseconds(double seconds)
     return static_cast<std::uint32_t>(wholeMilliseconds(seconds));
 }
 
+/// Moves a moment of seconds and nanoseconds, as the system's `timespec`, on by that many milliseconds.
+template <class Moment>
+void moveOn(Moment& moment, std::uint32_t milliseconds)
+{
+    constexpr long nanosecondsPerMillisecond = 1000000, nanosecondsPerSecond = 1000000000;
+    moment.tv_sec += milliseconds / 1000;
+    moment.tv_nsec += static_cast<long>(milliseconds % 1000) * nanosecondsPerMillisecond;
+    if (moment.tv_nsec >= nanosecondsPerSecond) {
+        moment.tv_nsec -= nanosecondsPerSecond;
+        ++moment.tv_sec;
+    }
+}
+
 /// Waits for `milliseconds` in steps of at most `longest`, each through `wait`.
 template <class Wait>
 void waitInSteps(std::uint32_t milliseconds, std::uint32_t longest, Wait const& wait)

@@ -196,6 +196,9 @@ VN_CHILD(registerAlike)
     for (BuildFacts const* facts : {&first, &alike, &otherStamp, &otherLongStamp})
         registerAndDeleteRefused(*facts);
     printOthers();
+    const std::string verbose = printed(true);
+    const std::size_t start = verbose.find("API Api ");
+    std::cout << verbose.substr(start, verbose.find("API ", start + 1) - start);
     VnTest::stop();
     std::cout << printed(true) << BuildInfo::destructions << "\n";
     return 0;
@@ -203,11 +206,15 @@ VN_CHILD(registerAlike)
 
 TEST(DbgBuildInfoMgr, listsLibrariesOfOneApiInTheOrderOfTheirRegistration)
 {
+    const std::string verbose = "\tthe library (Product_1, August 27)\n\t\tBuilt by Ann Builder (Verbose build)\n";
     expectOutputWith("registerAlike", {},
                      "registered\nregistered\nregistered\nregistered\n" + std::string(unknown) +
                          "API Api 1.2 beta: \n"
                          "\tlibVNtest (P. 1, Aug 27)\n\tlibVNalike (P. 1, Aug 27)\n"
-                         "\tlibVNstamp (P. 2, Aug 27)\n\tlibVNlong (P. 1, Aug 27)\n" +
+                         "\tlibVNstamp (P. 2, Aug 27)\n\tlibVNlong (P. 1, Aug 27)\n"
+                         "API Api 1.2 beta: \n" +
+                         verbose + verbose + verbose +
+                         "\tthe library (Product_2, August 27)\n\t\tBuilt by Ann Builder (Verbose build)\n" +
                          unknown + "0\n");
 }
 

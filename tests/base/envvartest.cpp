@@ -114,9 +114,19 @@ TEST_F(EnvVarTest, whatIsNoNumberIs0AndNotTheDefault)
         int number;
         double real;
     } table[] = {
-        {"VN_TEST_A=abc", 0, 0.0},   {"VN_TEST_A=12abc", 12, 12.0}, {"VN_TEST_A= -7", -7, -7.0},
-        {"VN_TEST_A=1.75", 1, 1.75}, {"VN_TEST_A=1e3", 1, 1000.0},  {"VN_TEST_A=+3", 3, 3.0},
-        {"VN_TEST_A=-", 0, 0.0},     {"VN_TEST_A=010", 10, 10.0},
+        {"VN_TEST_A=abc", 0, 0.0},
+        {"VN_TEST_A=12abc", 12, 12.0},
+        {"VN_TEST_A= -7", -7, -7.0},
+        {"VN_TEST_A=1.75", 1, 1.75},
+        {"VN_TEST_A=1e3", 1, 1000.0},
+        {"VN_TEST_A=+3", 3, 3.0},
+        {"VN_TEST_A=-", 0, 0.0},
+        {"VN_TEST_A=010", 10, 10.0},
+        // What an int doesn't hold is the nearest that it does.
+        {"VN_TEST_A=2147483647", 2147483647, 2147483647.0},
+        {"VN_TEST_A=2147483648", 2147483647, 2147483648.0},
+        {"VN_TEST_A=-2147483649", -2147483647 - 1, -2147483649.0},
+        {"VN_TEST_A=99999999999999999999", 2147483647, 1e20},
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.text);

@@ -15,6 +15,12 @@ using Vn::HmGC;
 using Vn::HmGCEx;
 
 static_assert(!std::is_polymorphic_v<HmGC> && std::is_copy_assignable_v<HmGC>);
+template <class T>
+concept CanBeDeleted = requires(T* object)
+{
+    delete object;
+};
+static_assert(CanBeDeleted<HmGCEx::ExGarbageDetected> && !CanBeDeleted<HmGC>);  // it lives on the stack
 static_assert(std::is_base_of_v<Vn::ExBase, HmGCEx::ExGarbageDetected>);
 static_assert(!std::is_base_of_v<std::exception, HmGCEx::ExGarbageDetected>);
 
@@ -101,6 +107,8 @@ TEST(HmGC, aStackWithoutFramesIsKnownToAnEmptyRecordOnly)
     EXPECT_FALSE(isValid({""}, "KNOWNLEAK alloc ENDL"));  // an empty frame begins any word
     EXPECT_TRUE(isLeakValid(HmGC{}, nullptr, nullptr));
     EXPECT_TRUE(isLeakValid(HmGC{}, nullptr, ""));
+    EXPECT_TRUE(isLeakValid(HmGC{}, nullptr, "KNOWNLEAK alloc ENDL"));
+    EXPECT_FALSE(isLeakValid(HmGC{}, nullptr, "KNOWNLEAK ENDL"));
 }
 
 TEST(HmGC, isNoHeapForDebugging)

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -71,6 +72,7 @@ VN_CHILD(heapSettings)
 
 TEST(HmHeapMgr, settingsAreThoseOfTheEnvironment)
 {
+    constexpr long longest = std::numeric_limits<long>::max();
     const struct
     {
         char const* what;
@@ -103,6 +105,15 @@ TEST(HmHeapMgr, settingsAreThoseOfTheEnvironment)
         {"flag huge", {{"VN_HEAP_DUMP_INFO", "99999999999999999999"}}, "1 0001000 1000 4096 1000"},
         {"length", {{"VN_HEAP_DEFER_QUEUE_LEN", "7"}}, "1 0000000 7 4096 1000"},
         {"length no number", {{"VN_HEAP_DEFER_QUEUE_LEN", "many"}}, "1 0000000 0 4096 1000"},
+        {"length negative",
+         {{"VN_HEAP_DEFER_QUEUE_LEN", "-1"}},
+         "1 0000000 " + std::to_string(std::numeric_limits<unsigned long>::max()) + " 4096 1000"},
+        {"length of a long",
+         {{"VN_HEAP_DEFER_QUEUE_LEN", std::to_string(longest)}},
+         "1 0000000 " + std::to_string(longest) + " 4096 1000"},
+        {"length huge",
+         {{"VN_HEAP_DEFER_QUEUE_LEN", "99999999999999999999"}},
+         "1 0000000 " + std::to_string(longest) + " 4096 1000"},
         {"threshold", {{"VN_HEAP_DEFER_SIZE_THRESHOLD", "2147483647"}}, "1 0000000 1000 2147483647 1000"},
         {"frequency", {{"VN_HEAP_CHECK_FREQUENCY", "0"}}, "1 0000000 1000 4096 0"},
         {"frequency negative", {{"VN_HEAP_CHECK_FREQUENCY", "-1"}}, "1 0000000 1000 4096 4294967295"},

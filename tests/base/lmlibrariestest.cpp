@@ -83,6 +83,14 @@ TEST(LmLibrary, isUnknownAtFirst)
     EXPECT_TRUE(library.getBlocks().empty());
 }
 
+TEST(LmLibrary, withoutAPathIsUnknownAgain)
+{
+    LmLibrary library = libraryOf(0x1000, "path", {});
+    library.setPath(nullptr);
+    EXPECT_STREQ(library.getPath(), "Unknown");
+    EXPECT_EQ(library, LmLibrary(0x1000));
+}
+
 TEST(LmLibrary, isAValue)
 {
     LmLibrary library = libraryOf(0x1000, "path", {LmBlock(0x1000, 0x2000, 4)});
@@ -268,6 +276,70 @@ TEST(LmWalk, aStateThatNoSystemKnowsIsReportedAndEndsIt)
     EXPECT_EQ(space.unknownStates, 1);
 }
 
+TEST(LmWalk, asksNoMoreThanItMust)
+{
+    const MadeUpSpace space({{0, 0, 0x1000, unused, 1, 0},
+                             {0x1000, 0x1000, 0x1000, committed, 2, 2},
+                             {0x2000, 0x1000, 0x1000, committed, 4, 2}},
+                            {{0x1000, "one.dll"}});
+    modulesOf(space);
+    // The free region; each of the two blocks, and three to measure its allocation; the end.
+    EXPECT_EQ(1000 - space.queriesLeft, 1 + 4 + 4 + 1);
+}
+
+TEST(LmWalk, aFreeRegionBelongsToNoModuleWhateverItSaysOfItsAllocation)
+{
+    const MadeUpSpace space({{0, 0, 0x1000, unused, 1, 0},
+                             {0x1000, 0x1000, 0x1000, committed, 2, 2},
+                             {0x2000, 0x1000, 0x1000, unused, 1, 0},
+                             {0x3000, 0x3000, 0x1000, committed, 4, 4}},
+                            {{0x1000, "one.dll"}, {0x3000, "two.dll"}});
+    EXPECT_EQ(modulesOf(space),
+              (std::vector<LmLibrary>{libraryOf(0x1000, "one.dll", {LmBlock(0x1000, 0x1000, 4)}),
+                                      libraryOf(0x3000, "two.dll", {LmBlock(0x3000, 0x1000, 12)})}));
+}
+
+namespace
+{
+/// Answers always the same, so that nothing leads on from it.
+class StandingSpace final : public LmAddressSpace
+{
+public:
+    explicit StandingSpace(Region const& region) : _region(region) {}
+
+    bool query(std::uintptr_t, Region& region) const override
+    {
+        region = _region;
+        return --queriesLeft >= 0;
+    }
+
+    bool getModuleName(std::uintptr_t, char (&name)[nameSize]) const override
+    {
+        name[0] = '\0';
+        return true;
+    }
+
+    void reportUnknownState() const override {}
+
+    mutable int queriesLeft = 1000;
+
+private:
+    Region _region;
+};
+}  // namespace
+
+TEST(LmWalk, endsWhereASystemLeadsNowhere)
+{
+    for (Region const& region : {Region{0, 0, 0, unused, 1, 0}, Region{0x1000, 0x1000, 0, committed, 2, 2},
+                                 Region{0x1000, 0x1000, 0, unused, 1, 0}}) {
+        const StandingSpace space(region);
+        std::vector<LmLibrary> libraries;
+        LmWalk(space).addModules(libraries);
+        EXPECT_GT(space.queriesLeft, 990) << region.base << " " << region.state;
+        EXPECT_LE(libraries.size(), 2u);
+    }
+}
+
 TEST(LmWalk, endsAtTheTopOfTheAddressSpace)
 {
     const std::uintptr_t top = UINTPTR_MAX - 0xFFF;
@@ -384,6 +456,8 @@ TEST(LmLibraries, blocksRiseAndLieInOnePiece)
         for (LmBlock const& block : library.getBlocks()) {
             EXPECT_GE(block.getAddress(), last);
             EXPECT_GT(block.getSize(), 0u);
+            EXPECT_EQ(block.getAddress() % 4096, 0u);
+            EXPECT_EQ(block.getSize() % 4096, 0u);
             last = block.getAddress() + block.getSize() - 1;
         }
     }

@@ -44,6 +44,16 @@ TEST(OsEnv, theSettingIsCopied)
     EXPECT_STREQ(OsEnv::getVariable("VNBASE_TEST_C"), "before");
 }
 
+TEST(OsEnv, aRefusalNamesItsSource)
+{
+    try {
+        OsEnv::putVariable("no setting");
+        ADD_FAILURE() << "nothing thrown";
+    } catch (Vn::ExBase const& failure) {
+        EXPECT_STREQ(failure.getFileName(), "src/base/osenv");
+    }
+}
+
 TEST(OsEnv, whatIsNoSettingIsRefused)
 {
     OsEnv::putVariable("VNBASE_TEST_D=1");

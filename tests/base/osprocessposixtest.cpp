@@ -1,7 +1,9 @@
 // What a child is given and what it leaves behind. Windows form of these rules: the system's own.
 #include <base/osprocess.h>
 
+#include "descriptors.h"
 #include "expectchild.h"
+#include "gate.h"
 #include "tempfolder.h"
 
 #include <gtest/gtest.h>
@@ -24,6 +26,8 @@
 
 using Vn::OsProcess;
 using VnTest::contentOf;
+using VnTest::countDescriptors;
+using VnTest::Gate;
 using VnTest::getProgramPath;
 using VnTest::TempFolder;
 
@@ -42,6 +46,13 @@ void runBody(char const* body, std::string const& argument)
 bool hasNoChildren()
 {
     return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
+}
+
+/// Blocks while all children run, and leaves them as they are; false without any.
+bool meetAChildThatHasEnded()
+{
+    ::siginfo_t unread;
+    return ::waitid(P_ALL, 0, &unread, WEXITED | WNOWAIT) == 0;
 }
 
 /// A line of this process's state, behind its name.
@@ -177,14 +188,77 @@ VN_CHILD(takesInOrphans)
 {
     const TempFolder folder;
     ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
-    runBody("processShowsSignals", folder.path("file"));
-    std::cout << !contentOf(folder.path("file")).empty() << hasNoChildren() << "\n";
+    const std::string program = getProgramPath(), file = folder.path("file");
+    char const* const command[] = {program.c_str(), "--child", "processShowsSignals", file.c_str(), nullptr};
+    OsProcess process;
+    process.start(command);
+    process.wait();
+    std::cout << !contentOf(file).empty() << hasNoChildren();
+    process.wait();  // at once, though there is nothing of it any more
+    std::cout << hasNoChildren() << "\n";
     return 0;
 }
 
 TEST(OsProcessChild, isCollectedWhereThisProcessTakesInOrphans)
 {
-    VnTest::expectOutput("takesInOrphans", "11\n");
+    VnTest::expectOutput("takesInOrphans", "111\n");
+}
+
+/// Lives until its gate is opened.
+VN_CHILD(processOutlives)
+{
+    Gate::wait(argv[1]);
+    return 0;
+}
+
+VN_CHILD(takesInOrphansOfGoneObjects)
+{
+    const TempFolder folder;
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+    const int descriptors = countDescriptors();
+    for (int i = 0; i < 3; ++i) {
+        Gate gate(folder.path("gate" + std::to_string(i)));
+        {
+            const std::string program = getProgramPath();
+            char const* const command[] = {program.c_str(), "--child", "processOutlives", gate.name().c_str(),
+                                           nullptr};
+            OsProcess process;
+            process.start(command);
+        }
+        gate.open();
+        std::cout << meetAChildThatHasEnded();
+    }
+    runBody("processShowsSignals", folder.path("file"));
+    std::cout << hasNoChildren() << (countDescriptors() == descriptors) << "\n";
+    return 0;
+}
+
+TEST(OsProcessChild, thatOutlivesItsObjectIsCollectedLaterWhereThisProcessTakesInOrphans)
+{
+    VnTest::expectOutput("takesInOrphansOfGoneObjects", "11111\n");
+}
+
+VN_CHILD(takesInOrphansOfRefusedStarts)
+{
+    const TempFolder folder;
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+    const int descriptors = countDescriptors();
+    char const* const missing[] = {"/missing", nullptr};
+    for (int i = 0; i < 3; ++i) {
+        try {
+            OsProcess().start(missing);
+        } catch (std::runtime_error const&) {
+            meetAChildThatHasEnded();
+        }
+    }
+    runBody("processShowsSignals", folder.path("file"));
+    std::cout << hasNoChildren() << (countDescriptors() == descriptors) << "\n";
+    return 0;
+}
+
+TEST(OsProcessChild, thatCouldntBeStartedIsCollectedWhereThisProcessTakesInOrphans)
+{
+    VnTest::expectOutput("takesInOrphansOfRefusedStarts", "11\n");
 }
 
 VN_CHILD(startsAmongStrangers)

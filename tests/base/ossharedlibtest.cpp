@@ -154,6 +154,23 @@ TEST(OsSharedLib, aMissingFileIsNamedWithTheSystemsText)
     EXPECT_GT(systemTextFor(path).size(), 5u);
 }
 
+TEST(OsSharedLib, refusalsNameTheirSource)
+{
+    ObjPtr<OsSharedLib> library = OsSharedLib::open(modulePath().c_str());
+    const auto sourceOf = [](auto const& call) -> std::string {
+        try {
+            call();
+        } catch (OsSharedLibEx const& failure) {
+            return failure.getFileName();
+        }
+        return "nothing thrown";
+    };
+    EXPECT_EQ(sourceOf([] { OsSharedLib::open(""); }), "src/base/ossharedlibwindows");
+    EXPECT_EQ(sourceOf([&] { OsSharedLib::open((modulePath() + ".missing").c_str()); }),
+              "src/base/ossharedlibwindows");
+    EXPECT_EQ(sourceOf([&] { library->getFunction("vnTestNoFunction"); }), "src/base/ossharedlibwindows");
+}
+
 TEST(OsSharedLib, whatIsNoLibraryIsRefused)
 {
     const TempFolder folder;

@@ -1,7 +1,8 @@
-// What becomes of a timer where a process can be doubled.
+// What the kernel is asked for, and what becomes of a timer where a process can be doubled.
 #include <base/periodictimer.h>
 #include <base/sleeper.h>
 
+#include "descriptors.h"
 #include "testpackage.h"
 
 #include <gtest/gtest.h>
@@ -10,10 +11,15 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <iterator>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
 
 using Vn::ObjPtr;
 using Vn::PeriodicTimer;
+using Vn::Sleeper;
+using VnTest::countDescriptors;
 
 namespace
 {
@@ -29,12 +35,74 @@ int exitCodeOfFork(Body const& body)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-auto countDescriptors()
+/// What the kernel says of this process's timers under the name `key`.
+std::string factsOfTimers(std::string const& key)
 {
-    const auto descriptors = std::filesystem::directory_iterator("/proc/self/fd");
-    return std::distance(begin(descriptors), end(descriptors));
+    std::string facts;
+    for (auto const& descriptor : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
+        std::ifstream info(descriptor.path());
+        for (std::string line; std::getline(info, line);)
+            if (line.compare(0, key.size() + 1, key + ":") == 0)
+                facts += line;
+    }
+    return facts;
 }
 }  // namespace
+
+TEST(PeriodicTimer, periodIsCutToWholeMilliseconds)
+{
+    VnTest::startOnce();
+    ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.0209);
+    const struct
+    {
+        double interval;
+        char const* setting;  ///< seconds and nanoseconds
+    } table[] = {
+        {0.0209, "it_interval: (0, 20000000)"},
+        {0.001, "it_interval: (0, 1000000)"},
+        {0.0019999, "it_interval: (0, 1000000)"},
+        {0.9999, "it_interval: (0, 999000000)"},
+        {1.0, "it_interval: (1, 0)"},
+        {4294967.296, "it_interval: (4294967, 296000000)"},
+        {0.0009, "it_interval: (0, 0)"},
+        {-1.0, "it_interval: (0, 0)"},
+    };
+    timer->start();
+    for (auto const& row : table) {
+        timer->setInterval(row.interval);
+        EXPECT_EQ(factsOfTimers("it_interval"), row.setting);
+    }
+    timer->setInterval(3600.0);
+    Sleeper::getInstance().sleep(0.002);
+    EXPECT_EQ(factsOfTimers("ticks"), "ticks: 0");  // the first tick takes as long as each further one
+    timer->stop();
+    EXPECT_EQ(factsOfTimers("it_interval"), "it_interval: (0, 0)");
+}
+
+TEST(PeriodicTimer, allThatAreLeftAreStoppedInAChildOfForkWhicheverHaveGone)
+{
+    VnTest::startOnce();
+    for (int gone = 0; gone < 16; ++gone) {
+        std::vector<std::unique_ptr<ObjPtr<PeriodicTimer>>> timers;
+        for (int i = 0; i < 4; ++i) {
+            timers.push_back(std::make_unique<ObjPtr<PeriodicTimer>>(PeriodicTimer::create(0.002)));
+            (*timers.back())->start();
+        }
+        for (std::size_t i = 0; i < 4; ++i)
+            if ((gone >> i & 1) != 0)
+                timers[i].reset();
+        EXPECT_EQ(exitCodeOfFork([&] {
+                      for (auto const& timer : timers)
+                          if (timer != nullptr && (*timer)->stop())
+                              return 1;
+                      return 0;
+                  }),
+                  0)
+            << gone;
+        for (auto const& timer : timers)
+            EXPECT_TRUE(timer == nullptr || (*timer)->stop());
+    }
+}
 
 TEST(PeriodicTimer, aRunningOneIsStoppedInAChildOfForkAndGoesOnInTheParent)
 {

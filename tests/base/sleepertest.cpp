@@ -118,6 +118,38 @@ TEST(Sleeper, takesALongSleepInSteps)
     }
 }
 
+TEST(Sleeper, endsAtAMomentOfWholeSecondsAndLessThanASecond)
+{
+    struct Moment
+    {
+        long long tv_sec;
+        long tv_nsec;
+    };
+    const struct
+    {
+        Moment start;
+        std::uint32_t milliseconds;
+        Moment end;
+    } table[] = {
+        {{5, 0}, 0, {5, 0}},
+        {{5, 0}, 1, {5, 1000000}},
+        {{5, 0}, 999, {5, 999000000}},
+        {{5, 0}, 1000, {6, 0}},
+        {{5, 998999999}, 1, {5, 999999999}},
+        {{5, 999000000}, 1, {6, 0}},
+        {{5, 999999999}, 999, {6, 998999999}},
+        {{5, 999999999}, 2999, {8, 998999999}},
+        {{5, 999999999}, 4294967295, {4294973, 294999999}},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(testing::Message() << row.start.tv_nsec << " and " << row.milliseconds);
+        Moment moment = row.start;
+        SleeperMath::moveOn(moment, row.milliseconds);
+        EXPECT_EQ(moment.tv_sec, row.end.tv_sec);
+        EXPECT_EQ(moment.tv_nsec, row.end.tv_nsec);
+    }
+}
+
 TEST_F(Sleeping, ofLessThanAMillisecondDoesNotHappen)
 {
     Sleeper& sleeper = Sleeper::getInstance();

@@ -15,8 +15,6 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <iterator>
 
 namespace
 {
@@ -222,10 +220,4 @@ int VnTest::stopFailingCalls()
 void VnTest::makeTransfersShort(bool areShort)
 {
     areTransfersShort = areShort;
-}
-
-int VnTest::countDescriptors()
-{
-    const auto descriptors = std::filesystem::directory_iterator("/proc/self/fd");
-    return static_cast<int>(std::distance(begin(descriptors), end(descriptors)));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "descriptors.h"
+
 namespace VnTest
 {
 
@@ -15,9 +17,6 @@ bool callFails(char const* name);
 
 /// Lets reading and writing move one byte at a time, or as many as they like.
 void makeTransfersShort(bool areShort);
-
-/// How many descriptors this process holds.
-int countDescriptors();
 
 /// A failing call for as long as this lives.
 class FailingCall

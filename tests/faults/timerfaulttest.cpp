@@ -2,6 +2,7 @@
 #include "clock.h"
 #include "memory.h"
 
+#include "descriptors.h"
 #include "expectchild.h"
 #include "systemerror.h"
 #include "testpackage.h"
@@ -18,23 +19,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <string>
 
 using namespace Vn;
+using VnTest::countDescriptors;
 using VnTest::expectOutput;
 using VnTest::failsWithoutMemory;
-
-namespace
-{
-auto countDescriptors()
-{
-    const auto descriptors = std::filesystem::directory_iterator("/proc/self/fd");
-    return std::distance(begin(descriptors), end(descriptors));
-}
-}  // namespace
 
 TEST(TimerFault, aTimerThatTheSystemHasNotIsRefused)
 {

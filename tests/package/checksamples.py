@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""checksamples.py ROOT: fails if a C++ sample of a page, or of a header's comment, isn't part of a file that is built.
+"""checksamples.py ROOT: fails if a C++ sample of a page isn't part of a file that is built, or if a page or a source names
+a file of the project that isn't there.
 
-A page's sample is a fenced block marked cpp. Blank lines and indentation don't count, and a line "..." stands for any
-lines. Header samples are indented by four more blanks in a /// comment; they are excerpts for the eye and aren't checked.
+A sample is a fenced block marked cpp. Blank lines and indentation don't count, and a line "..." stands for any lines.
+Samples in headers are excerpts for the eye and aren't checked.
 """
 import pathlib
 import re
@@ -36,8 +37,9 @@ def holds(lines, sample):
     return True
 
 
-sources = [lines_of(path.read_text()) for folder in ("examples", "tests", "bench", "src")
-           for path in (root / folder).rglob("*") if path.suffix in (".h", ".cpp", ".imp")]
+files = [path for folder in ("examples", "tests", "bench", "fuzz", "src") for path in (root / folder).rglob("*")
+         if path.suffix in (".h", ".cpp", ".imp")]
+sources = [lines_of(path.read_text()) for path in files]
 pages = [*root.glob("*.md"), *(root / "docs").rglob("*.md")]
 checked, wrong = 0, 0
 for page in pages:
@@ -46,5 +48,11 @@ for page in pages:
         if not any(holds(lines, lines_of(sample)) for lines in sources):
             wrong += 1
             print(f"{page.relative_to(root)}: this sample is in no file that is built:\n{sample}")
+named = re.compile(r"\b(?:bench|docs|examples|fuzz|src|tests|tools)/[\w/.-]*\w\.(?:cpp|h|imp|inc|md|py|sh|svg)\b")
+for path in pages + files:
+    for name in sorted(set(named.findall(path.read_text()))):
+        if not (root / name).exists():
+            wrong += 1
+            print(f"{path.relative_to(root)}: there is no {name}")
 print(checked, "samples")
 sys.exit(1 if wrong else 0)
