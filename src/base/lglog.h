@@ -91,8 +91,8 @@ public:
     /// Null before init().
     static LgRegistry* getRegistry();
 
-    /// Moves all queues to `registry` and installs it; hands back the one before. Null changes nothing. Not while a
-    /// reader or another registration is at work.
+    /// Moves all queues to `registry` and installs it; hands back the one before. Null changes nothing, and neither does
+    /// a `registry` that throws when it is given a queue. Not while a reader or another registration is at work.
     static ObjPtrRet<LgRegistry> setRegistry(ObjPtr<LgRegistry> registry);
 
 private:

@@ -271,6 +271,18 @@ TEST_F(LgLogTest, aFileInTheDirectorysPlaceIsAFailure)
                                                              "A regular file with the same path name exists.");
 }
 
+TEST_F(LgLogTest, aFailureOfASecondInitLeavesNothingOfTheFirst)
+{
+    start();
+    set("T4Q_TEST_DIR", folder.file("file"));
+    EXPECT_THROW(LgLog::init(), ExInternalError);
+    for (int level = 0; level < 7; ++level) {
+        EXPECT_EQ(displayed(LgTypes::Level(level)), "Disabled");
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Level(level)), nullptr);
+        EXPECT_FALSE(LgLog::isLevelEchoed(LgTypes::Level(level)));
+    }
+}
+
 TEST_F(LgLogTest, aFileThatCanNotBeOpenedTakesNothingAndSaysNothing)
 {
     set("VN_LOG_WARNING", "%" + folder.path("missing") + "/warning.log");

@@ -111,6 +111,27 @@ TEST_F(LogFaults, initSucceedsAfterEachFailure)
     EXPECT_EQ(lines.back(), "===== Message Logger Stopped =====");
 }
 
+TEST_F(LogFaults, aRegistryThatCanNotTakeTheQueuesLeavesTheOneBefore)
+{
+    start();
+    LgQueue one, two;
+    LgLog::getRegistry()->registerQueue(&one);
+    LgLog::getRegistry()->registerQueue(&two);
+    LgRegistry const* const before = LgLog::getRegistry();
+    const auto change = [] { LgLog::setRegistry(ObjPtr<LgRegistry>(new LgSimpleRegistry)); };
+    int n = 0;
+    for (; failsWithoutMemory(n, change); ++n) {
+        ASSERT_LT(n, 20);
+        ASSERT_EQ(LgLog::getRegistry(), before) << n;
+        ASSERT_EQ(before->getQueueList(), (List<LgQueue*>{&one, &two})) << n;
+    }
+    EXPECT_GE(n, 3);
+    EXPECT_NE(LgLog::getRegistry(), before);
+    EXPECT_EQ(LgLog::getRegistry()->getQueueList(), (List<LgQueue*>{&one, &two}));
+    LgLog::getRegistry()->deregisterQueue(&one);
+    LgLog::getRegistry()->deregisterQueue(&two);
+}
+
 TEST_F(LogFaults, aReaderWithoutMemoryLosesNoMessage)
 {
     start();
