@@ -369,6 +369,39 @@ TEST_F(LogFaults, aLockThatFailsKeepsTheMessage)
     queue.end();
 }
 
+TEST_F(LogFaults, aLockThatFailsEndsInitAndDestroyWhichMayBeTriedAgain)
+{
+    set("T4Q_TEST_DIR", folder.path());
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of locks that fail at the start");
+    {
+        const FailingCall call("fstat", EIO);  // the lock can't be made
+        EXPECT_EQ(errorOf([] { LgLog::init(); }), EIO);
+    }
+    {
+        const FailingCall call("flock", ENOLCK);  // nor taken for the banner
+        EXPECT_EQ(errorOf([] { LgLog::init(); }), ENOLCK);
+    }
+    start();
+    {
+        const FailingCall call("flock", ENOLCK);
+        EXPECT_EQ(errorOf([] { LgLog::destroy(); }), ENOLCK);
+    }
+    EXPECT_EQ(events().size(), 4u) << "the banner of the start";
+    stop();
+    EXPECT_EQ(events().size(), 5u);
+    EXPECT_EQ(events().back(), "===== Message Logger Stopped =====");
+    EXPECT_EQ(VnTest::linesOf(folder.path("prof.log")).size(), 5u);
+}
+
+TEST_F(LogFaults, aLockAndItsEndAreOneCallEach)
+{
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create("vnbase test of calls"));
+    VnTest::failCall("flock", ENOLCK, 2);
+    lock->lock();
+    lock->unlock();
+    EXPECT_EQ(VnTest::stopFailingCalls(), 0);
+}
+
 TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
 {
     const auto create = [] { delete LgInterProcessLock::create("vnbase test of locks that can't be opened"); };
