@@ -143,6 +143,24 @@ TEST(LgInterProcessLock, processesExcludeEachOther)
     EXPECT_EQ(VnTest::contentOf(path), "1200");
 }
 
+#if defined(_WIN32)  // elsewhere any text is a name
+TEST(LgInterProcessLock, aNameThatTheSystemRefusesIsTold)
+{
+    const auto refuses = [](std::string const& name) {
+        try {
+            const Lock lock = make(name);
+        } catch (ExSysErrorWindows const& failure) {
+            EXPECT_STREQ(failure.getFileName(), "src/base/lginterprocesslock");
+            return failure.getErrorCode() != 0;
+        }
+        return false;
+    };
+    EXPECT_TRUE(refuses("no such\\namespace"));
+    EXPECT_FALSE(refuses(std::string(260, 'n')));
+    EXPECT_TRUE(refuses(std::string(261, 'n')));
+}
+#endif
+
 VN_CHILD(lgLockAndDie)
 {
     LgInterProcessLock* const lock = LgInterProcessLock::create(argv[1]);

@@ -5,6 +5,7 @@
 #include "testpackage.h"
 
 #include <base/exinternalerror.h>
+#include <base/exsyserror.h>
 #include <base/hwcounter.h>
 
 #include <cstdio>
@@ -421,6 +422,24 @@ TEST_F(LgLogTest, destroyForgetsDefaultPathsAndStreams)
     EXPECT_EQ(displayed(LgTypes::Tracing), "stdout, ") << "the echo stays";
     EXPECT_NE(LgLog::getRegistry(), nullptr) << "and so does the registry";
     LgLog::destroy();  // nothing is left to do
+}
+
+TEST_F(LgLogTest, theLockIsTheOneOfItsNameAndOutlivesDestroy)
+{
+    start();
+    EXPECT_EQ(LgLog::getInterProcessLock(), nullptr);
+    stop();
+    const std::string name = "vnbase test " + folder.path().substr(folder.path().find("vnbase-test"));
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name);
+    start();
+    LgInterProcessLock* const lock = LgLog::getInterProcessLock();
+    ASSERT_NE(lock, nullptr);
+    const ObjPtr<LgInterProcessLock> same(LgInterProcessLock::create(name.c_str()));
+    EXPECT_THROW(same->unlock(), ExSysErrorWindows);
+    lock->lock();
+    same->unlock();
+    stop();
+    EXPECT_EQ(LgLog::getInterProcessLock(), lock);
 }
 
 TEST_F(LgLogTest, anEventFlushedAfterTheEndIsOnlyEchoed)
