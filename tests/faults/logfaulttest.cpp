@@ -4,20 +4,25 @@
 #include "systemcalls.h"
 
 #include "child.h"
+#include "threadlog.h"
 
 #include <base/exsyserror.h>
+#include <base/lginterprocesslockname.h>
 #include <base/trace.h>
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <iostream>
+#include <string>
+#include <thread>
 
 using namespace Vn;
 using VnTest::Child;
@@ -400,6 +405,60 @@ TEST_F(LogFaults, aLockAndItsEndAreOneCallEach)
     lock->lock();
     lock->unlock();
     EXPECT_EQ(VnTest::stopFailingCalls(), 0);
+}
+
+namespace
+{
+std::string getLockPath(std::string const& name)
+{
+    return "/tmp/vnbase-" + std::to_string(::geteuid()) + "-lock-" + getLockFileName(name);
+}
+}  // namespace
+
+/// Logs more than a queue holds while a folder stands in the place of the lock's file.
+VN_CHILD(logWhileTheLockFails)
+{
+    constexpr int more = 3000;
+    const std::string path = getLockPath(argv[1]);
+    LgLog::init();
+    {
+        const ThreadLog log;
+        const ThreadLog::Thread thread;
+        const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+        VN_LOG(group, LgTypes::Warning, "before");
+        while (!LgLog::getQueue().isEmpty())
+            std::this_thread::yield();
+        if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
+            return 1;
+        for (int i = 0; i < more; ++i) {
+            ThreadLog::waitForSpace(100);
+            VN_LOG(group, LgTypes::Warning, i);
+        }
+        ::rmdir(path.c_str());
+    }
+    LgLog::destroy();
+    return ::unlink(path.c_str());
+}
+
+TEST_F(LogFaults, aLockThatKeepsFailingHoldsNoWriterOfAThreadLayerBack)
+{
+    const std::string name = "vnbase test of threads " + folder.path();
+    const ChildRun run = Child("logWhileTheLockFails")
+                             .arguments({name})
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name)
+                             .with("T4Q_TEST_DIR", folder.path())
+                             .run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.err.starts_with("log: ")) << run.err;
+    const std::vector<std::string> texts = textsOf(messages());
+    ASSERT_GE(texts.size(), 3u);
+    EXPECT_EQ(texts.front(), "Test before");
+    EXPECT_EQ(texts[1], "Test 0");
+    const std::string losses = "Event overflow [";
+    ASSERT_TRUE(texts.back().starts_with(losses)) << texts.back();
+    const std::size_t written = texts.size() - 2;
+    EXPECT_EQ(texts[written], "Test " + std::to_string(written - 1));
+    EXPECT_EQ(written + std::stoul(texts.back().substr(losses.size())), 3000u);
 }
 
 TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
