@@ -2,6 +2,7 @@
 
 #include "expectchild.h"
 #include "expectthrow.h"
+#include "lockname.h"
 #include "testpackage.h"
 
 #include <base/exinternalerror.h>
@@ -429,12 +430,12 @@ TEST_F(LgLogTest, theLockIsTheOneOfItsNameAndOutlivesDestroy)
     start();
     EXPECT_EQ(LgLog::getInterProcessLock(), nullptr);
     stop();
-    const std::string name = "vnbase test " + folder.path().substr(folder.path().find("vnbase-test"));
-    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name);
+    const VnTest::LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
     start();
     LgInterProcessLock* const lock = LgLog::getInterProcessLock();
     ASSERT_NE(lock, nullptr);
-    const ObjPtr<LgInterProcessLock> same(LgInterProcessLock::create(name.c_str()));
+    const ObjPtr<LgInterProcessLock> same(LgInterProcessLock::create(name.get().c_str()));
     EXPECT_THROW(same->unlock(), ExSysErrorWindows);
     lock->lock();
     same->unlock();

@@ -4,10 +4,10 @@
 #include "systemcalls.h"
 
 #include "child.h"
+#include "lockname.h"
 #include "threadlog.h"
 
 #include <base/exsyserror.h>
-#include <base/lginterprocesslockname.h>
 #include <base/trace.h>
 
 #include <gtest/gtest.h>
@@ -29,6 +29,7 @@ using VnTest::Child;
 using VnTest::ChildRun;
 using VnTest::FailingCall;
 using VnTest::failsWithoutMemory;
+using VnTest::LockName;
 using VnTest::LoggerTest;
 using VnTest::LogLine;
 using VnTest::StampedQueue;
@@ -104,7 +105,8 @@ TEST_F(LogFaults, initSucceedsAfterEachFailure)
 {
     set("T4Q_TEST_DIR", folder.path());
     set("VN_LOG_GROUPS", "Group=Tracing");
-    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of failures");
+    const LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
     int n = 0;
     for (; failsWithoutMemory(n, [] { LgLog::init(); }); ++n)
         ASSERT_LT(n, 200);
@@ -349,7 +351,8 @@ TEST_F(LogFaults, aStandardOutputThatIsClosedOrReadByNobodyCostsTheFileNothing)
 
 TEST_F(LogFaults, aLockThatFailsKeepsTheMessage)
 {
-    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of failing locks");
+    const LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
     start();
     StampedQueue queue;
     queue.log(1, "kept");
@@ -372,12 +375,14 @@ TEST_F(LogFaults, aLockThatFailsKeepsTheMessage)
     EXPECT_EQ(messages().size(), 2u);
     LgLog::getInterProcessLock()->unlock();  // it is still held
     queue.end();
+    stop();  // while the lock's name stands
 }
 
 TEST_F(LogFaults, aLockThatFailsEndsInitAndDestroyWhichMayBeTriedAgain)
 {
     set("T4Q_TEST_DIR", folder.path());
-    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of locks that fail at the start");
+    const LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
     {
         const FailingCall call("fstat", EIO);  // the lock can't be made
         EXPECT_EQ(errorOf([] { LgLog::init(); }), EIO);
@@ -400,26 +405,19 @@ TEST_F(LogFaults, aLockThatFailsEndsInitAndDestroyWhichMayBeTriedAgain)
 
 TEST_F(LogFaults, aLockAndItsEndAreOneCallEach)
 {
-    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create("vnbase test of calls"));
+    const LockName name(folder);
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.get().c_str()));
     VnTest::failCall("flock", ENOLCK, 2);
     lock->lock();
     lock->unlock();
     EXPECT_EQ(VnTest::stopFailingCalls(), 0);
 }
 
-namespace
-{
-std::string getLockPath(std::string const& name)
-{
-    return "/tmp/vnbase-" + std::to_string(::geteuid()) + "-lock-" + getLockFileName(name);
-}
-}  // namespace
-
 /// Logs more than a queue holds while a folder stands in the place of the lock's file.
 VN_CHILD(logWhileTheLockFails)
 {
     constexpr int more = 3000;
-    const std::string path = getLockPath(argv[1]);
+    const std::string path = argv[1];
     LgLog::init();
     {
         const ThreadLog log;
@@ -437,15 +435,15 @@ VN_CHILD(logWhileTheLockFails)
         ::rmdir(path.c_str());
     }
     LgLog::destroy();
-    return ::unlink(path.c_str());
+    return 0;
 }
 
 TEST_F(LogFaults, aLockThatKeepsFailingHoldsNoWriterOfAThreadLayerBack)
 {
-    const std::string name = "vnbase test of threads " + folder.path();
+    const LockName name(folder);
     const ChildRun run = Child("logWhileTheLockFails")
-                             .arguments({name})
-                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name)
+                             .arguments({name.getFile()})
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get())
                              .with("T4Q_TEST_DIR", folder.path())
                              .run();
     EXPECT_EQ(run.exitCode, 0);
@@ -463,7 +461,8 @@ TEST_F(LogFaults, aLockThatKeepsFailingHoldsNoWriterOfAThreadLayerBack)
 
 TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
 {
-    const auto create = [] { delete LgInterProcessLock::create("vnbase test of locks that can't be opened"); };
+    const LockName name(folder);
+    const auto create = [&name] { delete LgInterProcessLock::create(name.get().c_str()); };
     const int descriptors = VnTest::countDescriptors();
     for (const int error : {EACCES, EMFILE, ENOSPC, EROFS}) {
         const FailingCall call("open", error);
@@ -485,8 +484,8 @@ TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
 
 TEST_F(LogFaults, aLockOfAKilledProcessPassesOn)
 {
-    std::string const name = "vnbase test of kills " + folder.path();
-    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.c_str()));
+    const LockName name(folder);
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.get().c_str()));
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     const ::pid_t child = ::fork();
