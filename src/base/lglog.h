@@ -121,6 +121,9 @@ private:
 ///
 /// GROUP is an LgMinorGroup. Nothing of MESSAGE is evaluated unless the group enables LEVEL and the message has found
 /// room in its queue. While the logger isn't active, the message goes to the standard output stream.
+///
+/// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the thread
+/// would come out one message late.
 #define VN_LOG(GROUP, LEVEL, MESSAGE)                                                             \
     do {                                                                                          \
         Vn::LgMinorGroup const& vnLogGroup = (GROUP);                                             \
