@@ -185,6 +185,9 @@ TEST_F(LgLogTest, levelsThatNameOneFileShareItsStream)
     ASSERT_EQ(VnTest::linesOf(path).size(), 5u);
     expectStartBanner(VnTest::linesOf(path), 0);
     EXPECT_EQ(VnTest::linesOf(path)[4], stopped);
+    EXPECT_EQ(displayed(LgTypes::FatalError), path + " ")
+        << "a name that was given stays, at the level that had the file";
+    EXPECT_EQ(displayed(LgTypes::Warning), "stdout, [Append]");
 }
 
 TEST_F(LgLogTest, filesBeginAnewUnlessTheyAreAppendedTo)
