@@ -331,6 +331,9 @@ TEST_F(LgLogTest, blockingTraceIsOnAtAnyValue)
     LgLog::setBlockingTrace(true);
     EXPECT_TRUE(LgLog::getBlockingTrace());
     stop();
+    start();
+    EXPECT_FALSE(LgLog::getBlockingTrace()) << "each start asks the environment";
+    stop();
     set("VN_BLOCKING_TRACE", "0");
     start();
     EXPECT_TRUE(LgLog::getBlockingTrace());

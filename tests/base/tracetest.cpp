@@ -165,6 +165,8 @@ TEST_F(TraceTest, allIsARuleForNewLevelsToo)
     EXPECT_FALSE(isOn("New 5"));
     EXPECT_FALSE(isOn("New 1"));
     EXPECT_TRUE(isOn("Main"));
+    Trace::setOptions("show=all,reset");
+    EXPECT_FALSE(isOn("New 6"));
 }
 
 TEST_F(TraceTest, tokensWithoutTheirValuesDoNothing)
