@@ -19,6 +19,15 @@ void check(bool condition)
 }
 }  // namespace
 
+/// Writes the first line of the process, the only one that a list of the levels can stand before: the lengths of all
+/// others are known, also where a single input is tried again.
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    std::ostringstream stream;
+    Vn::TraceManager::getInstance().getTrace().log(stream, "", 1);
+    return 0;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
     // Levels stay for ever, so names are short.

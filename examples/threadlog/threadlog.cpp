@@ -1,10 +1,11 @@
 #include "threadlog.h"
 
-#include <base/exsyserror.h>
 #include <base/lgreader.h>
 #include <base/lgtrace.h>
 
+#include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <iostream>
 #include <utility>
 
@@ -28,11 +29,12 @@ public:
 
     unsigned get() const { return _number; }
 
-    void waitBeyond(unsigned seen)
+    /// Until the number isn't `seen` any more, or for so long.
+    void waitBeyond(unsigned seen, std::chrono::seconds atMost)
     {
         std::unique_lock guard(_mutex);
         ++_sleepers;
-        _condition.wait(guard, [this, seen] { return _number != seen; });
+        _condition.wait_for(guard, atMost, [this, seen] { return _number != seen; });
         --_sleepers;
     }
 
@@ -46,6 +48,14 @@ private:
 /// Raised with each message; never destroyed, as threads may end behind the static objects.
 Signal& messages = *new Signal;
 
+/// The reader can't write, as when the lock's file is somebody else's now. It tries again, and holds nobody back: messages
+/// that find no room are lost and counted.
+std::atomic<bool> isFailing = false;
+
+constexpr std::chrono::seconds
+    aLook(1);  ///< how soon a change of `isFailing` is seen, and how long until the next try
+constexpr std::chrono::seconds forEver = std::chrono::hours(24);
+
 /// One for each queue.
 class SpaceObserver : public Vn::LgQueue::Observer
 {
@@ -58,9 +68,9 @@ public:
         for (;;) {
             // Before the look at the queue: what is removed after the look raises the number, and nobody waits.
             const unsigned seen = _removed.get();
-            if (hasSpace(queue, static_cast<unsigned>(size)))
+            if (hasSpace(queue, static_cast<unsigned>(size)) || isFailing)
                 return;
-            _removed.waitBeyond(seen);
+            _removed.waitBeyond(seen, aLook);
         }
     }
 
@@ -102,16 +112,20 @@ void endQueueOfThread()
     }
 }
 
-/// A lock whose holder has died fails once on Windows, and works again; what fails twice waits for the next time.
+/// A lock whose holder has died fails once on Windows, and works again; what fails twice waits for the next time. It is
+/// told once.
 void flush()
 {
     for (int tries = 0; tries < 2; ++tries)
         try {
             Vn::LgReader().flushAll();
+            isFailing = false;
             return;
-        } catch (Vn::ExSysError const& failure) {
-            std::cerr << "log: " << failure.getReason() << '\n';
+        } catch (std::exception const& failure) {
+            if (!isFailing)
+                std::cerr << "log: " << failure.what() << '\n';
         }
+    isFailing = true;
 }
 }  // namespace
 
@@ -154,7 +168,7 @@ void ThreadLog::read()
         const unsigned seen = messages.get();
         flush();
         if (!_isEnding)
-            messages.waitBeyond(seen);
+            messages.waitBeyond(seen, isFailing ? aLook : forEver);
     }
 }
 

@@ -48,7 +48,7 @@ public:
     };
 
     /// Holds the calling thread back until its queue takes a message of `size` characters. A thread that calls this
-    /// before it logs loses nothing.
+    /// before it logs loses nothing, unless the reader can't write, which is told on the error stream.
     static void waitForSpace(int size) { Vn::LgLog::getQueue().waitForSpace(size); }
 
 private:

@@ -5,34 +5,42 @@ namespace Vn
 
 HwCounterEng* HwCounter::_theHwCounter = nullptr;
 
+HwCounterEng& HwCounter::getOrMakeEngine()
+{
+    const std::atomic_ref current(_theHwCounter);
+    if (HwCounterEng* const engine = current.load(std::memory_order_acquire))
+        return *engine;
+    HwCounterEng* const made = HwCounterEng::create();
+    HwCounterEng* found = nullptr;
+    if (current.compare_exchange_strong(found, made, std::memory_order_acq_rel, std::memory_order_acquire))
+        return *made;
+    delete made;  // another thread was faster
+    return *found;
+}
+
 void HwCounter::init()
 {
-    if (_theHwCounter == nullptr)
-        _theHwCounter = HwCounterEng::create();
+    getOrMakeEngine();
 }
 
 std::uint64_t HwCounter::timeStamp()
 {
-    init();
-    return timeStampInline();
+    return getOrMakeEngine().timeStamp();
 }
 
 double HwCounter::seconds()
 {
-    init();
-    return secondsInline();
+    return getOrMakeEngine().seconds();
 }
 
 double HwCounter::seconds(std::uint64_t start, std::uint64_t end)
 {
-    init();
-    return secondsInline(start, end);
+    return getOrMakeEngine().seconds(start, end);
 }
 
 void HwCounter::dump(std::ostream& stream)
 {
-    init();
-    _theHwCounter->dump(stream);
+    getOrMakeEngine().dump(stream);
 }
 
 }  // namespace Vn

@@ -2,6 +2,8 @@
 
 #include <base/hwcountereng.h>
 
+#include <atomic>
+
 namespace VnInit
 {
 class profiling;
@@ -20,8 +22,8 @@ class InInit;
 ///     std::cout << Vn::HwCounter::seconds(start, Vn::HwCounter::timeStamp()) << " s\n";
 ///
 /// The package `profiling` makes the engine that answers. What is asked earlier makes one that doesn't know its
-/// frequency yet (rate 0, infinite resolution), and the package replaces it. Making it isn't locked; reading is free
-/// for any thread.
+/// frequency yet (rate 0, infinite resolution), and the package replaces it. Threads that come first at once may each
+/// make one, and one of these stays. Reading is free for any thread.
 /// Tests: tests/base/hwcountertest.cpp.
 class VN_BASE_EXPORT HwCounter
 {
@@ -36,9 +38,9 @@ public:
 
     // These go straight to the engine, without a look whether there is one: legal once the package `profiling` has
     // started or one of the above was called.
-    static double resolution() { return _theHwCounter->resolution(); }
-    static int getRateNumerator() { return _theHwCounter->getRateNumerator(); }
-    static int getRateDenominator() { return _theHwCounter->getRateDenominator(); }
+    static double resolution() { return getEngine().resolution(); }
+    static int getRateNumerator() { return getEngine().getRateNumerator(); }
+    static int getRateDenominator() { return getEngine().getRateDenominator(); }
 
 private:
     friend class InInit<VnInit::profiling>;  // puts the engine in place
@@ -46,14 +48,20 @@ private:
     friend class DtRefClockSourceHwCounter;  // reads the rate before any stamp
 
     static void init();
+    static HwCounterEng& getOrMakeEngine();
+
+    // Acquire, and release where an engine is put in place: without them a thread could find an engine that another one
+    // has made, and not yet what it consists of.
+    static HwCounterEng& getEngine() { return *std::atomic_ref(_theHwCounter).load(std::memory_order_acquire); }
+    static void setEngine(HwCounterEng* engine)
+    {
+        std::atomic_ref(_theHwCounter).store(engine, std::memory_order_release);
+    }
 
     // The fast path, on the same terms as resolution().
-    static std::uint64_t timeStampInline() { return _theHwCounter->timeStamp(); }
-    static double secondsInline() { return _theHwCounter->seconds(); }
-    static double secondsInline(std::uint64_t start, std::uint64_t end)
-    {
-        return _theHwCounter->seconds(start, end);
-    }
+    static std::uint64_t timeStampInline() { return getEngine().timeStamp(); }
+    static double secondsInline() { return getEngine().seconds(); }
+    static double secondsInline(std::uint64_t start, std::uint64_t end) { return getEngine().seconds(start, end); }
 
     static HwCounterEng* _theHwCounter;  ///< never freed
 };

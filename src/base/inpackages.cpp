@@ -146,7 +146,7 @@ void InInit<VnInit::profiling>::performInitialize()
     // What stands there was made before the frequency was known. It isn't freed, as somebody may be reading it, and
     // stays in reach, as nobody should take it for a leak.
     [[maybe_unused]] static HwCounterEng const* const abandoned = HwCounter::_theHwCounter;
-    HwCounter::_theHwCounter = HwCounterEng::create();
+    HwCounter::setEngine(HwCounterEng::create());
     establish(ObjPtr<Sleeper>(Sleeper::create()));
 }
 

@@ -30,7 +30,7 @@ public:
     virtual void unlock() = 0;
 
     /// The lock of that name, which the caller owns; null gives a lock that nobody else can name. On Linux any text is a
-    /// name; on Windows one can hold neither a backslash nor more than 259 characters.
+    /// name; on Windows one can hold neither a backslash nor more than 260 characters.
     static LgInterProcessLock* create(char const* name);
 };
 

@@ -71,6 +71,8 @@ public:
 
 private:
     bool isMine() const { return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
+    bool unlockFile() { return _descriptor == -1 || ::flock(_descriptor, LOCK_UN) == 0; }
+    void letThreadsIn();
     void closeFile();
     void lockFile();
     bool isFileInPlace() const;
@@ -169,11 +171,11 @@ void LockFile::unlock()
         --_depth;
         return;
     }
-    if (_descriptor != -1 && ::flock(_descriptor, LOCK_UN) != 0)
+    if (!unlockFile())
         throw ExSysErrorWindows(sourceName, __LINE__);
     if (!isThreadEnding)
         std::erase(heldFiles.files, shared_from_this());
-    giveUp();
+    letThreadsIn();
 }
 
 /// What unlock() does, for a thread that ends: the file is closed where it can't be unlocked.
@@ -181,8 +183,13 @@ void LockFile::giveUp()
 {
     if (!isMine())
         return;
-    if (_descriptor != -1 && ::flock(_descriptor, LOCK_UN) != 0)
+    if (!unlockFile())
         closeFile();
+    letThreadsIn();
+}
+
+void LockFile::letThreadsIn()
+{
     _depth = 0;
     _holder.store(std::thread::id(), std::memory_order_relaxed);
     _mutex.unlock();

@@ -96,6 +96,10 @@ ObjPtr<LgInterProcessLock> LgLog::_interprocessLock;
 void LgLog::init()
 {
     _registry.reset(new LgSimpleRegistry);
+    for (LevelInfo& level : _level) {  // what an earlier init() has left, paths that are about to be freed included
+        closeOutput(&level);
+        level = {};
+    }
     readOutputs(makeDefaultPaths());
     readSettings();
     _start = HwCounter::timeStamp();
@@ -108,8 +112,6 @@ void LgLog::readOutputs(bool hasDirectory)
     static constexpr char const* variables[levelCount] = {
         "VN_LOG_INTERNAL_ERROR", "VN_LOG_FATAL_ERROR", "VN_LOG_RECOVERABLE_ERROR", "VN_LOG_WARNING",
         "VN_LOG_INFORMATIONAL",  "VN_LOG_TRACING",     "VN_LOG_PROFILING"};
-    for (LevelInfo& level : _level)
-        closeOutput(&level);  // of an earlier init() that nothing has ended
     for (int i = 0; i < levelCount; ++i)
         _level[i] = parseEnvVar(OsEnv::getVariable(variables[i]));
 
@@ -279,14 +281,14 @@ ObjPtrRet<LgRegistry> LgLog::setRegistry(ObjPtr<LgRegistry> registry)
 {
     if (!registry)
         return ObjPtrRet<LgRegistry>();
-    ObjPtrRet<LgRegistry> before(_registry.release());
-    if (before) {
-        const List<LgQueue*> queues = before->getQueueList();
+    if (_registry) {
+        const List<LgQueue*> queues = _registry->getQueueList();
         for (LgQueue* queue : queues)
             registry->registerQueue(queue);
         for (LgQueue* queue : queues)
-            before->deregisterQueue(queue);
+            _registry->deregisterQueue(queue);
     }
+    ObjPtrRet<LgRegistry> before(_registry.release());
     _registry = registry;
     return before;
 }

@@ -91,8 +91,8 @@ public:
     /// Null before init().
     static LgRegistry* getRegistry();
 
-    /// Moves all queues to `registry` and installs it; hands back the one before. Null changes nothing. Not while a
-    /// reader or another registration is at work.
+    /// Moves all queues to `registry` and installs it; hands back the one before. Null changes nothing, and neither does
+    /// a `registry` that throws when it is given a queue. Not while a reader or another registration is at work.
     static ObjPtrRet<LgRegistry> setRegistry(ObjPtr<LgRegistry> registry);
 
 private:
@@ -121,6 +121,9 @@ private:
 ///
 /// GROUP is an LgMinorGroup. Nothing of MESSAGE is evaluated unless the group enables LEVEL and the message has found
 /// room in its queue. While the logger isn't active, the message goes to the standard output stream.
+///
+/// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the thread
+/// would come out one message late.
 #define VN_LOG(GROUP, LEVEL, MESSAGE)                                                             \
     do {                                                                                          \
         Vn::LgMinorGroup const& vnLogGroup = (GROUP);                                             \

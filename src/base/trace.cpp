@@ -77,7 +77,7 @@ int toCount(char const* text, int fallback)
     return number < 0 ? fallback : static_cast<int>(std::min(number, 0x7FFFFFFFL));
 }
 
-/// Spaces and the text are the same whatever the stream was set to before; width and flags are as they were afterwards.
+/// Spaces and the text are the same whatever the stream was set to before; fill and flags are as they were afterwards.
 class PlainStream
 {
 public:
@@ -458,29 +458,35 @@ Trace::Entry::~Entry()
     TraceManager::getInstance().print(stream.str().c_str());
 }
 
-namespace
-{
 /// The library's own manager: one depth for all threads.
 class SingleTraceManager : public TraceManager
 {
 public:
-    SingleTraceManager() : TraceManager(0) {}
+    /// Made by whoever comes first. Other threads look at the current manager without a lock, so this one registers only
+    /// when it is complete.
+    static SingleTraceManager& get()
+    {
+        static SingleTraceManager& manager = make();
+        return manager;
+    }
 
     Trace& getTrace() override { return _trace; }
 
 private:
+    static SingleTraceManager& make()
+    {
+        auto* const manager = new SingleTraceManager;
+        registerManager(manager);
+        return *manager;
+    }
+
     Trace _trace;
 };
 
-TraceManager& getSingleManager()
-{
-    static SingleTraceManager& manager = *new SingleTraceManager;
-    return manager;
-}
-}  // namespace
-
 TraceManager* TraceManager::_manager = nullptr;
 bool TraceManager::_hasRegistered = false;
+
+TraceManager::TraceManager() : _priority(0) {}
 
 TraceManager::TraceManager(int priority) : _priority(priority)
 {
@@ -495,7 +501,9 @@ TraceManager::~TraceManager()
 void TraceManager::registerManager(TraceManager* manager)
 {
     if (!_hasRegistered || _manager == nullptr || manager->_priority > _manager->_priority) {
-        _manager = manager;
+        // Release, and acquire in getInstance(): without them another thread could find a manager and not yet what it
+        // consists of.
+        std::atomic_ref(_manager).store(manager, std::memory_order_release);
         _hasRegistered = true;
     }
 }
@@ -503,15 +511,14 @@ void TraceManager::registerManager(TraceManager* manager)
 void TraceManager::unregisterManager(TraceManager* manager)
 {
     if (_manager == manager)
-        _manager = &getSingleManager();
+        _manager = &SingleTraceManager::get();
 }
 
 TraceManager& TraceManager::getInstance()
 {
-    // Acquire and release: two threads may come here first, and one of them finds what the other has made.
     const std::atomic_ref manager(_manager);
     if (manager.load(std::memory_order_acquire) == nullptr)
-        manager.store(&getSingleManager(), std::memory_order_release);
+        SingleTraceManager::get();  // registers, as there is none
     return *manager.load(std::memory_order_acquire);
 }
 

@@ -161,6 +161,11 @@ protected:
     explicit TraceManager(int priority);
 
 private:
+    friend class SingleTraceManager;
+
+    /// The library's own, which registers once it is complete.
+    TraceManager();
+
     static void registerManager(TraceManager* manager);
     static void unregisterManager(TraceManager* manager);
 

@@ -7,13 +7,16 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <iostream>
 #include <limits>
 #include <memory>
 #include <sstream>
+#include <thread>
 #include <type_traits>
+#include <vector>
 
 using Vn::HwCounter;
 using Vn::HwCounterEng;
@@ -134,6 +137,32 @@ TEST(HwCounter, anEarlyEngineIsReplacedByTheStartAndOutlivesTheStop)
     VnTest::expectOutput(
         "hwCounterBeforeTheStart",
         "frequency 0\nHwCounterIA32:\nRate         = 0/1\nCycle        = inf seconds\ninf\n1\n1\n1\n");
+}
+
+VN_CHILD(hwCounterFirstThreads)
+{
+    constexpr int count = 4;
+    std::atomic<int> ready = 0;
+    std::atomic<int> right = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i)
+        threads.emplace_back([&ready, &right] {
+            ++ready;
+            while (ready != count)
+                ;
+            const std::uint64_t before = HwCounter::timeStamp();
+            right += HwCounter::timeStamp() >= before && HwCounter::getRateNumerator() == 0;
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::cout << right << "\n";
+    return 0;
+}
+
+TEST(HwCounter, threadsMayComeFirstAtOnce)
+{
+    for (int i = 0; i < 5; ++i)
+        VnTest::expectOutput("hwCounterFirstThreads", "4\n");
 }
 
 VN_CHILD(hwCounterStarted)

@@ -2,6 +2,7 @@
 
 #include "child.h"
 #include "expectchild.h"
+#include "lockname.h"
 #include "tempfolder.h"
 
 #include <base/exsyserror.h>
@@ -23,6 +24,7 @@ using Vn::LgInterProcessLockGuard;
 using Vn::ObjPtr;
 using VnTest::Child;
 using VnTest::ChildRun;
+using VnTest::LockName;
 
 namespace
 {
@@ -31,12 +33,6 @@ using Lock = ObjPtr<LgInterProcessLock>;
 Lock make(std::string const& name)
 {
     return Lock(LgInterProcessLock::create(name.c_str()));
-}
-
-/// A name that no other test, and no other run of this one, has.
-std::string uniqueName(VnTest::TempFolder const& folder)
-{
-    return "vnbase test " + folder.path().substr(folder.path().find_last_of("/\\") + 1);
 }
 }  // namespace
 
@@ -65,7 +61,8 @@ TEST(LgInterProcessLock, fileNamesAreDifferentAndPlain)
 TEST(LgInterProcessLock, itsHolderMayTakeItAgainThroughAnyObjectOfItsName)
 {
     const VnTest::TempFolder folder;
-    const Lock one = make(uniqueName(folder)), two = make(uniqueName(folder));
+    const LockName name(folder);
+    const Lock one = make(name.get()), two = make(name.get());
     one->lock();
     one->lock();
     two->lock();
@@ -79,7 +76,8 @@ TEST(LgInterProcessLock, itsHolderMayTakeItAgainThroughAnyObjectOfItsName)
 TEST(LgInterProcessLock, onlyTheHolderUnlocks)
 {
     const VnTest::TempFolder folder;
-    const Lock lock = make(uniqueName(folder));
+    const LockName name(folder);
+    const Lock lock = make(name.get());
     EXPECT_THROW(lock->unlock(), ExSysErrorWindows);
     const LgInterProcessLockGuard guard(lock.get());
     std::thread([&lock] { EXPECT_THROW(lock->unlock(), ExSysErrorWindows); }).join();
@@ -88,7 +86,8 @@ TEST(LgInterProcessLock, onlyTheHolderUnlocks)
 TEST(LgInterProcessLock, locksOfDifferentNamesAreIndependent)
 {
     const VnTest::TempFolder folder;
-    const Lock one = make(uniqueName(folder) + "1"), two = make(uniqueName(folder) + "2");
+    const LockName name(folder, " 1"), otherName(folder, " 2");
+    const Lock one = make(name.get()), two = make(otherName.get());
     const Lock nameless(LgInterProcessLock::create(nullptr)), other(LgInterProcessLock::create(nullptr));
     const LgInterProcessLockGuard guard(one.get());
     const LgInterProcessLockGuard namelessGuard(nameless.get());
@@ -102,11 +101,12 @@ TEST(LgInterProcessLock, locksOfDifferentNamesAreIndependent)
 TEST(LgInterProcessLock, threadsExcludeEachOther)
 {
     const VnTest::TempFolder folder;
+    const LockName name(folder);
     long count = 0;  // not atomic: a race shows as a lost step, and under the thread sanitizer
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&count, &folder] {
-            const Lock lock = make(uniqueName(folder));
+        threads.emplace_back([&count, &name] {
+            const Lock lock = make(name.get());
             for (int j = 0; j < 500; ++j) {
                 const LgInterProcessLockGuard guard(lock.get());
                 ++count;
@@ -132,16 +132,35 @@ VN_CHILD(lgLockCount)
 TEST(LgInterProcessLock, processesExcludeEachOther)
 {
     const VnTest::TempFolder folder;
+    const LockName name(folder);
     const std::string path = folder.file("count", "0");
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&folder, &path] {
-            EXPECT_EQ(Child("lgLockCount").arguments({uniqueName(folder), path}).run().exitCode, 0);
+        threads.emplace_back([&name, &path] {
+            EXPECT_EQ(Child("lgLockCount").arguments({name.get(), path}).run().exitCode, 0);
         });
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(VnTest::contentOf(path), "1200");
 }
+
+#if defined(_WIN32)  // elsewhere any text is a name
+TEST(LgInterProcessLock, aNameThatTheSystemRefusesIsTold)
+{
+    const auto refuses = [](std::string const& name) {
+        try {
+            const Lock lock = make(name);
+        } catch (ExSysErrorWindows const& failure) {
+            EXPECT_STREQ(failure.getFileName(), "src/base/lginterprocesslock");
+            return failure.getErrorCode() != 0;
+        }
+        return false;
+    };
+    EXPECT_TRUE(refuses("no such\\namespace"));
+    EXPECT_FALSE(refuses(std::string(260, 'n')));
+    EXPECT_TRUE(refuses(std::string(261, 'n')));
+}
+#endif
 
 VN_CHILD(lgLockAndDie)
 {
@@ -153,8 +172,9 @@ VN_CHILD(lgLockAndDie)
 TEST(LgInterProcessLock, aHolderThatDiesHoldsNobodyUp)
 {
     const VnTest::TempFolder folder;
-    const Lock lock = make(uniqueName(folder));
-    const ChildRun run = Child("lgLockAndDie").arguments({uniqueName(folder)}).run();
+    const LockName name(folder);
+    const Lock lock = make(name.get());
+    const ChildRun run = Child("lgLockAndDie").arguments({name.get()}).run();
     EXPECT_EQ(run.exitCode, 7);
 #if defined(_WIN32)
     try {
@@ -172,7 +192,8 @@ TEST(LgInterProcessLock, aHolderThatDiesHoldsNobodyUp)
 TEST(LgInterProcessLock, aThreadThatEndsHoldsNobodyUp)
 {
     const VnTest::TempFolder folder;
-    const Lock lock = make(uniqueName(folder));
+    const LockName name(folder);
+    const Lock lock = make(name.get());
     std::thread([&lock] {
         lock->lock();
         lock->lock();
@@ -204,7 +225,8 @@ VN_CHILD(lgLockStatic)
 TEST(LgInterProcessLock, worksInTheLastDestructors)
 {
     const VnTest::TempFolder folder;
-    const ChildRun run = Child("lgLockStatic").arguments({uniqueName(folder)}).run();
+    const LockName name(folder);
+    const ChildRun run = Child("lgLockStatic").arguments({name.get()}).run();
     EXPECT_EQ(run.out, "locked\n");
     EXPECT_EQ(run.exitCode, 0);
 }

@@ -2,9 +2,11 @@
 
 #include "expectchild.h"
 #include "expectthrow.h"
+#include "lockname.h"
 #include "testpackage.h"
 
 #include <base/exinternalerror.h>
+#include <base/exsyserror.h>
 #include <base/hwcounter.h>
 
 #include <cstdio>
@@ -183,6 +185,9 @@ TEST_F(LgLogTest, levelsThatNameOneFileShareItsStream)
     ASSERT_EQ(VnTest::linesOf(path).size(), 5u);
     expectStartBanner(VnTest::linesOf(path), 0);
     EXPECT_EQ(VnTest::linesOf(path)[4], stopped);
+    EXPECT_EQ(displayed(LgTypes::FatalError), path + " ")
+        << "a name that was given stays, at the level that had the file";
+    EXPECT_EQ(displayed(LgTypes::Warning), "stdout, [Append]");
 }
 
 TEST_F(LgLogTest, filesBeginAnewUnlessTheyAreAppendedTo)
@@ -271,6 +276,18 @@ TEST_F(LgLogTest, aFileInTheDirectorysPlaceIsAFailure)
                                                              "A regular file with the same path name exists.");
 }
 
+TEST_F(LgLogTest, aFailureOfASecondInitLeavesNothingOfTheFirst)
+{
+    start();
+    set("T4Q_TEST_DIR", folder.file("file"));
+    EXPECT_THROW(LgLog::init(), ExInternalError);
+    for (int level = 0; level < 7; ++level) {
+        EXPECT_EQ(displayed(LgTypes::Level(level)), "Disabled");
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Level(level)), nullptr);
+        EXPECT_FALSE(LgLog::isLevelEchoed(LgTypes::Level(level)));
+    }
+}
+
 TEST_F(LgLogTest, aFileThatCanNotBeOpenedTakesNothingAndSaysNothing)
 {
     set("VN_LOG_WARNING", "%" + folder.path("missing") + "/warning.log");
@@ -313,6 +330,9 @@ TEST_F(LgLogTest, blockingTraceIsOnAtAnyValue)
     EXPECT_FALSE(LgLog::getBlockingTrace());
     LgLog::setBlockingTrace(true);
     EXPECT_TRUE(LgLog::getBlockingTrace());
+    stop();
+    start();
+    EXPECT_FALSE(LgLog::getBlockingTrace()) << "each start asks the environment";
     stop();
     set("VN_BLOCKING_TRACE", "0");
     start();
@@ -409,6 +429,24 @@ TEST_F(LgLogTest, destroyForgetsDefaultPathsAndStreams)
     EXPECT_EQ(displayed(LgTypes::Tracing), "stdout, ") << "the echo stays";
     EXPECT_NE(LgLog::getRegistry(), nullptr) << "and so does the registry";
     LgLog::destroy();  // nothing is left to do
+}
+
+TEST_F(LgLogTest, theLockIsTheOneOfItsNameAndOutlivesDestroy)
+{
+    start();
+    EXPECT_EQ(LgLog::getInterProcessLock(), nullptr);
+    stop();
+    const VnTest::LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
+    start();
+    LgInterProcessLock* const lock = LgLog::getInterProcessLock();
+    ASSERT_NE(lock, nullptr);
+    const ObjPtr<LgInterProcessLock> same(LgInterProcessLock::create(name.get().c_str()));
+    EXPECT_THROW(same->unlock(), ExSysErrorWindows);
+    lock->lock();
+    same->unlock();
+    stop();
+    EXPECT_EQ(LgLog::getInterProcessLock(), lock);
 }
 
 TEST_F(LgLogTest, anEventFlushedAfterTheEndIsOnlyEchoed)

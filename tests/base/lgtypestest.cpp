@@ -94,6 +94,14 @@ TEST(LgTypes, otherWordsAreRefused)
                                                                   row.reason);
 }
 
+TEST(LgTypes, theStandardPartOfARefusalIsEmpty)
+{
+    const LgEx::InvalidLevelString failure("src/base/x", 12, "Nonsense");
+    EXPECT_STREQ(failure.std::runtime_error::what(), "");
+    EXPECT_STREQ(failure.what(), "Invalid level string specified: Nonsense");
+    EXPECT_STREQ(failure.getFileName(), "src/base/x");
+}
+
 TEST(LgTypes, refusalOfALongWordIsCut)
 {
     const std::string word(2000, 'x');

@@ -1,6 +1,6 @@
 #include <base/trace.h>
 
-#include "child.h"
+#include "expectchild.h"
 #include "expectthrow.h"
 #include "testpackage.h"
 
@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
 #include <iomanip>
 #include <iostream>
 #include <sstream>
@@ -162,6 +165,8 @@ TEST_F(TraceTest, allIsARuleForNewLevelsToo)
     EXPECT_FALSE(isOn("New 5"));
     EXPECT_FALSE(isOn("New 1"));
     EXPECT_TRUE(isOn("Main"));
+    Trace::setOptions("show=all,reset");
+    EXPECT_FALSE(isOn("New 6"));
 }
 
 TEST_F(TraceTest, tokensWithoutTheirValuesDoNothing)
@@ -218,8 +223,8 @@ TEST_F(TraceTest, aLineHasFileAndNumberIfItIsAskedTo)
         {"line,fndirs=2", "/a/b/file.cpp", 7, "a/b/file.cpp         (   7) "},
         {"line,fndirs=3", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
         {"line,fndirs=2147483647", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
-        {"line,fndirs=-1", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
-        {"line,fndirs=x", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line,fndirs=1,fndirs=-1", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line,fndirs=1,fndirs=x", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
         {"line,fnwidth=4", "/a/b/file.cpp", 7, "file (   7) "},
         {"line,fnwidth=8", "/a/b/file.cpp", 7, "file.cpp (   7) "},
         {"line,fnwidth=9", "/a/b/file.cpp", 7, "file.cpp  (   7) "},
@@ -232,6 +237,19 @@ TEST_F(TraceTest, aLineHasFileAndNumberIfItIsAskedTo)
         Trace::setOptions(row.options);
         EXPECT_EQ(line(row.file, row.number), row.line) << row.options << " " << row.file;
     }
+}
+
+TEST_F(TraceTest, resetBringsBackWhatWasAtFirst)
+{
+    keeper.word = "word ";
+    Trace::setOptions("off,noprefix,line,pid,noindent,fndirs=1,fnwidth=4,show=Other,hide=Main,hide=Exceptions");
+    Trace::setOptions("reset");
+    EXPECT_EQ(line(), "word | ");
+    EXPECT_TRUE(isOn("Main"));
+    EXPECT_TRUE(isOn("Exceptions"));
+    EXPECT_FALSE(isOn("Other"));
+    Trace::setOptions("line");
+    EXPECT_EQ(line(), "word file.cpp             (   7) | ");
 }
 
 TEST_F(TraceTest, prefixesComeInOneOrderInEachCombination)
@@ -382,6 +400,24 @@ VN_CHILD(traceLevels)
     return 0;
 }
 
+VN_CHILD(traceExceptionsFile)
+{
+    const ExInternalError failure("src/base/x", 12, "broken");
+    for (int i = 0; i < 2; ++i)
+        TraceManager::getInstance().getTrace().printException(failure, "f", 1);
+    std::ostringstream list;
+    Trace::printLevels(list);
+    std::cout << list.str().substr(0, list.str().find("Main"));
+    return 0;
+}
+
+TEST(Trace, theFirstExceptionListsItsSourceOnce)
+{
+    const std::string out = Child("traceExceptionsFile").without("VN_TRACE_OPTIONS").run().out;
+    EXPECT_TRUE(out.ends_with("\nRegistered trace levels:\n\nX Exceptions" + std::string(21, ' ') + "trace\nX "))
+        << out;
+}
+
 TEST(Trace, levelsAreListedWithTheirFiles)
 {
     const std::string blanks(33, ' '), tail(29, ' ');
@@ -431,6 +467,7 @@ TEST(Trace, writeProtectHoldsWhatWasSet)
         {{"line,fnwidth=4,writeprotect", "reset", "noline,fnwidth=9,fndirs=1,noindent,noprefix,pid,hide=Main"},
          "1file (   7) | "},
         {{"writeprotect", "hide=all,show=all"}, "1| "},
+        {{"printlevels,reset"}, "1| "},  // not held: no list
     };
     for (auto const& row : table)
         EXPECT_EQ(Child("traceWriteProtect").without("VN_TRACE_OPTIONS").arguments(row.options).run().out, row.out);
@@ -530,7 +567,33 @@ TEST(TraceManager, theFirstOneIsCurrentWhateverItsPriority)
     EXPECT_EQ(Child("traceFirstManager").run().out, "1\nown\n");
 }
 
-TEST(TraceManager, theFirstTraceOfEachThreadMayComeAtOnce)
+VN_CHILD(traceFirstThreads)
+{
+    constexpr std::size_t count = 4;
+    std::atomic<std::size_t> ready = 0;
+    std::vector<Trace*> found(count, nullptr);
+    std::vector<std::thread> threads;
+    for (Trace*& trace : found)
+        threads.emplace_back([&ready, &trace] {
+            ++ready;
+            while (ready != count)
+                ;
+            trace = &TraceManager::getInstance().getTrace();
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    const bool areOne = std::count(found.begin(), found.end(), found[0]) == count;
+    std::cout << areOne << (found[0] == &TraceManager::getInstance().getTrace()) << "\n";
+    return 0;
+}
+
+TEST(TraceManager, threadsThatComeFirstAtOnceFindOneManager)
+{
+    for (int i = 0; i < 5; ++i)
+        VnTest::expectOutput("traceFirstThreads", "11\n");
+}
+
+TEST(TraceManager, switchesMayFlipWhileThreadsTrace)
 {
     TraceLevel& level = *Trace::registerLevel("Threads", nullptr);
     std::vector<int> seen(4, 0);

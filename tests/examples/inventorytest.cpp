@@ -1,4 +1,5 @@
 #include "child.h"
+#include "lockname.h"
 #include "logfile.h"
 #include "tempfolder.h"
 
@@ -356,12 +357,13 @@ TEST_F(InventoryTest, twoAtOnceShareALogWithoutTearingALine)
     for (int i = 0; i < 200; ++i)
         write(("many/" + std::to_string(i) + ".txt").c_str(), i);
     const VnTest::TempFolder log;
+    const VnTest::LockName lock(log);
     const std::string path = log.path("shared.log");
     const Child child = inventory({root.string()})
                             .with("T4Q_TEST_DIR", log.path())
                             .with("VN_LOG_GROUPS", "Inventory=Informational")
                             .with("VN_LOG_INFORMATIONAL", "+" + path)
-                            .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", path.substr(path.find("vnbase-test"), 20));
+                            .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get());
     std::vector<std::thread> runs;
     for (int i = 0; i < 2; ++i)
         runs.emplace_back([&child] { EXPECT_EQ(child.run().exitCode, 0); });

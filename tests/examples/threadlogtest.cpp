@@ -1,4 +1,5 @@
 #include "child.h"
+#include "lockname.h"
 #include "logfile.h"
 #include "tempfolder.h"
 
@@ -126,11 +127,11 @@ TEST(ThreadLog, processesShareAFileWithoutTearingALine)
     const int messages = isWhole ? 50000 : 500;
     constexpr int processes = 10, threads = 2;
     const TempFolder folder;
+    const VnTest::LockName lock(folder);
     const std::string path = folder.path("shared.log");
-    Child child =
-        threadlog(folder, threads, messages)
-            .with("VN_LOG_WARNING", "+" + path)
-            .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", folder.path().substr(folder.path().find("vnbase-test")));
+    Child child = threadlog(folder, threads, messages)
+                      .with("VN_LOG_WARNING", "+" + path)
+                      .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get());
     runTogether(processes, child);
     Content content;
     check(linesOf(path), content);

@@ -4,6 +4,8 @@
 #include "systemcalls.h"
 
 #include "child.h"
+#include "lockname.h"
+#include "threadlog.h"
 
 #include <base/exsyserror.h>
 #include <base/trace.h>
@@ -12,18 +14,22 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <iostream>
+#include <string>
+#include <thread>
 
 using namespace Vn;
 using VnTest::Child;
 using VnTest::ChildRun;
 using VnTest::FailingCall;
 using VnTest::failsWithoutMemory;
+using VnTest::LockName;
 using VnTest::LoggerTest;
 using VnTest::LogLine;
 using VnTest::StampedQueue;
@@ -99,7 +105,8 @@ TEST_F(LogFaults, initSucceedsAfterEachFailure)
 {
     set("T4Q_TEST_DIR", folder.path());
     set("VN_LOG_GROUPS", "Group=Tracing");
-    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of failures");
+    const LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
     int n = 0;
     for (; failsWithoutMemory(n, [] { LgLog::init(); }); ++n)
         ASSERT_LT(n, 200);
@@ -109,6 +116,27 @@ TEST_F(LogFaults, initSucceedsAfterEachFailure)
     const std::vector<std::string> lines = events();
     ASSERT_EQ(lines.size(), 5u);
     EXPECT_EQ(lines.back(), "===== Message Logger Stopped =====");
+}
+
+TEST_F(LogFaults, aRegistryThatCanNotTakeTheQueuesLeavesTheOneBefore)
+{
+    start();
+    LgQueue one, two;
+    LgLog::getRegistry()->registerQueue(&one);
+    LgLog::getRegistry()->registerQueue(&two);
+    LgRegistry const* const before = LgLog::getRegistry();
+    const auto change = [] { LgLog::setRegistry(ObjPtr<LgRegistry>(new LgSimpleRegistry)); };
+    int n = 0;
+    for (; failsWithoutMemory(n, change); ++n) {
+        ASSERT_LT(n, 20);
+        ASSERT_EQ(LgLog::getRegistry(), before) << n;
+        ASSERT_EQ(before->getQueueList(), (List<LgQueue*>{&one, &two})) << n;
+    }
+    EXPECT_GE(n, 3);
+    EXPECT_NE(LgLog::getRegistry(), before);
+    EXPECT_EQ(LgLog::getRegistry()->getQueueList(), (List<LgQueue*>{&one, &two}));
+    LgLog::getRegistry()->deregisterQueue(&one);
+    LgLog::getRegistry()->deregisterQueue(&two);
 }
 
 TEST_F(LogFaults, aReaderWithoutMemoryLosesNoMessage)
@@ -323,7 +351,8 @@ TEST_F(LogFaults, aStandardOutputThatIsClosedOrReadByNobodyCostsTheFileNothing)
 
 TEST_F(LogFaults, aLockThatFailsKeepsTheMessage)
 {
-    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase test of failing locks");
+    const LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
     start();
     StampedQueue queue;
     queue.log(1, "kept");
@@ -346,11 +375,94 @@ TEST_F(LogFaults, aLockThatFailsKeepsTheMessage)
     EXPECT_EQ(messages().size(), 2u);
     LgLog::getInterProcessLock()->unlock();  // it is still held
     queue.end();
+    stop();  // while the lock's name stands
+}
+
+TEST_F(LogFaults, aLockThatFailsEndsInitAndDestroyWhichMayBeTriedAgain)
+{
+    set("T4Q_TEST_DIR", folder.path());
+    const LockName name(folder);
+    set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
+    {
+        const FailingCall call("fstat", EIO);  // the lock can't be made
+        EXPECT_EQ(errorOf([] { LgLog::init(); }), EIO);
+    }
+    {
+        const FailingCall call("flock", ENOLCK);  // nor taken for the banner
+        EXPECT_EQ(errorOf([] { LgLog::init(); }), ENOLCK);
+    }
+    start();
+    {
+        const FailingCall call("flock", ENOLCK);
+        EXPECT_EQ(errorOf([] { LgLog::destroy(); }), ENOLCK);
+    }
+    EXPECT_EQ(events().size(), 4u) << "the banner of the start";
+    stop();
+    EXPECT_EQ(events().size(), 5u);
+    EXPECT_EQ(events().back(), "===== Message Logger Stopped =====");
+    EXPECT_EQ(VnTest::linesOf(folder.path("prof.log")).size(), 5u);
+}
+
+TEST_F(LogFaults, aLockAndItsEndAreOneCallEach)
+{
+    const LockName name(folder);
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.get().c_str()));
+    VnTest::failCall("flock", ENOLCK, 2);
+    lock->lock();
+    lock->unlock();
+    EXPECT_EQ(VnTest::stopFailingCalls(), 0);
+}
+
+/// Logs more than a queue holds while a folder stands in the place of the lock's file.
+VN_CHILD(logWhileTheLockFails)
+{
+    constexpr int more = 3000;
+    const std::string path = argv[1];
+    LgLog::init();
+    {
+        const ThreadLog log;
+        const ThreadLog::Thread thread;
+        const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+        VN_LOG(group, LgTypes::Warning, "before");
+        while (!LgLog::getQueue().isEmpty())
+            std::this_thread::yield();
+        if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
+            return 1;
+        for (int i = 0; i < more; ++i) {
+            ThreadLog::waitForSpace(100);
+            VN_LOG(group, LgTypes::Warning, i);
+        }
+        ::rmdir(path.c_str());
+    }
+    LgLog::destroy();
+    return 0;
+}
+
+TEST_F(LogFaults, aLockThatKeepsFailingHoldsNoWriterOfAThreadLayerBack)
+{
+    const LockName name(folder);
+    const ChildRun run = Child("logWhileTheLockFails")
+                             .arguments({name.getFile()})
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get())
+                             .with("T4Q_TEST_DIR", folder.path())
+                             .run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.err.starts_with("log: ")) << run.err;
+    const std::vector<std::string> texts = textsOf(messages());
+    ASSERT_GE(texts.size(), 3u);
+    EXPECT_EQ(texts.front(), "Test before");
+    EXPECT_EQ(texts[1], "Test 0");
+    const std::string losses = "Event overflow [";
+    ASSERT_TRUE(texts.back().starts_with(losses)) << texts.back();
+    const std::size_t written = texts.size() - 2;
+    EXPECT_EQ(texts[written], "Test " + std::to_string(written - 1));
+    EXPECT_EQ(written + std::stoul(texts.back().substr(losses.size())), 3000u);
 }
 
 TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
 {
-    const auto create = [] { delete LgInterProcessLock::create("vnbase test of locks that can't be opened"); };
+    const LockName name(folder);
+    const auto create = [&name] { delete LgInterProcessLock::create(name.get().c_str()); };
     const int descriptors = VnTest::countDescriptors();
     for (const int error : {EACCES, EMFILE, ENOSPC, EROFS}) {
         const FailingCall call("open", error);
@@ -372,8 +484,8 @@ TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
 
 TEST_F(LogFaults, aLockOfAKilledProcessPassesOn)
 {
-    std::string const name = "vnbase test of kills " + folder.path();
-    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.c_str()));
+    const LockName name(folder);
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.get().c_str()));
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     const ::pid_t child = ::fork();
