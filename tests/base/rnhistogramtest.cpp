@@ -3,7 +3,9 @@
 
 #include <base/rngaussianrng.h>
 #include <base/rnhistogram.h>
+#include <base/rnhistogramrng.h>
 #include <base/rnlecuyeruniformrng.h>
+#include <base/rnmexicanhatrng.h>
 #include <base/rnvandercorputrng.h>
 
 #include <gtest/gtest.h>
@@ -65,6 +67,20 @@ struct PlainHistogram
     RnHistogram<T> const& model;
     std::vector<T> bins;
     T total = T(0);
+};
+
+/// Gives the first number, the second, the first again, and then fails.
+template <class T>
+class FailingRng : public ScriptedRng<T>
+{
+public:
+    explicit FailingRng(T first = T(0.1), T second = T(0.9)) : ScriptedRng<T>({first, second}) {}
+    T operator()() override
+    {
+        if (this->draws == 3)
+            throw 1;
+        return ScriptedRng<T>::operator()();
+    }
 };
 }  // namespace
 
@@ -232,22 +248,42 @@ TEST(RnHistogramFloat, binAndTotalStopGrowingWhereFloatDoes)
 TYPED_TEST(RnHistogramTest, othersSourcesAreDrawnOneByOne)
 {
     using T = TypeParam;
-    class Failing : public ScriptedRng<T>
-    {
-    public:
-        Failing() : ScriptedRng<T>({T(0.1), T(0.9)}) {}
-        T operator()() override
-        {
-            if (this->draws == 3)
-                throw 1;
-            return ScriptedRng<T>::operator()();
-        }
-    };
-    Failing source;
+    FailingRng<T> source;
     RnHistogram<T> histogram(2, T(0), T(1));
     EXPECT_THROW(histogram.addSamples(source, 10), int);
     EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(1)}));
     EXPECT_EQ(histogram.getTotal(), T(3));
+}
+
+TYPED_TEST(RnHistogramTest, othersSourcesBehindOursAreDrawnOneByOneToo)
+{
+    using T = TypeParam;
+    RnHistogram<T> square(1, T(0), T(1));
+    square.addSample(T(0.5), T(1));
+    {
+        FailingRng<T> source;
+        Vn::RnMexicanHatRng<T> triangle(&source, T(0.5), T(1));
+        RnHistogram<T> histogram(2, T(0), T(1));
+        EXPECT_THROW(histogram.addSamples(triangle, 10), int);
+        EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(1)}));
+        EXPECT_EQ(histogram.getTotal(), T(3));
+    }
+    {
+        FailingRng<T> source;
+        Vn::RnHistogramRng<T> again(square, &source);
+        Vn::RnMexicanHatRng<T> triangle(&again, T(0.5), T(1));
+        RnUniformHistogram<T> histogram(2, T(0), T(1));
+        EXPECT_THROW(histogram.addSamples(triangle, 10), int);
+        EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(1)}));
+    }
+    {
+        FailingRng<T> source(T(0.75), T(0.5));
+        Vn::RnGaussianRng<T> gaussian(&source);
+        RnHistogram<T> histogram(4, T(-2), T(2));
+        EXPECT_THROW(histogram.addSamples(gaussian, 10), int);
+        EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(0), T(0), T(1), T(1)}));  // one pair: 0 and 1.67
+        EXPECT_EQ(source.draws, 3u);
+    }
 }
 
 TYPED_TEST(RnHistogramTest, aDerivedClassFindsItsOwnBins)
