@@ -3,6 +3,7 @@
 
 #include <base/exinternalerror.h>
 #include <base/rngaussianrng.h>
+#include <base/rnhistogramrng.h>
 #include <base/rnlecuyeruniformrng.h>
 #include <base/rnmath.h>
 #include <base/rnmexicanhatrng.h>
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <functional>
@@ -76,7 +78,7 @@ template <class T>
 class PlainGaussian
 {
 public:
-    PlainGaussian(RnLecuyerUniformRng<T>& source, T mean, T sigma) : _source(source), _mean(mean), _sigma(sigma) {}
+    PlainGaussian(Vn::RnRng<T>& source, T mean, T sigma) : _source(source), _mean(mean), _sigma(sigma) {}
 
     T draw()
     {
@@ -97,7 +99,7 @@ public:
     }
 
 private:
-    RnLecuyerUniformRng<T>& _source;
+    Vn::RnRng<T>& _source;
     T _mean, _sigma;
     bool _hasSpare = false;
     T _spare = T(0);
@@ -209,6 +211,60 @@ TYPED_TEST(RnDistributionTest, gaussianOfTheMiddleTwiceIsNotANumber)
     EXPECT_TRUE(std::isnan(gaussian()));
     EXPECT_TRUE(std::isnan(gaussian()));
     EXPECT_EQ(source.draws, 2u);  // not rejected
+}
+
+TYPED_TEST(RnDistributionTest, gaussianInBulkMeetsTheMiddleAsSingleDrawsDo)
+{
+    using T = TypeParam;
+    // A third of the numbers is exactly 0.5, so one pair in nine makes not-a-number among others that don't.
+    class Counted : public Vn::RnHistogram<T>
+    {
+    public:
+        explicit Counted(T const* edges) : Vn::RnHistogram<T>(3, edges) {}
+        int getBin(T x) const override { return static_cast<int>(x); }
+    };
+    const T edges[] = {T(0.25), T(0.5), T(0.5), T(0.75)};
+    Counted histogram(edges);
+    for (int bin = 0; bin < 3; ++bin)
+        histogram.addSample(static_cast<T>(bin), T(1));
+    RnLecuyerUniformRng<T> uniform, same;
+    Vn::RnHistogramRng<T> source(histogram, &uniform), plainSource(histogram, &same);
+    RnGaussianRng<T> gaussian(&source, T(1), T(2));
+    PlainGaussian<T> plain(plainSource, T(1), T(2));
+    int missing = 0, wrong = 0;
+    for (unsigned int size : {1000u, 256u, 7u}) {
+        std::vector<T> samples(size);
+        gaussian.getSequence(size, samples.data());
+        for (T sample : samples) {
+            const T expected = plain.draw();
+            missing += std::isnan(expected) ? 1 : 0;
+            wrong += bitsOf(sample) != bitsOf(expected) && !(std::isnan(sample) && std::isnan(expected)) ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_GT(missing, 50);
+    EXPECT_LT(missing, 400);
+    EXPECT_EQ(uniform(), same());
+}
+
+TYPED_TEST(RnDistributionTest, wrappersShareTheSequenceOfOneSource)
+{
+    using T = TypeParam;
+    ScriptedRng<T> source({T(0.25), T(0.75), T(0.5), T(0.125), T(0), T(1)});
+    {
+        RnMexicanHatRng<T> one(&source), other(&source, T(10), T(2));
+        EXPECT_EQ(one(), std::sqrt(T(0.5)) * T(0.5) - T(0.5));  // of 0.25
+        EXPECT_EQ(other(), T(11) - std::sqrt(T(0.5)));          // of 0.75
+        RnSeparableBiRng<T> pairs(&one);
+        T x, y;
+        pairs.getSample(x, y);
+        EXPECT_TRUE(x == T(0) && y == T(-0.25));  // of 0.5 and 0.125
+        RnAsymmetricalSeparableBiRng<T> both(&source, &source);
+        both.getSample(x, y);
+        EXPECT_TRUE(x == T(0) && y == T(1));
+    }
+    EXPECT_EQ(source.draws, 6u);
+    EXPECT_EQ(source(), T(0.25));  // the wrappers are gone, the source isn't
 }
 
 TYPED_TEST(RnDistributionTest, gaussianOverAStuckSourceEnds)
@@ -329,6 +385,7 @@ TYPED_TEST(RnDistributionTest, triangleTellsItsRangeAndDensity)
     EXPECT_EQ(triangle.getPdf(T(3)), T(0));
     EXPECT_EQ(triangle.getPdf(T(-1)), T(0));
     EXPECT_EQ(triangle.getPdf(T(9)), T(0));
+    EXPECT_EQ(triangle.getPdf(std::numeric_limits<T>::quiet_NaN()), T(0));
     EXPECT_EQ(standard.getPdf(T(0)), T(2));
     EXPECT_EQ(standard.getEfficientWidth(), T(1));
     triangle.restart();
@@ -373,6 +430,32 @@ TYPED_TEST(RnDistributionTest, separableDrawsInOrderAndPairsOtherwiseInBulk)
     EXPECT_TRUE(xs[1] == T(1) && ys[0] == T(2) && zs[0] == T(4) && zs[1] == T(5));
     cube.getSequence(0, arrays);
     EXPECT_EQ(source.draws, 6u);
+}
+
+TYPED_TEST(RnDistributionTest, separableSequencesAreTheirSourcesSequences)
+{
+    using T = TypeParam;
+    class Bulk : public ScriptedRng<T>
+    {
+    public:
+        Bulk() : ScriptedRng<T>({T(0)}) {}
+        void getSequence(unsigned int n, T* samples) override
+        {
+            ++calls;
+            std::fill(samples, samples + n, static_cast<T>(calls));
+        }
+        int calls = 0;
+    };
+    Bulk source, other;
+    T xs[2], ys[2], zs[2];
+    RnSeparableBiRng<T>(&source).getSequence(2, xs, ys);
+    EXPECT_TRUE(xs[0] == T(1) && xs[1] == T(1) && ys[0] == T(2) && ys[1] == T(2));
+    RnAsymmetricalSeparableBiRng<T>(&other, &source).getSequence(2, xs, ys);
+    EXPECT_TRUE(xs[1] == T(1) && ys[1] == T(3));
+    T* arrays[3] = {xs, ys, zs};
+    RnSeparableMultiRng<T, 3>(&source).getSequence(2, arrays);
+    EXPECT_TRUE(xs[1] == T(4) && ys[1] == T(5) && zs[1] == T(6));
+    EXPECT_EQ(source.draws + other.draws, 0u);
 }
 
 TYPED_TEST(RnDistributionTest, separableTellsItsSourcesRangeAndDensity)

@@ -15,6 +15,7 @@
 using Vn::RnHistogramHemispherical;
 using Vn::RnHistogramSpherical;
 using VnTest::dumpOf;
+using VnTest::flushesEachLine;
 using VnTest::reckonedDump;
 using VnTest::sceneOf;
 
@@ -215,6 +216,8 @@ TYPED_TEST(RnHistogramSphericalTest, dumpsAreTheReckonedTexts)
     EXPECT_EQ(sceneOf(half), reckonedDump<T>("hemisphere scene"));
     EXPECT_EQ(dumpOf(whole), reckonedDump<T>("sphere dump"));
     EXPECT_EQ(sceneOf(whole), reckonedDump<T>("sphere scene"));
+    EXPECT_TRUE(flushesEachLine(half));
+    EXPECT_TRUE(flushesEachLine(whole));
 }
 
 TYPED_TEST(RnHistogramSphericalTest, copiesAreApart)

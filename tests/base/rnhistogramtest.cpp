@@ -20,6 +20,7 @@ using Vn::RnHistogram;
 using Vn::RnLecuyerUniformRng;
 using Vn::RnUniformHistogram;
 using VnTest::dumpOf;
+using VnTest::flushesEachLine;
 using VnTest::reckonedDump;
 using VnTest::sceneOf;
 using VnTest::ScriptedRng;
@@ -375,6 +376,7 @@ TYPED_TEST(RnHistogramTest, dumpsAreTheReckonedTexts)
     histogram.addSample(T(2), T(4));
     EXPECT_EQ(dumpOf(histogram), reckonedDump<T>("line dump"));
     EXPECT_EQ(sceneOf(histogram), reckonedDump<T>("line scene"));
+    EXPECT_TRUE(flushesEachLine(histogram));
 }
 
 TYPED_TEST(RnHistogramTest, dumpsUseTheStreamsFormatAndLeaveIt)
