@@ -224,4 +224,14 @@ TYPED_TEST(RnHistogramBiTest, copiesAreApart)
     other.addSample(T(0.3), T(0.3), T(1));
     plain = other;
     EXPECT_EQ(plain.getTotal(), T(1));
+    // Where to look for a bin goes along, to one that has looked elsewhere.
+    const T xEdges[] = {T(-9), T(0), T(0.125), T(0.25), T(0.5), T(9)}, yEdges[] = {T(0), T(7), T(7.5), T(8), T(90)};
+    plain = RnHistogramBi<T>(5, 4, xEdges, yEdges);
+    for (unsigned int ix = 0; ix < 5; ++ix) {
+        for (unsigned int iy = 0; iy < 4; ++iy) {
+            EXPECT_EQ(binOf(plain, xEdges[ix], yEdges[iy]), Bin(ix, iy));
+            EXPECT_EQ(binOf(plain, std::nextafter(xEdges[ix + 1], T(-99)), std::nextafter(yEdges[iy + 1], T(-99))),
+                      Bin(ix, iy));
+        }
+    }
 }

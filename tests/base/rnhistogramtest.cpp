@@ -70,6 +70,16 @@ struct PlainHistogram
     T total = T(0);
 };
 
+/// One of the library's own generators, so that it is asked in bulk, which gives the same number for ever.
+template <class T>
+struct ConstantSource
+{
+    explicit ConstantSource(T value) : rng(&zeros, value, std::numeric_limits<T>::min() * T(4)) {}
+
+    Vn::RnVanDerCorputRng<T> zeros{1};  ///< base 1: 0 for every point, so the lower end of what is below
+    Vn::RnMexicanHatRng<T> rng;         ///< a triangle too narrow to have an end of its own
+};
+
 /// Gives the first number, the second, the first again, and then fails.
 template <class T>
 class FailingRng : public ScriptedRng<T>
@@ -132,6 +142,8 @@ TYPED_TEST(RnHistogramTest, everyEdgeAndItsNeighboursAreFoundAsByTheSearch)
     all.push_back({-this->infinity, T(0), T(1), T(2), this->infinity});
     all.push_back({T(0), std::numeric_limits<T>::denorm_min(), 2 * std::numeric_limits<T>::denorm_min(),
                    3 * std::numeric_limits<T>::denorm_min(), 5 * std::numeric_limits<T>::denorm_min()});
+    // The last four lie so close to 0 that each is as far from the first as the last is.
+    all.push_back({T(-1), T(-0.5), T(1e-30), T(2e-30), T(3e-30), T(4e-30)});
     std::vector<T> squares, crowded;
     for (int i = 0; i <= 200; ++i) {
         squares.push_back(static_cast<T>(i) * static_cast<T>(i) / T(700));
@@ -186,6 +198,7 @@ TYPED_TEST(RnHistogramTest, uniformBinsAreFoundByDivision)
     EXPECT_EQ(histogram.getBin(T(2)), 7);
     EXPECT_EQ(histogram.getBin(T(-1)), 0);
     EXPECT_EQ(histogram.getBin(T(-1.0001)), -1);
+    EXPECT_EQ(histogram.getBin(T(-4)), -7);  // whole already
     EXPECT_EQ(histogram.getBin(this->nan), 7);
     EXPECT_EQ(histogram.getBin(this->infinity), std::numeric_limits<int>::max());
     EXPECT_EQ(histogram.getBin(-this->infinity), std::numeric_limits<int>::min());
@@ -229,6 +242,47 @@ TYPED_TEST(RnHistogramTest, manySamplesAreAddedAsOneByOne)
         plainEdges.expectIs(byEdges);
         plainWidth.expectIs(byWidth);
         EXPECT_EQ(gaussian(), plainGaussian());
+    }
+}
+
+TYPED_TEST(RnHistogramTest, pointsOnEdgesAreAddedInBulkAsOneByOne)
+{
+    using T = TypeParam;
+    const T edges[] = {T(-2), T(-1), T(0.5), T(0.75), T(1), T(3)};
+    RnHistogram<T> byEdges(5, edges), few(2, edges);
+    RnUniformHistogram<T> byWidth(5, T(-2), T(3));
+    for (RnHistogram<T>* histogram : {&byEdges, &few, static_cast<RnHistogram<T>*>(&byWidth)}) {
+        PlainHistogram<T> plain(*histogram);
+        for (T edge : edges) {
+            for (T x : {std::nextafter(edge, T(-9)), edge, std::nextafter(edge, T(9))}) {
+                ConstantSource<T> source(x);
+                ASSERT_EQ(source.rng(), x);
+                histogram->addSamples(source.rng, 3);
+                for (int i = 0; i < 3; ++i)
+                    plain.add(x, T(1));
+                plain.expectIs(*histogram);
+            }
+        }
+    }
+}
+
+TYPED_TEST(RnHistogramTest, totalsThatAreNoCountsGrowByOneEachTime)
+{
+    using T = TypeParam;
+    const T large = T(4) / std::numeric_limits<T>::epsilon();
+    for (T start : {T(0.1), T(-0.1), T(-8), -large, -large / T(4) - T(2), large / T(4) - T(3), large, this->nan,
+                    this->infinity, -this->infinity}) {
+        RnUniformHistogram<T> histogram(2, T(0), T(1));
+        PlainHistogram<T> plain(histogram);
+        histogram.addSample(T(0.25), start);
+        plain.add(T(0.25), start);
+        ConstantSource<T> source(T(0.75));
+        histogram.addSamples(source.rng, 500);
+        for (int i = 0; i < 500; ++i)
+            plain.add(T(0.75), T(1));
+        EXPECT_TRUE(histogram.getTotal() == plain.total || (std::isnan(start) && std::isnan(histogram.getTotal())))
+            << start;
+        EXPECT_EQ(histogram.getBinValue(1), T(500));
     }
 }
 
@@ -361,6 +415,16 @@ TYPED_TEST(RnHistogramTest, copiesAreApart)
     RnHistogram<T> edges(8, T(0), T(2)), other(2, T(0), T(1));
     other = edges;
     EXPECT_EQ(other.getBin(T(1)), 4);
+    // Where to look for a bin goes along, to one that has looked elsewhere.
+    const T uneven[] = {T(-9), T(0), T(0.125), T(0.25), T(0.5), T(9)};
+    const RnHistogram<T> source(5, uneven);
+    RnHistogram<T> target(8, T(0), T(2));
+    target = source;
+    for (T x : {T(-9.5), T(-9), T(-1), T(0), T(0.2), T(0.25), T(0.5), T(8), T(9)})
+        EXPECT_EQ(target.getBin(x), plainBin(source.getEdges(), x)) << x;
+    target = other;
+    for (T x : {T(-1), T(0), T(0.3), T(1), T(1.9), T(2)})
+        EXPECT_EQ(target.getBin(x), plainBin(other.getEdges(), x)) << x;
     one = two;
     EXPECT_EQ(one.getBin(T(0.5)), 2);
     EXPECT_EQ(one.getTotal(), T(2));
