@@ -270,8 +270,8 @@ TYPED_TEST(RnHistogramTest, totalsThatAreNoCountsGrowByOneEachTime)
 {
     using T = TypeParam;
     const T large = T(4) / std::numeric_limits<T>::epsilon();
-    for (T start : {T(0.1), T(-0.1), T(-8), -large, -large / T(4) - T(2), large / T(4) - T(3), large, this->nan,
-                    this->infinity, -this->infinity}) {
+    for (T start : {T(0.1), T(2) / T(3), T(-0.1), T(-8), -large, -large / T(4) - T(2), large / T(4) - T(3), large,
+                    this->nan, this->infinity, -this->infinity}) {
         RnUniformHistogram<T> histogram(2, T(0), T(1));
         PlainHistogram<T> plain(histogram);
         histogram.addSample(T(0.25), start);
