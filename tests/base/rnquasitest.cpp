@@ -222,7 +222,7 @@ TYPED_TEST(RnQuasiTest, aDrawOfAHalfFromTwoToFourIsThree)
 TYPED_TEST(RnQuasiTest, restartRepeatsAllOutput)
 {
     using T = TypeParam;
-    constexpr unsigned int count = 600;
+    static constexpr unsigned int count = 600;
     // Single draws, then a sequence, then single draws again; from the start and from a later point.
     auto const drawn = [](auto& rng, auto dimensions) {
         constexpr int N = decltype(dimensions)::value;
