@@ -351,6 +351,26 @@ TYPED_TEST(RnDistributionTest, gaussianTellsItsRangeAndDensity)
     EXPECT_TRUE(std::isnan(gaussian.getPdf(std::numeric_limits<T>::quiet_NaN())));
 }
 
+TYPED_TEST(RnDistributionTest, densitiesAreFormedInTheirOrder)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    const T centre = T(0.3), size = T(0.7);
+    const RnGaussianRng<T> gaussian(&uniform, centre, size);
+    const RnMexicanHatRng<T> triangle(&uniform, centre, size);
+    const T normalisation = (sizeof(T) == 4 ? T(0.39894226f) : T(0.3989422804014327)) / size;
+    const T inverse = T(1) / (size * T(0.5));
+    int wrong = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const T x = uniform(T(-1), T(2)), distance = x - centre;
+        const T exponent = (T(-0.5) / (size * size)) * (distance * distance);
+        const T bell = static_cast<T>(std::exp(static_cast<double>(exponent))) * normalisation;
+        const T slope = (T(1) - std::abs(distance) * inverse) * inverse;
+        wrong += gaussian.getPdf(x) != bell || triangle.getPdf(x) != std::max(slope, T(0)) ? 1 : 0;
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
 TYPED_TEST(RnDistributionTest, gaussianChecksItsArguments)
 {
     using T = TypeParam;
