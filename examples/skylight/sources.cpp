@@ -51,6 +51,7 @@ private:
 class OneDimensionalSource : public PixelSource
 {
 public:
+    OneDimensionalSource() { OneDimensionalSource::jump(0); }
     char const* getName() const override { return _first.getName(); }
 
 protected:

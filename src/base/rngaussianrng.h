@@ -51,6 +51,8 @@ public:
     T getSigma() const;
 
 private:
+    friend struct RnSource;  ///< looks at what stands behind
+
     struct Pairs;
 
     T drawStandard();

@@ -45,6 +45,8 @@ public:
     char const* getName() const override;
 
 private:
+    friend struct RnSource;  ///< looks at what stands behind
+
     T mapped(T u) const;
 
     std::uint32_t _count;

@@ -44,6 +44,8 @@ public:
     char const* getName() const override;
 
 private:
+    friend struct RnSource;  ///< looks at what stands behind
+
     T mapped(T u) const;
 
     T _centre;

@@ -22,11 +22,30 @@ bool isOneOf(std::type_info const& type)
 }
 }  // namespace
 
+/// What stands behind a generator of numbers that draws from another; null for others.
+struct RnSource
+{
+    template <class T>
+    static RnRng<T> const* behind(RnRng<T> const& rng, std::type_info const& type)
+    {
+        if (type == typeid(RnGaussianRng<T>))
+            return static_cast<RnGaussianRng<T> const&>(rng)._uniRng;
+        if (type == typeid(RnMexicanHatRng<T>))
+            return static_cast<RnMexicanHatRng<T> const&>(rng)._uniRng;
+        if (type == typeid(RnHistogramRng<T>))
+            return static_cast<RnHistogramRng<T> const&>(rng)._rng;
+        return nullptr;
+    }
+};
+
 template <class T>
 bool isAlikeInBulk(RnRng<T> const& source)
 {
-    return isOneOf<RnLecuyerUniformRng<T>, RnNumRecUniformRng<T>, RnVanDerCorputRng<T>, RnGaussianRng<T>,
-                   RnMexicanHatRng<T>, RnHistogramRng<T>, RnStdUniformRng<T>>(typeid(source));
+    std::type_info const& type = typeid(source);
+    if (isOneOf<RnLecuyerUniformRng<T>, RnNumRecUniformRng<T>, RnVanDerCorputRng<T>, RnStdUniformRng<T>>(type))
+        return true;
+    RnRng<T> const* const behind = RnSource::behind(source, type);
+    return behind != nullptr && isAlikeInBulk(*behind);
 }
 
 template <class T>

@@ -7,8 +7,8 @@ namespace Vn
 {
 
 /// Whether `source` is exactly a generator of this library whose getSequence() is known to give what as many single draws
-/// give. Only such a source is asked for many numbers at once where the rule speaks of single draws: one of somebody
-/// else's may count its draws, or throw in the middle. Private to the library.
+/// give, and so is what stands behind it. Only such a source is asked for many numbers at once where the rule speaks of
+/// single draws: one of somebody else's may count its draws, or throw in the middle. Private to the library.
 template <class T>
 bool isAlikeInBulk(RnRng<T> const& source);
 template <class T>

@@ -71,6 +71,8 @@ TEST(FloatUtil, equalIsWithinTheTolerance)
     EXPECT_TRUE(FloatUtil::isEqual(1.0, 1.00000009));
     EXPECT_FALSE(FloatUtil::isEqual(1.0, 1.0000002));
     EXPECT_FALSE(FloatUtil::isEqual(0.0, 1e-7));  // exactly the tolerance apart
+    EXPECT_FALSE(FloatUtil::isEqual(0.0f, 0.0001f));
+    EXPECT_TRUE(FloatUtil::isEqual(0.0f, 0.000099f));
     EXPECT_TRUE(FloatUtil::isEqual(0.0, 0.99e-7));
     EXPECT_FALSE(FloatUtil::isEqual(0.0, 0.5, 0.5));
     EXPECT_TRUE(FloatUtil::isEqual(0.0, 0.49, 0.5));

@@ -3,6 +3,7 @@
 
 #include <base/exinternalerror.h>
 #include <base/rngaussianrng.h>
+#include <base/rnhistogramrng.h>
 #include <base/rnlecuyeruniformrng.h>
 #include <base/rnmath.h>
 #include <base/rnmexicanhatrng.h>
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <functional>
@@ -72,11 +74,11 @@ std::uint64_t bitsOf(double value)
 }
 
 /// The polar method as it is told.
-template <class T>
+template <class Source, class T>
 class PlainGaussian
 {
 public:
-    PlainGaussian(RnLecuyerUniformRng<T>& source, T mean, T sigma) : _source(source), _mean(mean), _sigma(sigma) {}
+    PlainGaussian(Source& source, T mean, T sigma) : _source(source), _mean(mean), _sigma(sigma) {}
 
     T draw()
     {
@@ -97,7 +99,7 @@ public:
     }
 
 private:
-    RnLecuyerUniformRng<T>& _source;
+    Source& _source;
     T _mean, _sigma;
     bool _hasSpare = false;
     T _spare = T(0);
@@ -113,6 +115,15 @@ void expectAssertion(std::function<void()> const& call, std::string const& condi
         EXPECT_STREQ(failure.getFileName(), file);
     }
 }
+
+/// Bins that are filled by their number, so that one without a width can be filled too: a number to draw exactly.
+template <class T>
+class Counted : public Vn::RnHistogram<T>
+{
+public:
+    using Vn::RnHistogram<T>::RnHistogram;
+    int getBin(T x) const override { return static_cast<int>(x); }
+};
 
 template <class T>
 class RnDistributionTest : public testing::Test
@@ -137,10 +148,10 @@ TYPED_TEST(RnDistributionTest, gaussianInEveryFormIsBitForBitOneStream)
     using T = TypeParam;
     RnLecuyerUniformRng<T> uniform(1, 7), same(1, 7);
     RnGaussianRng<T> gaussian(&uniform, T(0.25), T(3));
-    PlainGaussian<T> plain(same, T(0.25), T(3));
+    PlainGaussian plain(same, T(0.25), T(3));
     std::vector<T> samples(5000);
     unsigned int wrong = 0;
-    for (int round = 0; round < 5; ++round) {
+    for (unsigned int round = 0; round < 5; ++round) {
         for (unsigned int size : {0u, 1u, 2u, 3u, 7u, 255u, 256u, 257u, 258u, 1u, 1u, 511u, 4096u, 5000u}) {
             gaussian.getSequence(size, samples.data());
             for (unsigned int i = 0; i < size; ++i)
@@ -148,7 +159,8 @@ TYPED_TEST(RnDistributionTest, gaussianInEveryFormIsBitForBitOneStream)
             T sample;
             gaussian.getSample(sample);
             wrong += bitsOf(sample) != bitsOf(plain.draw()) ? 1 : 0;
-            if (size % 2 == 0)
+            // In every other round the sequences begin with the half of a pair that waits.
+            if (size % 2 == round % 2)
                 wrong += bitsOf(gaussian()) != bitsOf(plain.draw()) ? 1 : 0;
         }
     }
@@ -181,6 +193,7 @@ TYPED_TEST(RnDistributionTest, gaussianSequenceOfOneAndASampleAreAPair)
     RnGaussianRng<T> gaussian(&uniform), plain(&same);
     T first, second;
     gaussian.getSequence(1, &first);
+    gaussian.getSequence(0, nullptr);  // leaves the other half where it is
     gaussian.getSample(second);
     EXPECT_EQ(first, plain());
     EXPECT_EQ(second, plain());
@@ -209,6 +222,84 @@ TYPED_TEST(RnDistributionTest, gaussianOfTheMiddleTwiceIsNotANumber)
     EXPECT_TRUE(std::isnan(gaussian()));
     EXPECT_TRUE(std::isnan(gaussian()));
     EXPECT_EQ(source.draws, 2u);  // not rejected
+}
+
+TYPED_TEST(RnDistributionTest, gaussianInBulkMeetsTheMiddleAsSingleDrawsDo)
+{
+    using T = TypeParam;
+    // A quarter of the numbers is exactly 0.5 and another exactly 1: one pair in 16 makes not-a-number among others that
+    // don't, and two in 16 lie on the circle, which is outside.
+    const T edges[] = {T(0.25), T(0.5), T(0.5), T(0.75), T(1), T(1)};
+    Counted<T> histogram(5, edges);
+    for (int bin : {0, 1, 2, 4})
+        histogram.addSample(static_cast<T>(bin), T(1));
+    RnLecuyerUniformRng<T> uniform, same;
+    Vn::RnHistogramRng<T> source(histogram, &uniform), plainSource(histogram, &same);
+    RnGaussianRng<T> gaussian(&source, T(1), T(2));
+    PlainGaussian plain(plainSource, T(1), T(2));
+    int missing = 0, wrong = 0;
+    for (unsigned int size : {1000u, 256u, 7u}) {
+        std::vector<T> samples(size);
+        gaussian.getSequence(size, samples.data());
+        for (T sample : samples) {
+            const T expected = plain.draw();
+            missing += std::isnan(expected) ? 1 : 0;
+            wrong += bitsOf(sample) != bitsOf(expected) && !(std::isnan(sample) && std::isnan(expected)) ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_GT(missing, 50);
+    EXPECT_LT(missing, 400);
+    EXPECT_EQ(uniform(), same());
+}
+
+TYPED_TEST(RnDistributionTest, gaussianInBulkCountsItsFailuresForEachPairByItself)
+{
+    using T = TypeParam;
+    // Some 2,500 pairs to one that lies in the circle: for one they don't pass the limit, for 128 they would.
+    const T edges[] = {T(0), T(0), T(0.45), T(0.55)};
+    Counted<T> histogram(3, edges);
+    histogram.addSample(T(0), T(49));
+    histogram.addSample(T(2), T(1));
+    RnLecuyerUniformRng<T> uniform, same;
+    Vn::RnHistogramRng<T> source(histogram, &uniform), plainSource(histogram, &same);
+    RnGaussianRng<T> gaussian(&source), plain(&plainSource);
+    std::vector<T> samples(301);
+    gaussian.getSequence(301, samples.data());
+    int wrong = 0;
+    for (T sample : samples)
+        wrong += bitsOf(sample) != bitsOf(plain()) ? 1 : 0;
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(uniform(), same());
+}
+
+TYPED_TEST(RnDistributionTest, gaussianTakesPairsInsideTheCircleAlone)
+{
+    using T = TypeParam;
+    ScriptedRng<T> source({T(1), T(0.5), std::nextafter(T(1), T(0)), T(0.5)});
+    RnGaussianRng<T> gaussian(&source);
+    EXPECT_GT(gaussian(), T(0));
+    EXPECT_EQ(source.draws, 4u);  // a square of 1 is drawn again, one just below isn't
+}
+
+TYPED_TEST(RnDistributionTest, wrappersShareTheSequenceOfOneSource)
+{
+    using T = TypeParam;
+    ScriptedRng<T> source({T(0.25), T(0.75), T(0.5), T(0.125), T(0), T(1)});
+    {
+        RnMexicanHatRng<T> one(&source), other(&source, T(10), T(2));
+        EXPECT_EQ(one(), std::sqrt(T(0.5)) * T(0.5) - T(0.5));  // of 0.25
+        EXPECT_EQ(other(), T(11) - std::sqrt(T(0.5)));          // of 0.75
+        RnSeparableBiRng<T> pairs(&one);
+        T x, y;
+        pairs.getSample(x, y);
+        EXPECT_TRUE(x == T(0) && y == T(-0.25));  // of 0.5 and 0.125
+        RnAsymmetricalSeparableBiRng<T> both(&source, &source);
+        both.getSample(x, y);
+        EXPECT_TRUE(x == T(0) && y == T(1));
+    }
+    EXPECT_EQ(source.draws, 6u);
+    EXPECT_EQ(source(), T(0.25));  // the wrappers are gone, the source isn't
 }
 
 TYPED_TEST(RnDistributionTest, gaussianOverAStuckSourceEnds)
@@ -258,6 +349,26 @@ TYPED_TEST(RnDistributionTest, gaussianTellsItsRangeAndDensity)
     EXPECT_NEAR(gaussian.getPdf(T(13)), atThree, T(4) * std::numeric_limits<T>::epsilon() * atThree);
     EXPECT_EQ(gaussian.getPdf(T(13)), gaussian.getPdf(T(7)));
     EXPECT_TRUE(std::isnan(gaussian.getPdf(std::numeric_limits<T>::quiet_NaN())));
+}
+
+TYPED_TEST(RnDistributionTest, densitiesAreFormedInTheirOrder)
+{
+    using T = TypeParam;
+    RnLecuyerUniformRng<T> uniform;
+    const T centre = T(0.3), size = T(0.7);
+    const RnGaussianRng<T> gaussian(&uniform, centre, size);
+    const RnMexicanHatRng<T> triangle(&uniform, centre, size);
+    const T normalisation = (sizeof(T) == 4 ? T(0.39894226f) : T(0.3989422804014327)) / size;
+    const T inverse = T(1) / (size * T(0.5));
+    int wrong = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const T x = uniform(T(-1), T(2)), distance = x - centre;
+        const T exponent = (T(-0.5) / (size * size)) * (distance * distance);
+        const T bell = static_cast<T>(std::exp(static_cast<double>(exponent))) * normalisation;
+        const T slope = (T(1) - std::abs(distance) * inverse) * inverse;
+        wrong += gaussian.getPdf(x) != bell || triangle.getPdf(x) != std::max(slope, T(0)) ? 1 : 0;
+    }
+    EXPECT_EQ(wrong, 0);
 }
 
 TYPED_TEST(RnDistributionTest, gaussianChecksItsArguments)
@@ -329,6 +440,7 @@ TYPED_TEST(RnDistributionTest, triangleTellsItsRangeAndDensity)
     EXPECT_EQ(triangle.getPdf(T(3)), T(0));
     EXPECT_EQ(triangle.getPdf(T(-1)), T(0));
     EXPECT_EQ(triangle.getPdf(T(9)), T(0));
+    EXPECT_EQ(triangle.getPdf(std::numeric_limits<T>::quiet_NaN()), T(0));
     EXPECT_EQ(standard.getPdf(T(0)), T(2));
     EXPECT_EQ(standard.getEfficientWidth(), T(1));
     triangle.restart();
@@ -373,6 +485,32 @@ TYPED_TEST(RnDistributionTest, separableDrawsInOrderAndPairsOtherwiseInBulk)
     EXPECT_TRUE(xs[1] == T(1) && ys[0] == T(2) && zs[0] == T(4) && zs[1] == T(5));
     cube.getSequence(0, arrays);
     EXPECT_EQ(source.draws, 6u);
+}
+
+TYPED_TEST(RnDistributionTest, separableSequencesAreTheirSourcesSequences)
+{
+    using T = TypeParam;
+    class Bulk : public ScriptedRng<T>
+    {
+    public:
+        Bulk() : ScriptedRng<T>({T(0)}) {}
+        void getSequence(unsigned int n, T* samples) override
+        {
+            ++calls;
+            std::fill(samples, samples + n, static_cast<T>(calls));
+        }
+        int calls = 0;
+    };
+    Bulk source, other;
+    T xs[2], ys[2], zs[2];
+    RnSeparableBiRng<T>(&source).getSequence(2, xs, ys);
+    EXPECT_TRUE(xs[0] == T(1) && xs[1] == T(1) && ys[0] == T(2) && ys[1] == T(2));
+    RnAsymmetricalSeparableBiRng<T>(&other, &source).getSequence(2, xs, ys);
+    EXPECT_TRUE(xs[1] == T(1) && ys[1] == T(3));
+    T* arrays[3] = {xs, ys, zs};
+    RnSeparableMultiRng<T, 3>(&source).getSequence(2, arrays);
+    EXPECT_TRUE(xs[1] == T(4) && ys[1] == T(5) && zs[1] == T(6));
+    EXPECT_EQ(source.draws + other.draws, 0u);
 }
 
 TYPED_TEST(RnDistributionTest, separableTellsItsSourcesRangeAndDensity)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <ostream>
 #include <sstream>
 #include <string>
 
@@ -41,6 +43,32 @@ std::string sceneOf(Histogram const& histogram)
     std::ostringstream stream;
     histogram.dumpInventor(stream);
     return stream.str();
+}
+
+/// Counts how often it is flushed.
+class FlushedBuffer : public std::stringbuf
+{
+public:
+    int flushes = 0;
+
+protected:
+    int sync() override
+    {
+        ++flushes;
+        return std::stringbuf::sync();
+    }
+};
+
+/// Whether each line of both dumps ends with a flush, as std::endl has it, and with nothing after the last.
+template <class Histogram>
+bool flushesEachLine(Histogram const& histogram)
+{
+    FlushedBuffer buffer;
+    std::ostream stream(&buffer);
+    histogram.dump(stream);
+    histogram.dumpInventor(stream);
+    const std::string text = buffer.str();
+    return buffer.flushes == std::count(text.begin(), text.end(), '\n') && text.back() == '\n';
 }
 
 }  // namespace VnTest

@@ -11,11 +11,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 #include <vector>
 
 using Vn::RnHistogramBi;
 using Vn::RnUniformHistogramBi;
 using VnTest::dumpOf;
+using VnTest::flushesEachLine;
 using VnTest::reckonedDump;
 using VnTest::sceneOf;
 using VnTest::ScriptedBiRng;
@@ -63,6 +65,8 @@ TYPED_TEST(RnHistogramBiTest, binsAreFoundInEachCoordinate)
              {T(-1), T(0)}, {T(4), T(0)}, {T(1), T(-2)}, {T(1), T(2)}, {this->nan, T(0)}, {T(1), this->nan}})
         histogram.addSample(x, y, T(1));
     EXPECT_EQ(histogram.getTotal(), T(2.5));
+    static_assert(std::is_same_v<decltype(histogram.getNbBinsX()), T>);
+    static_assert(std::is_same_v<decltype(histogram.getNbBinsY()), T>);
     EXPECT_EQ(histogram.getNbBinsX(), T(2));
     EXPECT_EQ(histogram.getNbBinsY(), T(3));
 }
@@ -198,6 +202,7 @@ TYPED_TEST(RnHistogramBiTest, dumpsAreTheReckonedTexts)
         histogram.addSample(xEdges[i % 2], yEdges[i / 2], weights[i]);
     EXPECT_EQ(dumpOf(histogram), reckonedDump<T>("area dump"));
     EXPECT_EQ(sceneOf(histogram), reckonedDump<T>("area scene"));
+    EXPECT_TRUE(flushesEachLine(histogram));
 }
 
 TYPED_TEST(RnHistogramBiTest, framesLastVerticesTakeTheMiddleOfXForBoth)
@@ -219,4 +224,14 @@ TYPED_TEST(RnHistogramBiTest, copiesAreApart)
     other.addSample(T(0.3), T(0.3), T(1));
     plain = other;
     EXPECT_EQ(plain.getTotal(), T(1));
+    // Where to look for a bin goes along, to one that has looked elsewhere.
+    const T xEdges[] = {T(-9), T(0), T(0.125), T(0.25), T(0.5), T(9)}, yEdges[] = {T(0), T(7), T(7.5), T(8), T(90)};
+    plain = RnHistogramBi<T>(5, 4, xEdges, yEdges);
+    for (unsigned int ix = 0; ix < 5; ++ix) {
+        for (unsigned int iy = 0; iy < 4; ++iy) {
+            EXPECT_EQ(binOf(plain, xEdges[ix], yEdges[iy]), Bin(ix, iy));
+            EXPECT_EQ(binOf(plain, std::nextafter(xEdges[ix + 1], T(-99)), std::nextafter(yEdges[iy + 1], T(-99))),
+                      Bin(ix, iy));
+        }
+    }
 }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -15,6 +16,7 @@
 using Vn::RnHistogramHemispherical;
 using Vn::RnHistogramSpherical;
 using VnTest::dumpOf;
+using VnTest::flushesEachLine;
 using VnTest::reckonedDump;
 using VnTest::sceneOf;
 
@@ -75,6 +77,55 @@ TYPED_TEST(RnHistogramSphericalTest, binsAreEvenInCosineAndAzimuth)
     EXPECT_EQ(byCosine(whole, T(0.49), T(3.2)), Bin(2, 4));
     EXPECT_EQ(byAngles(half, T(1), T(0)), Bin(2, 0));  // cos 1 = 0.54
     EXPECT_EQ(byAngles(whole, T(3), T(0)), Bin(0, 0));
+}
+
+TYPED_TEST(RnHistogramSphericalTest, placesAreProductsWithTheScales)
+{
+    using T = TypeParam;
+    // Rounding shows at the edges: where a quotient would be whole, the product may lie just below.
+    const T perTurn = sizeof(T) == 4 ? T(0.15915494f) : T(0.15915494309189535);
+    for (unsigned int count = 1; count <= 100; ++count) {
+        const RnHistogramHemispherical<T> half(count, count);
+        const RnHistogramSpherical<T> whole(count, count);
+        const T n = static_cast<T>(count);
+        for (unsigned int i = 0; i < count; ++i) {
+            const T phi = static_cast<T>(i) / n * this->twoPi, cosine = static_cast<T>(i) / n;
+            const unsigned int ip = static_cast<unsigned int>(phi * (n * perTurn));
+            ASSERT_EQ(byCosine(half, cosine, phi),
+                      Bin(static_cast<unsigned int>(cosine * n), std::min(ip, count - 1)));
+            ASSERT_EQ(byCosine(whole, cosine, phi),
+                      Bin(static_cast<unsigned int>((cosine + T(1)) * (n * T(0.5))), std::min(ip, count - 1)));
+            ASSERT_EQ(byAngles(whole, T(1.5), phi).second, ip);
+        }
+    }
+}
+
+TYPED_TEST(RnHistogramSphericalTest, dumpsTakeTheReciprocalOfACountTimesTheIndex)
+{
+    using T = TypeParam;
+    constexpr unsigned int nc = 49, np = 41;  // where that is not always the quotient
+    const RnHistogramHemispherical<T> half(nc, np);
+    const RnHistogramSpherical<T> whole(nc, np);
+    std::ostringstream halfDump, wholeDump, halfExpected, wholeExpected;
+    for (std::ostringstream* stream : {&halfDump, &wholeDump, &halfExpected, &wholeExpected})
+        stream->precision(std::numeric_limits<T>::max_digits10);
+    half.dump(halfDump);
+    whole.dump(wholeDump);
+    const T perCosine = T(1) / static_cast<T>(nc), perAzimuth = T(1) / static_cast<T>(np);
+    auto const write = [](std::ostream& stream, T a, T b, T c, T d) {
+        stream << a << " " << b << " " << c << " " << d << " 0\n";
+    };
+    for (unsigned int ic = 0; ic < nc; ++ic) {
+        for (unsigned int ip = 0; ip < np; ++ip) {
+            const T lower = perCosine * static_cast<T>(ic), upper = perCosine * static_cast<T>(ic + 1);
+            const T from = perAzimuth * static_cast<T>(ip) * this->twoPi;
+            const T to = perAzimuth * static_cast<T>(ip + 1) * this->twoPi;
+            write(halfExpected, lower, upper, from, to);
+            write(wholeExpected, T(2) * lower - T(1), T(2) * upper - T(1), from, to);
+        }
+    }
+    EXPECT_EQ(halfDump.str(), halfExpected.str());
+    EXPECT_EQ(wholeDump.str(), wholeExpected.str());
 }
 
 TYPED_TEST(RnHistogramSphericalTest, onlyTheCosineFormIsLoweredToTheLastBin)
@@ -215,6 +266,8 @@ TYPED_TEST(RnHistogramSphericalTest, dumpsAreTheReckonedTexts)
     EXPECT_EQ(sceneOf(half), reckonedDump<T>("hemisphere scene"));
     EXPECT_EQ(dumpOf(whole), reckonedDump<T>("sphere dump"));
     EXPECT_EQ(sceneOf(whole), reckonedDump<T>("sphere scene"));
+    EXPECT_TRUE(flushesEachLine(half));
+    EXPECT_TRUE(flushesEachLine(whole));
 }
 
 TYPED_TEST(RnHistogramSphericalTest, copiesAreApart)

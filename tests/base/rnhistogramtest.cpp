@@ -3,7 +3,9 @@
 
 #include <base/rngaussianrng.h>
 #include <base/rnhistogram.h>
+#include <base/rnhistogramrng.h>
 #include <base/rnlecuyeruniformrng.h>
+#include <base/rnmexicanhatrng.h>
 #include <base/rnvandercorputrng.h>
 
 #include <gtest/gtest.h>
@@ -18,6 +20,7 @@ using Vn::RnHistogram;
 using Vn::RnLecuyerUniformRng;
 using Vn::RnUniformHistogram;
 using VnTest::dumpOf;
+using VnTest::flushesEachLine;
 using VnTest::reckonedDump;
 using VnTest::sceneOf;
 using VnTest::ScriptedRng;
@@ -65,6 +68,30 @@ struct PlainHistogram
     RnHistogram<T> const& model;
     std::vector<T> bins;
     T total = T(0);
+};
+
+/// One of the library's own generators, so that it is asked in bulk, which gives the same number for ever.
+template <class T>
+struct ConstantSource
+{
+    explicit ConstantSource(T value) : rng(&zeros, value, std::numeric_limits<T>::min() * T(4)) {}
+
+    Vn::RnVanDerCorputRng<T> zeros{1};  ///< base 1: 0 for every point, so the lower end of what is below
+    Vn::RnMexicanHatRng<T> rng;         ///< a triangle too narrow to have an end of its own
+};
+
+/// Gives the first number, the second, the first again, and then fails.
+template <class T>
+class FailingRng : public ScriptedRng<T>
+{
+public:
+    explicit FailingRng(T first = T(0.1), T second = T(0.9)) : ScriptedRng<T>({first, second}) {}
+    T operator()() override
+    {
+        if (this->draws == 3)
+            throw 1;
+        return ScriptedRng<T>::operator()();
+    }
 };
 }  // namespace
 
@@ -115,6 +142,8 @@ TYPED_TEST(RnHistogramTest, everyEdgeAndItsNeighboursAreFoundAsByTheSearch)
     all.push_back({-this->infinity, T(0), T(1), T(2), this->infinity});
     all.push_back({T(0), std::numeric_limits<T>::denorm_min(), 2 * std::numeric_limits<T>::denorm_min(),
                    3 * std::numeric_limits<T>::denorm_min(), 5 * std::numeric_limits<T>::denorm_min()});
+    // The last four lie so close to 0 that each is as far from the first as the last is.
+    all.push_back({T(-1), T(-0.5), T(1e-30), T(2e-30), T(3e-30), T(4e-30)});
     std::vector<T> squares, crowded;
     for (int i = 0; i <= 200; ++i) {
         squares.push_back(static_cast<T>(i) * static_cast<T>(i) / T(700));
@@ -169,6 +198,7 @@ TYPED_TEST(RnHistogramTest, uniformBinsAreFoundByDivision)
     EXPECT_EQ(histogram.getBin(T(2)), 7);
     EXPECT_EQ(histogram.getBin(T(-1)), 0);
     EXPECT_EQ(histogram.getBin(T(-1.0001)), -1);
+    EXPECT_EQ(histogram.getBin(T(-4)), -7);  // whole already
     EXPECT_EQ(histogram.getBin(this->nan), 7);
     EXPECT_EQ(histogram.getBin(this->infinity), std::numeric_limits<int>::max());
     EXPECT_EQ(histogram.getBin(-this->infinity), std::numeric_limits<int>::min());
@@ -215,6 +245,47 @@ TYPED_TEST(RnHistogramTest, manySamplesAreAddedAsOneByOne)
     }
 }
 
+TYPED_TEST(RnHistogramTest, pointsOnEdgesAreAddedInBulkAsOneByOne)
+{
+    using T = TypeParam;
+    const T edges[] = {T(-2), T(-1), T(0.5), T(0.75), T(1), T(3)};
+    RnHistogram<T> byEdges(5, edges), few(2, edges);
+    RnUniformHistogram<T> byWidth(5, T(-2), T(3));
+    for (RnHistogram<T>* histogram : {&byEdges, &few, static_cast<RnHistogram<T>*>(&byWidth)}) {
+        PlainHistogram<T> plain(*histogram);
+        for (T edge : edges) {
+            for (T x : {std::nextafter(edge, T(-9)), edge, std::nextafter(edge, T(9))}) {
+                ConstantSource<T> source(x);
+                ASSERT_EQ(source.rng(), x);
+                histogram->addSamples(source.rng, 3);
+                for (int i = 0; i < 3; ++i)
+                    plain.add(x, T(1));
+                plain.expectIs(*histogram);
+            }
+        }
+    }
+}
+
+TYPED_TEST(RnHistogramTest, totalsThatAreNoCountsGrowByOneEachTime)
+{
+    using T = TypeParam;
+    const T large = T(4) / std::numeric_limits<T>::epsilon();
+    for (T start : {T(0.1), T(2) / T(3), T(-0.1), T(-8), -large, -large / T(4) - T(2), large / T(4) - T(3), large,
+                    this->nan, this->infinity, -this->infinity}) {
+        RnUniformHistogram<T> histogram(2, T(0), T(1));
+        PlainHistogram<T> plain(histogram);
+        histogram.addSample(T(0.25), start);
+        plain.add(T(0.25), start);
+        ConstantSource<T> source(T(0.75));
+        histogram.addSamples(source.rng, 500);
+        for (int i = 0; i < 500; ++i)
+            plain.add(T(0.75), T(1));
+        EXPECT_TRUE(histogram.getTotal() == plain.total || (std::isnan(start) && std::isnan(histogram.getTotal())))
+            << start;
+        EXPECT_EQ(histogram.getBinValue(1), T(500));
+    }
+}
+
 TEST(RnHistogramFloat, binAndTotalStopGrowingWhereFloatDoes)
 {
     RnUniformHistogram<float> histogram(1, 0.0f, 1.0f);
@@ -232,22 +303,42 @@ TEST(RnHistogramFloat, binAndTotalStopGrowingWhereFloatDoes)
 TYPED_TEST(RnHistogramTest, othersSourcesAreDrawnOneByOne)
 {
     using T = TypeParam;
-    class Failing : public ScriptedRng<T>
-    {
-    public:
-        Failing() : ScriptedRng<T>({T(0.1), T(0.9)}) {}
-        T operator()() override
-        {
-            if (this->draws == 3)
-                throw 1;
-            return ScriptedRng<T>::operator()();
-        }
-    };
-    Failing source;
+    FailingRng<T> source;
     RnHistogram<T> histogram(2, T(0), T(1));
     EXPECT_THROW(histogram.addSamples(source, 10), int);
     EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(1)}));
     EXPECT_EQ(histogram.getTotal(), T(3));
+}
+
+TYPED_TEST(RnHistogramTest, othersSourcesBehindOursAreDrawnOneByOneToo)
+{
+    using T = TypeParam;
+    RnHistogram<T> square(1, T(0), T(1));
+    square.addSample(T(0.5), T(1));
+    {
+        FailingRng<T> source;
+        Vn::RnMexicanHatRng<T> triangle(&source, T(0.5), T(1));
+        RnHistogram<T> histogram(2, T(0), T(1));
+        EXPECT_THROW(histogram.addSamples(triangle, 10), int);
+        EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(1)}));
+        EXPECT_EQ(histogram.getTotal(), T(3));
+    }
+    {
+        FailingRng<T> source;
+        Vn::RnHistogramRng<T> again(square, &source);
+        Vn::RnMexicanHatRng<T> triangle(&again, T(0.5), T(1));
+        RnUniformHistogram<T> histogram(2, T(0), T(1));
+        EXPECT_THROW(histogram.addSamples(triangle, 10), int);
+        EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(1)}));
+    }
+    {
+        FailingRng<T> source(T(0.75), T(0.5));
+        Vn::RnGaussianRng<T> gaussian(&source);
+        RnHistogram<T> histogram(4, T(-2), T(2));
+        EXPECT_THROW(histogram.addSamples(gaussian, 10), int);
+        EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(0), T(0), T(1), T(1)}));  // one pair: 0 and 1.67
+        EXPECT_EQ(source.draws, 3u);
+    }
 }
 
 TYPED_TEST(RnHistogramTest, aDerivedClassFindsItsOwnBins)
@@ -324,6 +415,16 @@ TYPED_TEST(RnHistogramTest, copiesAreApart)
     RnHistogram<T> edges(8, T(0), T(2)), other(2, T(0), T(1));
     other = edges;
     EXPECT_EQ(other.getBin(T(1)), 4);
+    // Where to look for a bin goes along, to one that has looked elsewhere.
+    const T uneven[] = {T(-9), T(0), T(0.125), T(0.25), T(0.5), T(9)};
+    const RnHistogram<T> source(5, uneven);
+    RnHistogram<T> target(8, T(0), T(2));
+    target = source;
+    for (T x : {T(-9.5), T(-9), T(-1), T(0), T(0.2), T(0.25), T(0.5), T(8), T(9)})
+        EXPECT_EQ(target.getBin(x), plainBin(source.getEdges(), x)) << x;
+    target = other;
+    for (T x : {T(-1), T(0), T(0.3), T(1), T(1.9), T(2)})
+        EXPECT_EQ(target.getBin(x), plainBin(other.getEdges(), x)) << x;
     one = two;
     EXPECT_EQ(one.getBin(T(0.5)), 2);
     EXPECT_EQ(one.getTotal(), T(2));
@@ -339,6 +440,7 @@ TYPED_TEST(RnHistogramTest, dumpsAreTheReckonedTexts)
     histogram.addSample(T(2), T(4));
     EXPECT_EQ(dumpOf(histogram), reckonedDump<T>("line dump"));
     EXPECT_EQ(sceneOf(histogram), reckonedDump<T>("line scene"));
+    EXPECT_TRUE(flushesEachLine(histogram));
 }
 
 TYPED_TEST(RnHistogramTest, dumpsUseTheStreamsFormatAndLeaveIt)

@@ -16,6 +16,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 #include <vector>
 
 using Vn::RnHaltonBiRng;
@@ -210,6 +211,77 @@ TYPED_TEST(RnQuasiTest, vanDerCorputGoesOnFromAnyIndex)
     EXPECT_EQ(sample, T(0.25));
     EXPECT_EQ(rng(T(4)), T(3));
     EXPECT_EQ(rng(T(1), T(3)), T(1.25));
+}
+
+TYPED_TEST(RnQuasiTest, aDrawOfAHalfFromTwoToFourIsThree)
+{
+    RnVanDerCorputRng<TypeParam> rng;
+    EXPECT_EQ(rng(TypeParam(2), TypeParam(4)), TypeParam(3));
+}
+
+TYPED_TEST(RnQuasiTest, restartRepeatsAllOutput)
+{
+    using T = TypeParam;
+    static constexpr unsigned int count = 600;
+    // Single draws, then a sequence, then single draws again; from the start and from a later point.
+    auto const drawn = [](auto& rng, auto dimensions) {
+        constexpr int N = decltype(dimensions)::value;
+        std::vector<T> all;
+        auto const drawSingle = [&] {
+            for (unsigned int i = 0; i < count; ++i) {
+                T point[N];
+                rng.getSample(point);
+                all.insert(all.end(), point, point + N);
+            }
+        };
+        drawSingle();
+        Arrays<T, N> arrays(count);
+        rng.getSequence(count, arrays.pointers);
+        for (std::vector<T> const& values : arrays.values)
+            all.insert(all.end(), values.begin(), values.end());
+        drawSingle();
+        return all;
+    };
+    auto const expectRepeats = [&drawn](auto& rng, auto dimensions) {
+        SCOPED_TRACE(rng.getName());
+        const std::vector<T> first = drawn(rng, dimensions);
+        rng.restart();
+        EXPECT_EQ(drawn(rng, dimensions), first);
+        rng.restart(5);
+        const std::vector<T> later = drawn(rng, dimensions);
+        EXPECT_NE(later, first);
+        rng.restart(5);
+        EXPECT_EQ(drawn(rng, dimensions), later);
+        rng.restart();
+        EXPECT_EQ(drawn(rng, dimensions), first);
+    };
+    RnHaltonMultiRng<T, 2> halton2;
+    RnHaltonMultiRng<T, 3> halton3;
+    RnHammersleyMultiRng<T, 2> hammersley2(count);
+    RnHammersleyMultiRng<T, 3> hammersley3(count);
+    RnNiederreiterMultiRng<T> niederreiter;
+    expectRepeats(halton2, std::integral_constant<int, 2>());
+    expectRepeats(halton3, std::integral_constant<int, 3>());
+    expectRepeats(hammersley2, std::integral_constant<int, 2>());
+    expectRepeats(hammersley3, std::integral_constant<int, 3>());
+    expectRepeats(niederreiter, std::integral_constant<int, 4>());
+    RnHaltonBiRng<T> halton;
+    RnHammersleyBiRng<T> hammersley(count);
+    auto const expectPairsRepeat = [](auto& rng) {
+        SCOPED_TRACE(rng.getName());
+        std::vector<T> x(count), y(count), again(count);
+        rng.restart(7);
+        rng.getSequence(count, x.data(), y.data());
+        T u, v, w, z;
+        rng.getSample(u, v);
+        rng.restart(7);
+        rng.getSequence(count, again.data(), y.data());
+        EXPECT_EQ(again, x);
+        rng.getSample(w, z);
+        EXPECT_TRUE(u == w && v == z);
+    };
+    expectPairsRepeat(halton);
+    expectPairsRepeat(hammersley);
 }
 
 TYPED_TEST(RnQuasiTest, indexWrapsThroughZero)

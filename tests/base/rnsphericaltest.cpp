@@ -239,7 +239,7 @@ TYPED_TEST(RnSphericalTest, takesPointsFarOutsideTheSquare)
     using T = TypeParam;
     const T nan = std::numeric_limits<T>::quiet_NaN();
     typename ScriptedBiRng<T>::Points const points = {
-        {T(1e7), T(0.5)}, {T(-0.25), T(0.5)}, {nan, T(0.25)}, {T(0.5), T(3)}};
+        {T(1e15), T(0.5)}, {T(-0.25), T(0.5)}, {nan, T(0.25)}, {T(0.5), T(3)}};
     for (int which = 0; which < 3; ++which) {
         ScriptedBiRng<T> source(points);
         auto const sampler = make<T>(which, &source);
@@ -249,8 +249,10 @@ TYPED_TEST(RnSphericalTest, takesPointsFarOutsideTheSquare)
             ScriptedBiRng<T> swapped({{points[i].second, points[i].first}});
             make<T>(which, &swapped)->getSampleXYZ(ex, ey, ez);
             EXPECT_TRUE(x[i] == ex || (std::isnan(x[i]) && std::isnan(ex)));
+            EXPECT_TRUE(y[i] == ey || (std::isnan(y[i]) && std::isnan(ey)));
             EXPECT_TRUE(z[i] == ez || (std::isnan(z[i]) && std::isnan(ez)));
         }
+        EXPECT_LE(x[0] * x[0] + y[0] * y[0] + z[0] * z[0], T(1.00001));
         EXPECT_NEAR(x[1], T(0), T(1e-6));
         EXPECT_TRUE(std::isnan(x[2]));
     }

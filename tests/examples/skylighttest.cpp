@@ -113,7 +113,7 @@ TEST_F(SkylightTest, quasiRandomErrorsFallFaster)
             EXPECT_LT(rows[5][quasi] * 8, rows[5][random]);
         }
     }
-    EXPECT_GT(rows[5][4], 0.05);  // neighbours of one sequence are no points of a square
+    EXPECT_GT(rows[5][4], 0.05);  // points of one sequence are none of a square
 }
 
 TEST_F(SkylightTest, writesPictureAndHistogram)
@@ -127,6 +127,22 @@ TEST_F(SkylightTest, writesPictureAndHistogram)
     const std::string lines = contentOf(histogram + ".txt");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 12 * 24);
     EXPECT_EQ(contentOf(histogram + ".iv").substr(0, 20), "#Inventor V2.1 ascii");
+}
+
+TEST_F(SkylightTest, onesSequenceRunsAheadOfItselfFromTheStart)
+{
+    const std::string histogram = (folder / "directions").string();
+    EXPECT_EQ(run({"-q", "-w", "16", "-n", "1", "-s", "vandercorput", "-H", histogram}).exitCode, 0);
+    // With one number for both coordinates the lowest row of cosines, from u < 1/144, would have no azimuth but the first.
+    std::istringstream lines(contentOf(histogram + ".txt"));
+    double elsewhere = 0;
+    for (int ip = 0; ip < 24; ++ip) {
+        double bounds[4], content;
+        lines >> bounds[0] >> bounds[1] >> bounds[2] >> bounds[3] >> content;
+        elsewhere += ip != 0 ? content : 0;
+    }
+    EXPECT_TRUE(lines);
+    EXPECT_GT(elsewhere, 100);
 }
 
 TEST_F(SkylightTest, logsWhatItDoesAndHowLongItTook)
