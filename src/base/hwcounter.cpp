@@ -5,17 +5,22 @@ namespace Vn
 
 HwCounterEng* HwCounter::_theHwCounter = nullptr;
 
-HwCounterEng& HwCounter::getOrMakeEngine()
+HwCounterEng& HwCounter::makeEngine()
 {
-    const std::atomic_ref current(_theHwCounter);
-    if (HwCounterEng* const engine = current.load(std::memory_order_acquire))
-        return *engine;
     HwCounterEng* const made = HwCounterEng::create();
     HwCounterEng* found = nullptr;
-    if (current.compare_exchange_strong(found, made, std::memory_order_acq_rel, std::memory_order_acquire))
+    if (std::atomic_ref(_theHwCounter)
+            .compare_exchange_strong(found, made, std::memory_order_acq_rel, std::memory_order_acquire))
         return *made;
     delete made;  // another thread was faster
     return *found;
+}
+
+HwCounterEng& HwCounter::getOrMakeEngine()
+{
+    if (HwCounterEng* const engine = std::atomic_ref(_theHwCounter).load(std::memory_order_acquire)) [[likely]]
+        return *engine;
+    return makeEngine();
 }
 
 void HwCounter::init()

@@ -48,6 +48,7 @@ private:
     friend class DtRefClockSourceHwCounter;  // reads the rate before any stamp
 
     static void init();
+    [[gnu::noinline]] static HwCounterEng& makeEngine();
     static HwCounterEng& getOrMakeEngine();
 
     // Acquire, and release where an engine is put in place: without them a thread could find an engine that another one
