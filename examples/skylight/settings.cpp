@@ -43,7 +43,8 @@ const Option histogramOption("H:", "-H NAME      histogram of directions, to NAM
 const Variable histogramVariable("SKYLIGHT_HISTOGRAM", "SKYLIGHT_HISTOGRAM");
 const Default histogramDefault("", "none");
 
-const Option tableOption("t", "-t           table of errors by source and number of directions, instead of a picture");
+const Option tableOption("t",
+                         "-t           table of errors by source and number of directions, instead of a picture");
 const Variable tableVariable("SKYLIGHT_TABLE", "SKYLIGHT_TABLE");
 const Default tableDefault("false", "false");
 

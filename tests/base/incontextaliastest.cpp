@@ -433,8 +433,9 @@ TEST(InContextAliasMgr, dumpIsExactToTheByte)
     const std::string head =
         std::string("----\nContext aliases of type: : ") + typeid(InContextAliasMgr<Default>).name() + "\n";
     const std::string alias = "Key             : key\n     Description: description\n     Value      : ";
-    const std::string expected = head + OwnSettings::defaults("(uninitialized)") + alias + "(uninitialized)\n----\n" +
-        head + OwnSettings::defaults("0") + alias + "key\n----\n";
+    const std::string expected = head + OwnSettings::defaults("(uninitialized)") + alias +
+                                 "(uninitialized)\n----\n" + head + OwnSettings::defaults("0") + alias +
+                                 "key\n----\n";
     EXPECT_EQ(OwnSettings::inOrder(Child("dump").without("VN_DEBUG_INITIALIZE").run().err),
               OwnSettings::inOrder(expected));
 }
