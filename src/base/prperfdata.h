@@ -168,11 +168,11 @@ struct PrPerfBuffer
 
 /// Asks `query(bytes, size)` with 8192 bytes, and with 1024 more each time for as long as it answers that there is more
 /// data (234). Any other answer ends it; a query that wrote nothing leaves a block without objects. Throws
-/// ExInternalError if 16 MiB don't suffice.
+/// ExInternalError if `limit` bytes don't suffice.
 template <class Query>
-PrPerfBuffer fetchPerfData(Query const& query)
+PrPerfBuffer fetchPerfData(Query const& query, std::uint32_t limit = 16U << 20)
 {
-    constexpr std::uint32_t firstSize = 8192, growth = 1024, limit = 16U << 20;
+    constexpr std::uint32_t firstSize = 8192, growth = 1024;
     constexpr long moreData = 234;
     for (std::uint32_t size = firstSize; size <= limit; size += growth) {
         PrPerfBuffer buffer{std::unique_ptr<char[]>(new char[size]), size};

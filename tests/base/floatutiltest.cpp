@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <limits>
 #include <type_traits>
+#include <vector>
 
 using Vn::FloatUtil;
 
@@ -45,14 +46,16 @@ bool isSame(Float value, Bits bits)
 }
 
 /// floor and ceil of the language's library, with the one difference: no minus zero above -1.
-float plainCeil(float x)
+template <class Float>
+Float plainCeil(Float x)
 {
-    return x > -1.0f && x < 0.0f ? 0.0f : static_cast<float>(std::ceil(static_cast<double>(x)));
+    return x > Float(-1) && x < Float(0) ? Float(0) : static_cast<Float>(std::ceil(static_cast<double>(x)));
 }
 
-float plainFloor(float x)
+template <class Float>
+Float plainFloor(Float x)
 {
-    return static_cast<float>(std::floor(static_cast<double>(x)));
+    return static_cast<Float>(std::floor(static_cast<double>(x)));
 }
 }  // namespace
 
@@ -283,6 +286,40 @@ TEST(FloatUtil, floorAndCeilDontDependOnTheRoundingDirection)
         }
     }
     std::fesetround(before);
+}
+
+/// Loops that a compiler may do several numbers at a time in.
+template <class Float, class Bits>
+void expectLoopsAreAsSingleNumbers()
+{
+    std::vector<Float> numbers, floors, ceilings, rounded;
+    for (std::uint64_t i = 0; i < 4099; ++i)
+        numbers.push_back(
+            std::bit_cast<Float>(static_cast<Bits>(i * 0x9E3779B97F4A7C15 >> (64 - 8 * sizeof(Float)))));
+    for (const double number : {0.0, -0.0, 0.5, -0.5, -1.0, 8388607.5, 4503599627370495.5, -4503599627370496.0})
+        numbers.push_back(static_cast<Float>(number));
+    floors.resize(numbers.size());
+    ceilings.resize(numbers.size());
+    rounded.resize(numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        floors[i] = FloatUtil::floor(numbers[i]);
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        ceilings[i] = FloatUtil::ceil(numbers[i]);
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        rounded[i] = FloatUtil::round(numbers[i]);
+    const auto bits = [](Float number) { return std::isnan(number) ? Bits(1) : std::bit_cast<Bits>(number); };
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        volatile Float alone = numbers[i];
+        EXPECT_EQ(bits(floors[i]), bits(plainFloor<Float>(alone))) << numbers[i];
+        EXPECT_EQ(bits(ceilings[i]), bits(plainCeil<Float>(alone))) << numbers[i];
+        EXPECT_EQ(bits(rounded[i]), bits(plainFloor<Float>(alone + Float(0.5)))) << numbers[i];
+    }
+}
+
+TEST(FloatUtil, loopsRoundAsSingleNumbersDo)
+{
+    expectLoopsAreAsSingleNumbers<float, std::uint32_t>();
+    expectLoopsAreAsSingleNumbers<double, std::uint64_t>();
 }
 
 TEST(FloatUtil, roundsEveryFloatLikeTheLanguagesLibrary)

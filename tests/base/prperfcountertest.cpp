@@ -232,7 +232,15 @@ TEST(PrPerfCounter, aQueryThatFailsGivesNoObjects)
 
 TEST(PrPerfCounter, aQueryThatAlwaysWantsMoreEnds)
 {
-    EXPECT_THROW(Vn::fetchPerfData([](char*, std::uint32_t) { return 234L; }), Vn::ExInternalError);
+    std::vector<std::uint32_t> sizes;
+    const auto wantMore = [&sizes](char*, std::uint32_t size) {
+        sizes.push_back(size);
+        return 234L;
+    };
+    EXPECT_THROW(Vn::fetchPerfData(wantMore, 65536), Vn::ExInternalError);
+    EXPECT_EQ(sizes.size(), 57u);
+    EXPECT_EQ(sizes.front(), 8192u);
+    EXPECT_EQ(sizes.back(), 65536u);
 }
 
 #if defined(_WIN32)
