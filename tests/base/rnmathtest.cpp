@@ -59,7 +59,8 @@ TEST(RnMath, takesTheEdges)
     EXPECT_EQ(RnMath::sinCos<double>(0.0).cosine, 1.0);
     EXPECT_TRUE(std::isnan(RnMath::sinCos<double>(nan).sine));
     EXPECT_TRUE(std::isnan(RnMath::sinCos<double>(infinity).cosine));
-    EXPECT_EQ(RnMath::sinCos<double>(1e30).sine, std::sin(1e30));
+    volatile double distant = 1e30;  // a compiler reckons a constant's sine better than some C libraries
+    EXPECT_EQ(RnMath::sinCos<double>(distant).sine, std::sin(distant));
     EXPECT_EQ(RnMath::log(1.0), 0.0);
     EXPECT_EQ(RnMath::log(0.0), -infinity);
     EXPECT_EQ(RnMath::log(infinity), infinity);
