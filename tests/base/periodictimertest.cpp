@@ -195,7 +195,10 @@ VN_CHILD(periodicWithoutClock)
     std::cout << isRefused([&] { timer->start(); }) << timer->getCurrentCount() << timer->stop()
               << isRefused([&] { timer->getCurrentTime(); }) << "\n";
     VnTest::start();
-    std::cout << timer->start() << (timer->wait() > 0) << "\n";
+    std::cout << timer->start();
+    while (timer->wait() == 0)  // a thread that came late to read the clock may find the first tick close behind
+        ;
+    std::cout << (timer->getCurrentCount() > 0) << "\n";
     VnTest::stop();
     std::cout << isRefused([&] { timer->getCurrentCount(); }) << timer->start() << timer->stop()
               << timer->getCurrentCount() << "\n";
