@@ -152,16 +152,16 @@ private:
     template <class Float>
     static Float floorOf(Float x)
     {
-        const Float near = nearWhole(x);
-        const Float whole = near + (near > x ? Float(-1) : Float(0));
+        const Float close = nearWhole(x);
+        const Float whole = close + (close > x ? Float(-1) : Float(0));
         return bool((std::fabs(x) < Whole<Float>::from) & (whole != x)) ? whole : x;
     }
 
     template <class Float>
     static Float ceilOf(Float x)
     {
-        const Float near = nearWhole(x);
-        const Float whole = near + (near < x ? Float(1) : Float(0));
+        const Float close = nearWhole(x);
+        const Float whole = close + (close < x ? Float(1) : Float(0));
         return bool((std::fabs(x) < Whole<Float>::from) & (whole != x)) ? whole : x;
     }
 };

@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <streambuf>
 
@@ -39,7 +38,8 @@ public:
                 return false;
         }
         const std::size_t done = write(text, size);
-        return done == size || (put(text + done, size - done) && false);
+        put(text + done, size - done);
+        return done == size;
     }
 
 protected:
@@ -116,7 +116,9 @@ void LgFile::writeLine(char const* text, std::size_t size)
 {
     if (bad() && _buffer->isOpen())
         clear();
-    if (good() && !_buffer->writeLine(text, size))
+    if (rdbuf() != _buffer.get())  // a program has put another one in its place
+        write(text, static_cast<std::streamsize>(size)).flush();
+    else if (good() && !_buffer->writeLine(text, size))
         setstate(badbit);
 }
 

@@ -216,6 +216,25 @@ TEST_F(LgLogTest, withoutTimeStampsABannerIsOneLine)
     EXPECT_EQ(events(), (std::vector<std::string>{"===== Message Logger Startup =====", "Cache text", stopped}));
 }
 
+TEST_F(LgLogTest, linesFollowABufferThatAProgramPutsIntoTheStream)
+{
+    set("VN_LOG_DISABLE_TIMESTAMPS", "1");
+    start();
+    StampedQueue queue;
+    std::ostream& stream = *LgLog::getLevelOutput(LgTypes::Warning);
+    std::stringbuf elsewhere;
+    std::streambuf* const own = stream.rdbuf(&elsewhere);
+    queue.log(5, "elsewhere");
+    LgReader().flushAll();
+    stream.rdbuf(own);
+    queue.log(6, "back");
+    LgReader().flushAll();
+    queue.end();
+    stop();
+    EXPECT_EQ(elsewhere.str(), "elsewhere\n");
+    EXPECT_EQ(events(), (std::vector<std::string>{"===== Message Logger Startup =====", "back", stopped}));
+}
+
 VN_CHILD(lgLogBanner)
 {
     VnTest::start();
