@@ -1,7 +1,7 @@
 // Lists of known leaks of any kind, with call stacks of any kind: no look beyond either, and the answer is that of the
 // rule written out with words. Frames and list are separated by zeros; the list comes last.
 #include <base/duplicatestring.h>
-#include <base/hmleakfilter.h>
+#include <base/hmleakfilter_p.h>
 
 #include <cstddef>
 #include <cstdint>

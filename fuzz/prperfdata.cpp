@@ -1,6 +1,6 @@
 // Performance data of any bytes: a value or one of the stated exceptions, and nothing is read outside the block.
 #include <base/exinternalerror.h>
-#include <base/prperfdata.h>
+#include <base/prperfdata_p.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include <base/assertions.h>
 
 #include <base/exinternalerror.h>
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #include <base/dbgbuildinfo.h>
 
-#include <base/dbgbuildvalues.h>
+#include <base/dbgbuildvalues_p.h>
 
 #include <new>
 

@@ -1,10 +1,10 @@
 #include <base/dbgbuildinfomgr.h>
 
 #include <base/assertions.h>
-#include <base/dbgapitable.h>
+#include <base/dbgapitable_p.h>
 #include <base/dbgbuildinfoex.h>
-#include <base/dbggroup.h>
-#include <base/exreasontext.h>
+#include <base/dbggroup_p.h>
+#include <base/exreasontext_p.h>
 #include <base/lglog.h>
 
 #include <cstring>

@@ -1,8 +1,8 @@
 #include <base/dbgbuildinfoutil.h>
 
 #include <base/dbgbuildinfomgr.h>
-#include <base/dbgmodulesystem.h>
-#include <base/exreasontext.h>
+#include <base/dbgbuildinfoutil_p.h>
+#include <base/exreasontext_p.h>
 #include <base/ossharedlib.h>
 #include <base/ossharedlibex.h>
 

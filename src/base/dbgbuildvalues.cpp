@@ -1,4 +1,4 @@
-#include <base/dbgbuildvalues.h>
+#include <base/dbgbuildvalues_p.h>
 
 namespace Vn::DbgBuildValues
 {

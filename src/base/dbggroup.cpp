@@ -1,4 +1,4 @@
-#include <base/dbggroup.h>
+#include <base/dbggroup_p.h>
 
 #include <base/lgtypes.h>
 

@@ -1,8 +1,8 @@
 #include <base/envvar.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 #include <base/osenv.h>
-#include <base/wholenumber.h>
+#include <base/wholenumber_p.h>
 
 #include <cstdlib>
 #include <iomanip>

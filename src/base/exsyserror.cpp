@@ -1,6 +1,6 @@
 #include <base/exsyserror.h>
 
-#include <base/exsyserrorsystem.h>
+#include <base/exsyserror_p.h>
 
 #include <cerrno>
 #include <cstring>

@@ -1,5 +1,5 @@
 // exsyserrorposix.cpp (Windows form: exsyserrorwindows.cpp)
-#include <base/exsyserrorsystem.h>
+#include <base/exsyserror_p.h>
 
 #include <cerrno>
 #include <cstdio>

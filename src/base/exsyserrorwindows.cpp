@@ -1,5 +1,5 @@
 // exsyserrorwindows.cpp (Linux form: exsyserrorposix.cpp)
-#include <base/exsyserrorsystem.h>
+#include <base/exsyserror_p.h>
 
 #include <windows.h>
 

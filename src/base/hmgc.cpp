@@ -1,6 +1,6 @@
 #include <base/hmgc.h>
 
-#include <base/hmleakfilter.h>
+#include <base/hmleakfilter_p.h>
 
 #include <new>
 

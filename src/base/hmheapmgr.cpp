@@ -1,6 +1,6 @@
 #include <base/hmheapmgr.h>
 
-#include <base/wholenumber.h>
+#include <base/wholenumber_p.h>
 
 #include <cstdlib>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include <base/hwcountereng.h>
 
-#include <base/hwcounterrate.h>
+#include <base/hwcounterrate_p.h>
 #include <base/oscpuinfo.h>
 
 #include <ostream>

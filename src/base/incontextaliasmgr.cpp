@@ -1,6 +1,6 @@
 #include <base/incontextaliasmgr.h>
 
-#include <base/indiagnostics.h>
+#include <base/indiagnostics_p.h>
 #include <base/inex.h>
 #include <base/inoptionparser.h>
 

@@ -1,4 +1,4 @@
-#include <base/independencyclosure.h>
+#include <base/independencyclosure_p.h>
 
 #include <algorithm>
 #include <span>

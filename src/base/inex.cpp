@@ -1,6 +1,6 @@
 #include <base/inex.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 
 namespace Vn
 {

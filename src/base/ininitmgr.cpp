@@ -2,11 +2,11 @@
 
 #include <base/assertions.h>
 #include <base/incontextaliasmgr.h>
-#include <base/independencyclosure.h>
-#include <base/indiagnostics.h>
-#include <base/inenvironment.h>
+#include <base/independencyclosure_p.h>
+#include <base/indiagnostics_p.h>
+#include <base/ininitmgr_p.h>
 #include <base/inpackageinit.h>
-#include <base/intypetable.h>
+#include <base/intypetable_p.h>
 #include <base/invariable.h>
 #include <base/objptr.h>
 #include <base/vector.h>

@@ -1,7 +1,7 @@
 #include <base/inpackageinit.h>
 
 #include <base/assertions.h>
-#include <base/indiagnostics.h>
+#include <base/indiagnostics_p.h>
 #include <base/ininitmgr.h>
 #include <base/invariable.h>
 

@@ -2,8 +2,8 @@
 
 #include <base/dbgbuildinfomgr.h>
 #include <base/dbgbuildinfoutil.h>
-#include <base/dbgbuildvalues.h>
-#include <base/dbggroup.h>
+#include <base/dbgbuildvalues_p.h>
+#include <base/dbggroup_p.h>
 #include <base/dtreftimefactory.h>
 #include <base/hmheapmgr.h>
 #include <base/hwcounter.h>

@@ -1,6 +1,6 @@
 #include <base/insingletonex.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 
 namespace Vn
 {

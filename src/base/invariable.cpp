@@ -1,7 +1,7 @@
 #include <base/invariable.h>
 
 #include <base/duplicatestring.h>
-#include <base/indiagnostics.h>
+#include <base/indiagnostics_p.h>
 #include <base/inex.h>
 
 #include <algorithm>

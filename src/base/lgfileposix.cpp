@@ -1,7 +1,7 @@
 // lgfileposix.cpp (Windows form: lgfilewindows.cpp)
-#include <base/lgfile.h>
+#include <base/lgfile_p.h>
 
-#include <base/osposix.h>
+#include <base/osposix_p.h>
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // lgfilewindows.cpp (Linux form: lgfileposix.cpp)
-#include <base/lgfile.h>
+#include <base/lgfile_p.h>
 
 #include <fstream>
 

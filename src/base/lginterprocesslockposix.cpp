@@ -5,7 +5,7 @@
 #include <base/lginterprocesslock.h>
 
 #include <base/exsyserror.h>
-#include <base/lginterprocesslockname.h>
+#include <base/lginterprocesslockname_p.h>
 
 #include <fcntl.h>
 #include <pthread.h>

@@ -3,7 +3,7 @@
 #include <base/duplicatestring.h>
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
-#include <base/lgfile.h>
+#include <base/lgfile_p.h>
 #include <base/osenv.h>
 #include <base/osfilepath.h>
 #include <base/osfsutils.h>

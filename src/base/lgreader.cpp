@@ -1,7 +1,7 @@
 #include <base/lgreader.h>
 
-#include <base/lgfile.h>
-#include <base/lgline.h>
+#include <base/lgfile_p.h>
+#include <base/lgline_p.h>
 #include <base/lglog.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include <base/lgstream.h>
 
-#include <base/lgnumbertext.h>
+#include <base/lgnumbertext_p.h>
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include <base/duplicatestring.h>
 #include <base/exinternalerror.h>
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 #include <base/list.h>
 
 #include <algorithm>

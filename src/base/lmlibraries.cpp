@@ -1,8 +1,8 @@
 #include <base/lmlibraries.h>
 
 #include <base/exsyserror.h>
-#include <base/lmsystem.h>
-#include <base/lmtext.h>
+#include <base/lmlibraries_p.h>
+#include <base/lmtext_p.h>
 
 #include <iostream>
 

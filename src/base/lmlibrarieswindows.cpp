@@ -1,7 +1,7 @@
-// lmlibrarieswindows.cpp (POSIX form: lmlibrariesposix.cpp)
-#include <base/lmsystem.h>
+// lmlibrarieswindows.cpp (POSIX form: lmlibrarieslinux.cpp)
+#include <base/lmlibraries_p.h>
 
-#include <base/lmwalk.h>
+#include <base/lmwalk_p.h>
 
 #include <windows.h>
 

@@ -1,5 +1,5 @@
 // oscpuidnone.cpp (for processors with the instruction: oscpuidx86.cpp)
-#include <base/oscpuid.h>
+#include <base/oscpuid_p.h>
 
 namespace Vn::System
 {

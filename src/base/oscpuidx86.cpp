@@ -1,5 +1,5 @@
 // oscpuidx86.cpp (other processors: oscpuidnone.cpp)
-#include <base/oscpuid.h>
+#include <base/oscpuid_p.h>
 
 #include <cpuid.h>
 

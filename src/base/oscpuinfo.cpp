@@ -1,9 +1,9 @@
 #include <base/oscpuinfo.h>
 
 #include <base/exsyserror.h>
-#include <base/oscpudecode.h>
-#include <base/oscpuinfosystem.h>
-#include <base/oscputype.h>
+#include <base/oscpudecode_p.h>
+#include <base/oscpuinfo_p.h>
+#include <base/oscputype_p.h>
 
 namespace Vn
 {

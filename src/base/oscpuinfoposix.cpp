@@ -1,8 +1,8 @@
 // oscpuinfoposix.cpp (Windows form: oscpuinfowinnt.cpp)
-#include <base/oscpuinfosystem.h>
+#include <base/oscpuinfo_p.h>
 
 #include <base/hwcountereng.h>
-#include <base/oscpudecode.h>
+#include <base/oscpudecode_p.h>
 
 #include <sys/utsname.h>
 #include <time.h>

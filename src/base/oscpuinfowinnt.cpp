@@ -1,5 +1,5 @@
 // oscpuinfowinnt.cpp (POSIX form: oscpuinfoposix.cpp)
-#include <base/oscpuinfosystem.h>
+#include <base/oscpuinfo_p.h>
 
 #include <base/hwcountereng.h>
 

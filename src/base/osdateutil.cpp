@@ -2,9 +2,9 @@
 
 #include <base/dtwrap.h>
 #include <base/exsyserror.h>
-#include <base/oscalendar.h>
+#include <base/oscalendar_p.h>
 #include <base/osdateex.h>
-#include <base/osdatesystem.h>
+#include <base/osdateutil_p.h>
 
 #include <cmath>
 #include <limits>

@@ -1,7 +1,7 @@
 // osdateutilposix.cpp (Windows form: osdateutilwindows.cpp)
-#include <base/osdatesystem.h>
+#include <base/osdateutil_p.h>
 
-#include <base/oscalendar.h>
+#include <base/oscalendar_p.h>
 
 #include <time.h>
 

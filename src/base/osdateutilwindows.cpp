@@ -1,7 +1,7 @@
 // osdateutilwindows.cpp (POSIX form: osdateutilposix.cpp)
-#include <base/osdatesystem.h>
+#include <base/osdateutil_p.h>
 
-#include <base/oscalendar.h>
+#include <base/oscalendar_p.h>
 
 #include <windows.h>
 

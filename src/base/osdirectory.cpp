@@ -1,10 +1,10 @@
 #include <base/osdirectory.h>
 
 #include <base/exsyserror.h>
-#include <base/osdirectorysystem.h>
+#include <base/osdirectory_p.h>
+#include <base/osfile_p.h>
 #include <base/osfileex.h>
-#include <base/osfilepathsystem.h>
-#include <base/osfilesystem.h>
+#include <base/osfilepath_p.h>
 #include <base/osfsutils.h>
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // osdirectoryposix.cpp (Windows form: osdirectorywindows.cpp)
-#include <base/osdirectorysystem.h>
+#include <base/osdirectory_p.h>
 
 #include <base/exsyserror.h>
-#include <base/osposix.h>
+#include <base/osposix_p.h>
 
 #include <dirent.h>
 

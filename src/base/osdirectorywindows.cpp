@@ -1,5 +1,5 @@
 // osdirectorywindows.cpp (Linux form: osdirectoryposix.cpp)
-#include <base/osdirectorysystem.h>
+#include <base/osdirectory_p.h>
 
 #include <base/exsyserror.h>
 #include <base/osfilepath.h>

@@ -1,7 +1,7 @@
 #include <base/osenv.h>
 
 #include <base/exinternalerror.h>
-#include <base/osenvsystem.h>
+#include <base/osenv_p.h>
 
 #include <cstdlib>
 

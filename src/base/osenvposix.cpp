@@ -1,5 +1,5 @@
 // osenvposix.cpp (Windows form: osenvwindows.cpp)
-#include <base/osenvsystem.h>
+#include <base/osenv_p.h>
 
 #include <cstdlib>
 #include <cstring>

@@ -1,5 +1,5 @@
 // osenvwindows.cpp (Linux form: osenvposix.cpp)
-#include <base/osenvsystem.h>
+#include <base/osenv_p.h>
 
 #include <stdlib.h>
 

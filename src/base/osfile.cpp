@@ -2,10 +2,10 @@
 
 #include <base/duplicatestring.h>
 #include <base/exsyserror.h>
+#include <base/osfile_p.h>
 #include <base/osfileex.h>
-#include <base/osfilehandle.h>
+#include <base/osfilehandle_p.h>
 #include <base/osfilereader.h>
-#include <base/osfilesystem.h>
 #include <base/osfilewriter.h>
 #include <base/osfsutils.h>
 

@@ -1,5 +1,5 @@
-// osfilehandlewindows.cpp (Linux form: osfilehandleposix.cpp)
-#include <base/osfilehandle.h>
+// osfilehandlewindows.cpp (Linux form: osfilehandlelinux.cpp)
+#include <base/osfilehandle_p.h>
 
 #include <windows.h>
 

@@ -4,7 +4,7 @@
 #include <base/duplicatestring.h>
 #include <base/osenv.h>
 #include <base/osfileex.h>
-#include <base/osfilepathsystem.h>
+#include <base/osfilepath_p.h>
 
 #include <algorithm>
 #include <cstring>

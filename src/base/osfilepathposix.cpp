@@ -1,7 +1,7 @@
 // osfilepathposix.cpp (Windows form: osfilepathwindows.cpp)
 #include <base/exsyserror.h>
 #include <base/osenv.h>
-#include <base/osfilepathsystem.h>
+#include <base/osfilepath_p.h>
 
 #include <unistd.h>
 

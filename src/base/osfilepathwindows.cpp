@@ -1,6 +1,6 @@
 // osfilepathwindows.cpp (Linux form: osfilepathposix.cpp)
 #include <base/exsyserror.h>
-#include <base/osfilepathsystem.h>
+#include <base/osfilepath_p.h>
 
 #include <direct.h>
 #include <windows.h>

@@ -3,7 +3,7 @@
 #include <base/exsyserror.h>
 #include <base/osfile.h>
 #include <base/osfileex.h>
-#include <base/osfilehandle.h>
+#include <base/osfilehandle_p.h>
 
 namespace Vn
 {

@@ -2,8 +2,8 @@
 
 #include <base/exinternalerror.h>
 #include <base/exsyserror.h>
+#include <base/osfile_p.h>
 #include <base/osfileex.h>
-#include <base/osfilesystem.h>
 
 namespace Vn
 {

@@ -1,6 +1,6 @@
 #include <base/osmemoryarch.h>
 
-#include <base/osmemoryarchimp.h>
+#include <base/osmemoryarchimp_p.h>
 
 namespace Vn
 {

@@ -1,5 +1,5 @@
 // osposix.cpp (Linux only)
-#include <base/osposix.h>
+#include <base/osposix_p.h>
 
 #include <dlfcn.h>
 #include <pwd.h>

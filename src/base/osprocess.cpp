@@ -1,6 +1,6 @@
 #include <base/osprocess.h>
 
-#include <base/osprocesssystem.h>
+#include <base/osprocess_p.h>
 
 namespace Vn
 {

@@ -1,8 +1,8 @@
-// osprocesswindows.cpp (POSIX form: osprocessposix.cpp)
-#include <base/osprocesssystem.h>
+// osprocesswindows.cpp (POSIX form: osprocesslinux.cpp)
+#include <base/osprocess_p.h>
 
 #include <base/exsyserror.h>
-#include <base/oscommandline.h>
+#include <base/oscommandline_p.h>
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include <base/ossharedlibex.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 
 namespace Vn
 {

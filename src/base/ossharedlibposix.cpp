@@ -1,8 +1,8 @@
 // ossharedlibposix.cpp (Windows form: ossharedlibwindows.cpp)
 #include <base/ossharedlib.h>
 
-#include <base/exreasontext.h>
-#include <base/osposix.h>
+#include <base/exreasontext_p.h>
+#include <base/osposix_p.h>
 #include <base/ossharedlibex.h>
 
 #include <dlfcn.h>

@@ -1,7 +1,7 @@
 // ossharedlibwindows.cpp (POSIX form: ossharedlibposix.cpp)
 #include <base/ossharedlib.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 #include <base/ossharedlibex.h>
 
 #include <windows.h>

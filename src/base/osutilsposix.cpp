@@ -2,7 +2,7 @@
 #include <base/osutils.h>
 
 #include <base/exsyserror.h>
-#include <base/osposix.h>
+#include <base/osposix_p.h>
 
 #include <limits.h>
 #include <time.h>

@@ -2,9 +2,9 @@
 #include <base/periodictimer.h>
 
 #include <base/exsyserror.h>
-#include <base/osposix.h>
+#include <base/osposix_p.h>
 #include <base/sleeper.h>
-#include <base/sleepermath.h>
+#include <base/sleepermath_p.h>
 
 #include <poll.h>
 #include <pthread.h>

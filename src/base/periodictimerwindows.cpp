@@ -1,9 +1,9 @@
 // periodictimerwindows.cpp (Linux form: periodictimerlinux.cpp)
 #include <base/periodictimer.h>
 
-#include <base/multimediatimer.h>
+#include <base/multimediatimer_p.h>
 #include <base/sleeper.h>
-#include <base/sleepermath.h>
+#include <base/sleepermath_p.h>
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 #include <base/profconsolidator.h>
 
 #include <base/profiler.h>
-#include <base/profrows.h>
+#include <base/profrows_p.h>
 
 #include <algorithm>
 #include <limits>

@@ -1,8 +1,8 @@
 #include <base/profiler.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 #include <base/lgstream.h>
-#include <base/profrows.h>
+#include <base/profrows_p.h>
 
 #include <charconv>
 

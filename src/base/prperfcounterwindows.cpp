@@ -1,7 +1,7 @@
-// prperfcounterwindows.cpp (Windows only; prperfdata.h holds what any system can do)
-#include <base/prperfcounter.h>
+// prperfcounterwindows.cpp (Windows only; prperfdata_p.h holds what any system can do)
+#include <base/prperfcounter_p.h>
 
-#include <base/prperfdata.h>
+#include <base/prperfdata_p.h>
 
 #include <windows.h>
 #include <winperf.h>

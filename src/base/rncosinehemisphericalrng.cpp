@@ -1,4 +1,4 @@
-#include <base/rncosinehemisphericalrng.imp>
+#include <base/rncosinehemisphericalrng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rngaussianrng.imp>
+#include <base/rngaussianrng_p.imp>
 
 namespace Vn
 {

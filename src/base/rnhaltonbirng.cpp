@@ -1,4 +1,4 @@
-#include <base/rnhaltonbirng.imp>
+#include <base/rnhaltonbirng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnhaltonmultirng.imp>
+#include <base/rnhaltonmultirng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnhammersleybirng.imp>
+#include <base/rnhammersleybirng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnhammersleymultirng.imp>
+#include <base/rnhammersleymultirng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnhistogram.imp>
+#include <base/rnhistogram_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnhistogrambi.imp>
+#include <base/rnhistogrambi_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnhistogrambirng.imp>
+#include <base/rnhistogrambirng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnhistogramrng.imp>
+#include <base/rnhistogramrng_p.imp>
 
 namespace Vn
 {

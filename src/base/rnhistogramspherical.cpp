@@ -1,4 +1,4 @@
-#include <base/rnhistogramspherical.imp>
+#include <base/rnhistogramspherical_p.imp>
 
 namespace Vn
 {

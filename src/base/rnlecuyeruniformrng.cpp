@@ -1,4 +1,4 @@
-#include <base/rnlecuyeruniformrng.imp>
+#include <base/rnlecuyeruniformrng_p.imp>
 
 namespace Vn
 {

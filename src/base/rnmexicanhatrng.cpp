@@ -1,4 +1,4 @@
-#include <base/rnmexicanhatrng.imp>
+#include <base/rnmexicanhatrng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnniederreitermultirng.imp>
+#include <base/rnniederreitermultirng_p.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-#include <base/rnnumrecuniformrng.imp>
+#include <base/rnnumrecuniformrng_p.imp>
 
 namespace Vn
 {

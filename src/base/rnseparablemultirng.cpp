@@ -1,4 +1,4 @@
-#include <base/rnseparablemultirng.imp>
+#include <base/rnseparablemultirng_p.imp>
 
 namespace Vn
 {

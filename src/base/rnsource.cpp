@@ -1,4 +1,4 @@
-#include <base/rnsource.h>
+#include <base/rnsource_p.h>
 
 #include <base/rngaussianrng.h>
 #include <base/rnhaltonbirng.h>

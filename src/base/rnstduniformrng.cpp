@@ -1,4 +1,4 @@
-#include <base/rnstduniformrng.imp>
+#include <base/rnstduniformrng_p.imp>
 
 namespace Vn
 {

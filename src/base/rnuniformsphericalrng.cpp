@@ -1,4 +1,4 @@
-#include <base/rnuniformsphericalrng.imp>
+#include <base/rnuniformsphericalrng_p.imp>
 
 namespace Vn
 {

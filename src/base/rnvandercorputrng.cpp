@@ -1,4 +1,4 @@
-#include <base/rnvandercorputrng.imp>
+#include <base/rnvandercorputrng_p.imp>
 
 namespace Vn
 {

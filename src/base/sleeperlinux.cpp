@@ -2,8 +2,8 @@
 #include <base/sleeper.h>
 
 #include <base/exsyserror.h>
-#include <base/oscpuinfosystem.h>
-#include <base/sleepermath.h>
+#include <base/oscpuinfo_p.h>
+#include <base/sleepermath_p.h>
 
 #include <sys/prctl.h>
 #include <time.h>

@@ -2,8 +2,8 @@
 #include <base/sleeper.h>
 
 #include <base/exsyserror.h>
-#include <base/multimediatimer.h>
-#include <base/sleepermath.h>
+#include <base/multimediatimer_p.h>
+#include <base/sleepermath_p.h>
 #include <base/vector.h>
 
 #include <windows.h>

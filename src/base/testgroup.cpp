@@ -2,8 +2,8 @@
 
 #include <base/duplicatestring.h>
 #include <base/exinternalerror.h>
-#include <base/exreasontext.h>
-#include <base/testtrace.h>
+#include <base/exreasontext_p.h>
+#include <base/testtrace_p.h>
 #include <base/vector.h>
 
 #include <cstring>

@@ -1,6 +1,6 @@
 #include <base/testinform.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 #include <base/osenv.h>
 #include <base/trace.h>
 

@@ -2,8 +2,8 @@
 
 #include <base/dbgbuildinfo.h>
 #include <base/dbgbuildinfomgr.h>
-#include <base/dbgbuildvalues.h>
-#include <base/dbggroup.h>
+#include <base/dbgbuildvalues_p.h>
+#include <base/dbggroup_p.h>
 #include <base/exbadexception.h>
 #include <base/exbase.h>
 #include <base/hmgc.h>
@@ -15,9 +15,9 @@
 #include <base/osfilepath.h>
 #include <base/testgroup.h>
 #include <base/testinform.h>
-#include <base/testmgrhandlers.h>
+#include <base/testmgrhandlers_p.h>
 #include <base/testperformer.h>
-#include <base/testtrace.h>
+#include <base/testtrace_p.h>
 
 #include <cstdlib>
 #include <cstring>

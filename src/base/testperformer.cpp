@@ -4,7 +4,7 @@
 #include <base/exinternalerror.h>
 #include <base/osfsutils.h>
 #include <base/testgroup.h>
-#include <base/testprogress.h>
+#include <base/testprogress_p.h>
 #include <base/trace.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <base/testprogress.h>
+#include <base/testprogress_p.h>
 
 #include <cstdio>
 

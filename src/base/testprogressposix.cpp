@@ -1,5 +1,5 @@
 // testprogressposix.cpp (Windows form: testprogresswindows.cpp)
-#include <base/testprogress.h>
+#include <base/testprogress_p.h>
 
 #include <unistd.h>
 

@@ -1,5 +1,5 @@
 // testprogresswindows.cpp (Linux form: testprogressposix.cpp)
-#include <base/testprogress.h>
+#include <base/testprogress_p.h>
 
 #include <io.h>
 #include <stdio.h>

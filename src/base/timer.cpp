@@ -1,6 +1,6 @@
 #include <base/timer.h>
 
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 
 #include <ostream>
 

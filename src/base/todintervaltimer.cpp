@@ -1,7 +1,7 @@
 #include <base/todintervaltimer.h>
 
-#include <base/todclocksystem.h>
-#include <base/todsplittime.h>
+#include <base/todintervaltimer_p.h>
+#include <base/todsplittime_p.h>
 
 namespace Vn
 {

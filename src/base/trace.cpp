@@ -2,7 +2,7 @@
 
 #include <base/duplicatestring.h>
 #include <base/exinternalerror.h>
-#include <base/exreasontext.h>
+#include <base/exreasontext_p.h>
 #include <base/inoptionparser.h>
 #include <base/osenv.h>
 #include <base/osutils.h>

@@ -1,4 +1,4 @@
-#include <base/dbgapitable.h>
+#include <base/dbgapitable_p.h>
 #include <base/dbgbuildinfoex.h>
 #include <base/dbgbuildinfomgr.h>
 #include <base/dbgbuildinfoutil.h>

@@ -1,5 +1,5 @@
 #include <base/exsyserror.h>
-#include <base/exsyserrorsystem.h>
+#include <base/exsyserror_p.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include <base/hwcounter.h>
-#include <base/hwcounterrate.h>
+#include <base/hwcounterrate_p.h>
 #include <base/oscpuinfo.h>
 
 #include "expectchild.h"

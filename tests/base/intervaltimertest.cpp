@@ -1,7 +1,7 @@
 #include <base/hwcounter.h>
 #include <base/hwintervaltimer.h>
 #include <base/todintervaltimer.h>
-#include <base/todsplittime.h>
+#include <base/todsplittime_p.h>
 
 #include "expectchild.h"
 #include "testpackage.h"

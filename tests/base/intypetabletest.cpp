@@ -1,4 +1,4 @@
-#include <base/intypetable.h>
+#include <base/intypetable_p.h>
 
 #include <gtest/gtest.h>
 

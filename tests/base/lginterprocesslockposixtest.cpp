@@ -2,7 +2,7 @@
 #include <base/lginterprocesslock.h>
 
 #include <base/exsyserror.h>
-#include <base/lginterprocesslockname.h>
+#include <base/lginterprocesslockname_p.h>
 #include <base/objptr.h>
 
 #include "tempfolder.h"

@@ -6,7 +6,7 @@
 #include "tempfolder.h"
 
 #include <base/exsyserror.h>
-#include <base/lginterprocesslockname.h>
+#include <base/lginterprocesslockname_p.h>
 #include <base/objptr.h>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include <base/lgnumbertext.h>
+#include <base/lgnumbertext_p.h>
 
 #include "steps.h"
 

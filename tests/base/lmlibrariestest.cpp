@@ -1,7 +1,7 @@
 #include <base/lmlibraries.h>
-#include <base/lmmap.h>
-#include <base/lmtext.h>
-#include <base/lmwalk.h>
+#include <base/lmmap_p.h>
+#include <base/lmtext_p.h>
+#include <base/lmwalk_p.h>
 #include <base/ossharedlib.h>
 
 #include "expectchild.h"

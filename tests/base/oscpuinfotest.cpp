@@ -1,6 +1,6 @@
-#include <base/oscpudecode.h>
+#include <base/oscpudecode_p.h>
 #include <base/oscpuinfo.h>
-#include <base/oscputype.h>
+#include <base/oscputype_p.h>
 
 #include "expectchild.h"
 #include "testpackage.h"

@@ -1,4 +1,4 @@
-#include <base/oscalendar.h>
+#include <base/oscalendar_p.h>
 #include <base/osdateex.h>
 #include <base/osdateutil.h>
 

@@ -3,7 +3,7 @@
 #include <base/osenv.h>
 #include <base/osfileex.h>
 #include <base/osfilepath.h>
-#include <base/osfilepathgrammar.h>
+#include <base/osfilepathgrammar_p.h>
 
 #include "expectthrow.h"
 #include "tempfolder.h"

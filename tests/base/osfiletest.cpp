@@ -2,7 +2,7 @@
 #include <base/osdateutil.h>
 #include <base/osfile.h>
 #include <base/osfileex.h>
-#include <base/osremote.h>
+#include <base/osremote_p.h>
 
 #include "child.h"
 #include "expectthrow.h"

@@ -1,5 +1,5 @@
 #include <base/exsyserror.h>
-#include <base/oscommandline.h>
+#include <base/oscommandline_p.h>
 #include <base/osenv.h>
 #include <base/osprocess.h>
 

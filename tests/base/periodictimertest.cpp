@@ -1,6 +1,6 @@
 #include <base/periodictimer.h>
 #include <base/sleeper.h>
-#include <base/sleepermath.h>
+#include <base/sleepermath_p.h>
 
 #include "expectchild.h"
 #include "scriptedsleeper.h"

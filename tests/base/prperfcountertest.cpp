@@ -1,7 +1,7 @@
 #include <base/exinternalerror.h>
 #include <base/prex.h>
-#include <base/prperfcounter.h>
-#include <base/prperfdata.h>
+#include <base/prperfcounter_p.h>
+#include <base/prperfdata_p.h>
 
 #include "expectthrow.h"
 #include "perfblock.h"

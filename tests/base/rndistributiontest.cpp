@@ -5,7 +5,7 @@
 #include <base/rngaussianrng.h>
 #include <base/rnhistogramrng.h>
 #include <base/rnlecuyeruniformrng.h>
-#include <base/rnmath.h>
+#include <base/rnmath_p.h>
 #include <base/rnmexicanhatrng.h>
 #include <base/rnseparablemultirng.h>
 #include <base/rnvandercorputrng.h>

@@ -1,4 +1,4 @@
-#include <base/rnmath.h>
+#include <base/rnmath_p.h>
 
 #include <gtest/gtest.h>
 

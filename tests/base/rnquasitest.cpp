@@ -6,8 +6,8 @@
 #include <base/rnhammersleybirng.h>
 #include <base/rnhammersleymultirng.h>
 #include <base/rnniederreitermultirng.h>
-#include <base/rnniederreitertable.h>
-#include <base/rnradicalinverse.h>
+#include <base/rnniederreitertable_p.h>
+#include <base/rnradicalinverse_p.h>
 #include <base/rnvandercorputrng.h>
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 
 #include <base/exinternalerror.h>
 #include <base/rnlecuyeruniformrng.h>
-#include <base/rnlecuyerword.h>
-#include <base/rnnumrecstate.h>
+#include <base/rnlecuyerword_p.h>
+#include <base/rnnumrecstate_p.h>
 #include <base/rnnumrecuniformrng.h>
 #include <base/rnstduniformrng.h>
 

@@ -1,7 +1,7 @@
 #include <base/oscpuinfo.h>
 #include <base/periodictimer.h>
 #include <base/sleeper.h>
-#include <base/sleepermath.h>
+#include <base/sleepermath_p.h>
 
 #include "expectchild.h"
 #include "expectthrow.h"

@@ -6,7 +6,7 @@
 #include <base/osenv.h>
 #include <base/testgroup.h>
 #include <base/testmgr.h>
-#include <base/testmgrhandlers.h>
+#include <base/testmgrhandlers_p.h>
 #include <base/trace.h>
 
 #include "child.h"

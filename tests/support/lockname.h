@@ -2,7 +2,7 @@
 
 #include "tempfolder.h"
 
-#include <base/lginterprocesslockname.h>
+#include <base/lginterprocesslockname_p.h>
 
 #include <string>
 

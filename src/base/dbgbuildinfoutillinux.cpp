@@ -1,0 +1,26 @@
+// dbgbuildinfoutillinux.cpp (Windows form: dbgbuildinfoutilwindows.cpp)
+#include <base/dbgbuildinfoutil_p.h>
+
+#include <base/osposix_p.h>
+
+#include <dlfcn.h>
+#include <link.h>
+
+namespace Vn::System
+{
+
+bool isInModule(void* address, char const* file)
+{
+    void* const module = Posix::openModule(file, RTLD_LAZY | RTLD_NOLOAD, nullptr);
+    if (module == nullptr)
+        return false;
+    ::link_map* asked = nullptr;
+    void* found = nullptr;
+    ::Dl_info info;
+    const bool isIn = ::dlinfo(module, RTLD_DI_LINKMAP, &asked) == 0 &&
+                      ::dladdr1(address, &info, &found, RTLD_DL_LINKMAP) != 0 && found == asked;
+    ::dlclose(module);
+    return isIn;
+}
+
+}  // namespace Vn::System

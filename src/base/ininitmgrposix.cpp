@@ -1,0 +1,21 @@
+// ininitmgrposix.cpp (Windows form: ininitmgrwindows.cpp)
+#include <base/ininitmgr_p.h>
+
+#include <unistd.h>
+
+extern "C" char** environ;
+
+namespace Vn::System
+{
+
+std::vector<std::string> getEnvironmentEntries()
+{
+    std::vector<std::string> entries;
+    if (environ == nullptr)  // what clearenv() leaves
+        return entries;
+    for (char** entry = environ; *entry != nullptr; ++entry)
+        entries.emplace_back(*entry);
+    return entries;
+}
+
+}  // namespace Vn::System

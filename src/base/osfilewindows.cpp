@@ -1,0 +1,194 @@
+// osfilewindows.cpp (Linux form: osfilelinux.cpp)
+#include <base/osfile_p.h>
+
+#include <base/exsyserror.h>
+#include <base/osdateutil.h>
+
+#include <windows.h>
+
+#include <stdio.h>
+
+#include <memory>
+
+namespace Vn::System
+{
+namespace
+{
+constexpr char sourceName[] = "src/base/osfsutilswindows";
+
+/// System, temporary, sparse, reparse point, compressed, offline, encrypted: a file with one of these is a special one.
+constexpr DWORD specialAttributes = 0x5F04;
+
+/// An open file that closes without a trace in the last error.
+class OpenFile
+{
+public:
+    OpenFile(char const* path, DWORD access, DWORD sharing, DWORD flags = FILE_ATTRIBUTE_NORMAL)
+        : _handle(::CreateFileA(path, access, sharing, nullptr, OPEN_EXISTING, flags, nullptr))
+    {}
+
+    ~OpenFile()
+    {
+        if (!isOpen())
+            return;
+        const DWORD error = ::GetLastError();
+        ::CloseHandle(_handle);
+        ::SetLastError(error);
+    }
+
+    OpenFile(OpenFile const&) = delete;
+    OpenFile& operator=(OpenFile const&) = delete;
+
+    bool isOpen() const { return _handle != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return _handle; }
+
+private:
+    HANDLE _handle;
+};
+
+/// As OsFile opens what it looks at: others may read and write it meanwhile.
+constexpr DWORD sharedWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
+
+bool readFileTime(char const* path, FileTime which, FILETIME& time)
+{
+    const OpenFile file(path, GENERIC_READ, sharedWithAll);
+    const bool isAccess = which == FileTime::LastAccess;
+    return file.isOpen() &&
+           ::GetFileTime(file.get(), nullptr, isAccess ? &time : nullptr, isAccess ? nullptr : &time);
+}
+}  // namespace
+
+FileKind getFileKind(char const* path)
+{
+    const DWORD attributes = ::GetFileAttributesA(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return FileKind::Missing;
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return FileKind::Directory;
+    return (attributes & specialAttributes) != 0 ? FileKind::SpecialFile : FileKind::RegularFile;
+}
+
+bool isSymLink(char const*)
+{
+    return false;
+}
+
+bool createDirectory(char const* path)
+{
+    if (::CreateDirectoryA(path, nullptr))
+        return true;
+    const DWORD error = ::GetLastError();
+    if (error == ERROR_ALREADY_EXISTS)
+        return false;
+    if (error != 0)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    return true;  // nothing to report
+}
+
+void removeDirectory(char const* path)
+{
+    if (!::RemoveDirectoryA(path))
+        throw ExSysErrorWindows(sourceName, __LINE__);
+}
+
+bool createFile(char const* path, OsFileTypes::Permissions const&, bool failIfExists)
+{
+    const HANDLE file =
+        ::CreateFileA(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                      failIfExists ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE && failIfExists && ::GetLastError() == ERROR_FILE_EXISTS)
+        return false;
+    if (file == INVALID_HANDLE_VALUE)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    ::CloseHandle(file);
+    return true;
+}
+
+void deleteFile(char const* path)
+{
+    if (::DeleteFileA(path))
+        return;
+    const DWORD error = ::GetLastError();
+    if (error != 0 && error != ERROR_FILE_NOT_FOUND)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+}
+
+bool makeDirectory(char const* path, OsFileTypes::Permissions const&)
+{
+    return ::CreateDirectoryA(path, nullptr);
+}
+
+bool removeEmptyDirectory(char const* path)
+{
+    return ::RemoveDirectoryA(path);
+}
+
+bool removeFile(char const* path)
+{
+    return ::DeleteFileA(path);
+}
+
+bool renameFile(char const* path, char const* target)
+{
+    return ::rename(path, target) == 0;
+}
+
+bool readOwner(char const*, std::string& owner)
+{
+    owner.clear();
+    return true;
+}
+
+bool readSize(char const* path, std::uint32_t& size)
+{
+    const OpenFile file(path, GENERIC_READ, sharedWithAll);
+    size = file.isOpen() ? ::GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
+    return size != INVALID_FILE_SIZE;
+}
+
+bool readPlace(char const* path, std::string& place, bool& isRemote)
+{
+    const char root[] = {path[0], path[0] != '\0' ? path[1] : '\0', '\\', '\0'};
+    place = root;
+    isRemote = ::GetDriveTypeA(root) == DRIVE_REMOTE;
+    return true;
+}
+
+bool hasAccess(char const* path, std::int32_t access)
+{
+    // Shared with nobody on purpose: what somebody else holds open can't be had.
+    return OpenFile(path, access == 1 ? GENERIC_READ : GENERIC_WRITE, 0).isOpen();
+}
+
+OsDateTypes::DateRep* readTime(char const* path, FileTime which, char const* source)
+{
+    FILETIME time;
+    FILETIME local;
+    SYSTEMTIME fields;
+    if (!readFileTime(path, which, time) || !::FileTimeToLocalFileTime(&time, &local) ||
+        !::FileTimeToSystemTime(&local, &fields))
+        throw ExSysErrorWindows(source, __LINE__);
+    auto date = std::make_unique<OsDateTypes::DateRep>(0xFFFFFFFF, 0xFFFFFFFF);
+    OsDateUtil::makeTime(fields.wYear, fields.wMonth, fields.wDay, fields.wHour, fields.wMinute, fields.wSecond,
+                         OsDateTypes::LocalTime, *date);
+    return date.release();
+}
+
+bool identify(char const* path, FileIdentity& identity)
+{
+    // Without access nobody's sharing is in the way, and with this flag directories open as well.
+    const OpenFile file(path, 0, sharedWithAll | FILE_SHARE_DELETE, FILE_FLAG_BACKUP_SEMANTICS);
+    BY_HANDLE_FILE_INFORMATION information;
+    if (!file.isOpen() || !::GetFileInformationByHandle(file.get(), &information))
+        return false;
+    identity.volume = information.dwVolumeSerialNumber;
+    identity.index = std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow;
+    return true;
+}
+
+void setLoopError()
+{
+    ::SetLastError(ERROR_CANT_RESOLVE_FILENAME);
+}
+
+}  // namespace Vn::System
