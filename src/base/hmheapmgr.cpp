@@ -1,5 +1,6 @@
 #include <base/hmheapmgr.h>
 
+#include <base/osenv_p.h>
 #include <base/wholenumber_p.h>
 
 #include <cstdlib>
@@ -14,7 +15,7 @@ namespace
 void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
 {
     constexpr char const* words[] = {"some", "full", "debug"};  // by value
-    char const* const value = std::getenv("VN_HEAP_SAFETY_LEVEL");
+    char const* const value = System::getOwnVariable("VN_HEAP_SAFETY_LEVEL");
     for (int i = 0; value != nullptr && i < 3; ++i)
         if (std::strcmp(value, words[i]) == 0)
             level = static_cast<HmHeapMgr::SafetyLevel>(i);
@@ -23,14 +24,14 @@ void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
 /// Unset is false, whatever the setting was.
 void readFlag(char const* name, bool& flag)
 {
-    char const* const value = std::getenv(name);
+    char const* const value = System::getOwnVariable(name);
     flag = value != nullptr && wholeNumberOf<int>(value) > 0;
 }
 
 template <class Integer, class T>
 void readNumber(char const* name, T& number)
 {
-    if (char const* const value = std::getenv(name))
+    if (char const* const value = System::getOwnVariable(name))
         number = static_cast<T>(wholeNumberOf<Integer>(value));
 }
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdlib>
+#include <base/osenv_p.h>
 
 namespace Vn::InDiagnostics
 {
@@ -8,7 +8,7 @@ namespace Vn::InDiagnostics
 /// Whether `VN_DEBUG_INITIALIZE` stands in the environment, with whatever value, now.
 inline bool areOn()
 {
-    return std::getenv("VN_DEBUG_INITIALIZE") != nullptr;
+    return System::getOwnVariable("VN_DEBUG_INITIALIZE") != nullptr;
 }
 
 }  // namespace Vn::InDiagnostics

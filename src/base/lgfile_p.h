@@ -1,31 +1,110 @@
+// Private to lglog.cpp and lgreader.cpp; the system's side is in lgfileposix.cpp and lgfilewindows.cpp.
 #pragma once
 
+#include <base/osfile_p.h>
+
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <string>
+#include <string_view>
 
 namespace Vn
 {
 
-/// A log file: a stream like any other, which also takes a whole line in one system call. A child process doesn't inherit
-/// it. Private to the library.
+/// The file of one or more levels: a stream like any other, which also takes whole lines.
+///
+/// What the system refuses waits in 64 KiB and is tried again with each line and each flush. What doesn't fit there is
+/// dropped and counted. A child process doesn't inherit the file. One thread at a time.
 class LgFile : public std::ostream
 {
 public:
-    /// Empties the file, or goes on at its end. If it can't be opened, the stream has failed and stays so.
-    LgFile(char const* path, bool isAppended);
+    /// How a file's name came about.
+    enum class Origin
+    {
+        Default,  ///< a name in the log directory, where anybody may have put something: opened only if it is our own file
+        Named  ///< the user's own words: a link, a device and a pipe will do
+    };
 
-    /// Writes what is in the buffer and closes the file.
+    /// Opens the file and leaves its content alone; never waits. If it can't be opened, the stream has failed and stays so.
+    /// With `isShared` all that write the file hold a lock meanwhile, and the caller does so, too.
+    LgFile(char const* path, Origin origin, bool isShared);
+
+    /// Closes the file. A file that isn't shared gets what still waits, as far as the system takes it.
     ~LgFile() override;
 
-    /// Writes and flushes. After a failure, as when the disk is full, the file is tried again with each line, and lines that
-    /// fit the buffer wait there.
-    void writeLine(char const* text, std::size_t size);
+    /// Empties the file. A failure fails the stream for good, as if it couldn't be opened.
+    void beginAnew();
+
+    /// What tells the file from all others; nothing if it isn't open.
+    std::optional<System::FileIdentity> getIdentity() const;
+
+    /// Writes whole lines in one system call, and flushes. In a shared file they begin at the start of a line, whatever a
+    /// killed writer has left, and a line of which the system takes a part only is taken back.
+    void writeLines(std::string_view text);
+
+    /// Tells of dropped lines, as the event of a queue that was full, if there are any and there is room again.
+    void tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix);
 
 private:
     class Buffer;
 
+    bool isOpen() const;
+
     std::unique_ptr<Buffer> _buffer;
 };
+
+namespace System
+{
+
+/// An open log file as the system sees it.
+class LogOutput
+{
+public:
+    LogOutput() = default;
+    ~LogOutput();
+    LogOutput(LogOutput const&) = delete;
+    LogOutput& operator=(LogOutput const&) = delete;
+
+    /// Never waits, and never gives one of the standard descriptors.
+    bool open(char const* path, LgFile::Origin origin);
+
+    bool isOpen() const { return _handle != closed; }
+
+    /// Whether the file has a size and an end: no pipe and no device.
+    bool isRegular() const { return _isRegular; }
+
+    FileIdentity const& getIdentity() const { return _identity; }
+
+    /// True for a pipe and a device, which hold nothing.
+    bool makeEmpty();
+
+    /// Bytes; nothing if the system doesn't tell.
+    std::optional<std::uint64_t> getSize() const;
+
+    /// Whether the byte before `size` is the end of a line; true as well if it can't be read.
+    bool endsLineAt(std::uint64_t size) const;
+
+    /// Appends, and returns how much of the text was written before the system refused.
+    std::size_t append(std::string_view text);
+
+    /// Takes the last `size` characters off the file, which are no line ends.
+    bool takeBack(std::size_t size);
+
+private:
+    static constexpr std::intptr_t closed = -1;
+
+    std::intptr_t _handle = closed;
+    bool _isRegular = false;
+    FileIdentity _identity;
+    std::string _fileText;  ///< a text with the line ends of the file, where they differ from ours
+};
+
+/// Whether the process's standard output is a file that ends within a line.
+bool isStandardOutputInsideLine();
+
+}  // namespace System
 
 }  // namespace Vn

@@ -1,28 +1,152 @@
 // lgfilewindows.cpp (Linux form: lgfileposix.cpp)
+//
+// Every write names the end of the file as its place, so that the system moves there and writes in one step, and two
+// processes never write over each other. Files hold CR LF at the ends of lines.
 #include <base/lgfile_p.h>
 
-#include <fstream>
+#include <windows.h>
 
-namespace Vn
+#include <new>
+
+namespace Vn::System
 {
-
-class LgFile::Buffer : public std::filebuf
-{};
-
-LgFile::LgFile(char const* path, bool isAppended) : std::ostream(nullptr), _buffer(std::make_unique<Buffer>())
+namespace
 {
-    rdbuf(_buffer.get());
-    if (_buffer->open(path, isAppended ? out | app : out) == nullptr)
-        setstate(failbit);
+constexpr ::DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE;
+
+::HANDLE handleOf(std::intptr_t handle)
+{
+    return reinterpret_cast<::HANDLE>(handle);
 }
 
-LgFile::~LgFile() = default;
-
-void LgFile::writeLine(char const* text, std::size_t size)
+::HANDLE openFile(char const* path, ::DWORD access)
 {
-    if (bad() && _buffer->is_open())
-        clear();
-    write(text, static_cast<std::streamsize>(size)).flush();
+    return ::CreateFileA(path, access, sharing, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-}  // namespace Vn
+/// As much as the system takes, at the end of a file, or to a device.
+std::size_t writeAll(::HANDLE file, std::string_view text, bool isFile)
+{
+    std::size_t done = 0;
+    while (done < text.size()) {
+        ::OVERLAPPED atTheEnd = {};
+        atTheEnd.Offset = atTheEnd.OffsetHigh = 0xFFFFFFFF;
+        ::DWORD now = 0;
+        if (!::WriteFile(file, text.data() + done, static_cast<::DWORD>(text.size() - done), &now,
+                         isFile ? &atTheEnd : nullptr) ||
+            now == 0)
+            break;
+        done += now;
+    }
+    return done;
+}
+
+bool isLineEnd(::HANDLE file, std::uint64_t place)
+{
+    ::OVERLAPPED at = {};
+    at.Offset = static_cast<::DWORD>(place);
+    at.OffsetHigh = static_cast<::DWORD>(place >> 32);
+    char byte = '\n';
+    ::DWORD count = 0;
+    return !::ReadFile(file, &byte, 1, &count, &at) || count == 0 || byte == '\n';
+}
+}  // namespace
+
+LogOutput::~LogOutput()
+{
+    if (isOpen())
+        ::CloseHandle(handleOf(_handle));
+}
+
+bool LogOutput::open(char const* path, LgFile::Origin)
+{
+    ::HANDLE file = openFile(path, GENERIC_READ | GENERIC_WRITE);
+    if (file == INVALID_HANDLE_VALUE)
+        file = openFile(path, GENERIC_WRITE);  // its end can't be looked at
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    ::BY_HANDLE_FILE_INFORMATION information = {};
+    _isRegular = ::GetFileType(file) == FILE_TYPE_DISK && ::GetFileInformationByHandle(file, &information);
+    if (_isRegular)
+        _identity = {information.dwVolumeSerialNumber,
+                     std::uint64_t(information.nFileIndexHigh) << 32 | information.nFileIndexLow};
+    else
+        _identity = {~std::uint64_t(0), reinterpret_cast<std::uintptr_t>(file)};  // each device for itself
+    _handle = reinterpret_cast<std::intptr_t>(file);
+    return true;
+}
+
+bool LogOutput::makeEmpty()
+{
+    if (!_isRegular)
+        return true;
+    ::LARGE_INTEGER start = {};
+    return ::SetFilePointerEx(handleOf(_handle), start, nullptr, FILE_BEGIN) && ::SetEndOfFile(handleOf(_handle));
+}
+
+std::optional<std::uint64_t> LogOutput::getSize() const
+{
+    ::LARGE_INTEGER size = {};
+    if (!_isRegular || !::GetFileSizeEx(handleOf(_handle), &size))
+        return {};
+    return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+bool LogOutput::endsLineAt(std::uint64_t size) const
+{
+    return isLineEnd(handleOf(_handle), size - 1);
+}
+
+std::size_t LogOutput::append(std::string_view text)
+{
+    try {
+        _fileText.clear();
+        for (const char character : text) {
+            if (character == '\n')
+                _fileText += '\r';
+            _fileText += character;
+        }
+    } catch (std::bad_alloc const&) {
+        return 0;  // it waits, as on a full disk
+    }
+    const std::size_t written = writeAll(handleOf(_handle), _fileText, _isRegular);
+    if (written == _fileText.size())
+        return text.size();
+    if (written > 0 && _fileText[written - 1] == '\r' && _fileText[written] == '\n')
+        takeBack(1);
+    std::size_t done = 0;
+    for (std::size_t inFile = 0; done < text.size(); ++done) {
+        inFile += text[done] == '\n' ? 2 : 1;
+        if (inFile > written)
+            break;
+    }
+    return done;
+}
+
+bool LogOutput::takeBack(std::size_t size)
+{
+    const std::optional<std::uint64_t> whole = getSize();
+    if (!whole || *whole < size)
+        return false;
+    ::LARGE_INTEGER end = {};
+    end.QuadPart = static_cast<::LONGLONG>(*whole - size);
+    return ::SetFilePointerEx(handleOf(_handle), end, nullptr, FILE_BEGIN) && ::SetEndOfFile(handleOf(_handle));
+}
+
+bool isStandardOutputInsideLine()
+{
+    ::HANDLE const output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    ::LARGE_INTEGER place = {};
+    if (::GetFileType(output) != FILE_TYPE_DISK || !::SetFilePointerEx(output, {}, &place, FILE_CURRENT) ||
+        place.QuadPart <= 0)
+        return false;
+    // It is rarely open for reading itself.
+    ::HANDLE const readable = ::ReOpenFile(output, GENERIC_READ, sharing | FILE_SHARE_DELETE, 0);
+    if (readable == INVALID_HANDLE_VALUE)
+        return true;
+    const bool isInside = !isLineEnd(readable, static_cast<std::uint64_t>(place.QuadPart) - 1);
+    ::CloseHandle(readable);
+    return isInside;
+}
+
+}  // namespace Vn::System

@@ -2,10 +2,18 @@
 //
 // Other processes are kept out by the system's lock on a file, which ends with its holder whatever becomes of that. It
 // belongs to the opened file, so a process opens each file once, and a mutex beside it keeps its own threads apart.
+//
+// A file is removed when it is closed, and at the end of the process, unless another process holds its lock at that moment.
+// Only the holder of a file's lock removes the file. So whoever gets the lock looks whether the file is still where it was
+// opened, and opens the one that stands there now if it isn't; two processes can't hold two files of one name.
+//
+// A thread that ends gives up what it holds. The system calls us for that through a key of its own: a thread_local object
+// would do as well, but ends the process if there is no memory when a thread first uses it.
 #include <base/lginterprocesslock.h>
 
 #include <base/exsyserror.h>
 #include <base/lginterprocesslockname_p.h>
+#include <base/osposix_p.h>
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -42,23 +50,22 @@ constexpr char folder[] = "/tmp/";
 
 class LockFile;
 
-/// The lock files that this thread holds; it gives them up when it ends.
-struct HeldFiles
-{
-    ~HeldFiles();
+/// The lock files that a thread holds.
+using HeldFiles = std::vector<std::shared_ptr<LockFile>>;
 
-    std::vector<std::shared_ptr<LockFile>> files;
-};
-
-thread_local HeldFiles heldFiles;
-thread_local bool isThreadEnding = false;  ///< the list above is gone
+HeldFiles* findHeldFiles();
+HeldFiles& getHeldFiles();
 
 /// One opened file, for all locks of its name in this process. Without a path it keeps only threads apart.
 class LockFile : public std::enable_shared_from_this<LockFile>
 {
 public:
     explicit LockFile(std::string path) : _path(std::move(path)) {}
-    ~LockFile() { closeFile(); }
+    ~LockFile()
+    {
+        removeFile();
+        closeFile();
+    }
 
     LockFile(LockFile const&) = delete;
     LockFile& operator=(LockFile const&) = delete;
@@ -68,12 +75,14 @@ public:
     void unlock();
     void giveUp();
     void startAfresh();
+    void removeUnlessHeld();
 
 private:
     bool isMine() const { return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
-    bool unlockFile() { return _descriptor == -1 || ::flock(_descriptor, LOCK_UN) == 0; }
+    bool unlockFile();
     void letThreadsIn();
     void closeFile();
+    void removeFile();
     void lockFile();
     bool isFileInPlace() const;
 
@@ -86,11 +95,73 @@ private:
     int _depth = 0;
 };
 
-HeldFiles::~HeldFiles()
+/// Called by the system at the end of a thread that has held a lock.
+void giveUpAll(void* files)
 {
-    isThreadEnding = true;
-    for (std::shared_ptr<LockFile> const& file : files)
+    const std::unique_ptr<HeldFiles> held(static_cast<HeldFiles*>(files));
+    for (std::shared_ptr<LockFile> const& file : *held)
         file->giveUp();
+}
+
+/// The system's key to what each thread holds. Throws if there is none left.
+::pthread_key_t getHeldFilesKey()
+{
+    static const ::pthread_key_t key = [] {
+        ::pthread_key_t made;
+        if (const int error = ::pthread_key_create(&made, giveUpAll))
+            refuse(error, __LINE__);
+        return made;
+    }();
+    return key;
+}
+
+/// Those of the calling thread; null if it has held none.
+HeldFiles* findHeldFiles()
+{
+    return static_cast<HeldFiles*>(::pthread_getspecific(getHeldFilesKey()));
+}
+
+/// Those of the calling thread. Also works while it ends: the system then calls us once more.
+HeldFiles& getHeldFiles()
+{
+    if (HeldFiles* const files = findHeldFiles())
+        return *files;
+    auto files = std::make_unique<HeldFiles>();
+    if (const int error = ::pthread_setspecific(getHeldFilesKey(), files.get()))
+        refuse(error, __LINE__);
+    return *files.release();
+}
+
+/// Undone if the file closes, which it does here where it can't be unlocked: the lock then goes with it.
+bool LockFile::unlockFile()
+{
+    if (_descriptor == -1)
+        return true;
+    while (::flock(_descriptor, LOCK_UN) != 0)
+        if (errno != EINTR) {
+            const int error = errno;
+            closeFile();
+            errno = error;
+            return false;
+        }
+    return true;
+}
+
+/// Takes the file away if nobody holds its lock; whoever waits for that finds it gone and makes a new one.
+void LockFile::removeFile()
+{
+    if (_descriptor == -1 || ::flock(_descriptor, LOCK_EX | LOCK_NB) != 0)
+        return;
+    if (isFileInPlace())
+        ::unlink(_path.c_str());
+    unlockFile();
+}
+
+void LockFile::removeUnlessHeld()
+{
+    const std::unique_lock guard(_mutex, std::try_to_lock);
+    if (guard.owns_lock())
+        removeFile();
 }
 
 void LockFile::closeFile()
@@ -104,10 +175,7 @@ void LockFile::openFile()
 {
     if (_path.empty())
         return;
-    int descriptor = -1;
-    do
-        descriptor = ::open(_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600);
-    while (descriptor == -1 && errno == EINTR);
+    const int descriptor = Posix::openFile(_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
     if (descriptor == -1)
         throw ExSysErrorWindows(sourceName, __LINE__);
     _descriptor = descriptor;
@@ -148,13 +216,12 @@ void LockFile::lock()
         return;
     }
     std::unique_lock guard(_mutex);
-    if (!isThreadEnding)
-        heldFiles.files.push_back(shared_from_this());
+    HeldFiles& held = getHeldFiles();
+    held.push_back(shared_from_this());
     try {
         lockFile();
     } catch (...) {
-        if (!isThreadEnding)
-            heldFiles.files.pop_back();
+        held.pop_back();
         closeFile();
         throw;
     }
@@ -171,20 +238,20 @@ void LockFile::unlock()
         --_depth;
         return;
     }
-    if (!unlockFile())
-        throw ExSysErrorWindows(sourceName, __LINE__);
-    if (!isThreadEnding)
-        std::erase(heldFiles.files, shared_from_this());
+    const bool isUnlocked = unlockFile();
+    const int error = errno;
+    std::erase(getHeldFiles(), shared_from_this());
     letThreadsIn();
+    if (!isUnlocked)
+        refuse(error, __LINE__);
 }
 
-/// What unlock() does, for a thread that ends: the file is closed where it can't be unlocked.
+/// What unlock() does, for a thread that ends.
 void LockFile::giveUp()
 {
     if (!isMine())
         return;
-    if (!unlockFile())
-        closeFile();
+    unlockFile();
     letThreadsIn();
 }
 
@@ -229,18 +296,38 @@ void continueAfterFork()
 
 void startChild()
 {
-    heldFiles.files.clear();
     for (auto const& [path, entry] : getOpenFiles().files)
         if (std::shared_ptr<LockFile> const file = entry.lock())
             file->startAfresh();
+    // Behind that, as this may destroy one, which must not remove the parent's file.
+    if (HeldFiles* const held = findHeldFiles())
+        held->clear();
     getOpenFiles().mutex.unlock();
 }
+
+/// Leaves no files behind when the process ends: the logger's lock, for one, is never destroyed. What uses a lock after
+/// that makes its file anew.
+struct RemovalAtExit
+{
+    ~RemovalAtExit()
+    {
+        OpenFiles& open = getOpenFiles();
+        const std::unique_lock guard(open.mutex, std::try_to_lock);  // a thread may have stopped within it
+        if (!guard.owns_lock())
+            return;
+        for (auto const& [path, entry] : open.files)
+            if (std::shared_ptr<LockFile> const file = entry.lock())
+                file->removeUnlessHeld();
+    }
+};
 
 std::shared_ptr<LockFile> getLockFile(char const* name)
 {
     static const int isWatchingForks = ::pthread_atfork(prepareFork, continueAfterFork, startChild);
     if (isWatchingForks != 0)
         refuse(isWatchingForks, __LINE__);
+    getHeldFilesKey();
+    static const RemovalAtExit removalAtExit;
     // A lock without a name has an entry as well, so that forks find it; its key is no file's.
     static std::atomic<unsigned> unnamed = 0;
     const std::string path =

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace Vn
 {
@@ -44,8 +45,7 @@ public:
         _text[_size++] = '\n';
     }
 
-    char const* get() const { return _text; }
-    std::size_t getSize() const { return _size; }
+    std::string_view getText() const { return {_text, _size}; }
     bool hasPrefix() const { return _hasPrefix; }
 
 private:

@@ -4,7 +4,7 @@
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
 #include <base/lgfile_p.h>
-#include <base/osenv.h>
+#include <base/osenv_p.h>
 #include <base/osfilepath.h>
 #include <base/osfsutils.h>
 
@@ -12,6 +12,8 @@
 #include <cstring>
 #include <ctime>
 #include <iomanip>
+#include <sstream>
+#include <string>
 
 namespace Vn
 {
@@ -55,7 +57,7 @@ void setDefaultPaths(char* profile, char* events)
 /// Where the default files go; makes the directory. False if that can't be made.
 bool makeDefaultPaths()
 {
-    char const* const variable = OsEnv::getVariable("T4Q_TEST_DIR");
+    char const* const variable = System::getOwnVariable("T4Q_TEST_DIR");
     const OsFilePath directory =
         variable != nullptr && *variable != '\0' ? OsFilePath(variable) : OsFilePath::getTempDir();
     setDefaultPaths(nullptr, nullptr);
@@ -70,17 +72,35 @@ bool makeDefaultPaths()
     return true;
 }
 
-void writeStartBanner(std::ostream& stream, bool hasTime)
+std::string makeStartBanner(bool hasTime)
 {
-    stream << "===== Message Logger Startup =====" << std::endl;
+    std::ostringstream text;
+    text << "===== Message Logger Startup =====\n";
     if (!hasTime)
-        return;
+        return text.str();
     const std::time_t now = std::time(nullptr);
-    stream << "===== Started on " << std::ctime(&now) << std::endl;  // the date brings a line end of its own
-    const std::streamsize precision = stream.precision();
-    stream << "===== Clock Frequency: " << std::fixed << std::setprecision(9) << HwCounter::resolution()
-           << std::endl;
-    stream.precision(precision);
+    text << "===== Started on " << std::ctime(&now) << '\n';  // the date brings a line end of its own
+    text << "===== Clock Frequency: " << std::fixed << std::setprecision(9) << HwCounter::resolution() << '\n';
+    return text.str();
+}
+
+/// In one piece, so that all of it waits where the disk is full.
+void writeStartBanner(LgFile& file, bool hasTime)
+{
+    file.writeLines(makeStartBanner(hasTime));
+    if (hasTime)
+        file << std::fixed;  // part of the interface: whoever writes numbers to the stream relies on it
+}
+
+/// No level has another kind of stream.
+LgFile& getFile(LgLog::LevelInfo const& level)
+{
+    return static_cast<LgFile&>(*level.output);
+}
+
+bool isDefaultPath(char const* path)
+{
+    return path == eventsPath || path == profilePath;
 }
 }  // namespace
 
@@ -112,29 +132,34 @@ void LgLog::readOutputs(bool hasDirectory)
     static constexpr char const* variables[levelCount] = {
         "VN_LOG_INTERNAL_ERROR", "VN_LOG_FATAL_ERROR", "VN_LOG_RECOVERABLE_ERROR", "VN_LOG_WARNING",
         "VN_LOG_INFORMATIONAL",  "VN_LOG_TRACING",     "VN_LOG_PROFILING"};
-    for (int i = 0; i < levelCount; ++i)
-        _level[i] = parseEnvVar(OsEnv::getVariable(variables[i]));
-
-    const auto isUnset = [](int level) { return OsEnv::getVariable(variables[level]) == nullptr; };
-    if (isUnset(LgTypes::InternalError))
-        _level[LgTypes::InternalError].enabled = hasDirectory;
-    if (isUnset(LgTypes::Tracing))
-        _level[LgTypes::Tracing] = {true, true, false, nullptr, nullptr};
-    if (isUnset(LgTypes::Profiling))
-        _level[LgTypes::Profiling] = {hasDirectory, false, false, nullptr, profilePath};
+    // In the order that is part of the interface: profiling before tracing.
+    for (const LgTypes::Level level :
+         {LgTypes::InternalError, LgTypes::FatalError, LgTypes::RecoverableError, LgTypes::Warning,
+          LgTypes::Informational, LgTypes::Profiling, LgTypes::Tracing}) {
+        char const* const value = System::getOwnVariable(variables[level]);
+        _level[level] = parseEnvVar(value);
+        if (value != nullptr)
+            continue;
+        if (level == LgTypes::InternalError)
+            _level[level].enabled = hasDirectory;
+        else if (level == LgTypes::Tracing)
+            _level[level] = {true, true, false, nullptr, nullptr};
+        else if (level == LgTypes::Profiling)
+            _level[level] = {hasDirectory, false, false, nullptr, profilePath};
+    }
 }
 
 void LgLog::readSettings()
 {
-    if (char const* const word = OsEnv::getVariable("VN_LOG_DEFAULT_LEVEL"))
+    if (char const* const word = System::getOwnVariable("VN_LOG_DEFAULT_LEVEL"))
         for (int i = 0; i < levelCount; ++i)
             if (std::strcmp(word, LgTypes::levelToString(LgTypes::Level(i))) == 0)
                 LgMajorGroup::setDefaultThreshold(LgTypes::Level(i));
-    LgMajorGroup::initialize(OsEnv::getVariable("VN_LOG_GROUPS"));
-    setBlockingTrace(OsEnv::getVariable("VN_BLOCKING_TRACE") != nullptr);
-    if (char const* const name = OsEnv::getVariable("VN_INTERNAL_INTERPROCESS_LOG_LOCK"))
+    LgMajorGroup::initialize(System::getOwnVariable("VN_LOG_GROUPS"));
+    setBlockingTrace(System::getOwnVariable("VN_BLOCKING_TRACE") != nullptr);
+    if (char const* const name = System::getOwnVariable("VN_INTERNAL_INTERPROCESS_LOG_LOCK"))
         _interprocessLock.reset(LgInterProcessLock::create(name));
-    if (OsEnv::getVariable("VN_LOG_DISABLE_TIMESTAMPS") != nullptr)
+    if (System::getOwnVariable("VN_LOG_DISABLE_TIMESTAMPS") != nullptr)
         disableTimeStamps();
 }
 
@@ -154,7 +179,7 @@ LgLog::LevelInfo LgLog::parseEnvVar(char const* value)
     return {true, false, false, nullptr, value};
 }
 
-/// Levels that name one file share its stream.
+/// Levels that name one file, be it by two names, share its stream.
 void LgLog::openOutput(LevelInfo* level)
 {
     if (level->fileName == nullptr)
@@ -164,9 +189,20 @@ void LgLog::openOutput(LevelInfo* level)
             level->output = lower->output;
             return;
         }
-    level->output = new LgFile(level->fileName, level->append);
+    const LgFile::Origin origin = isDefaultPath(level->fileName) ? LgFile::Origin::Default : LgFile::Origin::Named;
+    ObjPtr<LgFile> file(new LgFile(level->fileName, origin, _interprocessLock.get() != nullptr));
+    for (LevelInfo const* lower = _level; lower != level; ++lower)
+        if (lower->output != nullptr && file->getIdentity() &&
+            getFile(*lower).getIdentity() == file->getIdentity()) {
+            level->output = lower->output;
+            return;
+        }
+    LgFile& opened = *file;
+    level->output = file.release();
     const LgInterProcessLockGuard guard(_interprocessLock.get());
-    writeStartBanner(*level->output, isTimeStampsEnabled());
+    if (!level->append)
+        opened.beginAnew();
+    writeStartBanner(opened, isTimeStampsEnabled());
 }
 
 void LgLog::destroy()
@@ -177,14 +213,14 @@ void LgLog::destroy()
         for (LevelInfo* higher = &level + 1; higher != _level + levelCount; ++higher)
             if (higher->output == level.output)
                 higher->output = nullptr, higher->fileName = nullptr;
-        {
-            const LgInterProcessLockGuard guard(_interprocessLock.get());
-            *level.output << "===== Message Logger Stopped =====" << std::endl;
-        }
+        const LgInterProcessLockGuard guard(_interprocessLock.get());
+        LgFile& file = getFile(level);
+        file.tellDropped(HwCounter::timeStamp() - _start, 0, isTimeStampsEnabled());
+        file.writeLines("===== Message Logger Stopped =====\n");
         closeOutput(&level);
     }
     for (LevelInfo& level : _level)
-        if (level.fileName != nullptr && (level.fileName == eventsPath || level.fileName == profilePath))
+        if (level.fileName != nullptr && isDefaultPath(level.fileName))
             level.fileName = nullptr;
     setDefaultPaths(nullptr, nullptr);
     LgMajorGroup::finalize();

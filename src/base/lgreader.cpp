@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
+#include <string_view>
 
 namespace Vn
 {
@@ -58,6 +60,38 @@ LgQueue* findEarliest()
     return earliest;
 }
 
+/// Lines that the standard output has refused since the last one that it took.
+std::int32_t droppedFromEcho = 0;
+
+/// False if the standard output refuses.
+bool writeEcho(std::string_view text)
+{
+    return !std::cout.write(text.data(), static_cast<std::streamsize>(text.size())).flush().bad();
+}
+
+/// Ends a line that was cut, and tells how many were dropped.
+bool recoverEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
+{
+    if (System::isStandardOutputInsideLine() && !writeEcho("\n"))
+        return false;
+    LgLine note;
+    if (hasPrefix)
+        note.putPrefix(ticks, threadId, LgTypes::Informational);
+    note.putOverflow(droppedFromEcho);
+    return writeEcho(note.getText());
+}
+
+/// A standard output that has failed is tried again with each line.
+void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId)
+{
+    if (std::cout.bad())
+        std::cout.clear(std::cout.rdstate() & ~std::ios::badbit);
+    if (droppedFromEcho != 0 && recoverEcho(line.hasPrefix(), ticks, threadId))
+        droppedFromEcho = 0;
+    if (std::cout.bad() || !writeEcho(line.getText()))
+        droppedFromEcho += droppedFromEcho != std::numeric_limits<std::int32_t>::max() ? 1 : 0;
+}
+
 /// What a prefix leaves of a stream's formatting.
 void resetFormat(std::ostream& stream, LgLine const& line)
 {
@@ -94,9 +128,11 @@ void LgReader::flushQueue(LgQueue* queue)
     LgQueue::Entry const& entry = queue->readEntry();
     const LgTypes::Level level = entry.isOverflowEntry() ? LgTypes::Informational : entry.getLevel();
     const LgInterProcessLockGuard guard(LgLog::getInterProcessLock());
+    const std::uint64_t ticks = entry.getTimeStamp() - LgLog::getStart();
+    const bool hasPrefix = LgLog::isTimeStampsEnabled();
     LgLine line;
-    if (LgLog::isTimeStampsEnabled())
-        line.putPrefix(entry.getTimeStamp() - LgLog::getStart(), queue->getThreadId(), level);
+    if (hasPrefix)
+        line.putPrefix(ticks, queue->getThreadId(), level);
     if (entry.isOverflowEntry())
         line.putOverflow(entry.getOverflowCount());
     else
@@ -104,11 +140,13 @@ void LgReader::flushQueue(LgQueue* queue)
     try {
         // In one piece, so that a crash in between can't tear it.
         if (std::ostream* const output = LgLog::getLevelOutput(level)) {
-            static_cast<LgFile*>(output)->writeLine(line.get(), line.getSize());  // no level has another kind
-            resetFormat(*output, line);
+            LgFile& file = static_cast<LgFile&>(*output);  // no level has another kind
+            file.tellDropped(ticks, queue->getThreadId(), hasPrefix);
+            file.writeLines(line.getText());
+            resetFormat(file, line);
         }
         if (LgLog::isLevelEchoed(level)) {
-            std::cout.write(line.get(), static_cast<std::streamsize>(line.getSize())).flush();
+            echo(line, ticks, queue->getThreadId());
             resetFormat(std::cout, line);
         }
     } catch (...) {

@@ -75,7 +75,7 @@ std::vector<LmMap::Object> loadedObjects()
 
 bool readMap(std::string& map)
 {
-    const Posix::Descriptor file(Posix::retry([] { return ::open("/proc/self/maps", O_RDONLY | O_CLOEXEC); }));
+    const Posix::Descriptor file(Posix::openFile("/proc/self/maps", O_RDONLY));
     if (!file.isOpen())
         return false;
     char part[16384];

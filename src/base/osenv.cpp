@@ -23,4 +23,9 @@ void OsEnv::putVariable(char const* setting)
         throw ExInternalError(sourceName, __LINE__, "Could not set environment variable");
 }
 
+char const* System::getOwnVariable(char const* name)
+{
+    return hasMoreRightsThanItsCaller() ? nullptr : OsEnv::getVariable(name);
+}
+
 }  // namespace Vn

@@ -1,12 +1,20 @@
 // osenvposix.cpp (Windows form: osenvwindows.cpp)
 #include <base/osenv_p.h>
 
+#include <sys/auxv.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 namespace Vn::System
 {
+
+/// The kernel's own word on it, which the C library goes by as well: of the user, the group, or capabilities.
+bool hasMoreRightsThanItsCaller()
+{
+    return ::getauxval(AT_SECURE) != 0;
+}
 
 bool putEnvironmentSetting(char const* setting)
 {

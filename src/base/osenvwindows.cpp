@@ -6,6 +6,12 @@
 namespace Vn::System
 {
 
+/// Windows gives a program the rights of whoever starts it.
+bool hasMoreRightsThanItsCaller()
+{
+    return false;
+}
+
 bool putEnvironmentSetting(char const* setting)
 {
     return ::_putenv(setting) == 0;

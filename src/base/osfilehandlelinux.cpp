@@ -63,13 +63,13 @@ std::int64_t openFile(char const* path, int mode)
 {
     constexpr int accesses[] = {O_PATH, O_RDONLY, O_WRONLY, O_RDWR};
     const int flags = accesses[mode & 3] | waitsForNobody;
-    return settle(Posix::retry([&] { return ::open(path, flags); }));
+    return settle(Posix::openFile(path, flags));
 }
 
 std::int64_t openNewFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists)
 {
     const int flags = O_WRONLY | O_CREAT | (failIfExists ? O_EXCL : O_TRUNC) | waitsForNobody;
-    return settle(Posix::retry([&] { return ::open(path, flags, Posix::modeOf(permissions)); }));
+    return settle(Posix::openFile(path, flags, Posix::modeOf(permissions)));
 }
 
 std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size)

@@ -105,7 +105,7 @@ void removeDirectory(char const* path)
 bool createFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists)
 {
     const int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (failIfExists ? O_EXCL : O_TRUNC);
-    const int file = Posix::retry([&] { return ::open(path, flags, Posix::modeOf(permissions)); });
+    const int file = Posix::openFile(path, flags, Posix::modeOf(permissions));
     if (file == -1 && failIfExists && errno == EEXIST)
         return false;
     if (file == -1)

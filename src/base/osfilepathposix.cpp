@@ -1,6 +1,6 @@
 // osfilepathposix.cpp (Windows form: osfilepathwindows.cpp)
 #include <base/exsyserror.h>
-#include <base/osenv.h>
+#include <base/osenv_p.h>
 #include <base/osfilepath_p.h>
 
 #include <unistd.h>
@@ -47,7 +47,7 @@ ResolvedPath resolvePath(char const* path)
 
 void getTempDir(char* buffer, std::size_t size)
 {
-    char const* const directory = OsEnv::getVariable("TMPDIR");
+    char const* const directory = getOwnVariable("TMPDIR");
     const bool isSet = directory != nullptr && directory[0] != '\0';
     std::snprintf(buffer, size, "%s", isSet ? directory : "/tmp");
 }

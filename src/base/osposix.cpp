@@ -2,6 +2,7 @@
 #include <base/osposix_p.h>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <pwd.h>
 
 #include <cstring>
@@ -23,6 +24,19 @@ bool meansUnknownUser(int error)
     return ((mode & 1) != 0 ? 4U : 0U) | ((mode & 2) != 0 ? 2U : 0U);
 }
 }  // namespace
+
+int liftAboveStandard(int file)
+{
+    if (file == -1 || file > STDERR_FILENO)
+        return file;
+    const Descriptor low(file);
+    return ::fcntl(low.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
+
+int openFile(char const* path, int flags, ::mode_t mode)
+{
+    return liftAboveStandard(retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
+}
 
 ::mode_t modeOf(OsFileTypes::Permissions const& permissions)
 {

@@ -48,6 +48,13 @@ private:
     int _number;
 };
 
+/// `file`, or a descriptor in its place that isn't one of the standard ones: where a program has closed these, what it writes
+/// to its standard output would end in a file of ours. -1, with the file closed, if the system has none left.
+int liftAboveStandard(int file);
+
+/// open(), with the descriptor closed in children and above the standard ones.
+int openFile(char const* path, int flags, ::mode_t mode = 0);
+
 /// The bits of a new file's mode.
 ::mode_t modeOf(OsFileTypes::Permissions const& permissions);
 

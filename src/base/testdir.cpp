@@ -1,6 +1,6 @@
 #include <base/testdir.h>
 
-#include <base/osenv.h>
+#include <base/osenv_p.h>
 #include <base/osfsutils.h>
 
 namespace Vn
@@ -9,7 +9,7 @@ namespace Vn
 OsFilePath const& TestDir::getDefaultPath()
 {
     static OsFilePath const& path = *[] {
-        char const* const given = OsEnv::getVariable("VN_TEST_DIR");
+        char const* const given = System::getOwnVariable("VN_TEST_DIR");
         return new OsFilePath(given != nullptr ? OsFilePath(given) : OsFilePath::getTempDir());
     }();
     return path;

@@ -1,7 +1,7 @@
 #include <base/testinform.h>
 
 #include <base/exreasontext_p.h>
-#include <base/osenv.h>
+#include <base/osenv_p.h>
 #include <base/trace.h>
 
 #include <fstream>
@@ -14,7 +14,7 @@ namespace
 void report(char const* opening, char const* reason)
 {
     const std::string text = std::string(opening) + ExReasonText::orEmpty(reason);
-    char const* const file = OsEnv::getVariable("VN_RUN_TEST_MSGS");
+    char const* const file = System::getOwnVariable("VN_RUN_TEST_MSGS");
     if (file != nullptr && *file != '\0')
         std::ofstream(file) << text << "\n";
     else

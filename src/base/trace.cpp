@@ -4,7 +4,7 @@
 #include <base/exinternalerror.h>
 #include <base/exreasontext_p.h>
 #include <base/inoptionparser.h>
-#include <base/osenv.h>
+#include <base/osenv_p.h>
 #include <base/osutils.h>
 
 #include <algorithm>
@@ -158,7 +158,7 @@ TraceOptions::TraceOptions()
     const std::string text = pid.str().substr(0, sizeof _pidText - 1);
     std::memcpy(_pidText, text.c_str(), text.size() + 1);
     reset();
-    parse(OsEnv::getVariable("VN_TRACE_OPTIONS"));
+    parse(System::getOwnVariable("VN_TRACE_OPTIONS"));
 }
 
 void TraceOptions::reset()

@@ -5,6 +5,8 @@
 #include <base/lginterprocesslockname_p.h>
 #include <base/objptr.h>
 
+#include "child.h"
+#include "gate.h"
 #include "tempfolder.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +17,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <string>
 #include <thread>
 
@@ -54,7 +57,7 @@ protected:
 
 TEST_F(LgLockFileTest, isTheOwnersAlone)
 {
-    EXPECT_EQ(errorOfCreate(), 0);
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.c_str()));
     struct ::stat status = {};
     ASSERT_EQ(::lstat(path.c_str(), &status), 0);
     EXPECT_TRUE(S_ISREG(status.st_mode));
@@ -121,7 +124,7 @@ TEST_F(LgLockFileTest, namesOfAnyTextMakeLocks)
             const LgInterProcessLockGuard guard(lock.get());
         }
         const std::string file = "/tmp/vnbase-" + std::to_string(::geteuid()) + "-lock-" + Vn::getLockFileName(any);
-        EXPECT_EQ(::unlink(file.c_str()), 0) << file;
+        EXPECT_EQ(::access(file.c_str(), F_OK), 0) << file;
     }
 }
 
@@ -196,4 +199,76 @@ TEST_F(LgLockFileTest, aChildOfForkWaitsForItsParent)
     EXPECT_STREQ(marks, "pc");
     ::close(ends[0]);
     ::close(ends[1]);
+}
+
+TEST_F(LgLockFileTest, theLastOneToCloseItTakesTheFileAway)
+{
+    {
+        const ObjPtr<LgInterProcessLock> one(LgInterProcessLock::create(name.c_str()));
+        {
+            const ObjPtr<LgInterProcessLock> two(LgInterProcessLock::create(name.c_str()));
+            const LgInterProcessLockGuard guard(two.get());
+        }
+        EXPECT_EQ(::access(path.c_str(), F_OK), 0) << "the other one is left";
+    }
+    EXPECT_NE(::access(path.c_str(), F_OK), 0);
+}
+
+TEST_F(LgLockFileTest, aFileThatAnotherProcessHoldsStays)
+{
+    VnTest::Gate taken(folder.path("taken")), seen(folder.path("seen"));
+    std::thread other([&] {
+        const VnTest::ChildRun run =
+            VnTest::Child("lgLockUntilSeen").arguments({name, taken.name(), seen.name()}).run();
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+    });
+    taken.wait();
+    {
+        const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.c_str()));
+    }
+    EXPECT_EQ(::access(path.c_str(), F_OK), 0);
+    seen.open();
+    other.join();
+    EXPECT_NE(::access(path.c_str(), F_OK), 0);
+}
+
+VN_CHILD(lgLockUntilSeen)
+{
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(argv[1]));
+    const LgInterProcessLockGuard guard(lock.get());
+    VnTest::Gate::open(argv[2]);
+    VnTest::Gate::wait(argv[3]);
+    return 0;
+}
+
+VN_CHILD(lgLockNeverDestroyed)
+{
+    LgInterProcessLock* const lock = LgInterProcessLock::create(argv[1]);
+    const LgInterProcessLockGuard guard(lock);
+    return ::access(argv[2], F_OK) == 0 ? 0 : 1;
+}
+
+TEST_F(LgLockFileTest, aProcessThatEndsLeavesNoFile)
+{
+    const VnTest::ChildRun run = VnTest::Child("lgLockNeverDestroyed").arguments({name, path}).run();
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(::access(path.c_str(), F_OK), 0);
+}
+
+TEST_F(LgLockFileTest, aChildOfForkTakesNoFileOfItsParentAway)
+{
+    auto lock = ObjPtr<LgInterProcessLock>(LgInterProcessLock::create(name.c_str()));
+    LgInterProcessLock* const held = LgInterProcessLock::create(name.c_str());
+    held->lock();
+    delete held;  // this thread holds it all the same
+    lock.reset();
+    const ::pid_t child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0)
+        std::exit(0);
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(::access(path.c_str(), F_OK), 0);
+    const ObjPtr<LgInterProcessLock> again(LgInterProcessLock::create(name.c_str()));
+    again->unlock();
 }

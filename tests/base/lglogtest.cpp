@@ -2,6 +2,7 @@
 
 #include "expectchild.h"
 #include "expectthrow.h"
+#include "gate.h"
 #include "lockname.h"
 #include "testpackage.h"
 
@@ -11,7 +12,10 @@
 
 #include <cstdio>
 #include <iostream>
+#include <map>
+#include <memory>
 #include <sstream>
+#include <thread>
 
 using namespace Vn;
 using VnTest::Child;
@@ -97,6 +101,85 @@ TEST_F(LgLogTest, defaultsAreTwoFilesAndTheStandardOutput)
     expectStartBanner(this->events(), 0);
     EXPECT_EQ(this->events()[4], stopped);
     EXPECT_EQ(VnTest::linesOf(prof).size(), 5u);
+}
+
+TEST_F(LgLogTest, twoNamesOfOneFileAreOneOutput)
+{
+    folder.folder("by");
+    set("VN_LOG_FATAL_ERROR", folder.path("both.log"));
+    set("VN_LOG_WARNING", folder.path("by/../both.log"));
+    set("VN_LOG_PROFILING", folder.path("other.log"));
+    start();
+    EXPECT_EQ(LgLog::getLevelOutput(LgTypes::FatalError), LgLog::getLevelOutput(LgTypes::Warning));
+    EXPECT_NE(LgLog::getLevelOutput(LgTypes::FatalError), LgLog::getLevelOutput(LgTypes::Profiling));
+    StampedQueue queue;
+    for (int i = 1; i <= 6; ++i)
+        queue.log(static_cast<std::uint64_t>(i), "line", i % 2 != 0 ? LgTypes::Warning : LgTypes::FatalError);
+    LgReader().flushAll();
+    queue.end();
+    stop();
+    const std::vector<std::string> lines = VnTest::linesOf(folder.path("both.log"));
+    ASSERT_EQ(lines.size(), 4u + 6u + 1u) << "one banner at each end";
+    expectStartBanner(lines, 0);
+    EXPECT_EQ(lines.back(), stopped);
+}
+
+VN_CHILD(logBesideOthers)
+{
+    LgLog::init();
+    VnTest::Gate::open(argv[2]);
+    VnTest::Gate::wait(argv[3]);
+    StampedQueue queue;
+    for (int i = 0; i < 400; ++i) {
+        queue.log(static_cast<std::uint64_t>(i), std::string(argv[1]) + " line " + std::to_string(i) + ' ' +
+                                                     std::string(static_cast<std::size_t>(i % 50), 'x') + '.');
+        if (i % 20 == 19)
+            LgReader().flushAll();
+    }
+    queue.end();
+    LgLog::destroy();
+    return 0;
+}
+
+TEST_F(LgLogTest, processesWithOneDefaultFileWriteWholeLines)
+{
+    constexpr int processes = 3;
+    std::vector<std::unique_ptr<VnTest::Gate>> ready, go;
+    std::vector<std::thread> threads;
+    std::vector<ChildRun> runs(processes);
+    for (int i = 0; i < processes; ++i) {
+        ready.push_back(std::make_unique<VnTest::Gate>(folder.path("ready" + std::to_string(i))));
+        go.push_back(std::make_unique<VnTest::Gate>(folder.path("go" + std::to_string(i))));
+    }
+    for (int i = 0; i < processes; ++i)
+        threads.emplace_back([&, i] {
+            runs[static_cast<std::size_t>(i)] =
+                Child("logBesideOthers")
+                    .arguments({std::to_string(i), ready[static_cast<std::size_t>(i)]->name(),
+                                go[static_cast<std::size_t>(i)]->name()})
+                    .with("T4Q_TEST_DIR", folder.path())
+#if defined(_WIN32)
+                    .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK",
+                          "log" + folder.path().substr(folder.path().size() - 8))
+#endif
+                    .run();
+        });
+    for (auto const& gate : ready)
+        gate->wait();  // all have begun the file anew
+    for (auto const& gate : go)
+        gate->open();
+    for (std::thread& thread : threads)
+        thread.join();
+    for (ChildRun const& run : runs)
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+    std::map<std::string, int> count;
+    for (std::string const& line : messages()) {
+        const std::optional<VnTest::LogLine> parsed = VnTest::LogLine::parse(line);
+        ASSERT_TRUE(parsed) << line;
+        EXPECT_TRUE(parsed->text.ends_with(".")) << line;
+        ++count[parsed->text.substr(0, 1)];
+    }
+    EXPECT_EQ(count, (std::map<std::string, int>{{"0", 400}, {"1", 400}, {"2", 400}}));
 }
 
 TEST_F(LgLogTest, anOutputVariableSaysEchoAppendAndFile)

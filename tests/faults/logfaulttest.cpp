@@ -4,10 +4,12 @@
 #include "systemcalls.h"
 
 #include "child.h"
+#include "environment.h"
 #include "lockname.h"
 #include "threadlog.h"
 
 #include <base/exsyserror.h>
+#include <base/osfilepath.h>
 #include <base/trace.h>
 
 #include <gtest/gtest.h>
@@ -20,6 +22,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -66,6 +70,69 @@ int errorOf(Action const& action)
     return 0;
 }
 }  // namespace
+
+TEST_F(LogFaults, variablesAreAskedForInTheirOrder)
+{
+    VnTest::WatchedEnvironment environment;
+    start();
+    std::vector<std::string> asked;
+    for (std::string const& name : environment.getAsked())
+        if (name.starts_with("VN_") || name.starts_with("T4Q_"))
+            asked.push_back(name);
+    asked.erase(asked.begin());  // the test's own question
+    EXPECT_EQ(asked, (std::vector<std::string>{"T4Q_TEST_DIR", "VN_LOG_INTERNAL_ERROR", "VN_LOG_FATAL_ERROR",
+                                               "VN_LOG_RECOVERABLE_ERROR", "VN_LOG_WARNING", "VN_LOG_INFORMATIONAL",
+                                               "VN_LOG_PROFILING", "VN_LOG_TRACING", "VN_LOG_DEFAULT_LEVEL",
+                                               "VN_LOG_GROUPS", "VN_BLOCKING_TRACE",
+                                               "VN_INTERNAL_INTERPROCESS_LOG_LOCK", "VN_LOG_DISABLE_TIMESTAMPS"}));
+}
+
+TEST_F(LogFaults, aProgramWithMoreRightsThanItsCallerObeysNoVariable)
+{
+    const std::string precious = folder.file("precious", "precious");
+    for (char const* name : VnTest::logVariables)
+        set(name, precious);
+    set("T4Q_TEST_DIR", folder.path("chosen"));
+    ::setenv("TMPDIR", folder.folder("temporary").c_str(), 1);
+    {
+        const VnTest::MoreRights rights;
+        EXPECT_STREQ(OsFilePath::getTempDir().getChars(), "/tmp");
+        EXPECT_FALSE(LgLog::getBlockingTrace());
+        testing::internal::CaptureStdout();
+        {
+            const FailingCall call("open", EACCES, 0, 100);  // the log of whoever runs the test stays as it is
+            LgLog::init();
+        }
+        LgLog::displaySetup();
+        LgLog::destroy();
+        const std::string setup = testing::internal::GetCapturedStdout();
+        EXPECT_NE(setup.find("Warning: /tmp/events.log \n"), std::string::npos) << setup;
+        EXPECT_EQ(setup.find("precious"), std::string::npos) << setup;
+        EXPECT_EQ(LgLog::getInterProcessLock(), nullptr);
+        EXPECT_FALSE(LgLog::getBlockingTrace());
+        EXPECT_TRUE(LgLog::isTimeStampsEnabled());
+    }
+    EXPECT_STREQ(OsFilePath::getTempDir().getChars(), folder.path("temporary").c_str());
+    ::unsetenv("TMPDIR");
+    EXPECT_EQ(VnTest::contentOf(precious), "precious");
+    EXPECT_FALSE(std::filesystem::exists(folder.path("chosen")));
+}
+
+TEST_F(LogFaults, aThreadThatCanNotTakeItsFirstLockForMemoryIsTold)
+{
+    const LockName name(folder);
+    const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.get().c_str()));
+    std::thread([&lock] {
+        int n = 0;
+        while (failsWithoutMemory(n, [&lock] {
+            lock->lock();
+            lock->unlock();
+        }))
+            ++n;
+        EXPECT_GE(n, 2);
+    }).join();
+    const LgInterProcessLockGuard guard(lock.get());
+}
 
 TEST_F(LogFaults, aMessageAllocatesNothing)
 {
@@ -262,18 +329,18 @@ TEST_F(LogFaults, aLineThatDoesNotFitTheBufferIsLostAloneOnAFullDisk)
 {
     start();
     StampedQueue queue;
-    queue.log(1, std::string(20000, 'x'));
-    queue.log(2, "kept");
+    const std::string x(30000, 'x'), y(30000, 'y'), z(30000, 'z');
     LgReader reader;
     {
-        const FailingCall full("write", ENOSPC, 0, 3);
-        reader.flushAll();
-        queue.log(3, std::string(20000, 'y'));
-        reader.flushAll();
+        const FailingCall full("write", ENOSPC, 0, 4);
+        for (std::string const& text : {x, y, z, std::string("kept")}) {
+            queue.log(1, text);
+            reader.flushAll();
+        }
     }
     queue.log(4, "next");
     reader.flushAll();
-    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"kept", "next"}));
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{x, y, "kept", "Event overflow [1]", "next"}));
     queue.end();
 }
 
@@ -373,7 +440,16 @@ TEST_F(LogFaults, aLockThatFailsKeepsTheMessage)
     }
     EXPECT_FALSE(LgReader().eventsPending()) << "its line is there already";
     EXPECT_EQ(messages().size(), 2u);
-    LgLog::getInterProcessLock()->unlock();  // it is still held
+    EXPECT_EQ(errorOf([] { LgLog::getInterProcessLock()->unlock(); }), EPERM) << "it is held no more";
+    std::thread([] { const LgInterProcessLockGuard guard(LgLog::getInterProcessLock()); }).join();
+    queue.log(3, "goes on");
+    LgReader().flushAll();
+    EXPECT_EQ(messages().size(), 3u);
+    {
+        const FailingCall call("flock", EINTR, 1, 3);  // unlocking: no failure
+        const LgInterProcessLockGuard guard(LgLog::getInterProcessLock());
+    }
+    std::thread([] { const LgInterProcessLockGuard guard(LgLog::getInterProcessLock()); }).join();
     queue.end();
     stop();  // while the lock's name stands
 }

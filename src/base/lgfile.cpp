@@ -1,0 +1,200 @@
+// How a line gets to its file
+//
+// Nearly always in one system call, past the buffer: nothing waits, and the line is written as it is. Only what the system
+// refuses goes into the buffer. From then on lines queue there in their order, each call tries again from the front, and
+// what finds no room in the buffer is dropped and counted. The count is told once the buffer could be emptied.
+//
+// A file that several processes write, under their common lock, needs more care:
+// - A writer that is killed within its system call leaves part of a line. The next one to write looks at the byte at the
+//   end of the file, unless the file is exactly as long as it has left it itself, and ends that line first.
+// - If the disk has room for part of a line only, the others would write behind that part. So it is taken back, and the
+//   whole line waits.
+// A file without a lock is left as it is: the rest of the line waits and completes it. Taking something back from a file
+// into which others may be writing could cost them a line.
+#include <base/lgfile_p.h>
+
+#include <base/lgline_p.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <streambuf>
+
+namespace Vn
+{
+
+class LgFile::Buffer : public std::streambuf
+{
+public:
+    explicit Buffer(bool isShared) : _isShared(isShared) { setp(_waiting, _waiting + sizeof _waiting); }
+
+    ~Buffer() override
+    {
+        // The last line of a shared file was written under the lock, which nobody may hold by now.
+        if (!_isShared)
+            send();
+    }
+
+    System::LogOutput& getOutput() { return _output; }
+
+    /// False if something was left unwritten.
+    bool writeLines(std::string_view text);
+
+    /// Writes what waits. False if the system doesn't take all of it.
+    bool send();
+
+    std::int32_t getDropped() const { return _dropped; }
+    void forgetDropped() { _dropped = 0; }
+
+protected:
+    int_type overflow(int_type character) override
+    {
+        if (!send())
+            return traits_type::eof();
+        if (!traits_type::eq_int_type(character, traits_type::eof()))
+            sputc(traits_type::to_char_type(character));
+        return traits_type::not_eof(character);
+    }
+
+    int sync() override { return send() ? 0 : -1; }
+
+    /// Tells the place, for tellp(); a log isn't written anywhere but at its end.
+    pos_type seekoff(off_type offset, std::ios_base::seekdir from, std::ios_base::openmode) override
+    {
+        const std::optional<std::uint64_t> size = _output.getSize();
+        if (offset != 0 || from != std::ios_base::cur || !size)
+            return pos_type(off_type(-1));
+        return pos_type(static_cast<off_type>(*size) + (pptr() - pbase()));
+    }
+
+private:
+    bool startLine();
+    std::size_t write(std::string_view text);
+    bool keep(std::string_view text);
+    void keepOrDrop(std::string_view text);
+
+    System::LogOutput _output;
+    const bool _isShared;
+    std::optional<std::uint64_t> _ownEnd;  ///< the file's size behind our last write
+    std::int32_t _dropped = 0;             ///< messages
+    char _waiting[65536];                  ///< the longest line twice; read and written by the stream's pointers
+};
+
+/// Sees to it that the next byte of a shared file begins a line. False if the system refuses.
+bool LgFile::Buffer::startLine()
+{
+    const std::optional<std::uint64_t> size = _output.getSize();
+    if (!size || *size == 0 || size == _ownEnd || _output.endsLineAt(*size))
+        return true;
+    return _output.append("\n") == 1;
+}
+
+/// How much of `text` the file has got.
+std::size_t LgFile::Buffer::write(std::string_view text)
+{
+    const bool isWatched = _isShared && _output.isRegular();
+    if (isWatched && !startLine())
+        return 0;
+    std::size_t done = _output.append(text);
+    if (isWatched && done != text.size()) {
+        const std::size_t wholeLines = text.substr(0, done).rfind('\n') + 1;
+        if (_output.takeBack(done - wholeLines))
+            done = wholeLines;
+    }
+    if (isWatched)
+        _ownEnd = _output.getSize();
+    return done;
+}
+
+bool LgFile::Buffer::send()
+{
+    const std::size_t size = static_cast<std::size_t>(pptr() - pbase());
+    if (size == 0)
+        return true;
+    const std::size_t left = size - write({pbase(), size});
+    std::memmove(_waiting, pptr() - left, left);
+    setp(_waiting, _waiting + sizeof _waiting);
+    pbump(static_cast<int>(left));
+    return left == 0;
+}
+
+/// All or nothing.
+bool LgFile::Buffer::keep(std::string_view text)
+{
+    if (static_cast<std::size_t>(epptr() - pptr()) < text.size())
+        return false;
+    std::memcpy(pptr(), text.data(), text.size());
+    pbump(static_cast<int>(text.size()));
+    return true;
+}
+
+void LgFile::Buffer::keepOrDrop(std::string_view text)
+{
+    if (!keep(text) && _dropped != std::numeric_limits<std::int32_t>::max())
+        ++_dropped;
+}
+
+bool LgFile::Buffer::writeLines(std::string_view text)
+{
+    if (!send()) {
+        keepOrDrop(text);
+        return false;
+    }
+    const std::size_t done = write(text);
+    if (done == text.size())
+        return true;
+    keepOrDrop(text.substr(done));
+    return false;
+}
+
+LgFile::LgFile(char const* path, Origin origin, bool isShared)
+    : std::ostream(nullptr), _buffer(std::make_unique<Buffer>(isShared))
+{
+    rdbuf(_buffer.get());
+    if (!_buffer->getOutput().open(path, origin))
+        setstate(failbit);
+}
+
+LgFile::~LgFile() = default;
+
+bool LgFile::isOpen() const
+{
+    return _buffer->getOutput().isOpen();
+}
+
+void LgFile::beginAnew()
+{
+    if (isOpen() && !_buffer->getOutput().makeEmpty())
+        setstate(failbit);
+}
+
+std::optional<System::FileIdentity> LgFile::getIdentity() const
+{
+    if (!isOpen())
+        return {};
+    return _buffer->getOutput().getIdentity();
+}
+
+void LgFile::writeLines(std::string_view text)
+{
+    if (bad() && isOpen())
+        clear(rdstate() & ~badbit);
+    if (rdbuf() != _buffer.get())  // a program has put another one in its place
+        write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+    else if (good() && !_buffer->writeLines(text))
+        setstate(badbit);
+}
+
+void LgFile::tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix)
+{
+    if (_buffer->getDropped() == 0 || !_buffer->send())
+        return;
+    LgLine line;
+    if (hasPrefix)
+        line.putPrefix(ticks, threadId, LgTypes::Informational);
+    line.putOverflow(_buffer->getDropped());
+    _buffer->forgetDropped();
+    writeLines(line.getText());
+}
+
+}  // namespace Vn
