@@ -2,7 +2,8 @@
 //
 // Nearly always in one system call, past the buffer: nothing waits, and the line is written as it is. Only what the system
 // refuses goes into the buffer. From then on lines queue there in their order, each call tries again from the front, and
-// what finds no room in the buffer is dropped and counted. The count is told once the buffer could be emptied.
+// what finds no room in the buffer is dropped and counted. The count stands in their place, before the next line that finds
+// room.
 //
 // A file that several processes write, under their common lock, needs more care:
 // - A writer that is killed within its system call leaves part of a line. The next one to write looks at the byte at the
@@ -43,8 +44,12 @@ public:
     /// Writes what waits. False if the system doesn't take all of it.
     bool send();
 
+    /// Lines that were dropped and not told of yet.
     std::int32_t getDropped() const { return _dropped; }
     void forgetDropped() { _dropped = 0; }
+
+    /// What can wait besides what does so already.
+    std::size_t getRoom() const { return static_cast<std::size_t>(epptr() - pptr()); }
 
 protected:
     int_type overflow(int_type character) override
@@ -70,7 +75,6 @@ protected:
 private:
     bool startLine();
     std::size_t write(std::string_view text);
-    bool keep(std::string_view text);
     void keepOrDrop(std::string_view text);
 
     System::LogOutput _output;
@@ -118,25 +122,19 @@ bool LgFile::Buffer::send()
     return left == 0;
 }
 
-/// All or nothing.
-bool LgFile::Buffer::keep(std::string_view text)
-{
-    if (static_cast<std::size_t>(epptr() - pptr()) < text.size())
-        return false;
-    std::memcpy(pptr(), text.data(), text.size());
-    pbump(static_cast<int>(text.size()));
-    return true;
-}
-
+/// All or nothing. Behind a line that was dropped nothing is kept: the count of the dropped ones stands in their place.
 void LgFile::Buffer::keepOrDrop(std::string_view text)
 {
-    if (!keep(text) && _dropped != std::numeric_limits<std::int32_t>::max())
+    if (_dropped == 0 && text.size() <= getRoom()) {
+        std::memcpy(pptr(), text.data(), text.size());
+        pbump(static_cast<int>(text.size()));
+    } else if (_dropped != std::numeric_limits<std::int32_t>::max())
         ++_dropped;
 }
 
 bool LgFile::Buffer::writeLines(std::string_view text)
 {
-    if (!send()) {
+    if (_dropped != 0 || !send()) {
         keepOrDrop(text);
         return false;
     }
@@ -185,14 +183,17 @@ void LgFile::writeLines(std::string_view text)
         setstate(badbit);
 }
 
-void LgFile::tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix)
+void LgFile::tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize)
 {
-    if (_buffer->getDropped() == 0 || !_buffer->send())
+    if (_buffer->getDropped() == 0)
         return;
+    _buffer->send();
     LgLine line;
     if (hasPrefix)
         line.putPrefix(ticks, threadId, LgTypes::Informational);
     line.putOverflow(_buffer->getDropped());
+    if (line.getText().size() + nextSize > _buffer->getRoom())
+        return;  // the next one will be dropped as well
     _buffer->forgetDropped();
     writeLines(line.getText());
 }

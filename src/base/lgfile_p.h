@@ -45,8 +45,9 @@ public:
     /// killed writer has left, and a line of which the system takes a part only is taken back.
     void writeLines(std::string_view text);
 
-    /// Tells of dropped lines, as the event of a queue that was full, if there are any and there is room again.
-    void tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix);
+    /// Tells of dropped lines, if there are any and there is room for that and a line of `nextSize` behind it: as the
+    /// event of a queue that was full.
+    void tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize);
 
 private:
     class Buffer;

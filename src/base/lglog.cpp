@@ -14,6 +14,7 @@
 #include <iomanip>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace Vn
 {
@@ -215,8 +216,9 @@ void LgLog::destroy()
                 higher->output = nullptr, higher->fileName = nullptr;
         const LgInterProcessLockGuard guard(_interprocessLock.get());
         LgFile& file = getFile(level);
-        file.tellDropped(HwCounter::timeStamp() - _start, 0, isTimeStampsEnabled());
-        file.writeLines("===== Message Logger Stopped =====\n");
+        constexpr std::string_view banner = "===== Message Logger Stopped =====\n";
+        file.tellDropped(HwCounter::timeStamp() - _start, 0, isTimeStampsEnabled(), banner.size());
+        file.writeLines(banner);
         closeOutput(&level);
     }
     for (LevelInfo& level : _level)

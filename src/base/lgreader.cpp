@@ -141,7 +141,7 @@ void LgReader::flushQueue(LgQueue* queue)
         // In one piece, so that a crash in between can't tear it.
         if (std::ostream* const output = LgLog::getLevelOutput(level)) {
             LgFile& file = static_cast<LgFile&>(*output);  // no level has another kind
-            file.tellDropped(ticks, queue->getThreadId(), hasPrefix);
+            file.tellDropped(ticks, queue->getThreadId(), hasPrefix, line.getText().size());
             file.writeLines(line.getText());
             resetFormat(file, line);
         }

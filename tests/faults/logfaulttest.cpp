@@ -332,7 +332,7 @@ TEST_F(LogFaults, aLineThatDoesNotFitTheBufferIsLostAloneOnAFullDisk)
     const std::string x(30000, 'x'), y(30000, 'y'), z(30000, 'z');
     LgReader reader;
     {
-        const FailingCall full("write", ENOSPC, 0, 4);
+        const FailingCall full("write", ENOSPC, 0, 100);
         for (std::string const& text : {x, y, z, std::string("kept")}) {
             queue.log(1, text);
             reader.flushAll();
@@ -340,7 +340,7 @@ TEST_F(LogFaults, aLineThatDoesNotFitTheBufferIsLostAloneOnAFullDisk)
     }
     queue.log(4, "next");
     reader.flushAll();
-    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{x, y, "kept", "Event overflow [1]", "next"}));
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{x, y, "Event overflow [1]", "kept", "next"}));
     queue.end();
 }
 

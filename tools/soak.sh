@@ -1,0 +1,62 @@
+#!/bin/bash
+# Long runs against a model of what must hold: tools/soak.sh [MINUTES] [WHAT]
+#
+#   MINUTES  for each part, 1 by default
+#   WHAT     all (default), or one of: kills, queue
+#
+# kills: processes write into one log and are killed at any moment, with lines of 300 and of 9,000 characters, on a disk
+#        with room and on one that fills up again and again (which takes root's right to mount a small disk).
+# queue: one thread writes into a queue and another one reads it, beside a model.
+#
+# Builds with the preset release if need be. Prints what each run counted; ends with 1 at the first thing that doesn't hold.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+case ${1:-} in
+-h | --help)
+    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "$0"
+    exit 0
+    ;;
+esac
+minutes=${1:-1}
+what=${2:-all}
+[[ $minutes =~ ^[0-9]+$ ]] || { echo "soak: $minutes is no number of minutes; tools/soak.sh -h helps" >&2; exit 2; }
+
+parts=(kills queue)
+[ "$what" = all ] || parts=("$what")
+bin=build/release/bin
+mkdir -p build/logs
+tools/setup.sh test
+echo "building (build/logs/soak.log)"
+{ cmake --preset release && cmake --build --preset release --target soak; } > build/logs/soak.log 2>&1 ||
+    { tail -n 50 build/logs/soak.log; exit 1; }
+
+# repeat PROGRAM ARGUMENT...: again and again until the part's time is over.
+repeat() {
+    local until=$((SECONDS + $1)) result
+    shift
+    while [ $SECONDS -lt $until ]; do
+        result=0
+        "$bin/$@" || result=$?
+        [ $result != 77 ] || return 0
+        [ $result = 0 ] || { echo "FAILED: $*"; exit 1; }
+    done
+}
+
+for part in "${parts[@]}"; do
+    echo "== $part"
+    case $part in
+    kills)
+        for run in "300" "9000" "300 full" "9000 full"; do
+            # shellcheck disable=SC2086  # the arguments are words
+            repeat $((minutes * 15)) killedwriters 1000 $run
+        done
+        ;;
+    queue) repeat $((minutes * 60)) queuemodel 10000000 ;;
+    *)
+        echo "soak: nothing is called $part; tools/soak.sh -h helps" >&2
+        exit 2
+        ;;
+    esac
+done
+echo "all of it holds"
