@@ -1,6 +1,7 @@
 // queuemodel MESSAGES [SEED]: a writer and a reader on one queue, in two threads, beside a model of what must come out.
 //
-// Whatever the queue accepts comes out once, whole and in order; what it refuses is counted; nothing else appears.
+// Whatever the queue accepts comes out once, whole and in order; nothing else appears; where it refuses, it tells so. How many
+// were refused is not held against the model: the writer counts on while the reader looks.
 #include <base/hwcounter.h>
 #include <base/lgqueue.h>
 
@@ -48,7 +49,8 @@ void produce(Vn::LgQueue& queue, std::uint64_t messages, unsigned seed, Story& s
             queue.getStream() << makeText(number).c_str() << Vn::ends;
             queue.addEntry();
         }
-        if (random() % 4096 == 0)
+        // Now the reader is ahead, now the writer.
+        if (random() % (isAccepted ? 4096 : 4) == 0)
             std::this_thread::yield();
     }
     story.isOver.store(true, std::memory_order_release);
@@ -64,7 +66,6 @@ struct Result
 {
     std::vector<Seen> seen;
     std::uint64_t overflows = 0;
-    std::uint64_t lost = 0;
 };
 
 void check(bool holds, std::string const& what)
@@ -93,8 +94,8 @@ Result consume(Vn::LgQueue& queue, Story& story, unsigned seed)
         check(entry.getTimeStamp() >= last, "the stamps go back");
         last = entry.getTimeStamp();
         if (entry.isOverflowEntry()) {
+            check(entry.getOverflowCount() > 0, "no loss told");
             ++result.overflows;
-            result.lost += static_cast<std::uint64_t>(entry.getOverflowCount());
         } else {
             const Vn::LgTypes::Level level = entry.getLevel();
             queue.getStream() >> text.data();
@@ -127,7 +128,6 @@ std::uint64_t judge(Story const& story, Result const& result)
     }
     check(seen == result.seen.end(), "more came out than went in");
     check(refused == 0 || result.overflows != 0, "nobody told of losses");
-    check(result.lost >= refused, "too few losses told");
     return refused;
 }
 }  // namespace
