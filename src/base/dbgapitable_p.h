@@ -1,3 +1,4 @@
+// Private to dbgbuildinfomgr.cpp.
 #pragma once
 
 #include <base/dbgbuildinfo.h>

@@ -1,3 +1,4 @@
+// Private to dbgbuildinfoutil.cpp; implemented in dbgbuildinfoutillinux.cpp and dbgbuildinfoutilwindows.cpp.
 #pragma once
 
 namespace Vn::System

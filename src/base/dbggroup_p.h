@@ -1,3 +1,4 @@
+// Private to dbgbuildinfomgr.cpp, dbggroup.cpp, inpackages.cpp and testmgr.cpp.
 #pragma once
 
 namespace Vn

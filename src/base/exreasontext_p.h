@@ -1,3 +1,4 @@
+// Private to the library.
 #pragma once
 
 #include <cstdarg>

@@ -1,3 +1,4 @@
+// Private to exsyserror.cpp; implemented in exsyserrorposix.cpp and exsyserrorwindows.cpp.
 #pragma once
 
 #include <cstddef>

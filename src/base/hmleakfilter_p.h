@@ -1,3 +1,4 @@
+// Private to hmgc.cpp.
 #pragma once
 
 #include <base/arrayptr.h>

@@ -1,3 +1,4 @@
+// Private to hwcountereng.cpp.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Private to independencyclosure.cpp and ininitmgr.cpp.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// Private to ininitmgr.cpp.
 #pragma once
 
 #include <bit>

@@ -1,4 +1,4 @@
-// Private to lglog.cpp and lgreader.cpp; the system's side is in lgfileposix.cpp and lgfilewindows.cpp.
+// Private to lgfile.cpp, lglog.cpp and lgreader.cpp; implemented in lgfileposix.cpp and lgfilewindows.cpp.
 #pragma once
 
 #include <base/osfile_p.h>

@@ -1,3 +1,4 @@
+// Private to lginterprocesslockposix.cpp.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Private to lgfile.cpp and lgreader.cpp.
 #pragma once
 
 #include <base/lgstream.h>

@@ -1,3 +1,4 @@
+// Private to lgstream.cpp.
 #pragma once
 
 #include <bit>

@@ -1,3 +1,4 @@
+// Private to lmlibraries.cpp; implemented in lmlibrarieslinux.cpp and lmlibrarieswindows.cpp.
 #pragma once
 
 #include <base/lmlibrary.h>

@@ -1,3 +1,4 @@
+// Private to lmlibrarieslinux.cpp.
 #pragma once
 
 #include <base/lmlibrary.h>

@@ -1,3 +1,4 @@
+// Private to lmlibraries.cpp.
 #pragma once
 
 #include <base/lmlibrary.h>

@@ -1,3 +1,4 @@
+// Private to lmlibrarieswindows.cpp.
 #pragma once
 
 #include <base/lmlibrary.h>

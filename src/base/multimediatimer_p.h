@@ -1,3 +1,4 @@
+// Private to periodictimerwindows.cpp and sleeperwindows.cpp.
 #pragma once
 
 // For the Windows forms only: no portable source includes this.

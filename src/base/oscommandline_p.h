@@ -1,3 +1,4 @@
+// Private to osprocesswindows.cpp.
 #pragma once
 
 #include <string>

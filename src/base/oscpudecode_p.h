@@ -1,3 +1,4 @@
+// Private to oscpuinfo.cpp; implemented in oscpuinfoposix.cpp.
 #pragma once
 
 #include <base/oscpuid_p.h>

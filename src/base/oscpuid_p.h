@@ -1,3 +1,4 @@
+// Private to oscpudecode_p.h, oscpuidnone.cpp and oscpuidx86.cpp.
 #pragma once
 
 #include <cstdint>

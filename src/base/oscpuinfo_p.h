@@ -1,3 +1,4 @@
+// Private to oscpuinfo.cpp; implemented in oscpuinfoposix.cpp, oscpuinfowinnt.cpp and sleeperlinux.cpp.
 #pragma once
 
 #include <cstdint>

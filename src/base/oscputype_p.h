@@ -1,3 +1,4 @@
+// Private to oscpuinfo.cpp.
 #pragma once
 
 #include <base/oscpuinfo.h>

@@ -1,3 +1,4 @@
+// Private to osdateutil.cpp; implemented in osdateutilposix.cpp and osdateutilwindows.cpp.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Private to osdirectory.cpp; implemented in osdirectoryposix.cpp and osdirectorywindows.cpp.
 #pragma once
 
 #include <memory>

@@ -1,3 +1,4 @@
+// Private to osdirectory.cpp and osfilepath.cpp; implemented in osfilepathposix.cpp and osfilepathwindows.cpp.
 #pragma once
 
 #include <base/osfilepathgrammar_p.h>

@@ -1,3 +1,4 @@
+// Private to osfilepath_p.h.
 #pragma once
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Private to osmemoryarch.cpp.
 #pragma once
 
 #include <base/oscpuinfo.h>

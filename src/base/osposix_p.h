@@ -1,3 +1,4 @@
+// Private to the library.
 #pragma once
 
 // For the Linux forms only: no portable source includes this.

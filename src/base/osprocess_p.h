@@ -1,3 +1,4 @@
+// Private to osprocess.cpp; implemented in osprocesslinux.cpp and osprocesswindows.cpp.
 #pragma once
 
 #include <base/objptr.h>

@@ -1,3 +1,4 @@
+// Private to osfilelinux.cpp.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Private to profconsolidator.cpp and profiler.cpp.
 #pragma once
 
 #include <ios>

@@ -1,3 +1,4 @@
+// Private to prperfcounterwindows.cpp.
 #pragma once
 
 #include <base/exinternalerror.h>

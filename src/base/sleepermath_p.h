@@ -1,3 +1,4 @@
+// Private to periodictimer.cpp; implemented in periodictimerlinux.cpp, periodictimerwindows.cpp, sleeperlinux.cpp and sleeperwindows.cpp.
 #pragma once
 
 #include <cmath>

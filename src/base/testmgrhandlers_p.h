@@ -1,3 +1,4 @@
+// Private to testmgr.cpp.
 #pragma once
 
 #include <base/exbadexception.h>

@@ -1,3 +1,4 @@
+// Private to testperformer.cpp and testprogress.cpp; implemented in testprogressposix.cpp and testprogresswindows.cpp.
 #pragma once
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// Private to testgroup.cpp, testmgr.cpp and testmgrhandlers_p.h.
 #pragma once
 
 #include <base/trace.h>

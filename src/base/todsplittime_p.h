@@ -1,3 +1,4 @@
+// Private to todintervaltimer.cpp; implemented in todintervaltimerposix.cpp and todintervaltimerwindows.cpp.
 #pragma once
 
 namespace Vn

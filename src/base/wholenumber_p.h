@@ -1,3 +1,4 @@
+// Private to envvar.cpp and hmheapmgr.cpp.
 #pragma once
 
 #include <algorithm>
