@@ -6,6 +6,7 @@
 #include <base/dbggroup_p.h>
 #include <base/exreasontext_p.h>
 #include <base/lglog.h>
+#include <base/neverdestroyed_p.h>
 
 #include <cstring>
 #include <optional>
@@ -70,8 +71,14 @@ void printBuild(std::ostream& stream, DbgBuildInfo const& info, bool verbose, ch
 }
 }  // namespace
 
-ObjPtr<DbgBuildInfo> DbgBuildInfoMgr::_appInfo;
-DbgApiTable DbgBuildInfoMgr::_apis;
+// Without a stop, build information is shown until the last static object is gone.
+VN_NEVER_DESTROYED_MEMBER(ObjPtr<DbgBuildInfo>, appInfoStorage, "_ZN2Vn15DbgBuildInfoMgr8_appInfoE");
+VN_NEVER_DESTROYED_MEMBER(DbgApiTable, apisStorage, "_ZN2Vn15DbgBuildInfoMgr5_apisE");
+
+namespace
+{
+[[maybe_unused]] DbgApiTable const* const apis = ::new (static_cast<void*>(apisStorage)) DbgApiTable;
+}  // namespace
 
 void DbgBuildInfoMgr::registerInfo(ObjPtr<DbgBuildInfo> info, bool validateVersions, bool checkStamps)
 {

@@ -45,7 +45,8 @@ std::ostream& EnvVar::dump(std::ostream& stream) const
 
 EnvVarRegistry& EnvVar::getRegistry()
 {
-    static EnvVarRegistry registry;
+    // Never destroyed: static owners may hold objects that were made after it, and these leave it when they go.
+    static EnvVarRegistry& registry = *new EnvVarRegistry;
     return registry;
 }
 

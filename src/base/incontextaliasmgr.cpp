@@ -3,6 +3,7 @@
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
 #include <base/inoptionparser.h>
+#include <base/neverdestroyed_p.h>
 
 #include <cstdlib>
 #include <iostream>
@@ -45,7 +46,8 @@ int parseOptions(Vector<char*>& arguments, Options& options)
 }
 }  // namespace
 
-constinit Vector<char*> InContextAliasMgrBase::_args;
+// Arguments are read until the last static object is gone.
+VN_NEVER_DESTROYED_MEMBER(Vector<char*>, argsStorage, "_ZN2Vn21InContextAliasMgrBase5_argsE");
 
 InContextAliasMgrBase::InContextAliasMgrBase() = default;
 

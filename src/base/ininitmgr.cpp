@@ -382,16 +382,13 @@ void InInitMgr::State::printGraph(std::ostream& stream) const
 
 InInitMgr& InInitMgr::getInstance()
 {
-    static InInitMgr theInInitMgr;
+    // Never destroyed: packages that are destroyed behind this library's static objects still leave it, and a static
+    // object may stop everything.
+    static InInitMgr& theInInitMgr = *new InInitMgr;
     return theInInitMgr;
 }
 
 InInitMgr::InInitMgr() : _state(new State) {}
-
-InInitMgr::~InInitMgr()
-{
-    delete _state;
-}
 
 void InInitMgr::initialize(int& argc, char const* const*& argv)
 {

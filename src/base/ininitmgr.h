@@ -62,7 +62,7 @@ private:
     struct PackageEntry;
 
     InInitMgr();
-    ~InInitMgr();
+    ~InInitMgr() = delete;
 
     void incReinitCount();
     void decReinitCount();

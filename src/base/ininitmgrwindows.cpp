@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <cwchar>
 #include <memory>
 
 namespace Vn::System
@@ -11,19 +12,33 @@ namespace
 {
 struct FreeEnvironment
 {
-    void operator()(char* block) const { ::FreeEnvironmentStringsA(block); }
+    void operator()(wchar_t* block) const { ::FreeEnvironmentStringsW(block); }
 };
+
+/// As the C library makes getenv()'s texts, so that both have the same.
+std::string toAnsi(wchar_t const* text, std::size_t length)
+{
+    const int wide = static_cast<int>(length);
+    std::string narrow(
+        static_cast<std::size_t>(::WideCharToMultiByte(CP_ACP, 0, text, wide, nullptr, 0, nullptr, nullptr)), '\0');
+    ::WideCharToMultiByte(CP_ACP, 0, text, wide, narrow.data(), static_cast<int>(narrow.size()), nullptr, nullptr);
+    return narrow;
+}
 }  // namespace
 
+std::vector<std::string> entriesOf(wchar_t const* block)
+{
+    std::vector<std::string> entries;
+    for (std::size_t length; (length = std::wcslen(block)) != 0; block += length + 1)
+        entries.push_back(toAnsi(block, length));
+    return entries;
+}
+
+// Of the call that gives the block in bytes these would be of the console's code page, not of the process's.
 std::vector<std::string> getEnvironmentEntries()
 {
-    const std::unique_ptr<char, FreeEnvironment> block(::GetEnvironmentStringsA());
-    std::vector<std::string> entries;
-    if (!block)
-        return entries;
-    for (char const* entry = block.get(); *entry != '\0'; entry += entries.back().size() + 1)
-        entries.emplace_back(entry);
-    return entries;
+    const std::unique_ptr<wchar_t, FreeEnvironment> block(::GetEnvironmentStringsW());
+    return block ? entriesOf(block.get()) : std::vector<std::string>();
 }
 
 }  // namespace Vn::System

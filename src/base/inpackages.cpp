@@ -10,6 +10,7 @@
 #include <base/incontextaliasmgr.h>
 #include <base/invariable.h>
 #include <base/lglog.h>
+#include <base/neverdestroyed_p.h>
 #include <base/objptr.h>
 #include <base/oscpuinfo.h>
 #include <base/osmemoryarch.h>
@@ -46,34 +47,40 @@ using ArgumentMgr = InContextAliasMgr<InContextAlias<InInitArg, 1>>;
 using EnvironmentMgr = InContextAliasMgr<InContextAlias<InInitEnv, 1>>;
 using DefaultMgr = InContextAliasMgr<InContextAlias<InInitDef, 0>>;
 
-InInit<VnInit::base> basePackage;
-InInit<VnInit::baseMath> baseMathPackage;
-InInit<VnInit::debugging> debuggingPackage;
-InInit<VnInit::discreteTime> discreteTimePackage;
-InInit<VnInit::heapMgr> heapMgrPackage;
-InInit<VnInit::initArg> initArgPackage;
-InInit<VnInit::initialize> initializePackage;
-InInit<VnInit::initVars> initVarsPackage;
-InInit<VnInit::logger> loggerPackage;
-InInit<VnInit::osal> osalPackage;
-InInit<VnInit::profiling> profilingPackage;
-InInit<VnInit::random> randomPackage;
-InInit<VnInit::testing> testingPackage;
-
-/// In one object, so that their addresses, by which the diagnostics list them, have the same order in every build.
-struct BuildInfoSources
+/// The packages, in the order in which they register, and the settings of one of them.
+///
+/// Never destroyed: whoever stops everything at the very end, as a static object that holds an InInitGuard, finds all of
+/// them. In one object, so that the addresses of the sources, by which the diagnostics list them, have the same order in
+/// every build.
+struct OwnPackages
 {
-    InContextAlias<InInitEnv, 1> noValidate{"VN_BUILDINFO_NO_VALIDATE", "Suppress validation of version numbers"};
-    InContextAlias<InInitEnv, 1> checkStamps{"VN_BUILDINFO_CHECK_STAMPS", "Enable validation of build stamps"};
+    InInit<VnInit::base> base;
+    InInit<VnInit::baseMath> baseMath;
+    InInit<VnInit::debugging> debugging;
+    InInit<VnInit::discreteTime> discreteTime;
+    InInit<VnInit::heapMgr> heapMgr;
+    InInit<VnInit::initArg> initArg;
+    InInit<VnInit::initialize> initialize;
+    InInit<VnInit::initVars> initVars;
+    InInit<VnInit::logger> logger;
+    InInit<VnInit::osal> osal;
+    InInit<VnInit::profiling> profiling;
+    InInit<VnInit::random> random;
+    InInit<VnInit::testing> testing;
+
+    InContextAlias<InInitEnv, 1> noValidateVariable{"VN_BUILDINFO_NO_VALIDATE",
+                                                    "Suppress validation of version numbers"};
+    InContextAlias<InInitEnv, 1> checkStampsVariable{"VN_BUILDINFO_CHECK_STAMPS",
+                                                     "Enable validation of build stamps"};
     InContextAlias<InInitDef, 0> noValidateDefault{"0", "Default value for validation suppression env var"};
     InContextAlias<InInitDef, 0> checkStampsDefault{"0", "Default value for enabling stamp check env var"};
+    InVariable<int> noValidate{"Vn::Tessola::debugging::buildInfoNoValidate", debugging, noValidateVariable,
+                               noValidateDefault};
+    InVariable<int> checkStamps{"Vn::Tessola::debugging::buildInfoCheckStamps", debugging, checkStampsVariable,
+                                checkStampsDefault};
 };
 
-const BuildInfoSources buildInfoSources;
-const InVariable<int> noValidate("Vn::Tessola::debugging::buildInfoNoValidate", debuggingPackage,
-                                 buildInfoSources.noValidate, buildInfoSources.noValidateDefault);
-const InVariable<int> checkStamps("Vn::Tessola::debugging::buildInfoCheckStamps", debuggingPackage,
-                                  buildInfoSources.checkStamps, buildInfoSources.checkStampsDefault);
+NeverDestroyed<OwnPackages> ownPackages;
 
 /// Puts an object in the place of its class's singleton; it is destroyed if that is taken.
 template <class T>
@@ -170,9 +177,9 @@ void InInit<VnInit::debugging>::performInitialize()
     Trace::setOptions("");
     DbgGroup::create();
     DbgBuildInfoMgr::init();
-    if (noValidate.getValue() != 0)
+    if (ownPackages->noValidate.getValue() != 0)
         DbgBuildInfoUtil::setValidateVersions(false);
-    if (checkStamps.getValue() != 0)
+    if (ownPackages->checkStamps.getValue() != 0)
         DbgBuildInfoUtil::setCheckStamps(true);
 }
 

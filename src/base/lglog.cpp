@@ -4,6 +4,8 @@
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
 #include <base/lgfile_p.h>
+#include <base/lgoutputlock_p.h>
+#include <base/neverdestroyed_p.h>
 #include <base/osenv_p.h>
 #include <base/osfilepath.h>
 #include <base/osfsutils.h>
@@ -111,11 +113,13 @@ bool LgLog::_blockingTrace = false;
 bool LgLog::_logTimeStamps = true;
 std::uint64_t LgLog::_start = 0;
 LgQueue* (*LgLog::_queueFunction)() = getSharedQueue;
-ObjPtr<LgRegistry> LgLog::_registry;
-ObjPtr<LgInterProcessLock> LgLog::_interprocessLock;
+// A reader may be at work while static objects are destroyed.
+VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgRegistry>, registryStorage, "_ZN2Vn5LgLog9_registryE");
+VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgInterProcessLock>, interprocessLockStorage, "_ZN2Vn5LgLog17_interprocessLockE");
 
 void LgLog::init()
 {
+    const LgOutputLock outputs;
     _registry.reset(new LgSimpleRegistry);
     for (LevelInfo& level : _level) {  // what an earlier init() has left, paths that are about to be freed included
         closeOutput(&level);
@@ -208,6 +212,7 @@ void LgLog::openOutput(LevelInfo* level)
 
 void LgLog::destroy()
 {
+    const LgOutputLock outputs;
     for (LevelInfo& level : _level) {
         if (level.output == nullptr)
             continue;

@@ -3,6 +3,7 @@
 #include <base/lgfile_p.h>
 #include <base/lgline_p.h>
 #include <base/lglog.h>
+#include <base/lgoutputlock_p.h>
 
 #include <algorithm>
 #include <iostream>
@@ -125,6 +126,7 @@ void LgReader::flushAll()
 
 void LgReader::flushQueue(LgQueue* queue)
 {
+    const LgOutputLock outputs;
     LgQueue::Entry const& entry = queue->readEntry();
     const LgTypes::Level level = entry.isOverflowEntry() ? LgTypes::Informational : entry.getLevel();
     const LgInterProcessLockGuard guard(LgLog::getInterProcessLock());

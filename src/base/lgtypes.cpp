@@ -37,8 +37,15 @@ struct NameOrder
 using Names = List<char*>;
 using Groups = std::map<char const*, LgMajorGroup, NameOrder>;
 
-Names* names = nullptr;    ///< owned copies, in order of first use
-Groups* groups = nullptr;  ///< its keys point into the list
+Names* names = nullptr;    ///< in order of first use
+Groups* groups = nullptr;  ///< its keys are the names, and owned copies
+
+/// The groups that finalize() has ended. They are never destroyed, as minor groups still refer to them, and enable nothing.
+Groups& endedGroups()
+{
+    static Groups& ended = *new Groups;
+    return ended;
+}
 
 void checkRegistry(int line)
 {
@@ -54,6 +61,16 @@ bool isLevel(LgTypes::Level level)
 LgTypes::Level atLeastFatal(LgTypes::Level level)
 {
     return std::max(level, LgTypes::FatalError);
+}
+
+/// The group of that name from before an end, as if it were new; null if there is none. So references to it hold again.
+LgMajorGroup* reviveGroup(char const* name)
+{
+    const auto found = endedGroups().find(name);
+    if (found == endedGroups().end())
+        return nullptr;
+    names->push_back(const_cast<char*>(found->first));
+    return &groups->insert(endedGroups().extract(found)).position->second;
 }
 
 char const* listedName(char const* name)
@@ -131,9 +148,12 @@ void LgMajorGroup::finalize()
 {
     if (groups == nullptr)
         return;
-    groups->clear();
     for (char const* name : *names)
-        delete[] name;
+        if (!groups->contains(name))  // for want of memory
+            delete[] name;
+    for (auto& [name, group] : *groups)
+        std::atomic_ref(group._mask).store(0, std::memory_order_relaxed);
+    endedGroups().merge(*groups);
     delete names;
     names = nullptr;
     delete groups;
@@ -143,7 +163,12 @@ void LgMajorGroup::finalize()
 LgMajorGroup& LgMajorGroup::getInstanceForName(char const* name)
 {
     checkRegistry(__LINE__);
-    return (*groups)[listedName(ExReasonText::orEmpty(name))];
+    name = ExReasonText::orEmpty(name);
+    if (LgMajorGroup* const revived = reviveGroup(name)) {
+        std::atomic_ref(revived->_mask).store(_levelMask[_defaultThreshold], std::memory_order_relaxed);
+        return *revived;
+    }
+    return (*groups)[listedName(name)];
 }
 
 void LgMajorGroup::parse(char const* spec)

@@ -63,9 +63,10 @@ public:
 ///     Vn::LgMajorGroup& group = Vn::LgMajorGroup::getInstanceForName("Database");
 ///     group.setLogThreshold(Vn::LgTypes::Informational, false);
 ///
-/// The groups exist from the start of the package `logger` to its stop, and so do references to them: take them in a
-/// package's hook, not in static constructors. Finding groups isn't locked. A set may be changed while other threads
-/// log; they see it a little later.
+/// Groups can be found from the start of the package `logger` to its stop: take them in a package's hook, not in static
+/// constructors. References to them hold for ever; from the stop on a group enables nothing, so that a message of a late
+/// thread or of a static object's destructor is dropped. Finding groups isn't locked. A set may be changed while other
+/// threads log; they see it a little later.
 /// Tests: tests/base/lgtypestest.cpp.
 class VN_BASE_EXPORT LgMajorGroup
 {
@@ -77,7 +78,8 @@ public:
     /// keeps its groups.
     static void initialize(char const* groups);
 
-    /// Ends all groups.
+    /// Ends all groups: none enables anything any more, and none is found. References stay; where the registry is made
+    /// again, they are to the group of that name again, once it has been asked for.
     static void finalize();
 
     /// The group of that name, made if there is none; null counts as the empty name. Throws ExInternalError while

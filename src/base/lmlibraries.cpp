@@ -14,7 +14,7 @@ constexpr char const* sourceName = "src/base/lmlibraries";
 
 std::vector<LmLibrary>& rebuild()
 {
-    static std::vector<LmLibrary> libraries;
+    static std::vector<LmLibrary>& libraries = *new std::vector<LmLibrary>;
     libraries.clear();
     try {
         if (!System::addLoadedModules(libraries))

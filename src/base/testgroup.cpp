@@ -16,7 +16,7 @@ constexpr char sourceName[] = "src/base/testgroup";
 
 Vector<TestGroup*>& registry()
 {
-    static Vector<TestGroup*> groups;
+    static Vector<TestGroup*>& groups = *new Vector<TestGroup*>;
     return groups;
 }
 

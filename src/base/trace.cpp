@@ -15,9 +15,12 @@
 #include <cstring>
 #include <iomanip>
 #include <iostream>
+#include <locale>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
+#include <string_view>
 
 namespace Vn
 {
@@ -77,12 +80,23 @@ int toCount(char const* text, int fallback)
     return number < 0 ? fallback : static_cast<int>(std::min(number, 0x7FFFFFFFL));
 }
 
-/// Spaces and the text are the same whatever the stream was set to before; fill and flags are as they were afterwards.
+/// At the left of a field that is no narrower than `width`. Formed without a stream, whose locale and formats are whoever's.
+std::string inField(std::string text, std::size_t width)
+{
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
+
+/// Spaces and the text are the same whatever the stream was set to before; what is set meanwhile doesn't outlive this.
 class PlainStream
 {
 public:
     explicit PlainStream(std::ostream& stream)
-        : _stream(stream), _flags(stream.flags(std::ios_base::dec)), _fill(stream.fill(' '))
+        : _stream(stream),
+          _flags(stream.flags(std::ios_base::dec)),
+          _fill(stream.fill(' ')),
+          _precision(stream.precision()),
+          _locale(stream.getloc())
     {
         _stream.width(0);
     }
@@ -90,6 +104,9 @@ public:
     {
         _stream.flags(_flags);
         _stream.fill(_fill);
+        _stream.precision(_precision);
+        if (_stream.getloc() != _locale)
+            _stream.imbue(_locale);
     }
 
     PlainStream(PlainStream const&) = delete;
@@ -99,6 +116,8 @@ private:
     std::ostream& _stream;
     std::ios_base::fmtflags _flags;
     char _fill;
+    std::streamsize _precision;
+    std::locale _locale;
 };
 
 }  // namespace
@@ -114,6 +133,7 @@ public:
     bool isPrintingLevels() const { return _printLevels; }
 
     TraceLevel* findLevel(char const* name);
+    char const* keepFile(char const* file);
     void parse(char const* options);
     void printPid(std::ostream& stream) const;
     void printLocation(std::ostream& stream, char const* file, int line) const;
@@ -142,6 +162,7 @@ private:
     std::int32_t _allLevels = 0;  ///< what a new level is: 1 on, 2 off, 0 off for want of a rule
     std::map<char const*, TraceLevel*, NameOrder> _levels;
     char _pidText[10];
+    std::set<std::string, std::less<>> _files;
 };
 
 TraceOptions& TraceOptions::get()
@@ -187,6 +208,13 @@ TraceLevel* TraceOptions::findLevel(char const* name)
     level->_enabled = _allLevels == 1;
     _levels.emplace(level->_name.get(), level.get());
     return level.release();
+}
+
+/// The same text, which stays when the library that it came from goes.
+char const* TraceOptions::keepFile(char const* file)
+{
+    const auto found = _files.find(std::string_view(file));
+    return (found != _files.end() ? found : _files.emplace(file).first)->c_str();
 }
 
 void TraceOptions::switchLevel(char const* name, bool enabled)
@@ -290,15 +318,17 @@ char const* TraceOptions::reduce(char const* file) const
 void TraceOptions::printPid(std::ostream& stream) const
 {
     if (_pid)
-        stream << std::left << std::setw(10) << _pidText;
+        stream << inField(_pidText, 10);
 }
 
 void TraceOptions::printLocation(std::ostream& stream, char const* file, int line) const
 {
     if (!_line)
         return;
-    const std::string name = std::string(reduce(file)).substr(0, static_cast<std::size_t>(_fnWidth));
-    stream << std::left << std::setw(_fnWidth) << name << " (" << std::right << std::setw(4) << line << ") ";
+    const auto width = static_cast<std::size_t>(_fnWidth);
+    const std::string number = std::to_string(line);
+    stream << inField(std::string(reduce(file)).substr(0, width), width) << " ("
+           << std::string(4 - std::min<std::size_t>(number.size(), 4), ' ') << number << ") ";
 }
 
 void TraceOptions::printLevels(std::ostream& stream) const
@@ -308,18 +338,31 @@ void TraceOptions::printLevels(std::ostream& stream) const
     for (auto const& [name, level] : _levels) {
         stream << (look(level->_enabled) ? "X " : "  ") << std::left << std::setw(30) << name << ' ';
         bool isFirst = true;
-        for (char const* file : level->_files) {
-            if (!isFirst)
-                stream << '\n' << std::string(33, ' ');
-            stream << reduce(file);
-            isFirst = false;
-        }
+        for (std::size_t i = 0; i < level->_files.size(); ++i)
+            for (std::size_t repeat = 0; repeat < level->_repeats[i]; ++repeat) {
+                if (!isFirst)
+                    stream << '\n' << std::string(33, ' ');
+                stream << reduce(level->_files[i]);
+                isFirst = false;
+            }
         stream << '\n';
     }
     stream << std::endl;
 }
 
 TraceLevel::TraceLevel(char const* name) : _name(duplicateString(name)), _enabled(false) {}
+
+/// `file` is one of those that the options keep, so its address stands for its text.
+void TraceLevel::addFile(char const* file)
+{
+    if (!_files.empty() && _files.back() == file) {
+        ++_repeats.back();
+        return;
+    }
+    _repeats.reserve(_files.size() + 1);
+    _files.push_back(file);
+    _repeats.push_back(1);
+}
 
 namespace
 {
@@ -345,9 +388,10 @@ bool Trace::isEnabled(TraceLevel const& level)
 
 TraceLevel* Trace::registerLevel(char const* name, char const* file)
 {
-    TraceLevel* const level = TraceOptions::get().findLevel(ExReasonText::orEmpty(name));
+    TraceOptions& options = TraceOptions::get();
+    TraceLevel* const level = options.findLevel(ExReasonText::orEmpty(name));
     if (file != nullptr)
-        level->_files.push_back(file);
+        level->addFile(options.keepFile(file));
     return level;
 }
 
@@ -419,6 +463,7 @@ void Trace::prefix(std::ostream& stream, char const* file, int line)
     options.printPid(stream);
     if (options.hasPrefix())
         printPrefix(stream);
+    stream.width(0);  // the rest is plain text, for which no other setting counts
     options.printLocation(stream, ExReasonText::orEmpty(file), line);
     if (!options.isIndenting() || _depth < 1)
         return;

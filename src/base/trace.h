@@ -4,6 +4,7 @@
 #include <base/baseexport.h>
 #include <base/vector.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <sstream>
@@ -15,7 +16,8 @@ class ExBase;
 
 /// A named switch for lines of trace.
 ///
-/// Made by Trace::registerLevel() or by an option that names it, and never destroyed.
+/// Made by Trace::registerLevel() or by an option that names it, and never destroyed, so a library that holds one may be
+/// unloaded.
 /// Tests: tests/base/tracetest.cpp.
 class VN_BASE_EXPORT TraceLevel
 {
@@ -25,9 +27,15 @@ private:
 
     explicit TraceLevel(char const* name);
 
+    void addFile(char const* file);
+
     ArrayPtr<char> _name;
     bool _enabled;
-    Vector<char const*> _files;  ///< that registered this level, in order
+
+    // The files that registered this level, in order; the texts are kept by the options. A library that is loaded again and
+    // again registers again and again, so what comes several times in a row stands here once, with its number beside it.
+    Vector<char const*> _files;
+    Vector<std::size_t> _repeats;
 };
 
 /// A developer's view of a run: lines of named levels, indented by the depth of calls.
@@ -61,8 +69,8 @@ public:
     /// Whether lines of that level are wanted.
     static bool isEnabled(TraceLevel const& level);
 
-    /// The level of that name, off if it is new and no option says otherwise. `file` is listed as using it; it must stay.
-    /// The first call of a program reads VN_TRACE_OPTIONS, and throws as setOptions() does.
+    /// The level of that name, off if it is new and no option says otherwise. `file` is listed as using it, as often as it
+    /// registers the level. Both texts are copied. The first call of a program reads VN_TRACE_OPTIONS, and throws as setOptions() does.
     static TraceLevel* registerLevel(char const* name, char const* file);
 
     /// Applies options such as "show=Palette,line,fnwidth=30". Throws ExInternalError for a token that is none; those
@@ -93,7 +101,8 @@ public:
     static TraceLevel* MainTraceLevel;
 
 protected:
-    /// Writes what a derived class wants each line to begin with; nothing here.
+    /// Writes what a derived class wants each line to begin with; nothing here. The stream comes with its first settings,
+    /// and what is set on it has no effect on the rest of the line.
     virtual void printPrefix(std::ostream& stream);
 
 private:

@@ -4,9 +4,16 @@
 
 #include <base/exsyserror.h>
 
+#include <atomic>
+#include <cstdint>
+#include <future>
 #include <iomanip>
 #include <iostream>
 #include <random>
+#include <streambuf>
+#include <string>
+#include <thread>
+#include <vector>
 
 using namespace Vn;
 using VnTest::LoggerTest;
@@ -481,4 +488,89 @@ TEST_F(LgReaderTest, aReaderThatIsTooSlowTearsNothing)
     EXPECT_EQ(written, accepted);
     EXPECT_LT(accepted, 20000);
     LgLog::getRegistry()->deregisterQueue(&queue);
+}
+
+namespace
+{
+/// Takes what is written, and holds the writer of the first piece until it may go on.
+class HeldBuffer : public std::streambuf
+{
+public:
+    std::promise<void> isWriting;
+    std::promise<void> mayGoOn;
+    std::string written;
+
+protected:
+    std::streamsize xsputn(char const* text, std::streamsize size) override
+    {
+        if (!_isHeld.exchange(true)) {
+            isWriting.set_value();
+            mayGoOn.get_future().wait();
+        }
+        written.append(text, static_cast<std::size_t>(size));
+        return size;
+    }
+    int_type overflow(int_type character) override
+    {
+        written += traits_type::to_char_type(character);
+        return character;
+    }
+
+private:
+    std::atomic<bool> _isHeld = false;
+};
+}  // namespace
+
+TEST_F(LgReaderTest, aStopWaitsForTheLineThatAnotherThreadWrites)
+{
+    start();
+    LgLog::disableTimeStamps();
+    HeldBuffer buffer;
+    LgLog::getLevelOutput(LgTypes::Warning)->rdbuf(&buffer);
+    StampedQueue queue;
+    queue.log(1, "the line");
+    queue.log(2, "too late");
+    std::thread reader([] { LgReader().flushEarliest(); });
+    buffer.isWriting.get_future().wait();
+    std::promise<void> isStopping;
+    std::thread stopper([this, &isStopping] {
+        isStopping.set_value();
+        stop();
+    });
+    isStopping.get_future().wait();
+    for (int i = 0; i < 1000; ++i)  // time for a stop that doesn't wait
+        std::this_thread::yield();
+    buffer.mayGoOn.set_value();
+    reader.join();
+    stopper.join();
+    EXPECT_EQ(buffer.written, "the line\n===== Message Logger Stopped =====\n");
+    LgReader().flushAll();
+    EXPECT_TRUE((*queue).isEmpty()) << "what comes behind the stop is dropped";
+    queue.end();
+}
+
+TEST_F(LgReaderTest, aReaderGoesOnThroughTheStop)
+{
+    start();
+    StampedQueue queue;
+    for (int i = 0; i < 500; ++i)
+        queue.log(static_cast<std::uint64_t>(i), "message");
+    std::atomic<bool> isEnding = false;
+    std::promise<void> hasBegun;
+    std::thread reader([&] {
+        LgReader().flushEarliest();
+        hasBegun.set_value();
+        while (!isEnding)
+            LgReader().flushAll();
+    });
+    hasBegun.get_future().wait();
+    stop();
+    isEnding = true;
+    reader.join();
+    LgReader().flushAll();
+    const std::vector<std::string> lines = events();
+    EXPECT_EQ(lines.back(), "===== Message Logger Stopped =====");
+    EXPECT_GE(messages().size(), 1u);
+    EXPECT_TRUE((*queue).isEmpty());
+    queue.end();
 }

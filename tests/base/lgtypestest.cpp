@@ -292,3 +292,31 @@ TEST(LgMajorGroup, thereAreNoGroupsBeforeAndAfter)
     EXPECT_EQ(LgMajorGroup::getInstanceForName("a").getLogLevels(), 0xF0u);
     LgMajorGroup::finalize();
 }
+
+TEST(LgMajorGroup, anEndedGroupEnablesNothingUntilItsNameIsUsedAgain)
+{
+    LgMajorGroup::initialize(nullptr);
+    LgMajorGroup& group = LgMajorGroup::getInstanceForName("a");
+    const LgMinorGroup minor(group, "word");
+    group.setLogThreshold(LgTypes::Tracing, false);
+    group.setLogThreshold(LgTypes::Profiling, false);
+    LgMajorGroup::finalize();
+    for (int level = LgTypes::InternalError; level <= LgTypes::Profiling; ++level)
+        EXPECT_FALSE(minor.isLevelEnabled(static_cast<LgTypes::Level>(level))) << level;
+
+    LgMajorGroup::initialize(nullptr);
+    std::ostringstream stream;
+    LgMajorGroup::printAll(stream);
+    EXPECT_EQ(stream.str(), title);
+    EXPECT_FALSE(minor.isLevelEnabled(LgTypes::FatalError));
+    EXPECT_EQ(&LgMajorGroup::getInstanceForName("a"), &group);
+    EXPECT_EQ(&LgMajorGroup::getInstanceForName("a"), &group);
+    EXPECT_EQ(group.getLogLevels(), 0xF0u);
+    EXPECT_NE(&LgMajorGroup::getInstanceForName("b"), &group);
+    LgMajorGroup::printAll(stream);
+    EXPECT_EQ(stream.str(), std::string(title) + title +
+                                "                       a Tracing\n"
+                                "                       b Tracing\n");
+    LgMajorGroup::finalize();
+    EXPECT_EQ(group.getLogLevels(), 0u);
+}

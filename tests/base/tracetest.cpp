@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <iomanip>
 #include <iostream>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -47,6 +48,7 @@ public:
     }
 
     std::string word;
+    void (*unsettle)(std::ostream& stream) = nullptr;  ///< called behind the word
 
 private:
     class WordTrace : public Trace
@@ -55,7 +57,12 @@ private:
         explicit WordTrace(Keeper const& keeper) : _keeper(keeper) {}
 
     protected:
-        void printPrefix(std::ostream& stream) override { stream << _keeper.word; }
+        void printPrefix(std::ostream& stream) override
+        {
+            stream << _keeper.word;
+            if (_keeper.unsettle)
+                _keeper.unsettle(stream);
+        }
 
     private:
         Keeper const& _keeper;
@@ -382,6 +389,49 @@ TEST_F(TraceTest, linesArePlainWhateverTheStreamWas)
     EXPECT_EQ(stream.str(), pidText() + "file.cpp  (  31) | ");
     EXPECT_EQ(stream.flags(), flags);
     EXPECT_EQ(stream.fill(), '*');
+}
+
+TEST_F(TraceTest, linesArePlainWhateverThePrefixDoesToTheStream)
+{
+    class Grouping : public std::numpunct<char>
+    {
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\1"; }
+    };
+    const struct
+    {
+        char const* what;
+        void (*unsettle)(std::ostream& stream);
+    } table[] = {
+        {"hexadecimal", [](std::ostream& stream) { stream << std::hex << std::showbase; }},
+        {"octal", [](std::ostream& stream) { stream << std::oct; }},
+        {"signs", [](std::ostream& stream) { stream << std::showpos; }},
+        {"a width", [](std::ostream& stream) { stream << std::setw(40); }},
+        {"another fill", [](std::ostream& stream) { stream << std::setfill('*'); }},
+        {"a precision", [](std::ostream& stream) { stream << std::setprecision(2); }},
+        {"at the left", [](std::ostream& stream) { stream << std::left; }},
+        {"between", [](std::ostream& stream) { stream << std::internal; }},
+        {"a locale", [](std::ostream& stream) { stream.imbue(std::locale(std::locale(), new Grouping)); }},
+    };
+    keeper.word = "> ";
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        keeper.unsettle = row.unsettle;
+        Trace::setOptions("reset,line,fnwidth=9,pid");
+        std::ostringstream stream;
+        const std::ios_base::fmtflags flags = stream.flags();
+        keeper.getTrace().log(stream, "file.cpp", 31);
+        EXPECT_EQ(stream.str(), pidText() + "> file.cpp  (  31) | ");
+        EXPECT_EQ(stream.flags(), flags);
+        EXPECT_EQ(stream.fill(), ' ');
+        stream << 1234 << ' ' << 1.23456;
+        EXPECT_EQ(stream.str(), pidText() + "> file.cpp  (  31) | 1234 1.23456") << "what stands behind it";
+        Trace::setOptions("reset");
+        {
+            VN_TRACE_ENTRY(level, "f");
+        }
+        EXPECT_EQ(keeper.taken(), (std::vector<std::string>{"> + f", ">   /"}));
+    }
 }
 
 VN_CHILD(traceLevels)

@@ -10,7 +10,15 @@
 namespace VnTest
 {
 
-Library::Library(char const* name) : _handle(::LoadLibraryA((getProgramFolder() + "\\lib" + name + ".dll").c_str()))
+namespace
+{
+std::string pathOf(char const* name)
+{
+    return getProgramFolder() + "\\lib" + name + ".dll";
+}
+}  // namespace
+
+Library::Library(char const* name) : _handle(::LoadLibraryA(pathOf(name).c_str()))
 {
     if (_handle == nullptr)
         throw std::runtime_error("can't load " + std::string(name));
@@ -19,6 +27,11 @@ Library::Library(char const* name) : _handle(::LoadLibraryA((getProgramFolder() 
 Library::~Library()
 {
     ::FreeLibrary(static_cast<HMODULE>(_handle));
+}
+
+bool Library::isLoaded(char const* name)
+{
+    return ::GetModuleHandleA(pathOf(name).c_str()) != nullptr;
 }
 
 Library::Address Library::findAddress(char const* name) const

@@ -11,8 +11,15 @@
 namespace VnTest
 {
 
-Library::Library(char const* name)
-    : _handle(::dlopen((getProgramFolder() + "/lib" + name + ".so").c_str(), RTLD_NOW | RTLD_LOCAL))
+namespace
+{
+std::string pathOf(char const* name)
+{
+    return getProgramFolder() + "/lib" + name + ".so";
+}
+}  // namespace
+
+Library::Library(char const* name) : _handle(::dlopen(pathOf(name).c_str(), RTLD_NOW | RTLD_LOCAL))
 {
     if (_handle == nullptr)
         throw std::runtime_error(::dlerror());
@@ -21,6 +28,14 @@ Library::Library(char const* name)
 Library::~Library()
 {
     ::dlclose(_handle);
+}
+
+bool Library::isLoaded(char const* name)
+{
+    void* const handle = ::dlopen(pathOf(name).c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (handle != nullptr)
+        ::dlclose(handle);
+    return handle != nullptr;
 }
 
 Library::Address Library::findAddress(char const* name) const

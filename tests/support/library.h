@@ -14,6 +14,9 @@ public:
     Library(Library const&) = delete;
     Library& operator=(Library const&) = delete;
 
+    /// Whether anybody has that library loaded.
+    static bool isLoaded(char const* name);
+
     template <class Function>
     Function* find(char const* name) const
     {

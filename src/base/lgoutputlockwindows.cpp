@@ -1,0 +1,28 @@
+// lgoutputlockwindows.cpp (POSIX form: lgoutputlockposix.cpp)
+#include <base/lgoutputlock_p.h>
+
+#include <mutex>
+
+namespace Vn
+{
+namespace
+{
+std::recursive_mutex& getMutex()
+{
+    // Never destroyed: a reader may be at work while static objects are.
+    static std::recursive_mutex& mutex = *new std::recursive_mutex;
+    return mutex;
+}
+}  // namespace
+
+LgOutputLock::LgOutputLock()
+{
+    getMutex().lock();
+}
+
+LgOutputLock::~LgOutputLock()
+{
+    getMutex().unlock();
+}
+
+}  // namespace Vn

@@ -1,0 +1,20 @@
+// livememorylinux.cpp (Windows form: livememorywindows.cpp)
+#include "livememory.h"
+
+#include <malloc.h>
+
+/// Of the sanitizers, which have an allocator of their own.
+extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_bytes();
+
+namespace VnSoak
+{
+
+std::size_t getLiveMemory()
+{
+    if (__sanitizer_get_current_allocated_bytes != nullptr)
+        return __sanitizer_get_current_allocated_bytes();
+    const struct ::mallinfo2 counted = ::mallinfo2();
+    return counted.uordblks + counted.hblkhd;
+}
+
+}  // namespace VnSoak
