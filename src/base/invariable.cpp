@@ -3,6 +3,7 @@
 #include <base/duplicatestring.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
+#include <base/wholenumber_p.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -239,6 +240,11 @@ void InVariableBase::takeOverride()
     _aliases.insert(found->second);
     _pendingOverrides->erase(found);
     dropIfEmpty(_pendingOverrides);
+}
+
+int InVariableBase::toNumber(char const* text)
+{
+    return wholeNumberOf<int>(text);
 }
 
 /// Compares ASCII letters only, so that no locale changes what a setting means.

@@ -79,6 +79,9 @@ protected:
     /// Text of the chosen source. Throws InEx::ExUninitializedObject if there is none.
     char const* getText() const;
 
+    /// The whole number that `text` begins with, 0 without one; beyond an `int` the nearest limit.
+    static int toNumber(char const* text);
+
     /// Whether `text` says no: "0", or "false" in any case.
     static bool isFalse(char const* text);
 
@@ -131,9 +134,10 @@ public:
                InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                InContextAliasBase const& alias10 = _dummy);
 
-    /// Converts the text anew at each read: `int` as `atoi` does, so that text that is no number gives 0; `bool` is
-    /// false for "0" and for "false" in any case, and true for all else, the empty text included; `char const*` is the
-    /// text itself, valid while the source lives. Throws InEx::ExUninitializedObject without a source.
+    /// Converts the text anew at each read: `int` as `atoi` does, so that text that is no number gives 0, and a number
+    /// beyond an `int` gives the nearest limit; `bool` is false for "0" and for "false" in any case, and true for all
+    /// else, the empty text included; `char const*` is the text itself, valid while the source lives. Throws
+    /// InEx::ExUninitializedObject without a source.
     T getValue() const;
 
 private:

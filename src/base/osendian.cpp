@@ -1,6 +1,7 @@
 #include <base/osendian.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
 
@@ -69,12 +70,22 @@ float OsEndian::invert(float value)
     return reversed(value);
 }
 
-std::int64_t OsEndian::invert(std::int64_t value)
+long OsEndian::invert(long value)
 {
     return reversed(value);
 }
 
-std::uint64_t OsEndian::invert(std::uint64_t value)
+unsigned long OsEndian::invert(unsigned long value)
+{
+    return reversed(value);
+}
+
+long long OsEndian::invert(long long value)
+{
+    return reversed(value);
+}
+
+unsigned long long OsEndian::invert(unsigned long long value)
 {
     return reversed(value);
 }
@@ -119,12 +130,22 @@ float OsEndian::invertIf(bool condition, float value)
     return reversedIf(condition, value);
 }
 
-std::int64_t OsEndian::invertIf(bool condition, std::int64_t value)
+long OsEndian::invertIf(bool condition, long value)
 {
     return reversedIf(condition, value);
 }
 
-std::uint64_t OsEndian::invertIf(bool condition, std::uint64_t value)
+unsigned long OsEndian::invertIf(bool condition, unsigned long value)
+{
+    return reversedIf(condition, value);
+}
+
+long long OsEndian::invertIf(bool condition, long long value)
+{
+    return reversedIf(condition, value);
+}
+
+unsigned long long OsEndian::invertIf(bool condition, unsigned long long value)
 {
     return reversedIf(condition, value);
 }

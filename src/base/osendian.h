@@ -2,8 +2,6 @@
 
 #include <base/baseexport.h>
 
-#include <cstdint>
-
 namespace Vn
 {
 
@@ -22,7 +20,8 @@ public:
     /// Found out at run time.
     static bool isBigEndian();
 
-    /// The value with its bytes in reverse order.
+    /// The value with its bytes in reverse order. A `long` has 8 of them on Linux and 4 on Windows, so a stored value is
+    /// better held in one of the types of a fixed size.
     static signed char invert(signed char value);
     static unsigned char invert(unsigned char value);
     static short invert(short value);
@@ -30,8 +29,10 @@ public:
     static int invert(int value);
     static unsigned int invert(unsigned int value);
     static float invert(float value);
-    static std::int64_t invert(std::int64_t value);
-    static std::uint64_t invert(std::uint64_t value);
+    static long invert(long value);
+    static unsigned long invert(unsigned long value);
+    static long long invert(long long value);
+    static unsigned long long invert(unsigned long long value);
     static double invert(double value);
 
     /// The same if `condition` is true, else the value as it is.
@@ -42,8 +43,10 @@ public:
     static int invertIf(bool condition, int value);
     static unsigned int invertIf(bool condition, unsigned int value);
     static float invertIf(bool condition, float value);
-    static std::int64_t invertIf(bool condition, std::int64_t value);
-    static std::uint64_t invertIf(bool condition, std::uint64_t value);
+    static long invertIf(bool condition, long value);
+    static unsigned long invertIf(bool condition, unsigned long value);
+    static long long invertIf(bool condition, long long value);
+    static unsigned long long invertIf(bool condition, unsigned long long value);
     static double invertIf(bool condition, double value);
 };
 

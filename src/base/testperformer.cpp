@@ -66,10 +66,7 @@ TestPerformer::TestPerformer() : _groups(), _groupCount(0) {}
 
 TestPerformer::~TestPerformer()
 {
-    for (std::int32_t i = 0; i < _groupCount; ++i) {
-        for (std::int32_t k = 0; k < _groups[i].argc; ++k)
-            delete[] _groups[i].argv[k];
-    }
+    dropGroups();
 }
 
 TestPerformer& TestPerformer::getInstance()
@@ -85,7 +82,7 @@ void TestPerformer::loadFile(char const* path)
     std::ifstream stream(path);
     if (!stream || OsFsUtils::isDirectory(path))
         refuseWord(__LINE__, "Invalid file name : <", path);
-    _groupCount = 0;
+    dropGroups();
     char line[lineSize];
     stream.getline(line, lineSize);
     while (stream.good() || line[0] != '\0') {
@@ -96,6 +93,16 @@ void TestPerformer::loadFile(char const* path)
         if (!stream.eof())
             stream.getline(line, lineSize);
     }
+}
+
+/// The records keep their numbers of cycles, which lines without one take up.
+void TestPerformer::dropGroups()
+{
+    for (std::int32_t i = 0; i < _groupCount; ++i) {
+        for (std::int32_t k = 0; k < _groups[i].argc; ++k)
+            delete[] _groups[i].argv[k];
+    }
+    _groupCount = 0;
 }
 
 void TestPerformer::readLine(char* line)

@@ -26,14 +26,14 @@ public:
     /// Made at the first call, never destroyed.
     static TestPerformer& getInstance();
 
-    /// Copies share the texts of the arguments, which the first one that is destroyed frees.
+    /// Copies share the texts of the arguments, which the first one that is destroyed or executes a list frees.
     TestPerformer(TestPerformer const&) = default;
     TestPerformer& operator=(TestPerformer const&) = default;
     ~TestPerformer();
 
-    /// Reads the list and runs it. Only the groups' execute() is timed: by the hardware counter, or by the time of day
-    /// where that makes an average of over 30 seconds. Throws ExInternalError for a list that can't be read or holds an
-    /// error, and lets out what a group throws.
+    /// Reads the list and runs it; what an earlier list held is freed. Only the groups' execute() is timed: by the
+    /// hardware counter, or by the time of day where that makes an average of over 30 seconds. Throws ExInternalError
+    /// for a list that can't be read or holds an error, and lets out what a group throws.
     void execute(OsFilePath const& path);
 
     /// The table of the last run.
@@ -57,6 +57,7 @@ private:
     TestPerformer();
 
     void loadFile(char const* path);
+    void dropGroups();
     void readLine(char* line);
     void readWord(Group& group, int number, char const* word);
     void runCycle(Group& group, int cycle);

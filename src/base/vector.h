@@ -1,6 +1,7 @@
 #pragma once
 
 #include <compare>
+#include <concepts>
 #include <initializer_list>
 #include <iterator>
 #include <memory>
@@ -68,6 +69,15 @@ public:
     Vector(size_type count, T const& value) : Base(checked(count), value) {}
     Vector(std::initializer_list<T> values) : Base(values) {}
     template <std::input_iterator Iterator>
+    Vector(Iterator first, Iterator last)
+    {
+        if constexpr (std::forward_iterator<Iterator>)
+            Base::reserve(checked(static_cast<size_type>(std::distance(first, last))));
+        append(first, last);
+    }
+    template <std::input_iterator Iterator>
+    requires std::derived_from<typename std::iterator_traits<Iterator>::iterator_category,
+                               std::forward_iterator_tag>
     Vector(Iterator first, Iterator last) : Base(first, last)
     {}
 
@@ -127,8 +137,12 @@ public:
                 swap(grown);
                 return;
             }
+            Base::assign(first, last);
+        } else {
+            // The standard library's own filling would grow in its own steps.
+            clear();
+            append(first, last);
         }
-        Base::assign(first, last);
     }
 
     void push_back(T const& value) { emplace_back(value); }
@@ -178,9 +192,7 @@ public:
             makeRoomFor(sizeWith(static_cast<size_type>(std::distance(first, last))));
             return Base::insert(cbegin() + offset, first, last);
         } else {
-            Vector gathered;
-            for (; first != last; ++first)
-                gathered.push_back(*first);
+            Vector gathered(first, last);
             makeRoomFor(sizeWith(gathered.size()));
             return Base::insert(cbegin() + offset, std::make_move_iterator(gathered.begin()),
                                 std::make_move_iterator(gathered.end()));
@@ -200,6 +212,13 @@ public:
 
 private:
     Base const& base() const { return *this; }
+
+    template <class Iterator>
+    void append(Iterator first, Iterator last)
+    {
+        for (; first != last; ++first)
+            emplace_back(*first);
+    }
 
     static size_type checked(size_type count)
     {

@@ -52,6 +52,10 @@ TEST(OsEndian, reversesTheBytesOfEachKindAndTwiceGivesItBack)
     expectMirroredIntegers<unsigned short>();
     expectMirroredIntegers<int>();
     expectMirroredIntegers<unsigned int>();
+    expectMirroredIntegers<long>();
+    expectMirroredIntegers<unsigned long>();
+    expectMirroredIntegers<long long>();
+    expectMirroredIntegers<unsigned long long>();
     expectMirroredIntegers<std::int64_t>();
     expectMirroredIntegers<std::uint64_t>();
     for (float value : {1.0F, -2.5F, 0.1F})
@@ -66,6 +70,11 @@ TEST(OsEndian, knownValues)
     EXPECT_EQ(OsEndian::invert(static_cast<unsigned char>(0x12)), 0x12);
     EXPECT_EQ(OsEndian::invert(0x12345678U), 0x78563412U);
     EXPECT_EQ(OsEndian::invert(std::uint64_t(0x0123456789ABCDEF)), 0xEFCDAB8967452301U);
+    EXPECT_EQ(OsEndian::invert(1LL), 0x0100000000000000LL);
+    EXPECT_EQ(OsEndian::invert(1ULL), 0x0100000000000000ULL);
+    EXPECT_EQ(OsEndian::invert(1L), sizeof(long) == 8 ? 0x0100000000000000LL : 0x01000000LL);
+    EXPECT_EQ(OsEndian::invert(1UL), sizeof(long) == 8 ? 0x0100000000000000ULL : 0x01000000ULL);
+    EXPECT_EQ(OsEndian::invertIf(true, 1LL), 0x0100000000000000LL);
     EXPECT_EQ(OsEndian::invert(static_cast<short>(0x00FF)), static_cast<short>(0xFF00));
     // 1.0 is 3F800000: reversed a denormal number, not minus one or an inverse.
     EXPECT_EQ(OsEndian::invert(1.0F), std::bit_cast<float>(0x0000803FU));

@@ -4,6 +4,7 @@
 
 #include <iterator>
 #include <memory>
+#include <ranges>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -149,6 +150,42 @@ TEST(Vector, insertsFromASinglePassRange)
     std::istringstream others("8 9");
     vector.assign(std::istream_iterator<int>(others), std::istream_iterator<int>());
     EXPECT_EQ(vector, (Vector<int>{8, 9}));
+}
+
+TEST(Vector, aSinglePassRangeGrowsItByHalf)
+{
+    std::string text;
+    for (int count = 0; count < 60; ++count, text += " 1") {
+        SCOPED_TRACE(count);
+        Vector<int> pushed;
+        for (int i = 0; i < count; ++i)
+            pushed.push_back(1);
+        const auto numbers = [](std::istringstream& stream) { return std::istream_iterator<int>(stream); };
+        const std::istream_iterator<int> end;
+        std::istringstream first(text), second(text), third(text);
+        const Vector<int> constructed(numbers(first), end);
+        EXPECT_EQ(constructed, pushed);
+        EXPECT_EQ(constructed.capacity(), pushed.capacity());
+        Vector<int> assigned;
+        assigned.assign(numbers(second), end);
+        EXPECT_EQ(assigned, pushed);
+        EXPECT_EQ(assigned.capacity(), pushed.capacity());
+        Vector<int> larger(100, 7);
+        larger.assign(numbers(third), end);
+        EXPECT_EQ(larger, pushed);
+        EXPECT_EQ(larger.capacity(), 100u);
+    }
+}
+
+TEST(Vector, aRangeOfKnownLengthTakesJustItsRoom)
+{
+    const std::vector<int> values(17, 3);
+    EXPECT_EQ(Vector<int>(values.begin(), values.end()).capacity(), 17u);
+    // Computes its elements, so it is no forward iterator by the old rules, but can be measured.
+    const auto doubled = values | std::views::transform([](int value) { return 2 * value; });
+    const Vector<int> computed(doubled.begin(), doubled.end());
+    EXPECT_EQ(computed, Vector<int>(17, 6));
+    EXPECT_EQ(computed.capacity(), 17u);
 }
 
 TEST(Vector, changesWithinItsCapacityMoveNothing)

@@ -369,6 +369,51 @@ public:
 };
 }  // namespace
 
+VN_CHILD(listsOneAfterTheOther)
+{
+    static LongRun group;
+    VnTest::start();
+    const auto execute = [](char const* list) {
+        try {
+            TestPerformer::getInstance().execute(OsFilePath(list));
+        } catch (ExInternalError const&) {
+            std::cout << "refused\n";
+        }
+        return VnTest::countBlocks();
+    };
+    // From the second time on everything that is made once has been made.
+    for (int i = 1; i < argc; ++i) {
+        execute(argv[i]);
+        const long before = execute(argv[i]);
+        const long after = execute(argv[i]);
+        std::cout << after - before << " more\n";
+    }
+    // The table of the list that stays the last shows its arguments.
+    execute("no such list");
+    VnTest::releaseTimeOfDay();
+    std::cout << TestPerformer::getInstance();
+    VnTest::stop();
+    return 0;
+}
+
+TEST(TestPerformer, aListFreesWhatTheOneBeforeItHeld)
+{
+    const VnTest::TempFolder temp;
+    std::string sixteen;
+    for (int i = 0; i < 16; ++i)
+        sixteen += " 1" + std::to_string(i);
+    const std::string broken = temp.file("broken", "long 1" + sixteen + "\nlong 1 2 3" + sixteen + "\n");
+    const std::string whole = temp.file("whole", "long 1" + sixteen + "\nlong 2 40 50\n");
+    const std::string out = VnTest::Child("listsOneAfterTheOther").arguments({broken, whole}).run().out;
+    std::string tale;
+    std::istringstream lines(out);
+    for (std::string line; std::getline(lines, line);)
+        if (line == "refused" || line.find(" more") != std::string::npos)
+            tale += line + "\n";
+    EXPECT_EQ(tale, "refused\nrefused\nrefused\n0 more\n0 more\nrefused\n");
+    EXPECT_NE(out.find("40 50 \n\n"), std::string::npos) << out;
+}
+
 VN_CHILD(longRuns)
 {
     static LongRun group;

@@ -1,6 +1,7 @@
 // Replaces the allocation functions of this program and of the libraries that it uses.
 #include "memory.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -8,6 +9,7 @@ namespace
 {
 thread_local int left = -1;
 thread_local bool hasFailed = false;
+std::atomic<long> blocks = 0;
 
 void* allocate(std::size_t size)
 {
@@ -18,7 +20,16 @@ void* allocate(std::size_t size)
     void* const memory = std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)
         throw std::bad_alloc();
+    ++blocks;
     return memory;
+}
+
+void release(void* memory)
+{
+    if (memory == nullptr)
+        return;
+    --blocks;
+    std::free(memory);
 }
 }  // namespace
 
@@ -43,33 +54,38 @@ void* operator new(std::size_t size, std::nothrow_t const&) noexcept
 
 void operator delete(void* memory, std::nothrow_t const&) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete[](void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void VnTest::startFailing(int countdown)
 {
     hasFailed = false;
     left = countdown;
+}
+
+long VnTest::countBlocks()
+{
+    return blocks;
 }
 
 bool VnTest::stopFailing()

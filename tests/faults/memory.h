@@ -11,6 +11,9 @@ void startFailing(int countdown);
 /// Ends the countdown, and tells whether the allocation has failed.
 bool stopFailing();
 
+/// How many blocks the whole process holds at this moment.
+long countBlocks();
+
 /// Runs `action` with its allocation number `n` failing, counted from 0. True if that let it fail; false if it got
 /// through with fewer allocations. So this visits every allocation of an action:
 ///
