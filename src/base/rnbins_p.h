@@ -4,6 +4,7 @@
 #include <base/vector.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -41,19 +42,23 @@ struct RnBins
         return x > T(0) ? std::numeric_limits<int>::max() : ifNot;
     }
 
-    /// The bin of `x` among bins of equal width, by the rule of RnUniformHistogram.
-    static int placeOf(T x, Vector<T> const& edges, T width)
+    /// The bin of `x` among bins of equal width, by the rule of RnUniformHistogram: a division of the range from the first
+    /// edge to the last. The range is always taken from the edges, so that no second copy of it can be out of date.
+    static int findByWidth(Vector<T> const& edges, T x)
     {
         const std::uint32_t count = static_cast<std::uint32_t>(edges.size() - 1);
+        const T width = edges.back() - edges.front();
         return floorOf((x - edges.front()) / width * static_cast<T>(count), static_cast<int>(count));
     }
 
-    /// The same for many, with -1 for all that lie in no bin.
+    /// findByWidth() for `n` numbers, with -1 for each that lies in no bin.
     template <class Index>
-    static void findByWidth(unsigned int n, T const* x, Vector<T> const& edges, std::uint32_t count, Index* found)
+    static void findManyByWidth(unsigned int n, T const* x, Vector<T> const& edges, Index* found)
     {
+        const std::uint32_t count = static_cast<std::uint32_t>(edges.size() - 1);
         const T min = edges.front();
-        RnWide::run<placesOf<Index>>(n, x, min, edges.back() - min, static_cast<T>(count), found);
+        RnWide::run<placesOf<Index>>(n, x, min, edges.back() - min, static_cast<T>(count), placesBelow(count),
+                                     found);
     }
 
     /// The first edge above `x`, less one; the number of bins if none is above, so for not-a-number too.
@@ -123,13 +128,22 @@ struct RnBins
     }
 
 private:
+    /// The least number in T that is `count` or more, and 2^31 at most: what is below it is a bin and fits an int. A float
+    /// may hold only a number below a `count` above 2^24, hence the step to its neighbour.
+    static T placesBelow(std::uint32_t count)
+    {
+        const T near = static_cast<T>(count);
+        const bool isShort = static_cast<double>(near) < static_cast<double>(count);
+        const T limit = isShort ? std::nextafter(near, std::numeric_limits<T>::infinity()) : near;
+        return std::min(limit, T(2147483648.0));
+    }
+
     template <class Index>
-    static void placesOf(unsigned int n, T const* x, T min, T width, T scale, Index* found)
+    static void placesOf(unsigned int n, T const* x, T min, T width, T scale, T limit, Index* found)
     {
         for (unsigned int i = 0; i < n; ++i) {
             const T place = (x[i] - min) / width * scale;
-            found[i] =
-                static_cast<Index>(static_cast<int>(place >= T(0) && place < T(2147483648.0) ? place : T(-1)));
+            found[i] = static_cast<Index>(static_cast<int>(place >= T(0) && place < limit ? place : T(-1)));
         }
     }
 

@@ -106,7 +106,8 @@ public:
     int getBin(T x) const override;
 
 private:
-    T _width;
+    [[maybe_unused]] T
+        _width;  ///< as built; bins are found by the range of the edges, which an assignment may change
 };
 
 extern template class VN_BASE_EXPORT RnHistogram<float>;

@@ -108,8 +108,8 @@ public:
     void getBin(T x, T y, unsigned int& ix, unsigned int& iy) const override;
 
 private:
-    T _xWidth;
-    T _yWidth;
+    [[maybe_unused]] T _xWidth;  ///< as built; bins are found by the ranges of the edges
+    [[maybe_unused]] T _yWidth;
 };
 
 extern template class VN_BASE_EXPORT RnHistogramBi<float>;

@@ -192,6 +192,21 @@ TYPED_TEST(RnHistogramBiTest, noBinsAreHarmless)
     }
 }
 
+TYPED_TEST(RnHistogramBiTest, aUniformOneAddsWhereItFindsAfterAssignmentThroughTheBase)
+{
+    using T = TypeParam;
+    RnUniformHistogramBi<T> histogram(4, 4, T(0), T(1), T(0), T(1));
+    static_cast<RnHistogramBi<T>&>(histogram) = RnHistogramBi<T>(4, 2, T(0), T(8), T(-1), T(0));
+    EXPECT_EQ(binOf<T>(histogram, T(3), T(-0.25)), Bin(1, 1));
+    EXPECT_EQ(binOf<T>(histogram, T(1), T(-0.75)), Bin(0, 0));
+    EXPECT_EQ(binOf<T>(histogram, T(9), T(0.25)), Bin(4, 2));
+    histogram.addSample(T(3), T(-0.25), T(1));
+    histogram.addSample(T(1), T(-0.75), T(2));
+    histogram.addSample(T(9), T(-0.25), T(4));
+    EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(0), T(0), T(0), T(0), T(1), T(0), T(0)}));
+    EXPECT_EQ(histogram.getTotal(), T(3));
+}
+
 TYPED_TEST(RnHistogramBiTest, dumpsAreTheReckonedTexts)
 {
     using T = TypeParam;

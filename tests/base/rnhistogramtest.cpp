@@ -1,6 +1,7 @@
 #include "rndumps.h"
 #include "rnscripted.h"
 
+#include <base/rnbins_p.h>
 #include <base/rngaussianrng.h>
 #include <base/rnhistogram.h>
 #include <base/rnhistogramrng.h>
@@ -428,6 +429,100 @@ TYPED_TEST(RnHistogramTest, copiesAreApart)
     one = two;
     EXPECT_EQ(one.getBin(T(0.5)), 2);
     EXPECT_EQ(one.getTotal(), T(2));
+}
+
+TYPED_TEST(RnHistogramTest, aUniformOneAddsWhereItFindsAfterAssignmentThroughTheBase)
+{
+    using T = TypeParam;
+    const T uneven[] = {T(-4), T(0), T(0.5), T(12)};
+    const struct
+    {
+        char const* what;
+        RnHistogram<T> from;
+        T x;
+        int expected;
+    } table[] = {
+        {"a wider range", RnHistogram<T>(4, T(0), T(8)), T(3), 1},
+        {"a narrower range", RnHistogram<T>(4, T(0), T(0.5)), T(0.3), 2},
+        {"other edges, more bins", RnHistogram<T>(8, T(-4), T(4)), T(-1.5), 2},
+        {"uneven edges, of which the range counts", RnHistogram<T>(3, uneven), T(3), 1},
+        {"above the new range", RnHistogram<T>(4, T(0), T(0.5)), T(0.75), 6},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        RnUniformHistogram<T> histogram(4, T(0), T(1));
+        static_cast<RnHistogram<T>&>(histogram) = row.from;
+        EXPECT_EQ(histogram.getBin(row.x), row.expected);
+        PlainHistogram<T> plain(histogram);
+        plain.add(row.x, T(1));
+        histogram.addSample(row.x, T(1));
+        plain.expectIs(histogram);
+        ConstantSource<T> source(row.x);
+        const T drawn = source.rng();
+        histogram.addSamples(source.rng, 300);
+        for (int i = 0; i < 300; ++i)
+            plain.add(drawn, T(1));
+        plain.expectIs(histogram);
+    }
+}
+
+TYPED_TEST(RnHistogramTest, findingManyBinsByWidthGivesMinusOneForWhatLiesInNone)
+{
+    using T = TypeParam;
+    using Bins = Vn::RnBins<T>;
+    const Vn::Vector<T> edges = {T(0), T(1), T(2), T(3)};
+    const struct
+    {
+        char const* what;
+        T x;
+        int expected;
+    } table[] = {
+        {"the first edge", T(0), 0},
+        {"minus zero", T(-0.0), 0},
+        {"inside", T(1.5), 1},
+        {"the last number below the last edge", std::nextafter(T(3), T(0)), 2},
+        {"the last edge", T(3), -1},
+        {"above it", T(3.5), -1},
+        {"far above it", T(1e9), -1},
+        {"beyond 32 bits", T(1e30), -1},
+        {"just below the first edge", T(-0.001), -1},
+        {"far below it", T(-1e30), -1},
+        {"infinity", this->infinity, -1},
+        {"minus infinity", -this->infinity, -1},
+        {"not-a-number", this->nan, -1},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        // As many as processors take at a time, and some more.
+        const std::vector<T> samples(19, row.x);
+        std::vector<int> found(samples.size(), 99);
+        Bins::findManyByWidth(19, samples.data(), edges, found.data());
+        EXPECT_EQ(found, std::vector<int>(samples.size(), row.expected));
+        std::vector<unsigned int> indices(samples.size(), 99);
+        Bins::findManyByWidth(19, samples.data(), edges, indices.data());
+        EXPECT_EQ(indices, std::vector<unsigned int>(samples.size(), static_cast<unsigned int>(row.expected)));
+        const int one = Bins::findByWidth(edges, row.x);
+        EXPECT_EQ(one >= 0 && one < 3 ? one : -1, row.expected);
+    }
+    const Vn::Vector<T> none = {T(3)};
+    int found = 99;
+    const T x = T(3);
+    Bins::findManyByWidth(1, &x, none, &found);
+    EXPECT_EQ(found, -1);
+}
+
+TEST(RnHistogram, moreBinsThanAFloatCountsAreFoundManyAtATimeAsOneByOne)
+{
+    constexpr std::size_t count = 16777217;  // as a float 16777216, so that the last edge falls into the last bin
+    Vn::Vector<float> edges(count + 1);
+    edges.back() = 1.0f;
+    const float samples[] = {0.0f, 0.5f, 1.0f, std::nextafter(1.0f, 2.0f)};
+    int found[4];
+    Vn::RnBins<float>::findManyByWidth(4, samples, edges, found);
+    EXPECT_EQ(found[2], 16777216);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(found[i], Vn::RnBins<float>::findByWidth(edges, samples[i]));
+    EXPECT_EQ(found[3], -1);
 }
 
 TYPED_TEST(RnHistogramTest, dumpsAreTheReckonedTexts)
