@@ -12,6 +12,7 @@ namespace Vn
 class VN_BASE_EXPORT ExBadException : public ExBase, public std::bad_exception
 {
 public:
+    /// Its reason is always the same. `file` and `line` are the place of the throw.
     ExBadException(char const* file, int line);
 
     VN_EX_MEMBERS();

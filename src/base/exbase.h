@@ -18,7 +18,8 @@ namespace Vn
 class VN_BASE_EXPORT ExBase
 {
 public:
-    /// `file` is cut to 127 characters; null leaves it empty.
+    /// An exception without a reason, thrown in line `line` of the source `file`. The file is cut to 127 characters; null
+    /// leaves it empty.
     ExBase(char const* file, int line);
 
     /// Takes the detailed reason along, if `other` has made it.
@@ -31,20 +32,27 @@ public:
     virtual char const* getReason() const;
 
     /// Type, file and line in brackets, a line end, then the reason, cut to 1,023 characters. Made at the first call
-    /// and kept: what the reason gains later doesn't reach it.
+    /// and kept: what the reason gains later doesn't reach it. Not thread-safe, although it is const.
     virtual char const* getDetailedReason() const;
 
+    /// Destroys the concrete object.
     virtual ~ExBase();
 
     /// A copy of the concrete object, made with `new`; the caller owns it.
     virtual ExBase* clone() const = 0;
 
-    /// Source file of the throw, up to 127 characters.
+    /// Source file of the throw, up to 127 characters; empty if none was given.
     char const* getFileName() const;
+
+    /// Line of the throw in that file, as it was given.
     int getLineNo() const;
 
 protected:
     /// Appends to the reason, up to 1,023 characters in all; null is ignored.
+    ///
+    ///     setReason("No such cue: ");
+    ///     setReason(name);               // "No such cue: opening"
+    ///
     void setReason(char const* text);
 
 private:
@@ -64,6 +72,7 @@ private:
     char const* what() const noexcept override; \
     Vn::ExBase* clone() const override
 
+/// Defines what VN_EX_MEMBERS declares: VN_EX_DEFINE_MEMBERS(Vn::ExInternalError);
 #define VN_EX_DEFINE_MEMBERS(CLASS)          \
     char const* CLASS::what() const noexcept \
     {                                        \

@@ -17,21 +17,32 @@ namespace Vn
 class VN_BASE_EXPORT ExSysError : public virtual ExBase, public std::runtime_error
 {
 public:
+    /// The reason, as getReason() gives it.
     char const* what() const noexcept override;
 
 protected:
+    /// Leaves the reason to the concrete class.
     ExSysError(char const* file, int line);
 };
 
 /// The C library's error: `errno`, with its text.
+///
+///     catch (Vn::ExSysErrorANSI const& failure) {
+///         if (failure.getError() == EBADF)
+///             reopen();
+///     }
+///
+/// Tests: tests/base/exsyserrortest.cpp.
 class VN_BASE_EXPORT ExSysErrorANSI : public ExSysError
 {
 public:
+    /// Reads `errno`. `file` and `line` are the place of the throw.
     ExSysErrorANSI(char const* file, int line);
 
     /// `errno` as it was when this object was made.
     int getError() const;
 
+    /// A copy with the same error number; the caller owns it.
     ExBase* clone() const override;
 
 private:
@@ -42,14 +53,22 @@ private:
 
 /// The operating system's error. On Windows that is `GetLastError()` with the text of `FormatMessageA`, less its line
 /// end; elsewhere `errno` with the C library's text.
+///
+///     catch (Vn::ExSysErrorWindows const& failure) {
+///         std::cerr << path << ": " << failure.getReason() << '\n';    // the text names no path
+///     }
+///
+/// Tests: tests/base/exsyserrortest.cpp.
 class VN_BASE_EXPORT ExSysErrorWindows : public ExSysError
 {
 public:
+    /// Reads the system's last error. `file` and `line` are the place of the throw.
     ExSysErrorWindows(char const* file, int line);
 
     /// The system's error number as it was when this object was made.
     int getErrorCode() const;
 
+    /// A copy with the same error number; the caller owns it.
     ExBase* clone() const override;
 
 private:

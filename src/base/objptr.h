@@ -8,7 +8,8 @@ namespace Vn
 template <class T>
 class ObjPtrRet;
 
-/// How both owners destroy an object. A class that is destroyed otherwise has an overload in its namespace.
+/// How both owners destroy an object: by `delete`; null is allowed. A class that is destroyed in another way has an overload
+/// in its own namespace, which the owners find.
 template <class T>
 void destroyOwned(T* object)
 {
@@ -30,28 +31,53 @@ public:
     /// Takes ownership of `object`, which may be null.
     explicit ObjPtr(T* object = nullptr) noexcept : _object(object) {}
 
+    /// @{
+    /// Takes what `source` holds; null is left in `source`, be it named or a temporary.
+    ///
+    ///     ObjPtr<T> second = first;    // first.get() == nullptr
+    ///
+    /// A `ObjPtrRet` gives its object away in the same way. Throws nothing.
     ObjPtr(ObjPtr& source) noexcept : _object(source.release()) {}
     ObjPtr(ObjPtr&& source) noexcept : _object(source.release()) {}
     ObjPtr(ObjPtrRet<T>& source) noexcept : _object(source.release()) {}
     ObjPtr(ObjPtrRet<T>&& source) noexcept : _object(source.release()) {}
+    /// @}
 
+    /// Destroys what is held, if anything.
     ~ObjPtr() { destroyOwned(_object); }
 
+    /// @{
     /// Destroys what is held, then takes what `source` holds. Assignment to itself does nothing.
+    ///
+    ///     second = first;     // what `second` held is destroyed, `first` holds null
+    ///     second = second;    // nothing happens
+    ///
     ObjPtr& operator=(ObjPtr& source) { return take(source); }
     ObjPtr& operator=(ObjPtr&& source) { return take(source); }
     ObjPtr& operator=(ObjPtrRet<T>& source) { return take(source); }
     ObjPtr& operator=(ObjPtrRet<T>&& source) { return take(source); }
+    /// @}
 
+    /// @{
+    /// The object, which stays here. Not while null is held.
     T& operator*() const { return *_object; }
     T* operator->() const noexcept { return _object; }
+    /// @}
+
+    /// The object, which stays here, or null.
     T* get() const noexcept { return _object; }
+
+    /// Whether an object is held.
     explicit operator bool() const noexcept { return _object != nullptr; }
 
     /// Gives the object away; null is left.
     T* release() noexcept { return std::exchange(_object, nullptr); }
 
-    /// Destroys what is held, then takes `object`.
+    /// Destroys what is held, then takes `object`, which may be null.
+    ///
+    ///     shape.reset(new Shape);
+    ///     shape.reset();             // holds null
+    ///
     void reset(T* object = nullptr)
     {
         destroyOwned(release());
@@ -80,25 +106,41 @@ template <class T>
 class ObjPtrRet
 {
 public:
+    /// Takes ownership of `object`, which may be null.
     explicit ObjPtrRet(T* object = nullptr) noexcept : _object(object) {}
 
+    /// @{
+    /// Takes what `source` holds; null is left in `source`. Throws nothing.
     ObjPtrRet(ObjPtrRet& source) noexcept : _object(source.release()) {}
     ObjPtrRet(ObjPtrRet&& source) noexcept : _object(source.release()) {}
     ObjPtrRet(ObjPtr<T>& source) noexcept : _object(source.release()) {}
     ObjPtrRet(ObjPtr<T>&& source) noexcept : _object(source.release()) {}
+    /// @}
 
+    /// Destroys what nobody has taken.
     ~ObjPtrRet() { destroyOwned(_object); }
 
+    /// @{
+    /// Destroys what is held, then takes what `source` holds. Assignment to itself does nothing.
     ObjPtrRet& operator=(ObjPtrRet& source) { return take(source); }
     ObjPtrRet& operator=(ObjPtrRet&& source) { return take(source); }
     ObjPtrRet& operator=(ObjPtr<T>& source) { return take(source); }
     ObjPtrRet& operator=(ObjPtr<T>&& source) { return take(source); }
+    /// @}
 
+    /// @{
+    /// The object, which stays here. Not while null is held.
     T& operator*() const { return *_object; }
     T* operator->() const noexcept { return _object; }
+    /// @}
+
+    /// The object, which stays here, or null.
     T* get() const noexcept { return _object; }
+
+    /// Whether an object is held.
     explicit operator bool() const noexcept { return _object != nullptr; }
 
+    /// Gives the object away; null is left.
     T* release() noexcept { return std::exchange(_object, nullptr); }
 
 private:

@@ -29,6 +29,8 @@ class Vector : private std::vector<T>
     using Base = std::vector<T>;
 
 public:
+    /// @{
+    /// As in `std::vector`.
     using typename Base::allocator_type;
     using typename Base::const_iterator;
     using typename Base::const_pointer;
@@ -41,7 +43,14 @@ public:
     using typename Base::reverse_iterator;
     using typename Base::size_type;
     using typename Base::value_type;
+    /// @}
 
+    /// @{
+    /// As in `std::vector`, with the same cost and the same rules for iterators.
+    ///
+    ///     primes.at(9)       // throws std::out_of_range if there are fewer than ten
+    ///     primes[9]          // is not checked
+    ///
     using Base::at;
     using Base::back;
     using Base::begin;
@@ -63,10 +72,26 @@ public:
     using Base::shrink_to_fit;
     using Base::size;
     using Base::operator[];
+    /// @}
 
+    /// Holds nothing and has allocated nothing.
     Vector() = default;
+
+    /// @{
+    /// `count` elements, made from nothing or as copies of `value`.
+    ///
+    ///     Vn::Vector<int>(3)       ->  0 0 0
+    ///     Vn::Vector<int>(3, 7)    ->  7 7 7
+    ///     Vn::Vector<int>{3, 7}    ->  3 7
+    ///
+    /// Throws `std::length_error` for more than max_size().
     explicit Vector(size_type count) : Base(checked(count)) {}
     Vector(size_type count, T const& value) : Base(checked(count), value) {}
+    /// @}
+
+    /// @{
+    /// Copies of the values, or of what stands from `first` up to `last`, in their order. A range that can be read only once
+    /// grows the storage by half again and again; of any other the size is known, and it is allocated once.
     Vector(std::initializer_list<T> values) : Base(values) {}
     template <std::input_iterator Iterator>
     Vector(Iterator first, Iterator last)
@@ -81,19 +106,31 @@ public:
     Vector(Iterator first, Iterator last) : Base(first, last)
     {}
 
+    /// @}
+
+    /// Copies of the values, in place of what was held.
     Vector& operator=(std::initializer_list<T> values)
     {
         Base::operator=(values);
         return *this;
     }
 
+    /// @{
+    /// The first element; size() of them stand side by side.
     auto data() noexcept { return Base::data(); }
     auto data() const noexcept { return Base::data(); }
+    /// @}
 
+    /// Exchanges the contents, without touching an element.
     void swap(Vector& other) noexcept { Base::swap(other); }
 
+    /// Makes room for `count` elements in all, exactly that many; less than there are changes nothing. Throws
+    /// `std::length_error` for more than max_size().
     void reserve(size_type count) { Base::reserve(checked(count)); }
 
+    /// @{
+    /// Removes elements from the end, or appends ones that are made from nothing or copied from `value`, until there are
+    /// `count`. `value` may be an element of this vector. Throws `std::length_error` for more than max_size().
     void resize(size_type count)
     {
         makeRoomFor(count);
@@ -111,6 +148,11 @@ public:
         Base::resize(count, copy);
     }
 
+    /// @}
+
+    /// @{
+    /// Replaces all elements: by `count` copies of `value`, by the values, or by those from `first` up to `last`. `value` may
+    /// be an element of this vector, the range must not be of it. Throws `std::length_error` for more than max_size().
     void assign(size_type count, T const& value)
     {
         if (checked(count) <= capacity()) {
@@ -145,6 +187,11 @@ public:
         }
     }
 
+    /// @}
+
+    /// @{
+    /// Appends an element; at most one in many appends moves the others to larger storage. The arguments may be elements of
+    /// this vector. If it throws, the vector is as it was. Throws `std::length_error` at max_size().
     void push_back(T const& value) { emplace_back(value); }
     void push_back(T&& value) { emplace_back(std::move(value)); }
 
@@ -158,6 +205,15 @@ public:
         return Base::emplace_back(std::move(value));
     }
 
+    /// @}
+
+    /// @{
+    /// Inserts before `position`, and returns where the first new element stands, or `position` if there is none. What is
+    /// inserted may be an element of this vector, the range from `first` up to `last` must not be of it.
+    ///
+    ///     primes.insert(primes.begin(), 2);     ->  2 3 5 7
+    ///
+    /// Throws `std::length_error` where max_size() would be passed, before anything has changed.
     template <class... Arguments>
     iterator emplace(const_iterator position, Arguments&&... arguments)
     {
@@ -183,7 +239,6 @@ public:
         return insert(position, values.begin(), values.end());
     }
 
-    /// The range must not be of this vector, as everywhere.
     template <std::input_iterator Iterator>
     iterator insert(const_iterator position, Iterator first, Iterator last)
     {
@@ -199,8 +254,15 @@ public:
         }
     }
 
+    /// @}
+
+    /// @{
+    /// Element by element; `<=>` is lexicographic: {1, 9} < {2}.
     friend bool operator==(Vector const& left, Vector const& right) { return left.base() == right.base(); }
     friend auto operator<=>(Vector const& left, Vector const& right) { return left.base() <=> right.base(); }
+    /// @}
+
+    /// As left.swap(right).
     friend void swap(Vector& left, Vector& right) noexcept { left.swap(right); }
 
     /// Removes the elements that satisfy `isUnwanted`, and tells how many; the others keep their order.
