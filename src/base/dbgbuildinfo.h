@@ -23,15 +23,34 @@ namespace Vn
 class VN_BASE_EXPORT DbgBuildInfo
 {
 public:
+    /// Name of the API, at an address that is the same in all libraries that implement it.
     virtual char const* getApiName() const = 0;
+
+    /// @{
+    /// The API's version: libraries of one API fit each other if both numbers are equal.
+    ///
+    ///     3 and 14    ->  shown as "3.14"
+    ///
     virtual int getMajorVersion() const = 0;
     virtual int getMinorVersion() const = 0;
+    /// @}
 
-    /// How far the API is, as "pre-alpha".
+    /// How far the API is, as "pre-alpha"; may be empty.
     virtual char const* getStatus() const = 0;
 
+    /// Name of the library, in short or in full.
     virtual char const* getLibraryName(bool verbose) const = 0;
+
+    /// What tells one build from another; the short form is what checkStamps compares.
+    ///
+    ///     "P. 12" and "Patch level 12"
+    ///
     virtual char const* getBuildStamp(bool verbose) const = 0;
+
+    /// Day of the build, and in full its time.
+    ///
+    ///     "Aug 27 2018" and "Aug 27 2018 11:30:05"
+    ///
     virtual char const* getBuildDate(bool verbose) const = 0;
 
     /// Platform and configuration.
@@ -40,6 +59,7 @@ public:
     /// The account that built the library.
     virtual char const* getBuilder(bool verbose) const = 0;
 
+    /// Whatever else there is to say; may be empty.
     virtual char const* getExtraInfo() const = 0;
 };
 

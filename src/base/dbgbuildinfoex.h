@@ -18,13 +18,15 @@ public:
     class ExAppNotRegistered;
 
 protected:
+    /// The place of the throw.
     DbgBuildInfoEx(char const* file, int line);
 };
 
-/// A library has another version than the first one of its API.
+/// A library has another version than the first one of its API. Throw it nowhere else: DbgBuildInfoMgr::registerInfo() does.
 class VN_BASE_EXPORT DbgBuildInfoEx::ExVersionMismatch : public DbgBuildInfoEx, public std::runtime_error
 {
 public:
+    /// The message names the API with the version that its first library has, and the library with its own.
     ExVersionMismatch(char const* file, int line, char const* api, int apiMajor, int apiMinor, char const* library,
                       int libraryMajor, int libraryMinor);
 
@@ -35,6 +37,7 @@ public:
 class VN_BASE_EXPORT DbgBuildInfoEx::ExBuildStampMismatch : public DbgBuildInfoEx, public std::runtime_error
 {
 public:
+    /// The message names the API with the stamp that its first library has, and the library with its own.
     ExBuildStampMismatch(char const* file, int line, char const* api, char const* apiStamp, char const* library,
                          char const* libraryStamp);
 
@@ -45,6 +48,7 @@ public:
 class VN_BASE_EXPORT DbgBuildInfoEx::ExAppAlreadyRegistered : public DbgBuildInfoEx, public std::runtime_error
 {
 public:
+    /// The place of the throw; the message is always the same.
     ExAppAlreadyRegistered(char const* file, int line);
 
     VN_EX_MEMBERS();
@@ -54,6 +58,7 @@ public:
 class VN_BASE_EXPORT DbgBuildInfoEx::ExAppNotRegistered : public DbgBuildInfoEx, public std::runtime_error
 {
 public:
+    /// The place of the throw; the message is always the same.
     ExAppNotRegistered(char const* file, int line);
 
     VN_EX_MEMBERS();

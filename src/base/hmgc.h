@@ -21,8 +21,11 @@ class VN_BASE_EXPORT HmGC
 {
 public:
     HmGC() = default;
+    /// @{
+    /// Takes the settings of the other one.
     HmGC(HmGC const&) = default;
     HmGC& operator=(HmGC const&) = default;
+    /// @}
     ~HmGC() = default;
 
     /// Where a report goes; not owned.

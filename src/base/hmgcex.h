@@ -19,9 +19,13 @@ public:
 class VN_BASE_EXPORT HmGCEx::ExGarbageDetected : public ExBase
 {
 public:
+    /// The place of the throw.
     ExGarbageDetected(char const* file, int line);
 
+    /// The reason, as getReason() gives it.
     virtual char const* what() const noexcept;
+
+    /// A copy, which the caller owns.
     ExBase* clone() const override;
 };
 

@@ -30,29 +30,33 @@ class InInit;
 class VN_BASE_EXPORT HmHeapMgr
 {
 public:
+    /// How much a heap does to find misuse.
     enum SafetyLevel : std::int32_t
     {
-        SafetySome = 0,
-        SafetyFull = 1,
-        SafetyDebug = 2
+        SafetySome = 0,  ///< the fewest checks
+        SafetyFull = 1,  ///< the default
+        SafetyDebug = 2  ///< the most checks
     };
 
     /// What a pointer was allocated as; no operation here looks at it.
     enum PtrType : std::int32_t
     {
-        AnyPtr = 0
+        AnyPtr = 0  ///< the only one
     };
 
     /// What a pointer may be used for; no operation here looks at it.
     enum PtrProtect : std::int32_t
     {
-        NoProtection = 0
+        NoProtection = 0  ///< the only one
     };
 
     /// The settings as the environment has them.
     HmHeapMgr();
+    /// @{
+    /// Takes the settings of the other one.
     HmHeapMgr(HmHeapMgr const&);
     HmHeapMgr& operator=(HmHeapMgr const&);
+    /// @}
     virtual ~HmHeapMgr();
 
     /// For a heap that can stop in a debugger; does nothing here.
@@ -76,32 +80,46 @@ public:
     /// For a heap that can guard blocks; does nothing here.
     virtual void protectPtr(void* pointer, PtrProtect protection);
 
-    // Reports, each with a line end.
+    /// @{
+    /// A report on the heap, on one pointer, or on the allocator's figures: here two lines that name this heap, and one line
+    /// each that says there is nothing to tell. Not even null is looked at.
     virtual void dump(std::ostream& stream) const;
     virtual void dumpPtrInfo(void* pointer, std::ostream& stream) const;
     virtual void dumpMallocStats(std::ostream& stream) const;
+    /// @}
 
+    /// @{
+    /// Keeps the setting, and returns the one before. Nothing acts on it here.
+    ///
+    ///     const bool before = heap.setDumpLeaks(true);
+    ///     heap.setDumpLeaks(before);
+    ///
     virtual SafetyLevel setSafetyLevel(SafetyLevel level);
     virtual bool setContinueOnError(bool doesContinue);
     virtual bool setUseDefaultHandler(bool usesDefault);
     virtual bool setDumpHeapInfo(bool dumps);
     virtual bool setCheckAllMemory(bool checks);
     virtual bool setDumpLeaks(bool dumps);
+    /// @}
 
     /// For a heap that knows the allocations between two check points; does nothing here.
     virtual void reportLeakage(unsigned first, unsigned last) const;
 
+    /// Whether blocks are freed late, so that a use after the free is found. Returns the setting before.
     virtual bool setDoDeferFreeing(bool defers);
 
-    /// In blocks.
+    /// How many blocks wait to be freed, in blocks. Returns the setting before.
     virtual unsigned long setDeferQueueLen(unsigned long length);
 
-    /// In bytes.
+    /// The size that late freeing goes by, in bytes. Returns the setting before.
     virtual unsigned long setDeferSizeThreshold(unsigned long size);
 
-    /// In allocations.
+    /// How often the whole heap is checked, in allocations. Returns the setting before.
     virtual unsigned setCheckFrequency(unsigned frequency);
 
+    /// @{
+    /// The setting as it stands: from the environment, or what was set last. Whether output goes to the prompt comes from the
+    /// environment alone.
     SafetyLevel getSafetyLevel() const { return _safetyLevel; }
     bool isOutput2Prompt() const { return _output2Prompt; }
     bool isContinueOnError() const { return _continueOnError; }
@@ -113,6 +131,7 @@ public:
     unsigned long getDeferQueueLen() const { return _deferQueueLen; }
     unsigned long getDeferSizeThreshold() const { return _deferSizeThreshold; }
     unsigned getCheckFrequency() const { return _checkFrequency; }
+    /// @}
 
     /// The one manager. Throws InSingletonEx::ExNotInitialized outside its life.
     static HmHeapMgr& getInstance();

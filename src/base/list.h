@@ -48,12 +48,13 @@ public:
 
     /// @}
 
+    using Base::assign;
+    using Base::insert;
     using Base::operator=;
 
     /// @{
     /// Replaces all elements; `count` copies of `value`, or as in `std::list`. Throws `std::length_error` for more than
     /// max_size(), with the list as it was.
-    using Base::assign;
     void assign(size_type count, T const& value) { Base::assign(checked(count), value); }
 
     /// @}
@@ -69,7 +70,6 @@ public:
     /// @{
     /// Inserts `count` copies of `value` before `position`, or as in `std::list`, and returns where the first one stands.
     /// Throws `std::length_error` where max_size() would be passed, with the list as it was.
-    using Base::insert;
     iterator insert(const_iterator position, size_type count, T const& value)
     {
         if (count > this->max_size() - this->size())

@@ -25,6 +25,7 @@ namespace Vn
 class VN_BASE_EXPORT TestGroup
 {
 public:
+    /// Takes the group off the list, and frees its texts.
     virtual ~TestGroup();
 
     /// Before execute(), neither measured nor checked for leaks. Does nothing unless overridden.
@@ -42,8 +43,11 @@ public:
     /// Null for a group without a name.
     char const* getName() const;
 
+    /// @{
+    /// What setPrintHeaders() and setGroupNameInArgs() have set; true and false at first.
     bool getPrintHeaders() const;
     bool getGroupNameInArgs() const;
+    /// @}
 
     /// The first registered group of that name; null if there is none, and for null.
     static TestGroup* getInstance(char const* name);
@@ -64,18 +68,23 @@ protected:
     /// Registers the group. Throws as setName().
     explicit TestGroup(char const* name = nullptr);
 
+    /// @{
     /// Copies share the texts, which the first one that is destroyed frees; they aren't registered, and no group is made
     /// like that.
     TestGroup(TestGroup const&) = default;
     TestGroup& operator=(TestGroup const&) = default;
+    /// @}
 
     /// Throws ExInternalError ("Duplicate test group : ...") if a registered group has that name; there is then none.
     /// In a static constructor that ends the program. Null clears it.
     void setName(char const* name);
 
-    /// One line on the arguments, and any text. Null clears them.
+    /// @{
+    /// One line on the arguments, as "COUNT [SEED]", and any text; both are copied and shown by the driver's help. Null clears
+    /// them.
     void setUsage(char const* usage);
     void setDescription(char const* description);
+    /// @}
 
     /// Whether the driver heads and ends this group's output. It does unless told.
     void setPrintHeaders(bool printHeaders);

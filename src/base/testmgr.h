@@ -29,6 +29,7 @@ public:
     /// `argv[0]` is the program. Its handlers for exceptions that nobody catches stay installed.
     static int runTest(int argc, char** const argv);
 
+    /// What TestGroup::isPixified() answers from here on.
     static void setIsPixified(bool isPixified);
 };
 

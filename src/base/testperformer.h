@@ -26,9 +26,11 @@ public:
     /// Made at the first call, never destroyed.
     static TestPerformer& getInstance();
 
+    /// @{
     /// Copies share the texts of the arguments, which the first one that is destroyed or executes a list frees.
     TestPerformer(TestPerformer const&) = default;
     TestPerformer& operator=(TestPerformer const&) = default;
+    /// @}
     ~TestPerformer();
 
     /// Reads the list and runs it; what an earlier list held is freed. Only the groups' execute() is timed: by the
