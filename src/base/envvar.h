@@ -22,7 +22,8 @@ using EnvVarRegistry = List<EnvVar*>;
 /// It needs no start of the library. The environment is read when the object is made and by refresh(), and the value is
 /// the environment's own text: once the variable has changed, refresh() before it is used again. Name and default are
 /// not copied and must outlive the object.
-/// Objects are made and destroyed on one thread.
+/// Objects are made and destroyed on one thread. The registry is never destroyed, so they may be destroyed at any time, by
+/// the destructor of the last static object as well.
 /// Tests: tests/base/envvartest.cpp.
 class VN_BASE_EXPORT EnvVar
 {

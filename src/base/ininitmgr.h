@@ -15,7 +15,8 @@ class InPackageInit;
 ///
 /// The order: fewer packages needed, directly or through others, come first; ties go by `strcmp` of the names. A
 /// process initialises once. Programs use InInitGuard. Takes no lock: start, stop, registration and guards belong to
-/// one thread at a time; only getInstance() may race.
+/// one thread at a time; only getInstance() may race. It is never destroyed, and neither are the library's packages: the
+/// stop may come from the destructor of a static object.
 /// Tests: tests/base/ininitmgrtest.cpp, tests/base/inrandomgraphtest.cpp.
 class VN_BASE_EXPORT InInitMgr
 {

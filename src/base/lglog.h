@@ -43,7 +43,8 @@ public:
     /// if a file stands where the directory should be, ExSysErrorWindows if the inter-process lock fails.
     static void init();
 
-    /// Writes the last banners and closes the files. What is left in the queues stays there.
+    /// Writes the last banners and closes the files, once the line that a reader is writing is finished. What is left in
+    /// the queues stays there.
     static void destroy();
 
     /// Writes where each level goes to the standard output stream.

@@ -16,7 +16,11 @@ class LgQueue;
 ///     reader.flushAll();
 ///
 /// One thread at a time flushes, through however many of these. A queue whose creator has gone is deleted once it is
-/// empty. What LgInterProcessLock throws comes through; the message then waits for the next call.
+/// empty; the others must live as long as anybody flushes. What LgInterProcessLock throws comes through; the message then
+/// waits for the next call.
+///
+/// A thread may go on flushing while the logger stops and while the process ends. The line that it is writing is finished;
+/// messages after the stop are taken from their queues and dropped, or only echoed.
 /// Tests: tests/base/lgreadertest.cpp.
 class VN_BASE_EXPORT LgReader
 {

@@ -9,7 +9,8 @@ namespace Vn
 class LgQueue;
 
 /// The queues that LgReader drains. A program whose threads come and go brings a registry of its own, with a lock, by
-/// LgLog::setRegistry(); `examples/threadlog` has one.
+/// LgLog::setRegistry(); `examples/threadlog` has one. The one that is installed isn't destroyed when the process ends, as
+/// a reader may be using it.
 /// Tests: tests/base/lgregistrytest.cpp.
 class VN_BASE_EXPORT LgRegistry
 {

@@ -8,6 +8,7 @@
 // Static objects that static destruction leaves alone. Threads go on while `main` returns, and a static object may be
 // destroyed behind those of this library: what they can still call has to be there. The system takes the memory back with
 // the rest of the process's. Until then it is in reach, so nobody takes it for a leak.
+// Tests: tests/base/neverdestroyedtest.cpp, tests/end.
 
 namespace Vn
 {
