@@ -56,15 +56,16 @@ LgTypes::Level atLeastFatal(LgTypes::Level level)
     return std::max(level, LgTypes::FatalError);
 }
 
-char const* listedName(char const* name)
+/// Takes the name into list and map, or into neither.
+LgMajorGroup& addGroup(char const* name)
 {
-    const auto found = std::find_if(names->begin(), names->end(),
-                                    [name](char const* listed) { return std::strcmp(listed, name) == 0; });
-    if (found != names->end())
-        return *found;
     ArrayPtr<char> copy = duplicateString(name);
-    names->push_back(copy.get());
-    return copy.release();
+    Names entry;
+    entry.push_back(copy.get());
+    LgMajorGroup& group = groups->try_emplace(copy.get()).first->second;
+    names->splice(names->end(), entry);
+    copy.release();
+    return group;
 }
 
 /// The part of `rest` before `delimiter`, which is consumed with it.
@@ -143,7 +144,9 @@ void LgMajorGroup::finalize()
 LgMajorGroup& LgMajorGroup::getInstanceForName(char const* name)
 {
     checkRegistry(__LINE__);
-    return (*groups)[listedName(ExReasonText::orEmpty(name))];
+    name = ExReasonText::orEmpty(name);
+    const auto found = groups->find(name);
+    return found != groups->end() ? found->second : addGroup(name);
 }
 
 void LgMajorGroup::parse(char const* spec)
