@@ -28,6 +28,8 @@ private:
     ArrayPtr<char> _name;
     bool _enabled;
     Vector<char const*> _files;  ///< that registered this level, in order
+
+    std::uint64_t _switchedAt = 0;  ///< number of the option that switched this level last
 };
 
 /// A developer's view of a run: lines of named levels, indented by the depth of calls.
