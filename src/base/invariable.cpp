@@ -86,6 +86,11 @@ InVariableBase::~InVariableBase()
 
 void InVariableBase::initialize()
 {
+    initialize(InDiagnostics::areOn());
+}
+
+void InVariableBase::initialize(bool isTelling)
+{
     takeOverride();
     for (InContextAliasBase const* alias : _aliases) {
         if (alias->isValid()) {
@@ -93,7 +98,7 @@ void InVariableBase::initialize()
             break;
         }
     }
-    if (_contextAlias == nullptr || !InDiagnostics::areOn())
+    if (_contextAlias == nullptr || !isTelling)
         return;
     std::cerr << "----" << std::endl;
     std::cerr << "Initializing variable  : " << _handle.get() << std::endl;
@@ -181,8 +186,9 @@ void InVariableBase::clearPendingOverrides()
 {
     if (_pendingOverrides == nullptr)
         return;
+    const bool isTelling = InDiagnostics::areOn();
     for (auto const& [handle, alias] : *_pendingOverrides) {
-        if (InDiagnostics::areOn()) {
+        if (isTelling) {
             // The key is the text, and unlike the value it can be read before the start.
             std::cerr << "----" << std::endl;
             std::cerr << "Unused override for handle: " << handle << std::endl;
