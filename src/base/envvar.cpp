@@ -1,12 +1,14 @@
 #include <base/envvar.h>
 
 #include <base/exreasontext_p.h>
+#include <base/listplaces_p.h>
 #include <base/osenv.h>
 #include <base/wholenumber_p.h>
 
 #include <cstdlib>
 #include <iomanip>
 #include <ostream>
+#include <utility>
 
 namespace Vn
 {
@@ -19,6 +21,47 @@ char const* orNil(char const* text)
     return text != nullptr ? text : "NIL";
 }
 }  // namespace
+
+class EnvVarRegistry::Places : public ListPlaces<EnvVar*>
+{};
+
+EnvVarRegistry::EnvVarRegistry() : _places(new Places) {}
+
+EnvVarRegistry::EnvVarRegistry(EnvVarRegistry const& other) : EnvVarRegistry()
+{
+    for (EnvVar* variable : other)
+        push_back(variable);
+}
+
+EnvVarRegistry& EnvVarRegistry::operator=(EnvVarRegistry const& other)
+{
+    EnvVarRegistry copy(other);
+    _variables.swap(copy._variables);
+    std::swap(*_places, *copy._places);
+    return *this;
+}
+
+EnvVarRegistry::~EnvVarRegistry() = default;
+
+void EnvVarRegistry::push_back(EnvVar* variable)
+{
+    _places->pushBack(_variables, variable);
+}
+
+void EnvVarRegistry::push_front(EnvVar* variable)
+{
+    _places->pushFront(_variables, variable);
+}
+
+void EnvVarRegistry::remove(EnvVar* variable)
+{
+    _places->remove(_variables, variable);
+}
+
+void EnvVarRegistry::clear()
+{
+    _places->clear(_variables);
+}
 
 EnvVar::EnvVar(char const* name, char const* defaultValue) : _name(name), _value(nullptr), _default(defaultValue)
 {

@@ -2,6 +2,7 @@
 
 #include <base/baseexport.h>
 #include <base/list.h>
+#include <base/objptr.h>
 
 #include <iosfwd>
 
@@ -10,8 +11,50 @@ namespace Vn
 
 class EnvVar;
 
-/// The living objects in the order in which they were made; it owns none.
-using EnvVarRegistry = List<EnvVar*>;
+/// The living objects in the order in which they were made; it owns none. A list that an object leaves without a walk
+/// through the others.
+///
+///     for (Vn::EnvVar* variable : Vn::EnvVar::getRegistry())
+///         variable->refresh();
+///
+/// A copy is one of the list. One thread at a time.
+/// Tests: tests/base/envvartest.cpp.
+class VN_BASE_EXPORT EnvVarRegistry
+{
+public:
+    using value_type = EnvVar*;
+    using size_type = List<EnvVar*>::size_type;
+    using const_iterator = List<EnvVar*>::const_iterator;
+    using iterator = const_iterator;
+
+    EnvVarRegistry();
+    EnvVarRegistry(EnvVarRegistry const& other);
+    EnvVarRegistry& operator=(EnvVarRegistry const& other);
+    ~EnvVarRegistry();
+
+    const_iterator begin() const { return _variables.begin(); }
+    const_iterator end() const { return _variables.end(); }
+    size_type size() const { return _variables.size(); }
+    bool empty() const { return _variables.empty(); }
+    EnvVar* front() const { return _variables.front(); }
+    EnvVar* back() const { return _variables.back(); }
+    operator List<EnvVar*> const&() const { return _variables; }
+
+    // Objects enter and leave by themselves; these are for programs that list them otherwise. The registry changes, or (if
+    // there is no memory) it does not.
+    void push_back(EnvVar* variable);
+    void push_front(EnvVar* variable);
+
+    /// Takes `variable` out wherever it stands.
+    void remove(EnvVar* variable);
+    void clear();
+
+private:
+    class Places;
+
+    List<EnvVar*> _variables;
+    ObjPtr<Places> _places;
+};
 
 /// An environment variable with a default, for programs that list what steers them.
 ///

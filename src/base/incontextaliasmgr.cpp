@@ -1,11 +1,12 @@
 #include <base/incontextaliasmgr.h>
 
+#include <base/incontextaliasmgr_p.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
 #include <base/inoptionparser.h>
 #include <base/neverdestroyed_p.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <iostream>
 #include <string_view>
 #include <type_traits>
@@ -70,7 +71,10 @@ char const* InContextAliasMgrBase::getApplicationName()
 
 void InContextAliasMgrBase::addArgs(std::vector<ArrayPtr<char>>& strings)
 {
-    _args.reserve(_args.size() + strings.size());
+    // By steps, as a program may add its arguments one by one; and before the list gains the first.
+    const std::size_t needed = _args.size() + strings.size();
+    if (needed > _args.capacity())
+        _args.reserve(std::max(needed, _args.capacity() + _args.capacity() / 2));
     for (ArrayPtr<char>& string : strings)
         _args.push_back(string.release());
 }
@@ -132,13 +136,13 @@ void InContextAliasMgr<Alias>::readSources()
         return;
     if constexpr (std::is_same_v<typename Alias::KindTag, InInitArg>) {
         parseArguments();
+    } else if constexpr (std::is_same_v<typename Alias::KindTag, InInitEnv>) {
+        const System::EnvironmentReader environment;
+        for (Alias* alias : *_aliases)
+            alias->initialize(environment.find(alias->getKey()));
     } else {
-        for (Alias* alias : *_aliases) {
-            if constexpr (std::is_same_v<typename Alias::KindTag, InInitEnv>)
-                alias->initialize(std::getenv(alias->getKey()));
-            else
-                alias->initialize(alias->getKey());
-        }
+        for (Alias* alias : *_aliases)
+            alias->initialize(alias->getKey());
     }
 }
 
@@ -154,11 +158,13 @@ void InContextAliasMgr<Alias>::parseArguments()
     for (Alias* alias : *_aliases)
         alias->initialize(options.at(letterOf(alias->getKey())).value);
 
-    // The values pointed into these.
-    for (int taken = 1; taken < stoppedAt; ++taken) {
-        delete[] arguments[1];
-        arguments.erase(arguments.begin() + 1);
-    }
+    // The values pointed into these. They go at once: one by one, each would move all that stand behind it.
+    if (stoppedAt < 2)
+        return;
+    const auto firstTaken = arguments.begin() + 1;
+    const auto firstKept = arguments.begin() + stoppedAt;
+    std::for_each(firstTaken, firstKept, [](char const* taken) { delete[] taken; });
+    arguments.erase(firstTaken, firstKept);
 }
 
 template <class Alias>

@@ -4,6 +4,7 @@
 #include <base/incontextaliasmgr.h>
 #include <base/independencyclosure_p.h>
 #include <base/indiagnostics_p.h>
+#include <base/inholes_p.h>
 #include <base/ininitmgr_p.h>
 #include <base/inpackageinit.h>
 #include <base/intypetable_p.h>
@@ -82,17 +83,21 @@ public:
     void takeArguments(int argc, char const* const* argv);
     void startWaiting();
     void stopAll();
+    void addWaiting(InPackageInit* package);
 
     PackageEntry* findSaved(std::type_info const& type);
     bool isRunning(std::type_info const& type);
-    void forget(InPackageInit const* package) noexcept;
+    void forget(InPackageInit* package) noexcept;
 
-    void printEntries(std::ostream& stream, Entries const& entries, char const* title) const;
+    bool isAnythingSaved() const { return _packagesSaved.size() != _holesSaved; }
+    void printWaiting(std::ostream& stream) const;
+    void printSaved(std::ostream& stream) const;
     void printCycles(std::ostream& stream) const;
     void printGraph(std::ostream& stream) const;
 
+    // A package that has been destroyed is null in these.
     Entries _packagesWaiting;
-    Entries _packagesToInit;  ///< a package destroyed meanwhile is null here, so that the matrix keeps its rows
+    Entries _packagesToInit;
     Entries _packagesSaved;
     bool _cycleDetected = false;
     int _nbPckgs = 0;
@@ -106,7 +111,12 @@ public:
     Environment _environment = takeEnvironment();
 
 private:
+    static bool isHole(PackageEntry const& entry) { return entry.package == nullptr; }
+    static void drop(Entries& entries) noexcept;
+    static void printEntries(std::ostream& stream, Entries const& entries, std::size_t holes, char const* title);
+
     InTypeTable sortBatch();
+    void rememberBatch() noexcept;
     InDependencyGraph buildDependencies();
     void closeMatrix(InDependencyGraph const& graph);
     void startBatch();
@@ -123,9 +133,19 @@ private:
     /// Position in `_packagesSaved` of each type in it; made anew when it doesn't hold.
     InTypeTable _savedByType;
     bool _savedByTypeHolds = true;
-    unsigned _batch = 0;          ///< number of the batch in `_packagesToInit`
-    std::size_t _leftToStop = 0;  ///< entries of `_packagesSaved` that the running stop has yet to see
+    unsigned _batch = 0;  ///< number of the batch in `_packagesToInit`
+    std::size_t _holesWaiting = 0;
+    std::size_t _holesSaved = 0;
 };
+
+/// Empties a list whose packages may live on.
+void InInitMgr::State::drop(Entries& entries) noexcept
+{
+    for (PackageEntry const& entry : entries)
+        if (!isHole(entry))
+            --entry.package->_listed;
+    entries.clear();
+}
 
 void InInitMgr::State::takeArguments(int argc, char const* const* argv)
 {
@@ -142,8 +162,9 @@ void InInitMgr::State::startWaiting()
 {
     _initialized = true;
     while (!_packagesWaiting.empty()) {
-        _packagesToInit.clear();
+        drop(_packagesToInit);
         _packagesToInit.swap(_packagesWaiting);
+        _holesWaiting = 0;
         ++_batch;
         closeMatrix(buildDependencies());
         if (_cycleDetected)
@@ -164,18 +185,30 @@ InTypeTable InInitMgr::State::sortBatch()
     std::vector<Named> named;
     named.reserve(_packagesToInit.size());
     for (PackageEntry const& entry : _packagesToInit)
-        named.push_back({entry.package->getName(), entry});
+        if (!isHole(entry))
+            named.push_back({entry.package->getName(), entry});
     std::stable_sort(named.begin(), named.end(),
                      [](Named const& left, Named const& right) { return std::strcmp(left.name, right.name) < 0; });
 
     InTypeTable positions;
     positions.reserve(named.size());
-    unsigned count = 0;
+    Entries sorted;
+    sorted.reserve(named.size());
     for (Named const& next : named)
-        if (positions.insert(typeOf(next.entry), count))
-            _packagesToInit[count++] = next.entry;
-    _packagesToInit.erase(_packagesToInit.begin() + count, _packagesToInit.end());
+        if (positions.insert(typeOf(next.entry), static_cast<unsigned>(sorted.size())))
+            sorted.push_back(next.entry);
+    drop(_packagesToInit);
+    _packagesToInit.swap(sorted);
+    for (PackageEntry const& entry : _packagesToInit)
+        ++entry.package->_listed;
+    rememberBatch();
     return positions;
+}
+
+void InInitMgr::State::rememberBatch() noexcept
+{
+    for (std::size_t i = 0; i < _packagesToInit.size(); ++i)
+        _packagesToInit[i].package->_batchAt = i;
 }
 
 InDependencyGraph InInitMgr::State::buildDependencies()
@@ -226,6 +259,7 @@ void InInitMgr::State::startBatch()
                      [](PackageEntry const& left, PackageEntry const& right) {
                          return left.nbDependencies < right.nbDependencies;
                      });
+    rememberBatch();
     _dependencyMatrix.reset();
     const std::vector<std::size_t> savedAt = saveBatch();
 
@@ -233,7 +267,7 @@ void InInitMgr::State::startBatch()
     const unsigned batch = _batch;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         const PackageEntry entry = _packagesToInit[i];
-        if (entry.package == nullptr)
+        if (isHole(entry))
             continue;
         std::type_info const& type = typeOf(entry);  // before the hook, which may destroy the package
         entry.package->initialize();
@@ -244,7 +278,7 @@ void InInitMgr::State::startBatch()
         if (_batch != batch)
             break;  // the hook has ended a guard, and what stands here now is another batch
     }
-    _packagesToInit.clear();
+    drop(_packagesToInit);
 }
 
 /// Takes the batch up, and tells the position of each of its types among the packages taken up.
@@ -257,8 +291,11 @@ std::vector<std::size_t> InInitMgr::State::saveBatch()
     _savedByType.reserve(_packagesSaved.size() + _packagesToInit.size());
     for (PackageEntry const& entry : _packagesToInit) {
         savedAt.push_back(_packagesSaved.size());
-        if (_savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size())))
-            _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
+        if (!_savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size())))
+            continue;
+        _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
+        entry.package->_savedAt = savedAt.back();
+        ++entry.package->_listed;
     }
     _savedByTypeHolds = true;
     return savedAt;
@@ -270,7 +307,8 @@ void InInitMgr::State::indexSaved()
         return;
     _savedByType.clear();
     for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
-        _savedByType.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
+        if (!isHole(_packagesSaved[i]))
+            _savedByType.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
     _savedByTypeHolds = true;
 }
 
@@ -293,41 +331,73 @@ void InInitMgr::State::stopAll()
 {
     {
         const FlagScope finalizing(_finalizing);
-        for (_leftToStop = _packagesSaved.size(); _leftToStop > 0;) {
-            PackageEntry const& entry = _packagesSaved[--_leftToStop];
-            if (entry.initialized)
+        for (std::size_t i = _packagesSaved.size(); i > 0; --i) {
+            const PackageEntry entry = _packagesSaved[i - 1];
+            if (!isHole(entry) && entry.initialized)
                 entry.package->finalize();
         }
     }
-    _packagesSaved.clear();
+    drop(_packagesSaved);
+    _holesSaved = 0;
     _savedByType.clear();
     _savedByTypeHolds = true;
     _finalized = true;
 }
 
-void InInitMgr::State::forget(InPackageInit const* package) noexcept
+void InInitMgr::State::addWaiting(InPackageInit* package)
+{
+    _packagesWaiting.push_back({package, 0, false});
+    package->_batchAt = _packagesWaiting.size() - 1;
+    ++package->_listed;
+}
+
+void InInitMgr::State::forget(InPackageInit* package) noexcept
 {
     // The package's library may go with it, and another one may come to stand at its addresses: none is to be
     // remembered, whether this package is in a list or not.
     _savedByTypeHolds = false;
-    const auto isIt = [package](PackageEntry const& entry) { return entry.package == package; };
-    erase_if(_packagesWaiting, isIt);
-    for (PackageEntry& entry : _packagesToInit)
-        if (isIt(entry))
-            entry.package = nullptr;
-    for (std::size_t i = _packagesSaved.size(); i > 0; --i) {
-        if (!isIt(_packagesSaved[i - 1]))
-            continue;
-        _packagesSaved.erase(_packagesSaved.begin() + static_cast<std::ptrdiff_t>(i - 1));
-        if (i <= _leftToStop)
-            --_leftToStop;
-    }
+
+    const auto leave = [package](Entries& entries, std::size_t place) {
+        const bool isThere = place < entries.size() && entries[place].package == package;
+        if (isThere) {
+            entries[place].package = nullptr;
+            --package->_listed;
+        }
+        return isThere;
+    };
+    _holesWaiting += leave(_packagesWaiting, package->_batchAt);
+    leave(_packagesToInit, package->_batchAt);
+    _holesSaved += leave(_packagesSaved, package->_savedAt);
+    // It may stand elsewhere too: one that was registered twice, or again after its start had failed.
+    for (std::size_t i = 0; package->_listed != 0 && i < _packagesWaiting.size(); ++i)
+        _holesWaiting += leave(_packagesWaiting, i);
+    for (std::size_t i = 0; package->_listed != 0 && i < _packagesToInit.size(); ++i)
+        leave(_packagesToInit, i);
+
+    InHoles::tidy(_packagesWaiting, _holesWaiting, isHole,
+                  [](PackageEntry const& moved, std::size_t to) { moved.package->_batchAt = to; });
+    if (!_initializing && !_finalizing)
+        InHoles::tidy(_packagesSaved, _holesSaved, isHole,
+                      [](PackageEntry const& moved, std::size_t to) { moved.package->_savedAt = to; });
 }
 
-void InInitMgr::State::printEntries(std::ostream& stream, Entries const& entries, char const* title) const
+void InInitMgr::State::printWaiting(std::ostream& stream) const
 {
-    stream << std::to_string(entries.size()) << title << std::endl;
+    printEntries(stream, _packagesWaiting, _holesWaiting, " packages waiting to be initialize:");
+}
+
+void InInitMgr::State::printSaved(std::ostream& stream) const
+{
+    printEntries(stream, _packagesSaved, _holesSaved, " packages currently saved:");
+}
+
+void InInitMgr::State::printEntries(std::ostream& stream, Entries const& entries, std::size_t holes,
+                                    char const* title)
+{
+    stream << std::to_string(entries.size() - holes) << title << std::endl;
     for (PackageEntry const& entry : entries) {
+        if (isHole(entry))
+            continue;
         stream << "\t'" << entry.package->getName() << "' ";
         if (entry.initialized)
             stream << "Initialized (" << std::to_string(entry.nbDependencies) << " dependencies)";
@@ -358,23 +428,28 @@ void InInitMgr::State::printCycles(std::ostream& stream) const
 /// Whether a package of the batch needs itself; one that was destroyed since needs nothing any more.
 bool InInitMgr::State::isOnRing(std::size_t i) const
 {
-    return _packagesToInit[i].package != nullptr && _dependencyMatrix->test(i, i);
+    return !isHole(_packagesToInit[i]) && _dependencyMatrix->test(i, i);
 }
 
 void InInitMgr::State::printGraph(std::ostream& stream) const
 {
+    std::vector<InPackageInit const*> packages;
     InTypeTable positions;
-    for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
-        positions.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
-    const auto nameAt = [this](std::size_t i) { return quotedForDot(_packagesSaved[i].package->getName()); };
+    for (PackageEntry const& entry : _packagesSaved) {
+        if (isHole(entry))
+            continue;
+        positions.insert(typeOf(entry), static_cast<unsigned>(packages.size()));
+        packages.push_back(entry.package);
+    }
+    const auto nameAt = [&packages](std::size_t i) { return quotedForDot(packages[i]->getName()); };
 
     stream << "digraph packages {\n";
-    for (std::size_t i = 0; i < _packagesSaved.size(); ++i) {
-        const std::string label = std::to_string(i + 1) + ". " + _packagesSaved[i].package->getName();
+    for (std::size_t i = 0; i < packages.size(); ++i) {
+        const std::string label = std::to_string(i + 1) + ". " + packages[i]->getName();
         stream << "    " << nameAt(i) << " [label=" << quotedForDot(label) << "];\n";
     }
-    for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
-        for (std::type_info const* type : _packagesSaved[i].package->getDependencies())
+    for (std::size_t i = 0; i < packages.size(); ++i)
+        for (std::type_info const* type : packages[i]->getDependencies())
             if (const unsigned needed = positions.find(*type); needed != InTypeTable::none)
                 stream << "    " << nameAt(i) << " -> " << nameAt(needed) << ";\n";
     stream << "}" << std::endl;
@@ -425,11 +500,11 @@ std::ostream& InInitMgr::dump(std::ostream& stream) const
     if (_state->_packagesWaiting.empty())
         stream << "No packages waiting to be initialize." << std::endl;
     else
-        _state->printEntries(stream, _state->_packagesWaiting, " packages waiting to be initialize:");
-    if (_state->_packagesSaved.empty())
+        _state->printWaiting(stream);
+    if (!_state->isAnythingSaved())
         stream << "No packages saved." << std::endl;
     else
-        _state->printEntries(stream, _state->_packagesSaved, " packages currently saved:");
+        _state->printSaved(stream);
     if (_state->_cycleDetected) {
         stream << "Dependency cycle(s) detected..." << std::endl;
         _state->printCycles(stream);
@@ -477,7 +552,7 @@ void InInitMgr::registerPackage(InPackageInit* package)
     if (_state->_initialized && _state->_reinitCount == 0)
         throw InEx::ExReinitWithoutGuard(sourceName, __LINE__);
     if (!_state->isRunning(typeid(*package)))
-        _state->_packagesWaiting.push_back({package, 0, false});
+        _state->addWaiting(package);
 }
 
 bool InInitMgr::isRunning(std::type_info const& type) const
@@ -485,7 +560,7 @@ bool InInitMgr::isRunning(std::type_info const& type) const
     return _state->isRunning(type);
 }
 
-void InInitMgr::forgetPackage(InPackageInit const* package) noexcept
+void InInitMgr::forgetPackage(InPackageInit* package) noexcept
 {
     getInstance()._state->forget(package);
 }

@@ -70,7 +70,7 @@ private:
 
     void registerPackage(InPackageInit* package);
     bool isRunning(std::type_info const& type) const;
-    static void forgetPackage(InPackageInit const* package) noexcept;
+    static void forgetPackage(InPackageInit* package) noexcept;
 
     State* _state;
 };

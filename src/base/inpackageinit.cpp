@@ -2,6 +2,7 @@
 
 #include <base/assertions.h>
 #include <base/indiagnostics_p.h>
+#include <base/inholes_p.h>
 #include <base/ininitmgr.h>
 #include <base/invariable.h>
 
@@ -21,6 +22,20 @@ void printHook(InPackageInit const& package, char const* hook)
         std::cerr << std::string(package.getDependencies().size(), ' ') << "InInit<" << package.getName()
                   << ">::" << hook << "()" << std::endl;
 }
+
+/// Sets a flag for the length of a scope.
+class WalkScope
+{
+public:
+    explicit WalkScope(bool& isWalking) : _isWalking(isWalking), _before(isWalking) { _isWalking = true; }
+    ~WalkScope() { _isWalking = _before; }
+    WalkScope(WalkScope const&) = delete;
+    WalkScope& operator=(WalkScope const&) = delete;
+
+private:
+    bool& _isWalking;
+    bool _before;
+};
 }  // namespace
 
 InPackageInitBase::~InPackageInitBase() = default;
@@ -43,13 +58,36 @@ void InPackageInit::addDependency(InVariableBase* variable)
     if (variable == nullptr)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "variable != 0");
     _variables.push_back(variable);
+    if (variable->_package != this || variable->_place != InVariableBase::nowhere)
+        _doVariablesKnow = false;
+    else
+        variable->_place = _variables.size() - 1;
 }
 
 void InPackageInit::removeDependency(InVariableBase* variable)
 {
+    const std::size_t place = variable != nullptr ? placeOf(variable) : nowhere;
+    if (place >= _variables.size())
+        return;
+    _variables[place] = nullptr;
+    ++_holes;
+    if (_doVariablesKnow)
+        variable->_place = InVariableBase::nowhere;
+    if (_isWalking)
+        return;
+    const auto isHole = [](InVariableBase const* entry) { return entry == nullptr; };
+    InHoles::tidy(_variables, _holes, isHole, [this](InVariableBase* moved, std::size_t to) {
+        if (_doVariablesKnow)
+            moved->_place = to;
+    });
+}
+
+std::size_t InPackageInit::placeOf(InVariableBase const* variable) const
+{
+    if (_doVariablesKnow)
+        return variable->_package == this ? variable->_place : nowhere;
     const auto found = std::find(_variables.begin(), _variables.end(), variable);
-    if (found != _variables.end())
-        _variables.erase(found);
+    return static_cast<std::size_t>(found - _variables.begin());
 }
 
 char const* InPackageInit::getName() const
@@ -71,9 +109,15 @@ Vector<std::type_info const*> const& InPackageInit::getDependencies() const
 void InPackageInit::initialize()
 {
     printHook(*this, "performInitialize");
-    // By index: a hook or an alias may well add a variable.
-    for (std::size_t i = 0; i < _variables.size(); ++i)
-        _variables[i]->initialize();
+    {
+        const WalkScope walking(_isWalking);
+        // Asked once for all of them, as each question walks through the environment.
+        const bool isTelling = InDiagnostics::areOn();
+        // By index: an alias may well add a variable.
+        for (std::size_t i = 0; i < _variables.size(); ++i)
+            if (_variables[i] != nullptr)
+                _variables[i]->initialize(isTelling);
+    }
     performInitialize();
     setInitialized(true);
 }
@@ -83,8 +127,10 @@ void InPackageInit::finalize()
     printHook(*this, "performFinalize");
     setInitialized(false);
     performFinalize();
+    const WalkScope walking(_isWalking);
     for (std::size_t i = _variables.size(); i > 0; --i)
-        _variables[i - 1]->finalize();
+        if (_variables[i - 1] != nullptr)
+            _variables[i - 1]->finalize();
 }
 
 void InPackageInit::registerPackage()

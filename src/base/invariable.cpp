@@ -87,6 +87,11 @@ InVariableBase::~InVariableBase()
 
 void InVariableBase::initialize()
 {
+    initialize(InDiagnostics::areOn());
+}
+
+void InVariableBase::initialize(bool isTelling)
+{
     takeOverride();
     for (InContextAliasBase const* alias : _aliases) {
         if (alias->isValid()) {
@@ -94,7 +99,7 @@ void InVariableBase::initialize()
             break;
         }
     }
-    if (_contextAlias == nullptr || !InDiagnostics::areOn())
+    if (_contextAlias == nullptr || !isTelling)
         return;
     std::cerr << "----" << std::endl;
     std::cerr << "Initializing variable  : " << _handle.get() << std::endl;
@@ -182,8 +187,9 @@ void InVariableBase::clearPendingOverrides()
 {
     if (_pendingOverrides == nullptr)
         return;
+    const bool isTelling = InDiagnostics::areOn();
     for (auto const& [handle, alias] : *_pendingOverrides) {
-        if (InDiagnostics::areOn()) {
+        if (isTelling) {
             // The key is the text, and unlike the value it can be read before the start.
             std::cerr << "----" << std::endl;
             std::cerr << "Unused override for handle: " << handle << std::endl;

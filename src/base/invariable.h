@@ -5,6 +5,7 @@
 #include <base/incontextalias.h>
 #include <base/inpackageinit.h>
 
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <set>
@@ -90,6 +91,9 @@ protected:
 
 private:
     friend class InInitMgr;
+    friend class InPackageInit;
+
+    static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
 
     struct HigherPriority
     {
@@ -103,6 +107,7 @@ private:
     using Registry = std::map<std::string, InVariableBase*, std::less<>>;
     using Overrides = std::map<std::string, Override*, std::less<>>;
 
+    void initialize(bool isTelling);
     void enterRegistry();
     void leaveRegistry() noexcept;
     void cloneAlias(InContextAliasBase const& alias);
@@ -116,6 +121,8 @@ private:
     std::multiset<InContextAliasBase*, HigherPriority> _aliases;  ///< owned
     InPackageInitBase* _package;
     ArrayPtr<char> _handle;
+
+    std::size_t _place = nowhere;  ///< among the variables of its package, which keeps it
 };
 
 /// A setting of type `int`, `bool` or `char const*`. incontextalias.h shows how to declare one.

@@ -9,6 +9,7 @@
 #include <iostream>
 #include <limits>
 #include <string_view>
+#include <unordered_set>
 
 namespace Vn
 {
@@ -30,19 +31,25 @@ bool isFinished(LgQueue const& queue)
 /// The first queue that isn't empty. Those before it that are finished are deleted, and leave both lists.
 List<LgQueue*>::iterator findFirst(List<LgQueue*>& queues)
 {
+    std::unordered_set<LgQueue*> deleted;  // for queues that are listed twice
+    const auto isDeleted = [&deleted](LgQueue* queue) { return deleted.contains(queue); };
     auto place = queues.begin();
     while (place != queues.end()) {
         LgQueue* const queue = *place;
-        if (isFinished(*queue)) {
+        if (!deleted.empty() && isDeleted(queue)) {
+            place = queues.erase(place);
+        } else if (isFinished(*queue)) {
+            deleted.insert(queue);
             LgLog::getRegistry()->deregisterQueue(queue);
-            place = std::find_if(place, queues.end(), [queue](LgQueue* other) { return other != queue; });
-            queues.remove(queue);
+            place = queues.erase(place);
             delete queue;
         } else if (queue->isEmpty())
             ++place;
         else
             break;
     }
+    if (!deleted.empty())
+        queues.remove_if(isDeleted);
     return place;
 }
 

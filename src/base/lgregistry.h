@@ -2,6 +2,7 @@
 
 #include <base/baseexport.h>
 #include <base/list.h>
+#include <base/objptr.h>
 
 namespace Vn
 {
@@ -31,6 +32,11 @@ public:
 class VN_BASE_EXPORT LgSimpleRegistry : public LgRegistry
 {
 public:
+    LgSimpleRegistry();
+    LgSimpleRegistry(LgSimpleRegistry const& other);
+    LgSimpleRegistry& operator=(LgSimpleRegistry const& other);
+    ~LgSimpleRegistry() override;
+
     /// Appends; a queue registered twice is listed twice.
     void registerQueue(LgQueue* queue) override;
 
@@ -40,7 +46,11 @@ public:
     List<LgQueue*> getQueueList() const override;
 
 private:
+    class Places;
+
     List<LgQueue*> _queues;
+
+    ObjPtr<Places> _places;  ///< so that a queue leaves without a walk through the others
 };
 
 }  // namespace Vn

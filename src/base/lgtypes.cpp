@@ -73,15 +73,16 @@ LgMajorGroup* reviveGroup(char const* name)
     return &groups->insert(endedGroups().extract(found)).position->second;
 }
 
-char const* listedName(char const* name)
+/// Takes the name into list and map, or into neither.
+LgMajorGroup& addGroup(char const* name)
 {
-    const auto found = std::find_if(names->begin(), names->end(),
-                                    [name](char const* listed) { return std::strcmp(listed, name) == 0; });
-    if (found != names->end())
-        return *found;
     ArrayPtr<char> copy = duplicateString(name);
-    names->push_back(copy.get());
-    return copy.release();
+    Names entry;
+    entry.push_back(copy.get());
+    LgMajorGroup& group = groups->try_emplace(copy.get()).first->second;
+    names->splice(names->end(), entry);
+    copy.release();
+    return group;
 }
 
 /// The part of `rest` before `delimiter`, which is consumed with it.
@@ -164,11 +165,14 @@ LgMajorGroup& LgMajorGroup::getInstanceForName(char const* name)
 {
     checkRegistry(__LINE__);
     name = ExReasonText::orEmpty(name);
+    const auto found = groups->find(name);
+    if (found != groups->end())
+        return found->second;
     if (LgMajorGroup* const revived = reviveGroup(name)) {
         std::atomic_ref(revived->_mask).store(_levelMask[_defaultThreshold], std::memory_order_relaxed);
         return *revived;
     }
-    return (*groups)[listedName(name)];
+    return addGroup(name);
 }
 
 void LgMajorGroup::parse(char const* spec)

@@ -143,7 +143,10 @@ public:
 private:
     TraceOptions();
 
+    class Settling;
+
     void reset();
+    void applyAll(char const* options);
     void apply(Token token, char const* value);
     void applyGated(Token token, char const* value);
     void switchLevel(char const* name, bool enabled);
@@ -163,6 +166,33 @@ private:
     std::map<char const*, TraceLevel*, NameOrder> _levels;
     char _pidText[10];
     std::set<std::string, std::less<>> _files;
+
+    // An option for all levels reaches them when its text ends: each at once, a text of n would cost n walks.
+    std::uint64_t _switches = 0;   ///< options that have switched levels
+    std::uint64_t _allSwitch = 0;  ///< number of the last one for all, while it has yet to reach them
+    bool _allOn = false;           ///< what that one says
+};
+
+/// Lets the options of a text reach all levels when it ends, be it by an exception.
+class TraceOptions::Settling
+{
+public:
+    explicit Settling(TraceOptions& options) : _options(options) {}
+    ~Settling()
+    {
+        if (_options._allSwitch == 0)
+            return;
+        for (auto const& [name, level] : _options._levels)
+            if (level->_switchedAt < _options._allSwitch)
+                flip(level->_enabled, _options._allOn);
+        _options._allSwitch = 0;
+    }
+
+    Settling(Settling const&) = delete;
+    Settling& operator=(Settling const&) = delete;
+
+private:
+    TraceOptions& _options;
 };
 
 TraceOptions& TraceOptions::get()
@@ -196,7 +226,7 @@ void TraceOptions::reset()
     _printLevels = false;
     switchAll(false);
     _allLevels = 0;
-    parse(defaultOptions);
+    applyAll(defaultOptions);
 }
 
 TraceLevel* TraceOptions::findLevel(char const* name)
@@ -206,6 +236,7 @@ TraceLevel* TraceOptions::findLevel(char const* name)
         return found->second;
     std::unique_ptr<TraceLevel> level(new TraceLevel(name));
     level->_enabled = _allLevels == 1;
+    level->_switchedAt = ++_switches;
     _levels.emplace(level->_name.get(), level.get());
     return level.release();
 }
@@ -222,7 +253,9 @@ void TraceOptions::switchLevel(char const* name, bool enabled)
     if (name == nullptr)
         return;
     if (std::strcmp(name, "all") != 0) {
-        flip(findLevel(name)->_enabled, enabled);
+        TraceLevel* const level = findLevel(name);
+        flip(level->_enabled, enabled);
+        level->_switchedAt = ++_switches;
         return;
     }
     switchAll(enabled);
@@ -231,11 +264,17 @@ void TraceOptions::switchLevel(char const* name, bool enabled)
 
 void TraceOptions::switchAll(bool enabled)
 {
-    for (auto const& [name, level] : _levels)
-        flip(level->_enabled, enabled);
+    _allSwitch = ++_switches;
+    _allOn = enabled;
 }
 
 void TraceOptions::parse(char const* options)
+{
+    const Settling settling(*this);
+    applyAll(options);
+}
+
+void TraceOptions::applyAll(char const* options)
 {
     const ArrayPtr<char> copy = duplicateString(options);
     char* rest = copy.get();

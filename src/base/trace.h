@@ -36,6 +36,8 @@ private:
     // again registers again and again, so what comes several times in a row stands here once, with its number beside it.
     Vector<char const*> _files;
     Vector<std::size_t> _repeats;
+
+    std::uint64_t _switchedAt = 0;  ///< number of the option that switched this level last
 };
 
 /// A developer's view of a run: lines of named levels, indented by the depth of calls.

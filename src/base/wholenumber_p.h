@@ -1,4 +1,4 @@
-// Private to envvar.cpp and hmheapmgr.cpp.
+// Private to envvar.cpp, hmheapmgr.cpp and invariable.cpp.
 #pragma once
 
 #include <algorithm>

@@ -11,10 +11,12 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 using Vn::EnvDoubleVar;
 using Vn::EnvIntVar;
@@ -213,6 +215,54 @@ TEST(EnvVarRegistry, listsTheLivingInOrderAndNoCopies)
                       b = "\nname " + blanks + "b value 2 default 2",
                       c = "\nname " + blanks + "c value 0.5 default 0.5";
     VnTest::expectOutput("envRegistry", "[]\n[" + a + b + c + "]\na23\n[" + a + c + "]\n5\n3\n");
+}
+
+TEST(EnvVarRegistry, isAListThatObjectsLeaveInAnyOrder)
+{
+    const Vn::List<EnvVar*> others = EnvVar::getRegistry();
+    std::mt19937 random(1);
+    std::vector<std::unique_ptr<EnvVar>> objects;
+    Vn::List<EnvVar*> expected = others;
+    for (int step = 0; step < 2000; ++step) {
+        if (objects.empty() || random() % 2 == 0) {
+            objects.push_back(std::make_unique<EnvVar>("VN_TEST_A", nullptr));
+            expected.push_back(objects.back().get());
+        } else {
+            const auto leaving = objects.begin() + static_cast<std::ptrdiff_t>(random() % objects.size());
+            expected.remove(leaving->get());
+            objects.erase(leaving);
+        }
+        ASSERT_EQ(Vn::List<EnvVar*>(EnvVar::getRegistry()), expected);
+    }
+    objects.clear();
+    EXPECT_EQ(Vn::List<EnvVar*>(EnvVar::getRegistry()), others);
+}
+
+TEST(EnvVarRegistry, aCopyIsAListOfItsOwn)
+{
+    EnvVar one("one", nullptr), two("two", nullptr);
+    EnvVarRegistry list;
+    EXPECT_TRUE(list.empty());
+    for (EnvVar* variable : {&one, &two, &one})
+        list.push_back(variable);
+    EnvVarRegistry copy(list), assigned;
+    assigned.push_front(&two);
+    assigned = list;
+    list.remove(&one);
+    EXPECT_EQ(list.size(), 1u);
+    EXPECT_EQ(list.front(), &two);
+    for (EnvVarRegistry* other : {&copy, &assigned}) {
+        EXPECT_EQ(Vn::List<EnvVar*>(*other), (Vn::List<EnvVar*>{&one, &two, &one}));
+        other->remove(&two);
+        EXPECT_EQ(Vn::List<EnvVar*>(*other), (Vn::List<EnvVar*>{&one, &one}));
+        other->remove(&one);
+        EXPECT_TRUE(other->empty());
+    }
+    EXPECT_EQ(list.back(), &two);
+    list = *&list;
+    list.clear();
+    list.remove(&two);
+    EXPECT_EQ(list.begin(), list.end());
 }
 
 TEST_F(EnvVarTest, copiesHaveAllFields)

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -245,6 +247,96 @@ TEST(InContextAliasMgr, sourcesHaveTheirValuesFromStartToStop)
 #endif
     EXPECT_EQ(run.out, std::string("[(none)][(none)][(none)][(none)][(none)]\n[o][value]") + empty +
                            "[(none)][f]\n[(none)][(none)][(none)][(none)][(none)]\n");
+}
+
+VN_CHILD(oddVariables)
+{
+    constexpr char const* keys[] = {"VN_TEST_TWICE",  "VN_TEST_SIGN",
+                                    "VN_TEST_SIGN=A", "VN_TEST_SIGN=A=B",
+                                    "=VN_TEST",       "",
+                                    "VN_TEST_NONE",   "VN_TEST_SHORT",
+                                    "VN_TEST_",       "="};
+    std::vector<std::unique_ptr<Environment>> sources;
+    for (char const* key : keys)
+        sources.push_back(std::make_unique<Environment>(key, "d"));
+    start();
+    for (auto const& source : sources) {
+        char const* const value = std::getenv(source->getKey());
+        std::cout << "[" << valueOf(*source) << "]";
+        if (source->isValid() != (value != nullptr) ||
+            (value != nullptr && std::string(value) != source->getValue()))
+            std::cout << " but getenv gives " << (value != nullptr ? value : "(none)") << "\n";
+    }
+    return 0;
+}
+
+TEST(InContextAliasMgr, variablesAreThoseThatGetenvGives)
+{
+    const ChildRun run = Child("oddVariables")
+                             .withEntry("VN_TEST_TWICE=first")
+                             .withEntry("VN_TEST_TWICE=second")
+                             .withEntry("VN_TEST_SIGN=A=B=C")
+                             .withEntry("VN_TEST_SHORT")
+                             .withEntry("=VN_TEST=odd")
+                             .without("VN_TEST_NONE")
+                             .run();
+    EXPECT_EQ(run.out.find("but"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("[A=B=C]"), std::string::npos) << run.out;
+}
+
+#if !defined(_WIN32)
+VN_CHILD(noEnvironment)
+{
+    const Environment unset("VN_TEST_SET", "d");
+    ::clearenv();
+    start();
+    std::cout << valueOf(unset) << "\n";
+    return 0;
+}
+
+TEST(InContextAliasMgr, withoutAnEnvironmentNothingIsSet)
+{
+    EXPECT_EQ(Child("noEnvironment").with("VN_TEST_SET", "value").run().out, "(none)\n");
+}
+#endif
+
+VN_CHILD(manyOptions)
+{
+    const Argument verbose("v", "d");
+    const Argument output("o:", "d");
+    std::vector<std::string> arguments{"prog"};
+    for (int i = 0; i < 1000; ++i) {
+        arguments.push_back("-v");
+        arguments.push_back("-o");
+        arguments.push_back(std::to_string(i));
+    }
+    for (int i = 0; i < 1000; ++i)
+        arguments.push_back("file " + std::to_string(i));
+    std::vector<char const*> pointers;
+    for (std::string const& argument : arguments)
+        pointers.push_back(argument.c_str());
+    int count = static_cast<int>(pointers.size());
+    char const* const* vector = pointers.data();
+    InInitMgr::getInstance().initialize(count, vector);
+    arguments.erase(arguments.begin() + 1, arguments.begin() + 3001);
+    Vector<char*> const& unbound = InContextAliasMgrBase::getUnboundArgs();
+    std::cout << valueOf(output) << " "
+              << std::equal(unbound.begin(), unbound.end(), arguments.begin(), arguments.end());
+    // One by one, and in order too.
+    for (int i = 0; i < 1000; ++i) {
+        arguments.push_back("more " + std::to_string(i));
+        char const* const more[] = {arguments.back().c_str()};
+        int one = 1;
+        vector = more;
+        InInitMgr::getInstance().initialize(one, vector);
+    }
+    std::cout << std::equal(unbound.begin(), unbound.end(), arguments.begin(), arguments.end()) << "\n";
+    return 0;
+}
+
+TEST(InContextAliasMgr, whatManyOptionsLeaveKeepsItsOrder)
+{
+    expectOutput("manyOptions", "999 11\n");
 }
 
 VN_CHILD(tooLate)

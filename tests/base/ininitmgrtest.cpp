@@ -10,14 +10,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <optional>
+#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 using Vn::InInitMgr;
@@ -885,6 +889,247 @@ TEST(InPackageInit, variablesAreInitialisedInOrderBeforeTheHookAndDestroyedOnesN
     EXPECT_LT(second, third);
     EXPECT_LT(third, hook);
     EXPECT_NE(hook, std::string::npos);
+}
+
+// ---- departures
+
+namespace
+{
+/// One type for each number; tells nothing but, at its stop, its name.
+template <int number>
+class QuietPackage : public Vn::InPackageInit
+{
+public:
+    explicit QuietPackage(char const* name) : InPackageInit(name) { registerPackage(); }
+    void performFinalize() override { std::cout << getName() << " "; }
+
+    static std::unique_ptr<Vn::InPackageInit> make(char const* name)
+    {
+        return std::make_unique<QuietPackage>(name);
+    }
+};
+
+constexpr int quietCount = 40;
+
+template <int... numbers>
+std::unique_ptr<Vn::InPackageInit> makeQuiet(int number, char const* name, std::integer_sequence<int, numbers...>)
+{
+    static constexpr std::unique_ptr<Vn::InPackageInit> (*makers[])(char const*) = {QuietPackage<numbers>::make...};
+    return makers[number](name);
+}
+
+/// Packages that come and go, beside plain lists of their names.
+class ComersAndGoers
+{
+public:
+    ComersAndGoers()
+    {
+        for (int i = 0; i < quietCount; ++i)
+            _names.push_back(std::string("q") + static_cast<char>('A' + i));
+        _packages.resize(quietCount);
+    }
+
+    void comeIn(int number)
+    {
+        char const* const name = _names[static_cast<std::size_t>(number)].c_str();
+        _packages[static_cast<std::size_t>(number)] =
+            makeQuiet(number, name, std::make_integer_sequence<int, quietCount>());
+        _waiting.push_back(name);
+        check();
+    }
+
+    void go(int number)
+    {
+        std::string const& name = _names[static_cast<std::size_t>(number)];
+        _packages[static_cast<std::size_t>(number)].reset();
+        std::erase(_waiting, name);
+        std::erase(_running, name);
+        check();
+    }
+
+    /// To be called when they have been started: those without needs start by their names.
+    void haveStarted()
+    {
+        std::sort(_waiting.begin(), _waiting.end());
+        _running.insert(_running.end(), _waiting.begin(), _waiting.end());
+        _waiting.clear();
+        check();
+    }
+
+    bool isHere(int number) const { return _packages[static_cast<std::size_t>(number)] != nullptr; }
+    std::vector<std::string> const& getRunning() const { return _running; }
+
+private:
+    void check() const
+    {
+        std::ostringstream text;
+        manager().dump(text);
+        std::istringstream lines(text.str());
+        std::vector<std::string> waiting, running;
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with("\t'q") && line.size() > 4)
+                (line.ends_with("Not initialized") ? waiting : running).push_back(line.substr(2, 2));
+        if (waiting != _waiting || running != _running)
+            std::cout << "differs:\n" << text.str();
+    }
+
+    std::vector<std::string> _names;
+    std::vector<std::unique_ptr<Vn::InPackageInit>> _packages;
+    std::vector<std::string> _waiting;  ///< in the order of registration
+    std::vector<std::string> _running;  ///< in the order of their start
+};
+}  // namespace
+
+VN_CHILD(comersAndGoers)
+{
+    std::mt19937 random(1);
+    ComersAndGoers packages;
+    const auto move = [&packages, &random] {
+        const int number = static_cast<int>(random() % quietCount);
+        if (packages.isHere(number))
+            packages.go(number);
+        else
+            packages.comeIn(number);
+    };
+    for (int i = 0; i < 1000; ++i)
+        move();
+    start();
+    packages.haveStarted();
+    for (int round = 0; round < 50; ++round) {
+        {
+            const Vn::InReinitGuard guard;
+            for (int i = 0; i < 30; ++i)
+                move();
+        }
+        packages.haveStarted();
+    }
+    stop();
+    std::cout << "\n";
+    for (std::size_t i = packages.getRunning().size(); i > 0; --i)
+        std::cout << packages.getRunning()[i - 1] << " ";
+    std::cout << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, packagesComeAndGoInAnyOrderAndTheOthersKeepTheirs)
+{
+    const ChildRun run = Child("comersAndGoers").without("VN_DEBUG_INITIALIZE").run();
+    const std::size_t middle = run.out.find('\n');
+    ASSERT_NE(middle, std::string::npos);
+    ASSERT_EQ(run.out.find("differs"), std::string::npos) << run.out;
+    EXPECT_GT(middle, 30u);  // ten of them at least
+    EXPECT_EQ(run.out.substr(0, middle + 1), run.out.substr(middle + 1));
+}
+
+namespace
+{
+/// Registers as often as it likes.
+class EagerPackage : public Vn::InPackageInit
+{
+public:
+    EagerPackage() : InPackageInit("eager") { registerPackage(); }
+    using InPackageInit::registerPackage;
+
+    void performInitialize() override
+    {
+        std::cout << "start eager\n";
+        if (isFailing)
+            throw Vn::InEx::ExPackageInitError("test", 1, "eager");
+    }
+    void performFinalize() override { std::cout << "stop eager\n"; }
+
+    bool isFailing = false;
+};
+
+int timesListed(char const* name)
+{
+    std::ostringstream text;
+    manager().dump(text);
+    int times = 0;
+    for (std::size_t at = 0; (at = text.str().find(name, at)) != std::string::npos; ++at)
+        ++times;
+    return times;
+}
+}  // namespace
+
+VN_CHILD(registeredOften)
+{
+    {
+        EagerPackage package;
+        NumberedPackage<1> other("other");
+        package.registerPackage();
+        package.registerPackage();
+        std::cout << timesListed("eager") << "\n";
+    }
+    std::cout << timesListed("eager") << timesListed("other") << "\n";
+    auto package = std::make_unique<EagerPackage>();
+    package->registerPackage();
+    package->isFailing = true;
+    report("start", start);
+    {
+        const Vn::InReinitGuard guard;
+        package->registerPackage();
+        std::cout << timesListed("eager") << "\n";  // waits, and stands among those taken up
+        package.reset();
+        std::cout << timesListed("eager") << "\n";
+    }
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, destroyedPackageLeavesTheListsWhereverItStands)
+{
+    expectOutput("registeredOften", "3\n00\nstart eager\nstart: Init error in package: 'eager'.\n2\n0\n");
+}
+
+VN_CHILD(variablesComeAndGo)
+{
+    const auto needs = {Vn::InInit<VnInit::initialize>::getType()};
+    NumberedPackage<1> owner("owner", needs);
+    NumberedPackage<2> other("zother", needs);
+    const Vn::InContextAlias<Vn::InInitDef, 0> alias("5", "default");
+    std::map<char, std::unique_ptr<Vn::InVariable<int>>> variables;
+    for (char name : {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'}) {
+        const std::string handle = std::string("v") + name;
+        variables[name] = std::make_unique<Vn::InVariable<int>>(handle.c_str(), owner, alias);
+    }
+    for (char name : {'c', 'h', 'a', 'b', 'g', 'f'})
+        variables.erase(name);
+    for (char name : {'i', 'j'}) {
+        const std::string handle = std::string("v") + name;
+        variables[name] = std::make_unique<Vn::InVariable<int>>(handle.c_str(), owner, alias);
+    }
+    // d, e, i, j; by hand now, as nothing prevents it:
+    if (argc > 1) {
+        owner.addDependency(&*variables['e']);     // twice
+        other.addDependency(&*variables['j']);     // of another package
+        other.removeDependency(&*variables['d']);  // isn't there
+        owner.removeDependency(&*variables['e']);  // the first one
+        owner.removeDependency(nullptr);
+        variables.erase('d');
+    }
+    start();
+    other.removeDependency(&*variables['j']);
+    return 0;
+}
+
+TEST(InPackageInit, variablesThatComeAndGoLeaveTheOthersInTheirOrder)
+{
+    const struct
+    {
+        std::vector<std::string> arguments;
+        char const* order;
+    } table[] = {{{}, "vd ve vi vj "}, {{"by hand"}, "vi vj ve vj "}};
+    for (auto const& row : table) {
+        const ChildRun run =
+            Child("variablesComeAndGo").arguments(row.arguments).with("VN_DEBUG_INITIALIZE", "1").run();
+        EXPECT_EQ(run.exitCode, 0);
+        const std::string head = "Initializing variable  : v";
+        std::string order;
+        for (std::size_t at = 0; (at = run.err.find(head, at)) != std::string::npos; ++at)
+            order += run.err.substr(at + head.size() - 1, 2) + " ";
+        EXPECT_EQ(order, row.order);
+    }
 }
 
 // ---- diagnostics

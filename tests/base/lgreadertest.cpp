@@ -345,6 +345,27 @@ TEST_F(LgReaderTest, aFinishedQueueThatIsListedTwiceIsDeletedOnce)
     other.end();
 }
 
+TEST_F(LgReaderTest, finishedQueuesGoWhereverElseTheyAreListed)
+{
+    start();
+    int deaths = 0;
+    StampedQueue first, second, quiet, busy;
+    for (StampedQueue* queue : {&first, &second}) {
+        watch(**queue, deaths);
+        (*queue)->creatorExit();
+    }
+    // Listed now: first, second, quiet, busy, second, first.
+    LgLog::getRegistry()->registerQueue(&*second);
+    LgLog::getRegistry()->registerQueue(&*first);
+    busy.log(1, "message");
+    EXPECT_TRUE(LgReader().flushEarliest());
+    EXPECT_EQ(deaths, 2);
+    EXPECT_EQ(textsOf(messages()), std::vector<std::string>{"message"});
+    EXPECT_EQ(LgLog::getRegistry()->getQueueList(), (List<LgQueue*>{&*quiet, &*busy}));
+    quiet.end();
+    busy.end();
+}
+
 namespace
 {
 /// A lock that tells, and can refuse.

@@ -39,9 +39,30 @@ TEST(LgSimpleRegistry, aListIsACopyAndSoIsARegistry)
     const List<LgQueue*> list = registry.getQueueList();
     LgSimpleRegistry copy(registry), assigned;
     assigned = registry;
+    LgQueue other;
+    assigned.registerQueue(&other);
+    assigned = registry;
     registry.deregisterQueue(&queue);
     EXPECT_EQ(list.size(), 1u);
     EXPECT_EQ(copy.getQueueList().size(), 1u);
     EXPECT_EQ(assigned.getQueueList().size(), 1u);
     EXPECT_TRUE(registry.getQueueList().empty());
+}
+
+TEST(LgSimpleRegistry, queuesLeaveACopyAsTheyLeaveTheFirst)
+{
+    LgQueue one, two, three;
+    LgSimpleRegistry registry;
+    for (LgQueue* queue : {&one, &two, &three, &two})
+        registry.registerQueue(queue);
+    LgSimpleRegistry copy(registry);
+    LgSimpleRegistry& same = copy;
+    copy = same;
+    for (LgSimpleRegistry* each : {&registry, &copy}) {
+        each->deregisterQueue(&two);
+        EXPECT_EQ(each->getQueueList(), (List<LgQueue*>{&one, &three}));
+        each->registerQueue(&two);
+        each->deregisterQueue(&one);
+        EXPECT_EQ(each->getQueueList(), (List<LgQueue*>{&three, &two}));
+    }
 }

@@ -176,6 +176,44 @@ TEST_F(TraceTest, allIsARuleForNewLevelsToo)
     EXPECT_FALSE(isOn("New 6"));
 }
 
+TEST_F(TraceTest, tokensOfOneTextActInTheirOrder)
+{
+    const struct
+    {
+        char const* options;
+        bool isOldOn, isOtherOn, isNewOn, isMainOn;
+    } table[] = {
+        {"show=all,hide=Old", false, true, true, true},
+        {"show=all,hide=Old,show=all", true, true, true, true},
+        {"hide=Old,show=all", true, true, true, true},
+        {"show=all,hide=all,show=Old", true, false, false, false},
+        {"show=Old,hide=all,show=Other", false, true, false, false},
+        {"hide=all,show=Old,hide=Old", false, false, false, false},
+        {"show=all,reset,show=Other", false, true, false, true},
+        {"show=Old,reset", false, false, false, true},
+        {"hide=all,reset", false, false, false, true},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.options);
+        Trace::setOptions("reset");
+        Trace::registerLevel("Old", nullptr);
+        Trace::registerLevel("Other", nullptr);
+        Trace::setOptions(row.options);
+        EXPECT_EQ(isOn("Old"), row.isOldOn);
+        EXPECT_EQ(isOn("Other"), row.isOtherOn);
+        EXPECT_EQ(isOn(("New for " + std::string(row.options)).c_str()), row.isNewOn);
+        EXPECT_EQ(isOn("Main"), row.isMainOn);
+    }
+}
+
+TEST_F(TraceTest, tokensBeforeAnUnknownOneHaveReachedAllLevels)
+{
+    Trace::registerLevel("Old", nullptr);
+    EXPECT_THROW(Trace::setOptions("show=all,hide=Main,nonsense,hide=all"), ExInternalError);
+    EXPECT_TRUE(isOn("Old"));
+    EXPECT_FALSE(isOn("Main"));
+}
+
 TEST_F(TraceTest, tokensWithoutTheirValuesDoNothing)
 {
     Trace::setOptions("fndirs=1,fnwidth=9,line");
