@@ -1,3 +1,23 @@
+// Private to rnhistogram_p.imp, rnhistogrambi_p.imp, rnhistogrambirng_p.imp, rnhistogramrng_p.imp and rnhistogramspherical_p.imp.
+//
+// How a number finds its bin. There are three ways:
+//
+//   search()       the rule of the plain histograms: a binary search for the first edge above the number
+//   find()         the same bin without the binary search, by a table of cells
+//   findByWidth()  the rule of the uniform histograms: a division
+//
+// The table of find() cuts the range into equal cells, four for each bin, and holds the lowest bin
+// that reaches into each cell. A number's cell is one multiplication; from the cell's bin the right
+// one is at most a few bins up. That holds for uneven edges too, only that more bins may share a
+// cell then. find() may trust the table because a number's cell never falls as the number rises: a
+// subtraction and a multiplication by a positive factor keep the order of their arguments, rounding
+// included. So an edge in a lower cell than a number's is below the number.
+//
+// Each way has a form for many numbers, whose loops have no branch and run in vector registers
+// (rnwide_p.h). These give -1 for every number outside the bins, above as below; the forms for one
+// number follow getBin(), which gives the number of bins for what is above.
+//
+// Tests: tests/base/rnhistogramtest.cpp.
 #pragma once
 
 #include <base/rnwide_p.h>
@@ -12,11 +32,25 @@
 namespace Vn
 {
 
-/// Edges of bins and the search in them. Private to the library.
+/// The table of find().
+template <class T>
+struct RnCells
+{
+    Vector<std::uint32_t> lowestBins;  ///< of each cell; empty if a table would not help
+    T perUnit = T(0);                  ///< cells in a range of length 1
+};
+
+/// Edges of bins and the search in them. `edges` always holds one number more than there are bins.
 template <class T>
 struct RnBins
 {
-    /// n + 1 evenly spaced edges. With no bins the one edge is `max`.
+    /// Edges of `n` bins of equal width.
+    ///
+    ///     evenEdges(4, 0, 1)  ->  0, 0.25, 0.5, 0.75, 1
+    ///     evenEdges(0, 2, 3)  ->  3
+    ///
+    /// The last edge is `max` to the bit; the others carry the rounding of this order of
+    /// operations, which dumps show.
     static Vector<T> evenEdges(unsigned int n, T min, T max)
     {
         Vector<T> edges(std::size_t(n) + 1);
@@ -28,8 +62,15 @@ struct RnBins
         return edges;
     }
 
-    /// The integer below `x`; the nearest limit if it has none in 32 bits, and `ifNot` for not-a-number.
-    static int floorOf(T x, int ifNot)
+    /// `x` rounded down to an integer.
+    ///
+    ///     -0.5  ->  -1
+    ///     1e20  ->  2147483647, as all above 32 bits; -2147483648 below
+    ///     NaN   ->  `ifNaN`
+    ///
+    /// std::floor() would be a call where the processor's baseline has no rounding instruction, one
+    /// for each sample.
+    static int floorToInt(T x, int ifNaN)
     {
         if (x >= T(0) && x < T(2147483648.0)) [[likely]]
             return static_cast<int>(x);
@@ -39,105 +80,103 @@ struct RnBins
             const int cut = static_cast<int>(x);
             return static_cast<T>(cut) > x ? cut - 1 : cut;
         }
-        return x > T(0) ? std::numeric_limits<int>::max() : ifNot;
+        return x > T(0) ? std::numeric_limits<int>::max() : ifNaN;
     }
 
-    /// The bin of `x` among bins of equal width, by the rule of RnUniformHistogram: a division of the range from the first
-    /// edge to the last. The range is always taken from the edges, so that no second copy of it can be out of date.
+    /// The bin of `x` by the rule of RnUniformHistogram: negative below the first edge, the number
+    /// of bins or more from the last edge on, the number of bins for not-a-number.
+    ///
+    /// The width comes from the edges and from nowhere else. A copy of it could be out of date
+    /// after an assignment through the base class, and getBin() and addSample() would then
+    /// disagree.
     static int findByWidth(Vector<T> const& edges, T x)
     {
         const std::uint32_t count = static_cast<std::uint32_t>(edges.size() - 1);
         const T width = edges.back() - edges.front();
-        return floorOf((x - edges.front()) / width * static_cast<T>(count), static_cast<int>(count));
+        return floorToInt((x - edges.front()) / width * static_cast<T>(count), static_cast<int>(count));
     }
 
-    /// findByWidth() for `n` numbers, with -1 for each that lies in no bin.
+    /// findByWidth() for `n` numbers, with -1 for each number in no bin. `Index` is int or unsigned
+    /// int.
     template <class Index>
     static void findManyByWidth(unsigned int n, T const* x, Vector<T> const& edges, Index* found)
     {
         const std::uint32_t count = static_cast<std::uint32_t>(edges.size() - 1);
         const T min = edges.front();
-        RnWide::run<placesOf<Index>>(n, x, min, edges.back() - min, static_cast<T>(count), placesBelow(count),
-                                     found);
+        RnWide::run<placesOf<Index>>(n, x, min, edges.back() - min, static_cast<T>(count), limitOf(count), found);
     }
 
-    /// The first edge above `x`, less one; the number of bins if none is above, so for not-a-number too.
+    /// The index of the first edge above `x`, less one: -1 below the first edge, the number of bins
+    /// from the last edge on. No edge is above not-a-number, so it gives the number of bins too.
     static int search(Vector<T> const& edges, T x)
     {
         return static_cast<int>(std::upper_bound(edges.begin(), edges.end(), x) - edges.begin()) - 1;
     }
 
-    /// For each of `_cells` - 2 equal cells over the whole range: the lowest bin that reaches into it, so that a search
-    /// can start there. Empty where that would not help or the edges don't ascend, and then search() serves.
-    ///
-    /// A number's cell never falls as the number rises, rounding included: an edge in a lower cell than a number's is below
-    /// the number.
-    static Vector<std::uint32_t> cellsFor(Vector<T> const& edges, T& scale)
+    /// Makes the table for find(). It stays empty for fewer than 4 bins, where search() is as fast;
+    /// for more than 65,536, whose table would take over a megabyte; and for edges that do not
+    /// ascend or whose range overflows.
+    static RnCells<T> makeCells(Vector<T> const& edges)
     {
-        Vector<std::uint32_t> cells;
+        RnCells<T> cells;
         const std::size_t bins = edges.size() - 1;
         if (bins < 4 || bins > maxBins || !isAscending(edges))
             return cells;
+        const T range = edges[bins] - edges[0];
         const std::size_t count = bins * cellsPerBin;
-        scale = static_cast<T>(count) / (edges[bins] - edges[0]);
-        if (!(scale > T(0) && scale <= std::numeric_limits<T>::max() &&
-              edges[bins] - edges[0] <= std::numeric_limits<T>::max()))
-            return cells;
-        cells.resize(count + 2);
-        std::uint32_t bin = 0;
-        for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-            while (bin + 1 < bins && cellOf(edges, scale, edges[bin + 1]) < cell)
-                ++bin;
-            cells[cell] = bin;
-        }
+        cells.perUnit = static_cast<T>(count) / range;
+        if (cells.perUnit > T(0) && isFinite(cells.perUnit) && isFinite(range))
+            fillCells(edges, cells, count);
         return cells;
     }
 
-    /// What search() finds, by the cells.
-    static int find(Vector<T> const& edges, Vector<std::uint32_t> const& cells, T scale, T x)
+    /// What search() finds, from the table's two parts as a histogram keeps them.
+    static int find(Vector<T> const& edges, Vector<std::uint32_t> const& cells, T perUnit, T x)
     {
         if (cells.empty())
             return search(edges, x);
-        return findInCells(static_cast<std::uint32_t>(edges.size() - 1), edges.data(), cells.data(), scale, x);
+        return findInCells(static_cast<std::uint32_t>(edges.size() - 1), edges.data(), cells.data(), perUnit, x);
     }
 
-    static int findInCells(std::uint32_t bins, T const* edges, std::uint32_t const* cells, T scale, T x)
+    /// find() for a table that is known not to be empty.
+    static int findInCells(std::uint32_t bins, T const* edges, std::uint32_t const* cells, T perUnit, T x)
     {
         if (x >= edges[0] && x < edges[bins]) [[likely]]
-            return findInside(edges, cells, scale, x);
+            return findInCell(edges, cells, static_cast<std::int32_t>((x - edges[0]) * perUnit), x);
         return x < edges[0] ? -1 : static_cast<int>(bins);
     }
 
-    /// For `x` at or above the first edge and below the last.
-    static int findInside(T const* edges, std::uint32_t const* cells, T scale, T x)
-    {
-        return findInCell(edges, cells, static_cast<std::int32_t>((x - edges[0]) * scale), x);
-    }
-
-    /// The same for many, with -1 for all that lie in no bin. Cells come first, as processors find several side by side.
+    /// find() for `n` numbers, with -1 for each number in no bin; the table must not be empty.
+    /// `found` holds cells first, which vector registers compute, and then bins.
     static void findMany(unsigned int n, T const* x, Vector<T> const& edges, Vector<std::uint32_t> const& cells,
-                         T scale, int* found)
+                         T perUnit, int* found)
     {
         T const* const first = edges.data();
         std::uint32_t const* const firstCell = cells.data();
         const T min = edges.front(), max = edges.back();
-        RnWide::run<cellsOf>(n, x, min, max, scale, found);
+        RnWide::run<cellsOf>(n, x, min, max, perUnit, found);
         for (unsigned int i = 0; i < n; ++i)
             if (found[i] >= 0)
                 found[i] = findInCell(first, firstCell, found[i], x[i]);
     }
 
 private:
-    /// The least number in T that is `count` or more, and 2^31 at most: what is below it is a bin and fits an int. A float
-    /// may hold only a number below a `count` above 2^24, hence the step to its neighbour.
-    static T placesBelow(std::uint32_t count)
+    static constexpr std::size_t maxBins = 65536;
+    static constexpr std::size_t cellsPerBin = 4;
+
+    /// The smallest T that is not below `count`, at most 2^31: a number below it is a bin and fits
+    /// an int. Above 2^24 a float can fall short of the count; its neighbour is taken then, so that
+    /// the last bins are not lost.
+    static T limitOf(std::uint32_t count)
     {
-        const T near = static_cast<T>(count);
-        const bool isShort = static_cast<double>(near) < static_cast<double>(count);
-        const T limit = isShort ? std::nextafter(near, std::numeric_limits<T>::infinity()) : near;
+        const T nearest = static_cast<T>(count);
+        const bool isShort = static_cast<double>(nearest) < static_cast<double>(count);
+        const T limit = isShort ? std::nextafter(nearest, std::numeric_limits<T>::infinity()) : nearest;
         return std::min(limit, T(2147483648.0));
     }
 
+    /// The loop of findManyByWidth(). The comparisons are false for not-a-number, which thus
+    /// becomes -1.
     template <class Index>
     static void placesOf(unsigned int n, T const* x, T min, T width, T scale, T limit, Index* found)
     {
@@ -147,12 +186,16 @@ private:
         }
     }
 
-    static void cellsOf(unsigned int n, T const* x, T min, T max, T scale, int* found)
+    /// The first loop of findMany().
+    static void cellsOf(unsigned int n, T const* x, T min, T max, T perUnit, int* found)
     {
         for (unsigned int i = 0; i < n; ++i)
-            found[i] = static_cast<int>(x[i] >= min && x[i] < max ? (x[i] - min) * scale : T(-1));
+            found[i] = static_cast<int>(x[i] >= min && x[i] < max ? (x[i] - min) * perUnit : T(-1));
     }
 
+    /// The bin of `x`, which lies in `cell`. The first step up is taken without a branch, since it
+    /// is needed about as often as not; a second one is rare with four cells to a bin, and then all
+    /// bins of the cell are searched.
     static int findInCell(T const* edges, std::uint32_t const* cells, std::int32_t cell, T x)
     {
         std::uint32_t bin = cells[cell];
@@ -164,9 +207,25 @@ private:
         return static_cast<int>(bin);
     }
 
-    static constexpr std::size_t maxBins = 65536;
-    static constexpr std::size_t cellsPerBin = 4;
+    /// Two cells more than `count`: rounding may put a number into cell `count`, and findInCell()
+    /// looks at the next one.
+    static void fillCells(Vector<T> const& edges, RnCells<T>& cells, std::size_t count)
+    {
+        cells.lowestBins.resize(count + 2);
+        std::uint32_t bin = 0;
+        for (std::size_t cell = 0; cell < count + 2; ++cell) {
+            while (bin + 1 < edges.size() - 1 && cellOf(edges, cells.perUnit, edges[bin + 1]) < cell)
+                ++bin;
+            cells.lowestBins[cell] = bin;
+        }
+    }
 
+    static std::size_t cellOf(Vector<T> const& edges, T perUnit, T x)
+    {
+        return static_cast<std::size_t>((x - edges[0]) * perUnit);
+    }
+
+    /// Strictly; false with a not-a-number among the edges.
     static bool isAscending(Vector<T> const& edges)
     {
         bool ascends = true;
@@ -175,10 +234,7 @@ private:
         return ascends;
     }
 
-    static std::size_t cellOf(Vector<T> const& edges, T scale, T x)
-    {
-        return static_cast<std::size_t>((x - edges[0]) * scale);
-    }
+    static bool isFinite(T x) { return x <= std::numeric_limits<T>::max(); }
 };
 
 }  // namespace Vn

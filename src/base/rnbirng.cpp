@@ -1,3 +1,5 @@
+// RnBiRng has no bodies but these. The destructor is defined outside the class, so the table of
+// virtual functions and the type information stand here, once for all modules.
 #include <base/rnbirng.h>
 
 namespace Vn

@@ -1,3 +1,4 @@
+// Private to rnhistogram_p.imp and rnhistogrambi_p.imp.
 #pragma once
 
 #include <cstdint>
@@ -6,12 +7,18 @@
 namespace Vn
 {
 
-/// `count` times 1, added one by one to `total` in T. While the sum is an integer that T holds exactly it may be added at
-/// once. Private to the library.
+/// `total` after 1 was added to it `count` times in T, one addition at a time.
+///
+///     addOnes(5.0f, 3)         ->  8
+///     addOnes(16777216.0f, 3)  ->  16777216: a float no longer holds the next integer
+///     addOnes(0.5f, 3)         ->  3.5
+///
+/// A single addition gives the same only while each step on the way is an integer that T holds
+/// exactly; that is the case in all but odd uses. The loop serves the rest.
 template <class T>
-T addedOneByOne(T total, std::uint32_t count)
+T addOnes(T total, std::uint32_t count)
 {
-    constexpr T limit = std::is_same_v<T, float> ? T(16777216.0) : T(9007199254740992.0);
+    constexpr T limit = std::is_same_v<T, float> ? T(16777216.0) : T(9007199254740992.0);  // 2^24, 2^53
     const T sum = total + static_cast<T>(count);
     if (total >= T(0) && sum <= limit && total == static_cast<T>(static_cast<std::int64_t>(total)))
         return sum;

@@ -1,3 +1,4 @@
+// Private to rnhistogrambirng_p.imp and rnhistogramrng_p.imp.
 #pragma once
 
 #include <base/vector.h>
@@ -9,10 +10,19 @@
 namespace Vn
 {
 
-/// The running sum of bins brought to a sum of 1, and where a number falls in it. Private to the library.
+/// The distribution function of a histogram, and its inverse: a uniform number finds the cell that
+/// holds it. A cell is a bin, or for two dimensions a bin by its index.
 template <class T>
 struct RnCumulative
 {
+    /// The running sum of `bins`, scaled to end at 1 up to rounding.
+    ///
+    ///     {1, 3}  ->  0, 0.25, 1
+    ///     {}      ->  0
+    ///     {0, 0}  ->  0 and not-a-number, as the sum has no reciprocal
+    ///
+    /// Each bin is multiplied by the reciprocal of the sum and then added. A division instead would
+    /// change the last place of the samples.
     static Vector<T> of(Vector<T> const& bins)
     {
         T sum = T(0);
@@ -25,13 +35,23 @@ struct RnCumulative
         return cumulative;
     }
 
+    /// Where a number falls.
     struct Place
     {
         std::size_t cell;
-        T within;  ///< 0 to 1
+        T within;  ///< 0 at the cell's lower end, 1 at its upper one
     };
 
-    /// The cell that `u` falls in. What the running sum doesn't reach, or starts above, is brought to its nearest end.
+    /// The cell of `u`. Of two cells that meet at `u` it is the upper one; empty cells are stepped
+    /// over.
+    ///
+    ///     u = 0.25 in {0, 0.25, 1}  ->  cell 1, within 0
+    ///     u below 0                 ->  as 0
+    ///     u at or above the last    ->  the last cell that is not empty, within 1
+    ///     no cells                  ->  within is not-a-number
+    ///
+    /// The last entry can be a little below 1 by rounding, so a source in [0, 1) can pass it. The
+    /// search must not leave the array then.
     static Place find(Vector<T> const& cumulative, T u)
     {
         const std::size_t cells = cumulative.size() - 1;

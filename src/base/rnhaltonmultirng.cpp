@@ -1,3 +1,5 @@
+// The instances of RnHaltonMultiRng. Two and three dimensions are part of the interface; for four
+// there is RnNiederreiterMultiRng.
 #include <base/rnhaltonmultirng_p.imp>
 
 namespace Vn

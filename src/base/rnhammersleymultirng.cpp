@@ -1,3 +1,5 @@
+// The instances of RnHammersleyMultiRng: two and three dimensions, of which the ramp is one. Their
+// bodies are compiled here and nowhere else.
 #include <base/rnhammersleymultirng_p.imp>
 
 namespace Vn

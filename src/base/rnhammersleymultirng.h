@@ -8,58 +8,84 @@
 namespace Vn
 {
 
-/// A set of a known number of points that fills the unit square or cube more evenly than a sequence can: the first
-/// coordinate goes up a ramp, the others are radical inverses (J. M. Hammersley, Monte Carlo methods for solving
-/// multivariable problems, Ann. N. Y. Acad. Sci. 86, 1960).
+/// A set of a known number of points, which fills the unit square or cube more evenly than a
+/// sequence can: the first coordinate goes up a ramp, the others are radical inverses (J. M.
+/// Hammersley, Monte Carlo methods for solving multivariable problems, Ann. N. Y. Acad. Sci. 86,
+/// 1960).
 ///
 ///     Vn::RnHammersleyMultiRng<double, 2> source(4);
 ///     double point[2];
 ///     source.getSample(point);    // (0.125, 0.5)
 ///
-/// After `length` single draws the ramp begins again while the radical inverses run on. getSequence() always begins at
-/// the start of the ramp, neither reads nor moves the ramp's position, and moves the radical inverses: it isn't the same as
-/// single draws. Any bases are taken. With a length of 0 the first coordinate is infinite.
+/// getSample() and getSequence() differ, and programs rely on it. After `length` single draws the
+/// ramp begins again while the radical inverses run on. getSequence() always begins at the foot of
+/// the ramp and does not move the position that getSample() goes by, but it does advance the
+/// radical inverses.
+///
+///     length 4, five single draws         ->  the fifth is (0.125, 0.625)
+///     length 4, two sequences of 2        ->  the second begins with (0.125, 0.75)
+///
+/// Threads: one thread at a time.
+/// Ownership: none.
+/// Edges: bases are not checked; 0 and 1 give 0 in their dimension. With a length of 0 the first
+/// coordinate is infinite. N is 2 or 3.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T, int N>
 class RnHammersleyMultiRng : public RnMultiRng<T, N>
 {
 public:
-    /// Bases 2 and 3 from the second dimension on.
+    /// A set of `length` points, with base 2, or bases 2 and 3, from the second dimension on.
     RnHammersleyMultiRng(unsigned int length);
-    /// N - 1 bases.
+
+    /// `primes` is an array of N - 1 bases, which is copied.
     RnHammersleyMultiRng(unsigned int length, unsigned int const* const primes);
 
     ~RnHammersleyMultiRng() override;
 
+    /// The next point; after the last one of the set, the ramp begins again.
     void getSample(T* const sample) override;
-    /// Throws ExInternalError ("n <= _length") for more points than the set has, and then has done nothing.
+
+    /// Draws the first `n` points of the ramp, with the radical inverses that come next.
+    ///
+    /// Throws ExInternalError ("n <= _length") for more points than the set has, before anything is
+    /// drawn.
     void getSequence(unsigned int n, T** const samples) override;
 
-    /// 1, 0 and 1 in each dimension; 1.
+    /// The efficient range is [0, 1] in each dimension, with all of the probability in it.
+    /// @{
     void getEfficientWidth(T* const width) const override;
     void getEfficientMin(T* const min) const override;
     void getEfficientMax(T* const max) const override;
-    T getEfficientFraction() const override;
-    /// 1 where all coordinates are from 0 up to below 1, otherwise 0.
+    T getEfficientFraction() const override { return T(1); }
+    /// @}
+
+    /// 1 where every coordinate is from 0 up to below 1; otherwise 0, also for not-a-number.
     T getPdf(T* const point) const override;
 
-    /// Ramp and radical inverses back to their start.
-    void restart() override;
-    /// Sets the positions of all dimensions. One at or beyond the length puts one point beyond the ramp's end.
+    /// Takes the ramp and the radical inverses back to their starts.
+    void restart() override { restart(0); }
+
+    /// Sets the position of all dimensions to `index`, which is not checked. From the length on,
+    /// the next point lies beyond the upper end of the ramp, and the one after it is back on the
+    /// ramp.
+    ///
+    ///     length 4, restart(2)  ->  (0.625, 0.75)
+    ///     length 4, restart(5)  ->  (1.375, 0.375), then the ramp goes on at 0.625
     void restart(unsigned int index);
 
-    /// "Hammersley"
-    char const* getName() const override;
+    char const* getName() const override { return "Hammersley"; }
 
-    /// N - 1 bases out, or in; the sequence goes on from where it is.
+    /// Writes the N - 1 bases in use to `primes`.
     void getPrimeNumbers(unsigned int* const primes) const;
+
+    /// Sets N - 1 bases. The positions stay.
     void setPrimeNumbers(unsigned int const* const primes);
 
 private:
     T getRampValue(std::uint32_t index) const;
 
     std::uint32_t _length;
-    std::uint32_t _index;  ///< on the ramp
+    std::uint32_t _index;  ///< position on the ramp
     RnVanDerCorputRng<T> _inverses[N - 1];
 };
 

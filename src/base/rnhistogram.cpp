@@ -1,3 +1,5 @@
+// The instances of both one-dimensional histograms, which know each other: addSample() spares
+// RnUniformHistogram the virtual call.
 #include <base/rnhistogram_p.imp>
 
 namespace Vn

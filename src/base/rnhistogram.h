@@ -9,105 +9,156 @@
 namespace Vn
 {
 
-/// Counts how often numbers fall into bins.
+/// Counts how often numbers fall into bins. It can write itself as text or as an Open Inventor
+/// scene, and RnHistogramRng draws numbers of the distribution that it has recorded.
 ///
 ///     Vn::RnHistogram<double> histogram(16, -2.0, 2.0);
 ///     histogram.addSamples(gaussian, 100000);
 ///     histogram.dump(std::cout);
-///     Vn::RnHistogramRng<double> likeIt(histogram, &uniform);    // draws what was recorded
 ///
-/// A bin includes its lower edge and excludes its upper one. What lies in no bin, not-a-number included, is dropped and
-/// isn't in the total. Edges must ascend; if they don't, some bin takes the sample. Weights are summed in T: in float a
-/// bin that is filled one by one stops growing at 2^24.
+/// A bin includes its lower edge and excludes its upper one. A number in no bin, not-a-number
+/// included, is dropped; the total does not count it either.
 ///
-/// A value; one thread at a time. Its memory is that of its bins, edges, and at most four integers for each bin.
+///     4 bins over [0, 1]:  0.25 -> bin 1;  1, -0.1 and not-a-number -> dropped
+///
+/// Threads: one thread at a time.
+/// Ownership: a value, which can be copied and assigned; it owns its bins.
+/// Memory: the bins, the edges, and a search table of at most four integers for each bin.
+/// Edges: constructors and assignments throw std::bad_alloc without that memory, and an assignment
+/// then leaves its target as it was. Weights are summed in T, so in float a bin that grows by 1
+/// stops at 2^24.
 /// Tests: tests/base/rnhistogramtest.cpp.
 template <class T>
 class RnHistogram
 {
 public:
-    /// `n` bins of equal width.
+    /// `n` bins of equal width over the range from `min` to `max`. With no bins everything is
+    /// dropped.
+    ///
+    ///     (4, 0, 1)  ->  edges 0, 0.25, 0.5, 0.75, 1
     RnHistogram(unsigned int n, T min, T max);
 
-    /// `n` bins between n + 1 edges.
+    /// `n` bins between the `n` + 1 ascending numbers of `edges`, which are copied. With edges that
+    /// do not ascend, some bin takes a sample in the range; nothing worse happens.
     RnHistogram(unsigned int n, T const* edges);
 
+    /// Copies bins, edges and total.
+    /// @{
     RnHistogram(RnHistogram const& other);
     RnHistogram& operator=(RnHistogram const& other);
+    /// @}
 
     virtual ~RnHistogram();
 
-    /// The bin of a point: -1 below the first edge, the number of bins at or above the last one and for not-a-number.
+    /// The bin of `x`. addSample() calls it, so a derived class may have bins of its own kind.
+    ///
+    ///     below the first edge       ->  -1
+    ///     at or above the last edge  ->  the number of bins
+    ///     not-a-number               ->  the number of bins
     virtual int getBin(T x) const;
 
-    /// Adds `weight` to the point's bin and to the total.
+    /// Adds `weight` to the bin of `x` and to the total; to neither if `x` is in no bin. A negative
+    /// weight subtracts.
     void addSample(T x, T weight);
 
-    /// Draws `n` numbers and adds each with weight 1.
+    /// Draws `n` numbers from `rng` and adds each with weight 1. If the source throws, the samples
+    /// before it are in.
     void addSamples(RnRng<T>& rng, unsigned int n);
 
-    /// Empties the bins; the edges stay.
+    /// Sets all bins and the total to 0. The edges stay.
     void clear();
 
-    /// 0 for a bin that isn't there.
+    /// The content of bin `i`, counted from 0; 0 for a bin that does not exist.
     T getBinValue(unsigned int i) const;
-    T getTotal() const;
 
-    /// The first and the last edge.
+    /// The sum of all weights that fell into a bin.
+    T getTotal() const { return _total; }
+
+    /// Writes the first edge to `min` and the last to `max`.
     void getRange(T& min, T& max) const;
 
-    /// Not-a-number for a bin that isn't there.
+    /// Writes the edges of bin `i` to `lo` and `hi`; not-a-number for a bin that does not exist.
+    ///
+    ///     4 bins over [0, 1]:  bin 1 -> 0.25, 0.5;  bin 4 -> not-a-number twice
     void getBinBounds(unsigned int i, T& lo, T& hi) const;
 
-    Vector<T> const& getBins() const;
-    Vector<T> const& getEdges() const;
+    /// The contents of all bins, from the lowest on. The reference is valid as long as the
+    /// histogram.
+    Vector<T> const& getBins() const { return _bins; }
 
-    /// A line for each bin: lower edge, upper edge, content. In the stream's own number format.
+    /// All edges, one more than bins.
+    Vector<T> const& getEdges() const { return _edges; }
+
+    /// Writes a line for each bin: lower edge, upper edge, content. Numbers are in the stream's
+    /// current format, which is left as it is; a write error shows in the stream's state.
+    ///
+    ///     0 0.25 17
+    ///     0.25 0.5 20
     void dump(std::ostream& stream) const;
 
-    /// An Open Inventor scene: a point for each bin at the height of its density, with the axes. An empty histogram gives
-    /// densities that are no numbers.
+    /// Writes an Open Inventor scene: a point for each bin, as high as its density, with the axes.
+    /// In an empty histogram densities are not-a-number.
     void dumpInventor(std::ostream& stream) const;
 
 protected:
-    /// Whether the search for a bin will be by edges, and worth a table.
+    /// How a derived class finds a bin: a search by edges has a table, a division by the width
+    /// needs none.
     enum class Search
     {
-        byEdges,
-        byWidth
+        byEdges,  ///< as RnHistogram
+        byWidth   ///< as RnUniformHistogram
     };
 
+    /// `n` bins of equal width, with a table only if `search` needs it.
     RnHistogram(unsigned int n, T min, T max, Search search);
 
 private:
+    void makeCells();
     void findBins(unsigned int n, T const* samples, int* found) const;
+    unsigned int addRun(unsigned int n, T const* samples);
 
     std::uint32_t _count;
     Vector<T> _bins;
     Vector<T> _edges;
     T _total;
-    T _cellScale;                  ///< cells per unit
-    Vector<std::uint32_t> _cells;  ///< where in the edges to look
+    T _cellScale;                  ///< cells per unit; see rnbins_p.h
+    Vector<std::uint32_t> _cells;  ///< the lowest bin in each cell; empty without a table
 };
 
-/// RnHistogram with bins of equal width that finds a bin by a division instead of a search; the two may differ for a
-/// point within rounding of an edge.
+/// RnHistogram with bins of equal width, which finds a bin by a division. That is faster than a
+/// search. For a number within rounding of an edge the two may differ by one bin.
+///
+///     Vn::RnUniformHistogram<double> histogram(16, -2.0, 2.0);
+///     histogram.addSample(0.5, 1.0);    // bin 10
+///
+/// All else is RnHistogram's. The division always goes by the range of the edges, so after an
+/// assignment through the base class, which may bring other edges, getBin() and addSample() still
+/// agree.
 /// Tests: tests/base/rnhistogramtest.cpp.
 template <class T>
 class RnUniformHistogram : public RnHistogram<T>
 {
 public:
+    /// `n` bins of equal width over the range from `min` to `max`.
     RnUniformHistogram(unsigned int n, T min, T max);
+
+    /// Copies bins, edges and total.
+    /// @{
     RnUniformHistogram(RnUniformHistogram const& other);
     RnUniformHistogram& operator=(RnUniformHistogram const& other);
+    /// @}
+
     ~RnUniformHistogram() override;
 
-    /// The integer below (x - min) / width * n, within the limits of an integer; n for not-a-number.
+    /// The integer below (`x` - min) / width * n.
+    ///
+    ///     4 bins over [0, 1]:  0.25 -> 1;  1 -> 4;  -0.1 -> -1;  -0.3 -> -2
+    ///     not-a-number         ->  n
+    ///     beyond 32 bits       ->  the nearest int
     int getBin(T x) const override;
 
 private:
-    [[maybe_unused]] T
-        _width;  ///< as built; bins are found by the range of the edges, which an assignment may change
+    [[maybe_unused]] T _width;  ///< as constructed; bins go by the range of the edges
 };
 
 extern template class VN_BASE_EXPORT RnHistogram<float>;

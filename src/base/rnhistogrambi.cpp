@@ -1,3 +1,5 @@
+// The instances of both two-dimensional histograms, which know each other: addSample() spares
+// RnUniformHistogramBi the virtual call.
 #include <base/rnhistogrambi_p.imp>
 
 namespace Vn

@@ -9,77 +9,119 @@
 namespace Vn
 {
 
-/// RnHistogram in two dimensions: bin (ix, iy) is element iy * nx + ix.
+/// Counts how often points fall into the cells of a grid: RnHistogram in two dimensions.
+/// RnHistogramBiRng draws points of the distribution that it has recorded.
 ///
 ///     Vn::RnHistogramBi<float> histogram(16, 16, 0.0f, 1.0f, 0.0f, 1.0f);
 ///     histogram.addSamples(points, 100000);
+///     histogram.dumpInventor(std::cout);
 ///
-/// A bin includes its lower edges and excludes its upper ones. A point in no bin is dropped and isn't in the total.
-/// A value; one thread at a time.
+/// Bin (ix, iy) is element iy * nx + ix. A bin includes its lower edges and excludes its upper
+/// ones. A point that is in no bin in either coordinate is dropped; the total does not count it.
+///
+/// Threads: one thread at a time.
+/// Ownership: a value, which can be copied and assigned; it owns its bins.
+/// Edges: constructors and assignments throw std::bad_alloc without memory, and an assignment then
+/// leaves its target as it was. In float a bin that grows by 1 stops at 2^24.
 /// Tests: tests/base/rnhistogrambitest.cpp.
 template <class T>
 class RnHistogramBi
 {
 public:
-    /// nx times ny bins of equal size.
+    /// `nx` times `ny` bins of equal size over the given ranges. With 0 of either everything is
+    /// dropped.
     RnHistogramBi(unsigned int nx, unsigned int ny, T xMin, T xMax, T yMin, T yMax);
 
-    /// Between nx + 1 and ny + 1 edges, which ascend.
+    /// Bins between `nx` + 1 and `ny` + 1 ascending edges, which are copied.
     RnHistogramBi(unsigned int nx, unsigned int ny, T const* xEdges, T const* yEdges);
 
+    /// Copies bins, edges and total.
+    /// @{
     RnHistogramBi(RnHistogramBi const& other);
     RnHistogramBi& operator=(RnHistogramBi const& other);
+    /// @}
 
     virtual ~RnHistogramBi();
 
-    /// The bin of a point in each coordinate, as RnHistogram::getBin(): -1, below the first edge, is 4294967295 here.
+    /// Writes the bin of a point to `ix` and `iy`. Each coordinate is found as by
+    /// RnHistogram::getBin(), but the result is unsigned: -1 is 4294967295 here. addSample() calls
+    /// it, so a derived class may have bins of its own kind.
+    ///
+    ///     2 bins over [0, 1] each:  (0.5, 0)    ->  1, 0
+    ///                               (-0.1, 7)   ->  4294967295, 2
     virtual void getBin(T x, T y, unsigned int& ix, unsigned int& iy) const;
 
-    /// Adds `weight` to the point's bin and to the total.
+    /// Adds `weight` to the bin of the point and to the total; to neither if the point is in no
+    /// bin.
     void addSample(T x, T y, T weight);
 
-    /// Draws `n` points, one by one, and adds each with weight 1.
+    /// Draws `n` points from `rng`, as by getSample(), and adds each with weight 1. If the source
+    /// throws, the points before it are in.
     void addSamples(RnBiRng<T>& rng, unsigned int n);
 
-    /// Empties the bins; the edges stay.
+    /// Sets all bins and the total to 0. The edges stay.
     void clear();
 
-    /// Element iy * nx + ix; 0 beyond the last one.
+    /// Element `iy` * nx + `ix`; 0 beyond the last. Only that sum is checked: an `ix` of nx is the
+    /// next row's first bin.
     T getBinValue(unsigned int ix, unsigned int iy) const;
-    T getTotal() const;
 
-    T getNbBinsX() const;
-    T getNbBinsY() const;
+    /// The sum of all weights that fell into a bin.
+    T getTotal() const { return _total; }
 
-    /// The first and the last edges.
+    /// The number of bins in a row or in a column. It is a T, for formulas with densities; convert
+    /// it before you use it as an index.
+    /// @{
+    T getNbBinsX() const { return static_cast<T>(_xCount); }
+    T getNbBinsY() const { return static_cast<T>(_yCount); }
+    /// @}
+
+    /// Writes the first and the last edge of each coordinate: the numbers that the constructor was
+    /// given, to the bit.
     void getRange(T& xMin, T& xMax, T& yMin, T& yMax) const;
 
-    /// Not-a-number in a coordinate that has no such bin.
+    /// Writes the edges of bin (`ix`, `iy`); not-a-number in a coordinate that has no such bin.
+    ///
+    ///     2 bins over [0, 1] each:  bin (1, 0)  ->  0.5, 1, 0, 0.5
+    ///                               bin (2, 0)  ->  not-a-number twice, 0, 0.5
     void getBinBounds(unsigned int ix, unsigned int iy, T& xLo, T& xHi, T& yLo, T& yHi) const;
 
-    Vector<T> const& getBins() const;
-    Vector<T> const& getXEdges() const;
-    Vector<T> const& getYEdges() const;
+    /// The contents of all bins, row by row. The reference is valid as long as the histogram.
+    Vector<T> const& getBins() const { return _bins; }
 
-    /// A line for each bin, row by row: lower and upper x, lower and upper y, content.
+    /// All edges of a coordinate, one more than bins.
+    /// @{
+    Vector<T> const& getXEdges() const { return _xEdges; }
+    Vector<T> const& getYEdges() const { return _yEdges; }
+    /// @}
+
+    /// Writes a line for each bin, row by row: lower and upper x, lower and upper y, content.
+    /// Numbers are in the stream's current format.
+    ///
+    ///     0 0.5 0 0.5 17
+    ///     0.5 1 0 0.5 20
     void dump(std::ostream& stream) const;
 
-    /// An Open Inventor scene: a point for each bin at the height of its density, with the frame.
+    /// Writes an Open Inventor scene: a point for each bin, as high as its density, with a frame
+    /// around the range. In an empty histogram densities are not-a-number.
     void dumpInventor(std::ostream& stream) const;
 
 protected:
-    /// Whether the search for a bin will be by edges, and worth a table.
+    /// How a derived class finds a bin: a search by edges has tables, a division by the width needs
+    /// none.
     enum class Search
     {
-        byEdges,
-        byWidth
+        byEdges,  ///< as RnHistogramBi
+        byWidth   ///< as RnUniformHistogramBi
     };
 
+    /// Bins of equal size, with tables only if `search` needs them.
     RnHistogramBi(unsigned int nx, unsigned int ny, T xMin, T xMax, T yMin, T yMax, Search search);
 
 private:
     void makeCells();
     void findBins(unsigned int n, T const* x, T const* y, unsigned int* ix, unsigned int* iy) const;
+    unsigned int addRun(unsigned int n, T const* x, T const* y);
 
     std::uint32_t _xCount;
     std::uint32_t _yCount;
@@ -87,28 +129,41 @@ private:
     Vector<T> _xEdges;
     Vector<T> _yEdges;
     T _total;
-    T _xCellScale;
+    T _xCellScale;  ///< cells per unit; see rnbins_p.h
     T _yCellScale;
-    Vector<std::uint32_t> _xCells;  ///< where in the edges to look
+    Vector<std::uint32_t> _xCells;  ///< the lowest bin in each cell; empty without a table
     Vector<std::uint32_t> _yCells;
 };
 
-/// RnHistogramBi with bins of equal size that finds a bin by divisions.
+/// RnHistogramBi with bins of equal size, which finds a bin by two divisions. For a point within
+/// rounding of an edge that may be another bin than a search finds.
+///
+///     Vn::RnUniformHistogramBi<float> histogram(16, 16, 0.0f, 1.0f, 0.0f, 1.0f);
+///     histogram.addSamples(points, 100000);
+///
+/// All else is RnHistogramBi's. The divisions always go by the ranges of the edges, also after an
+/// assignment through the base class.
 /// Tests: tests/base/rnhistogrambitest.cpp.
 template <class T>
 class RnUniformHistogramBi : public RnHistogramBi<T>
 {
 public:
+    /// `nx` times `ny` bins of equal size over the given ranges.
     RnUniformHistogramBi(unsigned int nx, unsigned int ny, T xMin, T xMax, T yMin, T yMax);
+
+    /// Copies bins, edges and total.
+    /// @{
     RnUniformHistogramBi(RnUniformHistogramBi const& other);
     RnUniformHistogramBi& operator=(RnUniformHistogramBi const& other);
+    /// @}
+
     ~RnUniformHistogramBi() override;
 
-    /// As RnUniformHistogram::getBin() in each coordinate; negative ones as unsigned numbers.
+    /// RnUniformHistogram::getBin() in each coordinate, as an unsigned number: -1 is 4294967295.
     void getBin(T x, T y, unsigned int& ix, unsigned int& iy) const override;
 
 private:
-    [[maybe_unused]] T _xWidth;  ///< as built; bins are found by the ranges of the edges
+    [[maybe_unused]] T _xWidth;  ///< as constructed; bins go by the ranges of the edges
     [[maybe_unused]] T _yWidth;
 };
 

@@ -9,40 +9,58 @@
 namespace Vn
 {
 
-/// Points distributed as a two-dimensional histogram has recorded them, evenly within each bin. Each takes two draws: the
-/// first finds the bin and, by its place in the bin, x; the second is y.
+/// Points distributed as a two-dimensional histogram has recorded them, evenly within each bin.
 ///
 ///     Vn::RnHistogramBiRng<float> likeIt(histogram, &uniform);
 ///     likeIt.getSample(x, y);
 ///
-/// Otherwise as RnHistogramRng, but for the density: here it is the bin's probability, not divided by its area.
+/// It takes a snapshot: later changes of the histogram do not reach it. Each point takes two draws.
+/// The first finds the bin, and its place within the bin's share gives x; the second gives y.
+///
+/// Threads: one thread at a time, together with the source.
+/// Ownership: the source is not owned and must outlive this object.
+/// Edges: the source should give numbers from 0 to below 1; others are handled as in
+/// RnHistogramRng. A histogram without bins or samples gives not-a-number.
 /// Tests: tests/base/rnhistogramrngtest.cpp.
 template <class T>
 class RnHistogramBiRng : public RnBiRng<T>
 {
 public:
-    /// Throws ExInternalError ("_rng") for a null source.
+    /// The distribution of `histogram`, drawn from the uniform source `rng`.
+    ///
+    /// Throws ExInternalError ("_rng") for a null source, std::bad_alloc without memory for the
+    /// snapshot.
     RnHistogramBiRng(RnHistogramBi<T> const& histogram, RnRng<T>* rng);
 
+    /// The source lives on.
     ~RnHistogramBiRng() override;
 
+    /// The next point, from two draws of the source.
+    ///
+    ///     2 by 2 equal bins over [0, 1] each, draws 0.125 and 0.5  ->  (0.25, 0.25)
     void getSample(T& x, T& y) override;
-    /// The points of getSample(), also of a derived class that has its own.
+    /// The points of getSample(). In a derived class with a getSample() of its own, they are that
+    /// function's points.
     void getSequence(unsigned int n, T* x, T* y) override;
 
-    /// The range of the edges, and 1.
+    /// The efficient range is that of the histogram's edges, with all of the probability in it.
+    /// @{
     void getEfficientWidth(T& x, T& y) const override;
     void getEfficientMin(T& x, T& y) const override;
     void getEfficientMax(T& x, T& y) const override;
-    T getEfficientFraction() const override;
-    /// The bin's share; 0 outside.
+    T getEfficientFraction() const override { return T(1); }
+    /// @}
+
+    /// The share of the point's bin, which is not divided by the bin's area: a probability, other
+    /// than RnHistogramRng::getPdf(). 0 outside the edges.
+    ///
+    ///     4 equal bins  ->  0.25 inside, whatever their areas
     T getPdf(T x, T y) const override;
 
     /// Restarts the source.
-    void restart() override;
+    void restart() override { _rng->restart(); }
 
-    /// "HistogramBi"
-    char const* getName() const override;
+    char const* getName() const override { return "HistogramBi"; }
 
 private:
     std::uint32_t _xCount;

@@ -11,42 +11,67 @@ namespace Vn
 /// Numbers distributed as a histogram has recorded them, evenly within each bin.
 ///
 ///     Vn::RnHistogramRng<double> likeIt(histogram, &uniform);
-///     likeIt();
+///     const double number = likeIt();
 ///
-/// Takes a snapshot; later changes of the histogram don't reach it. The source isn't owned and must outlive this object; it
-/// should give numbers from 0 to below 1. One below 0 counts as 0; one at or above the sum of all bins gives the upper edge of
-/// the last bin that holds something. An empty histogram gives not-a-number, and so does one without bins.
+/// It takes a snapshot: later changes of the histogram do not reach it. Each sample takes one draw
+/// u of the source and inverts the recorded distribution function, so a larger u gives a larger
+/// sample.
+///
+///     bins 1 and 3 over [0, 2]:  u = 0.125 -> 0.5;  u = 0.25 -> 1;  u = 0.625 -> 1.5
+///
+/// Threads: one thread at a time, together with the source.
+/// Ownership: the source is not owned and must outlive this object.
+/// Edges: the source should give numbers from 0 to below 1.
+///
+///     u below 0                             ->  as 0
+///     u at or above the sum of all bins     ->  the upper edge of the last bin that is not empty
+///     a histogram without bins or samples   ->  not-a-number
+///
 /// Tests: tests/base/rnhistogramrngtest.cpp.
 template <class T>
 class RnHistogramRng : public RnRng<T>
 {
 public:
-    /// Throws ExInternalError ("_rng") for a null source.
+    /// The distribution of `histogram`, drawn from the uniform source `rng`.
+    ///
+    /// Throws ExInternalError ("_rng") for a null source, std::bad_alloc without memory for the
+    /// snapshot.
     RnHistogramRng(RnHistogram<T> const& histogram, RnRng<T>* rng);
 
+    /// The source lives on.
     ~RnHistogramRng() override;
 
+    /// The next number or numbers. A source that is a program's own class is asked for single draws
+    /// only, never for a sequence: if it throws, no number that came before is lost.
+    /// @{
     T operator()() override;
     void getSample(T& sample) override;
     void getSequence(unsigned int n, T* samples) override;
+    /// @}
 
-    /// The range of the edges, and 1.
+    /// The efficient range is that of the histogram's edges, with all of the probability in it.
+    /// @{
     T getEfficientWidth() const override;
-    T getEfficientMin() const override;
-    T getEfficientMax() const override;
-    T getEfficientFraction() const override;
-    /// The bin's share by its width; 0 outside.
+    T getEfficientMin() const override { return _edges.front(); }
+    T getEfficientMax() const override { return _edges.back(); }
+    T getEfficientFraction() const override { return T(1); }
+    /// @}
+
+    /// The bin's share divided by its width: a density, other than RnHistogramBiRng::getPdf(). 0
+    /// outside the edges.
+    ///
+    ///     bins 1 and 3 over [0, 2]:  x = 0.5 -> 0.25;  x = 1 -> 0.75;  x = 2 -> 0
     T getPdf(T x) const override;
 
     /// Restarts the source.
-    void restart() override;
+    void restart() override { _rng->restart(); }
 
-    /// "Histogram"
-    char const* getName() const override;
+    char const* getName() const override { return "Histogram"; }
+
+    /// The source as given to the constructor. Never null; not owned.
+    RnRng<T> const* getSource() const { return _rng; }
 
 private:
-    friend struct RnSource;  ///< looks at what stands behind
-
     T mapped(T u) const;
 
     std::uint32_t _count;

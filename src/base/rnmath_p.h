@@ -1,3 +1,20 @@
+// Private to rndirection_p.h and rngaussianrng_p.imp.
+//
+// Sine, cosine and logarithm with the same bits on every platform. The C libraries' functions
+// differ in the last place, and samples must not. Every step here is an addition, a multiplication,
+// a division or an operation on bits, which IEEE 754 rounds in one way only; the library is
+// compiled without contraction to fused operations.
+//
+// The functions for the usual arguments have no branch, so that compilers run several in one vector
+// register. They compute in double: for a float by a shorter series, whose result is rounded once
+// to float; for a double with an error below one unit in the last place. Rare arguments (angles
+// beyond a million, subnormal numbers, infinities) go to the C library.
+//
+// A series is summed by pairs (Estrin's scheme) and not by Horner's, which would make each term
+// wait for the one before.
+//
+// Masks and exponents are written as bits of the double: sign in bit 63, eleven bits of exponent
+// with a bias of 1023, 52 bits of fraction.
 #pragma once
 
 #include <bit>
@@ -9,26 +26,22 @@
 namespace Vn
 {
 
-/// Sine, cosine and logarithm of which every step is an addition, a multiplication or a division, so that they give the
-/// same bits on all platforms, where the C libraries' functions differ in the last place; and without a branch, so that
-/// compilers run several side by side. Private to the library.
-///
-/// They are reckoned in double, for a float by shorter series, and rounded once. In double the error is below one unit in
-/// the last place.
-/// Tests: tests/base/rnmathtest.cpp.
+/// Elementary functions for `T` of float or double. Tests: tests/base/rnmathtest.cpp.
 namespace RnMath
 {
 
-/// Beyond this sine and cosine are the C library's: the reduction by multiples of pi / 2 would not be exact.
+/// 2^20 radians. Beyond it the first two products of the reduction by pi / 2 would no longer be
+/// exact, and sine and cosine come from the C library.
 inline constexpr double angleLimit = 1048576.0;
 
+/// Both results of one reduction.
 struct SinCos
 {
     double sine;
     double cosine;
 };
 
-/// c0 + c1 z + ..., pair by pair, so that no term waits for all others.
+/// c0 + c1 z + c2 z^2 + ..., for 6 and for 8 coefficients.
 inline double sumOf6(double z, double c0, double c1, double c2, double c3, double c4, double c5)
 {
     const double z2 = z * z;
@@ -42,7 +55,8 @@ inline double sumOf8(double z, double c0, double c1, double c2, double c3, doubl
     return ((c0 + c1 * z) + z2 * (c2 + c3 * z)) + z2 * z2 * ((c4 + c5 * z) + z2 * (c6 + c7 * z));
 }
 
-/// Sine of `r + rest` for `r` up to pi / 4, by its series: exact enough to be rounded to T.
+/// Sine of `r + rest`, by the Taylor series, for `r` up to pi / 4 and a `rest` below its last
+/// place. A float needs neither the last two terms nor the rest.
 template <class T>
 [[gnu::always_inline]] inline double sineNearZero(double r, double rest)
 {
@@ -58,7 +72,8 @@ template <class T>
     }
 }
 
-/// Cosine of `r + rest` likewise. 1 - z/2 leaves a rounding error, which joins the small terms.
+/// Cosine of `r + rest` likewise. 1 - z/2 is rounded; its error, computed exactly, joins the small
+/// terms.
 template <class T>
 [[gnu::always_inline]] inline double cosineNearZero(double r, double rest)
 {
@@ -76,16 +91,23 @@ template <class T>
     }
 }
 
-/// For an angle of `angleLimit` at most. The multiple of pi / 2 is taken off in three pieces, the first two of 33 bits,
-/// so that their products are exact (W. J. Cody and W. Waite, Software Manual for the Elementary Functions, 1980).
+/// Sine and cosine of an angle of at most `angleLimit` in size.
+///
+/// The nearest multiple of pi / 2 is subtracted in three pieces, the first two of 33 bits, so that
+/// their products with the multiple are exact (W. J. Cody and W. Waite, Software Manual for the
+/// Elementary Functions, 1980). The quadrant, the lowest bits of the multiple, then swaps the two
+/// results and sets their signs: by masks, as a branch would be a coin toss.
 template <class T>
 [[gnu::always_inline]] inline SinCos sinCosInRange(double angle)
 {
     constexpr double piece1 = 0x1.921fb544p+0;
     constexpr double piece2 = 0x1.0b4611a6p-34;
     constexpr double piece3 = 0x1.3198a2e037073p-69;
-    constexpr double toInteger =
-        0x1.8p+52;  // its sum with a small number rounds that to an integer, in the lowest bits
+    // Adding this rounds a small number to an integer, which then stands in the lowest bits of the
+    // sum.
+    constexpr double toInteger = 0x1.8p+52;
+    // shifted's lowest bits are the nearest multiple of pi / 2 as an integer, two's complement for
+    // negative angles.
     const double shifted = angle * 0x1.45f306dc9c883p-1 + toInteger;
     const std::uint64_t quadrant = std::bit_cast<std::uint64_t>(shifted);
     const double multiple = shifted - toInteger;
@@ -93,6 +115,7 @@ template <class T>
     const double r = head - multiple * piece2;
     const double rest = ((head - r) - multiple * piece2) - multiple * piece3;
 
+    // An odd quadrant swaps sine and cosine; quadrants 2 and 3 negate the sine, 1 and 2 the cosine.
     const std::uint64_t sine = std::bit_cast<std::uint64_t>(sineNearZero<T>(r, rest));
     const std::uint64_t cosine = std::bit_cast<std::uint64_t>(cosineNearZero<T>(r, rest));
     const std::uint64_t change = (sine ^ cosine) & (0 - (quadrant & 1));
@@ -102,7 +125,7 @@ template <class T>
             std::bit_cast<double>((cosine ^ change) ^ cosineSign)};
 }
 
-/// For any angle; not-a-number for infinities and not-a-number.
+/// Sine and cosine of any angle in radians; both not-a-number for infinities and not-a-number.
 template <class T>
 SinCos sinCos(double angle)
 {
@@ -111,22 +134,27 @@ SinCos sinCos(double angle)
     return {std::sin(angle), std::cos(angle)};
 }
 
+/// Cosine alone. The sine costs nothing more.
 template <class T>
 T cosine(T angle)
 {
     return static_cast<T>(sinCos<T>(static_cast<double>(angle)).cosine);
 }
 
-/// Natural logarithm of a normal positive number. The number is 2^k times one from sqrt(1/2) to sqrt(2), that is 1 + f,
-/// and with s = f / (2 + f) log(1 + f) = 2 (s + s^3/3 + s^5/5 + ...), summed so that f stands alone.
+/// Natural logarithm of a positive normal number.
+///
+/// The number is 2^k (1 + f), with 1 + f between sqrt(1/2) and sqrt(2). With s = f / (2 + f), log(1
+/// + f) is 2 (s + s^3/3 + s^5/5 + ...), rearranged so that the largest term is f itself, which is
+/// exact. ln 2 is in two pieces, the first with so few bits that k times it is exact.
 template <class T>
 [[gnu::always_inline]] inline double logOfNormal(double x)
 {
     constexpr std::uint64_t rootHalf = 0x3FE6A09E667F3BCD;
-    constexpr std::uint64_t bias = std::uint64_t(1024) << 52;  // keeps the exponent positive while it is cut out
+    constexpr std::uint64_t bias = std::uint64_t(1024) << 52;  // keeps k + 1024 positive
     constexpr double ln2High = 0x1.62e42fefa2p-1;
     constexpr double ln2Low = 0x1.9ef35793c7673p-41;
-    constexpr double toDouble = 0x1p+52;  // an integer or-ed into its lowest bits is added to it
+    constexpr double toDouble = 0x1p+52;  // an integer written into its lowest bits is added to it
+    // Measured from sqrt(1/2), the exponent's bits are k and the remaining ones are 1 + f.
     const std::uint64_t bits = std::bit_cast<std::uint64_t>(x);
     const std::uint64_t biased = (bits - rootHalf + bias) >> 52;
     const double k = std::bit_cast<double>(biased | std::bit_cast<std::uint64_t>(toDouble)) - (toDouble + 1024.0);
@@ -143,7 +171,11 @@ template <class T>
     return k * ln2High - ((half - (s * (half + sum * z) + k * ln2Low)) - f);
 }
 
-/// For any number from 0 on.
+/// Natural logarithm of any number.
+///
+///     0    ->  -infinity
+///     -1   ->  not-a-number
+///     inf  ->  infinity
 template <class T>
 T log(T x)
 {
@@ -153,8 +185,9 @@ T log(T x)
     return static_cast<T>(std::log(wide));
 }
 
-/// Functions that the platform's C library serves: in float they are reckoned in double and rounded once, in double their
-/// last place is the platform's.
+/// Arc cosine and exponential function by the C library. A float's is computed in double and
+/// rounded once, which in practice hides the libraries' differences; a double's last place is the
+/// platform's. Only the angle theta and the Gaussian density depend on them.
 template <class T>
 T acos(T x)
 {

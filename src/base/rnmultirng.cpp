@@ -1,3 +1,6 @@
+// RnMultiRng has no bodies but these. The destructor is defined outside the class, so the table of
+// virtual functions and the type information stand here, once for all modules. 4 dimensions serve
+// RnNiederreiterMultiRng.
 #include <base/rnmultirng.h>
 
 namespace Vn

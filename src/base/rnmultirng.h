@@ -5,46 +5,68 @@
 namespace Vn
 {
 
-/// A source of points in N dimensions, as RnRng is one of numbers.
+/// A source of points in N dimensions, as RnRng is a source of numbers.
 ///
 ///     Vn::RnHaltonMultiRng<double, 3> source;
 ///     double point[3];
 ///     source.getSample(point);
 ///
-/// For float and double and N of 2, 3 and 4. Single points are arrays of N values. A generator belongs to one thread
-/// at a time and isn't copied.
+/// A single point is an array of N values; many points are N arrays, one for each dimension. All
+/// arrays are the caller's.
+///
+/// Threads: one thread at a time, shared sources included.
+/// Ownership: sources are held by plain pointer and must outlive the generator. T is float or
+/// double; N is 2, 3 or 4.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T, int N>
 class RnMultiRng
 {
 public:
+    /// A copy would draw the same points again, which is rarely meant.
+    /// @{
     RnMultiRng(RnMultiRng const&) = delete;
     RnMultiRng& operator=(RnMultiRng const&) = delete;
+    /// @}
 
-    /// Draws one point.
+    /// Draws one point into `sample`, an array of N values.
     virtual void getSample(T* const sample) = 0;
 
-    /// Draws `n` points: `samples[d]` is an array that takes the `n` values of dimension d.
+    /// Draws `n` points: `samples[d]` is an array that takes the `n` values of dimension d. With
+    /// `n` of 0 no array is touched.
+    ///
+    ///     float x[64], y[64], z[64];
+    ///     float* arrays[] = {x, y, z};
+    ///     source.getSequence(64, arrays);
     virtual void getSequence(unsigned int n, T** const samples) = 0;
 
-    /// The box that a consumer takes for the generator's domain, and the share of the probability in it.
+    /// The efficient range, a box that a consumer should work on: width, lower corner and upper
+    /// corner, N values each.
+    /// @{
     virtual void getEfficientWidth(T* const width) const = 0;
     virtual void getEfficientMin(T* const min) const = 0;
     virtual void getEfficientMax(T* const max) const = 0;
+    /// @}
+
+    /// The share of the probability that lies in the box: 1 for a bounded distribution, less for
+    /// one with tails.
     virtual T getEfficientFraction() const = 0;
 
-    /// The density at a point.
+    /// The probability density at `point`, an array of N values that is not changed, per unit of
+    /// volume.
     virtual T getPdf(T* const point) const = 0;
 
-    /// Goes back to the start of the sequence, as far as the class promises.
+    /// Goes back to the start of the sequence, as far as the class and its source promise.
     virtual void restart() = 0;
 
-    /// A constant name for people.
+    /// A constant name to show to people, such as "Niederreiter". Never null; it lives as long as
+    /// the program.
     virtual char const* getName() const = 0;
 
+    /// Leaves the source alone.
     virtual ~RnMultiRng();
 
 protected:
+    /// For derived classes. The interface has no state.
     RnMultiRng();
 };
 

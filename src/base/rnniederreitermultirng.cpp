@@ -1,3 +1,5 @@
+// The instances of RnNiederreiterMultiRng. Their tables, some 20 kilobytes, are computed at compile
+// time, here and nowhere else.
 #include <base/rnniederreitermultirng_p.imp>
 
 namespace Vn

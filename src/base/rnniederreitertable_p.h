@@ -1,3 +1,4 @@
+// Private to rnniederreitermultirng_p.imp.
 #pragma once
 
 #include <array>
@@ -6,13 +7,23 @@
 namespace Vn
 {
 
-/// The generator matrices of RnNiederreiterMultiRng and what is made of them. Private to the library.
+/// The generator matrices of RnNiederreiterMultiRng, and tables made of them at compile time.
+///
+/// A point is the exclusive or of one row for each set bit of its number. That is linear: the part
+/// of a point that comes from one byte of the number does not depend on the other bytes. So a table
+/// of 256 partial points for each byte turns up to 32 exclusive ors into 4, and 256 consecutive
+/// points differ in the lowest byte's part alone.
+///
+/// Tests: tests/base/rnquasitest.cpp, against the rows and against points computed elsewhere.
 namespace RnNiederreiterTable
 {
 
+/// The four coordinates of a point, in units of 2^-31.
 using Point = std::array<std::uint32_t, 4>;
 
-/// What each bit of a point's number adds, without carry, to the four coordinates; units of 2^-31.
+/// What each bit of a point's number adds by exclusive or to the four coordinates, in units of
+/// 2^-31. The first column is the radical inverse in base 2. Intended: the last row is zero, so
+/// that the highest bit of a number has no effect and every coordinate stays below 1; do not mend.
 inline constexpr Point rows[32] = {
     {0x40000000, 0x40000000, 0x60000000, 0x70000000}, {0x20000000, 0x60000000, 0x48000000, 0x62000000},
     {0x10000000, 0x50000000, 0x38000000, 0x46000000}, {0x08000000, 0x78000000, 0x7A000000, 0x1E000000},
@@ -32,7 +43,12 @@ inline constexpr Point rows[32] = {
     {0x00000001, 0x55555555, 0x65805DDD, 0x46046037}, {0x00000000, 0x00000000, 0x00000000, 0x00000000},
 };
 
-/// The same for each of the four bytes of a number, all bits of the byte together: four look-ups make a point.
+/// The partial points of all values of each of the four bytes of a number, the lowest byte first.
+/// 16 kilobytes. Each entry is the one with its lowest bit cleared, which comes before it, and that
+/// bit's row:
+///
+///     points[0][6]  =  points[0][4] ^ rows[1]
+///     points[3][0]  =  0
 struct Bytes
 {
     constexpr Bytes()
@@ -43,6 +59,7 @@ struct Bytes
                     points[byte][n][d] = points[byte][n & (n - 1)][d] ^ rows[8 * byte + lowestBit(n)][d];
     }
 
+    /// The number of the lowest bit set; `n` is not 0.
     static constexpr int lowestBit(unsigned int n)
     {
         int bit = 0;
@@ -51,11 +68,12 @@ struct Bytes
         return bit;
     }
 
-    alignas(16) Point points[4][256] = {};
+    alignas(16) Point points[4][256] = {};  ///< a point is one aligned load
 };
 inline constexpr Bytes bytes{};
 
-/// The lowest byte's, dimension by dimension: 256 points in a row differ from each other in nothing else.
+/// The lowest byte's partial points once more, dimension by dimension: a bulk fill reads them in
+/// the order in which it writes one coordinate of consecutive points.
 struct LowByte
 {
     constexpr LowByte()
@@ -69,7 +87,10 @@ struct LowByte
 };
 inline constexpr LowByte lowByte{};
 
-/// What the upper three bytes make.
+/// The part of a point that the upper three bytes of its number make. It changes every 256 points.
+///
+///     upperPart(255)   ->  (0, 0, 0, 0)
+///     upperPart(4096)  ->  rows[12]
 constexpr Point upperPart(std::uint32_t n)
 {
     Point const& b1 = bytes.points[1][(n >> 8) & 255];

@@ -8,54 +8,77 @@
 namespace Vn
 {
 
-/// Uniform numbers from a linear congruential generator whose output is shuffled through a table (C. Bays and S. D.
-/// Durham, Improving a poor random number generator, ACM TOMS 2, 1976).
+/// Uniform numbers in [0, 1) that a restart repeats: a linear congruential generator whose output
+/// is shuffled through a table (C. Bays and S. D. Durham, Improving a poor random number generator,
+/// ACM TOMS 2, 1976).
 ///
 ///     Vn::RnNumRecUniformRng<float> uniform(7);
-///     uniform();             // always below 1
-///     uniform.restart();     // and again from the start
+///     const float first = uniform();     // below 1
+///     uniform.restart();                 // uniform() gives `first` again
 ///
-/// Numbers are multiples of 1/1771875, so a long run meets each value many times; where finer numbers matter, take
-/// RnLecuyerUniformRng.
+/// All numbers are multiples of 1/1771875. A run of a million numbers therefore meets many values
+/// twice; take RnLecuyerUniformRng where that matters.
+///
+/// Threads: one thread at a time.
+/// Ownership: the table of 97 entries belongs to the object.
+/// Edges: the constructor is the only member that allocates. Seeds that are equal modulo 1771875
+/// give the same sequence.
 /// Tests: tests/base/rnuniformtest.cpp.
 template <class T>
 class RnNumRecUniformRng : public RnRng<T>
 {
 public:
-    /// The reciprocal of the modulus, 1/1771875.
+    /// The step between two numbers: the reciprocal of the modulus, 1/1771875.
     static const T RM;
 
     /// Seed 0.
     RnNumRecUniformRng();
+
+    /// Any seed. Both constructors fill the table, and throw std::bad_alloc without the memory for
+    /// it.
     RnNumRecUniformRng(unsigned int seed);
 
     ~RnNumRecUniformRng() override;
 
-    T operator()() override;
-    /// A draw times `max`.
+    /// The next number of the sequence.
+    T operator()() override { return eval(); }
+    /// A draw times `max`: from 0 to below `max`. Neither bound is checked here or below.
+    ///
+    ///     draw 0.25: uniform(8.0f) -> 2, uniform(-8.0f) -> -2
     T operator()(T max);
-    /// A draw times (max - min), plus `min`.
+    /// A draw times (`max` - `min`), plus `min`: from `min` to `max`, which rounding may reach.
+    ///
+    ///     draw 0.5: uniform(2.0f, 4.0f) -> 3, uniform(4.0f, 2.0f) -> 3
     T operator()(T min, T max);
-    void getSample(T& sample) override;
+    /// The next number, or the next `n` numbers. All forms of drawing share one sequence and one
+    /// table.
+    /// @{
+    void getSample(T& sample) override { sample = eval(); }
     void getSequence(unsigned int n, T* samples) override;
+    /// @}
 
-    /// 1, 0, 1 and 1.
-    T getEfficientWidth() const override;
-    T getEfficientMin() const override;
-    T getEfficientMax() const override;
-    T getEfficientFraction() const override;
-    /// 1 from 0 up to below 1, otherwise 0.
+    /// The efficient range is [0, 1], with all of the probability in it.
+    /// @{
+    T getEfficientWidth() const override { return T(1); }
+    T getEfficientMin() const override { return T(0); }
+    T getEfficientMax() const override { return T(1); }
+    T getEfficientFraction() const override { return T(1); }
+    /// @}
+
+    /// 1 from 0 up to below 1; otherwise 0, also for not-a-number.
     T getPdf(T x) const override;
 
-    /// Repeats the sequence from its start.
-    void restart() override;
-    /// Starts the sequence of another seed.
+    /// Repeats the sequence from its start: the numbers are those after construction, or after the
+    /// last restart with a seed.
+    void restart() override { restart(_seed); }
+    /// Starts the sequence of `seed`, as a new object with that seed would.
     void restart(unsigned int seed);
 
-    /// "Numerical Recipes RAN2"
-    char const* getName() const override;
+    char const* getName() const override { return "Numerical Recipes RAN2"; }
 
-    /// The draw itself. Throws ExInternalError ("j < SHUFFLESIZE") if rounding led beyond the table, which no state does.
+    /// The draw itself. operator()() and getSample() call it.
+    ///
+    /// Throws ExInternalError ("j < SHUFFLESIZE") if rounding led beyond the table; no state does.
     T eval();
 
 private:
@@ -65,9 +88,9 @@ private:
     std::uint32_t _seed;
     std::uint32_t _state;
     ArrayPtr<std::uint32_t> _table;  ///< 97 shuffled states
-    std::uint32_t _slot;             ///< where the last output leads, from the integer that it was made of
-    std::uint32_t _nextState;        ///< so that the state after it need not wait
-    std::uint16_t _slots[97];        ///< where each entry of the table will lead
+    std::uint32_t _slot;             ///< the slot that the last output selects
+    std::uint32_t _nextState;        ///< the state after `_state`, computed one draw ahead
+    std::uint16_t _slots[97];        ///< for each entry of the table, the slot that it will select as an output
 };
 
 extern template class VN_BASE_EXPORT RnNumRecUniformRng<float>;

@@ -1,3 +1,6 @@
+// RnRng has no bodies but these. The destructor is the first virtual function defined outside the
+// class, so the table of virtual functions and the type information stand here, once for all
+// modules.
 #include <base/rnrng.h>
 
 namespace Vn

@@ -1,3 +1,4 @@
+// Private to rnhistogram_p.imp, rnhistogrambi_p.imp and rnhistogramspherical_p.imp.
 #pragma once
 
 #include <ostream>
@@ -5,11 +6,16 @@
 namespace Vn
 {
 
-/// What all scenes of histograms have in common. Private to the library.
+/// The lines that all Open Inventor scenes of histograms have in common. A scene is open(), a line
+/// for each point, openFrame(), the vertices of the frame, what ends the vertices, and close().
+///
+/// Blanks and tabs, at line ends too, are part of the format, and every line ends by std::endl: a
+/// scene that a crash interrupts ends with a whole line. The viewer draws points and lines in one
+/// colour and without lighting.
 namespace RnScene
 {
 
-/// What stands before the points of every scene.
+/// The lines before the points.
 inline void open(std::ostream& stream)
 {
     stream << "#Inventor V2.1 ascii" << std::endl;
@@ -19,11 +25,21 @@ inline void open(std::ostream& stream)
     stream << "  PointSet { vertexProperty VertexProperty { vertex [ " << std::endl;
 }
 
-/// And between the points and the frame.
+/// The lines between the last point and the first vertex of the frame. They end the scene's first
+/// part, which has one point for each bin.
 inline void openFrame(std::ostream& stream)
 {
     stream << "] } }" << std::endl;
     stream << "  LineSet { vertexProperty VertexProperty { vertex [ " << std::endl;
+}
+
+/// The last lines, for a frame whose polylines have these numbers of vertices, such as "2, 2, 2".
+inline void close(std::ostream& stream, char const* vertexCounts)
+{
+    stream << "startIndex 0 " << std::endl;
+    stream << "numVertices [ " << vertexCounts << " ] " << std::endl;
+    stream << "}" << std::endl;
+    stream << "}" << std::endl;
 }
 
 }  // namespace RnScene

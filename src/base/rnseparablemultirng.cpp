@@ -1,3 +1,5 @@
+// The instances of the three separable generators. Of RnSeparableMultiRng three dimensions are part
+// of the interface, and no others.
 #include <base/rnseparablemultirng_p.imp>
 
 namespace Vn

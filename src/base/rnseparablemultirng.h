@@ -7,75 +7,109 @@
 namespace Vn
 {
 
-/// Points whose two coordinates are drawn, one after the other, from one source.
+/// Points with independent coordinates of one distribution, both drawn from one source.
 ///
+///     Vn::RnLecuyerUniformRng<float> uniform;
 ///     Vn::RnSeparableBiRng<float> square(&uniform);
 ///
-/// getSample() pairs draws 0 and 1, then 2 and 3; getSequence() fills the whole first array and then the whole second,
-/// so it pairs draws k and n + k: other points. Don't put a radical inverse behind it, whose neighbours belong together:
-/// take RnHaltonBiRng.
+/// getSample() and getSequence() give different points, and programs rely on it. With draws d0, d1,
+/// d2 and so on:
 ///
-/// The source isn't owned and must outlive this object.
+///     getSample() twice     ->  (d0, d1), (d2, d3)
+///     getSequence(2, x, y)  ->  (d0, d2), (d1, d3): the whole first array, then the whole second
+///
+/// Do not put RnVanDerCorputRng behind it: consecutive radical inverses are correlated, so that the
+/// points lie on lines. Take RnHaltonBiRng.
+///
+/// Threads: one thread at a time, together with the source.
+/// Ownership: the source is not owned and must outlive this object.
 /// Tests: tests/base/rndistributiontest.cpp.
 template <class T>
 class RnSeparableBiRng : public RnBiRng<T>
 {
 public:
-    /// Throws ExInternalError ("_uniRng") for null.
+    /// Both coordinates from `rng`. Throws ExInternalError ("_uniRng") for null.
     RnSeparableBiRng(RnRng<T>* rng);
 
+    /// The source lives on.
     ~RnSeparableBiRng() override;
 
+    /// x, then y, by two draws; or the whole array `x`, then the whole array `y`, by two sequences
+    /// of the source.
+    /// @{
     void getSample(T& x, T& y) override;
     void getSequence(unsigned int n, T* x, T* y) override;
+    /// @}
 
-    /// The source's in each coordinate; the square of its fraction.
+    /// The efficient range of the source, in both coordinates.
+    /// @{
     void getEfficientWidth(T& x, T& y) const override;
     void getEfficientMin(T& x, T& y) const override;
     void getEfficientMax(T& x, T& y) const override;
+    /// @}
+
+    /// The square of the source's fraction: the coordinates are independent.
     T getEfficientFraction() const override;
+
+    /// The product of the source's densities at `x` and at `y`.
+    ///
+    ///     over a uniform source:  (0.5, 0.5) -> 1;  (0.5, 1) -> 0
     T getPdf(T x, T y) const override;
 
     /// Restarts the source.
-    void restart() override;
+    void restart() override { _uniRng->restart(); }
 
-    /// "Symmetrical Bi Separable"
-    char const* getName() const override;
+    char const* getName() const override { return "Symmetrical Bi Separable"; }
 
 private:
     RnRng<T>* _uniRng;
 };
 
-/// Points whose coordinates are drawn each from a source of its own.
+/// Points with independent coordinates, each from a source of its own.
 ///
 ///     Vn::RnVanDerCorputRng<float> base2(2), base3(3);
 ///     Vn::RnAsymmetricalSeparableBiRng<float> points(&base2, &base3);
 ///
-/// The sources aren't owned and must outlive this object; they may be one and the same.
+/// With two different sources getSample() and getSequence() give the same points. Both may be one
+/// source; the points then differ as those of RnSeparableBiRng.
+///
+/// Threads: one thread at a time, together with the sources.
+/// Ownership: the sources are not owned and must outlive this object.
 /// Tests: tests/base/rndistributiontest.cpp.
 template <class T>
 class RnAsymmetricalSeparableBiRng : public RnBiRng<T>
 {
 public:
-    /// Throws ExInternalError for null: "_uniRng0" or "_uniRng1".
+    /// x from `rng0`, y from `rng1`. Throws ExInternalError for null: "_uniRng0", then "_uniRng1".
     RnAsymmetricalSeparableBiRng(RnRng<T>* rng0, RnRng<T>* rng1);
 
+    /// The sources live on.
     ~RnAsymmetricalSeparableBiRng() override;
 
+    /// Both coordinates by a single draw of their sources, or each array by one sequence of its
+    /// source.
+    /// @{
     void getSample(T& x, T& y) override;
     void getSequence(unsigned int n, T* x, T* y) override;
+    /// @}
 
-    /// Each coordinate's from its source; the product of their fractions.
+    /// The efficient range of each coordinate's source.
+    /// @{
     void getEfficientWidth(T& x, T& y) const override;
     void getEfficientMin(T& x, T& y) const override;
     void getEfficientMax(T& x, T& y) const override;
+    /// @}
+
+    /// The product of the two sources' fractions.
     T getEfficientFraction() const override;
+
+    /// The product of the first source's density at `x` and the second's at `y`.
     T getPdf(T x, T y) const override;
 
-    /// Restarts both sources, the first one first.
+    /// Restarts both sources, that of x first. One source for both is restarted twice.
     void restart() override;
 
-    /// "Assymetrical Bi Separable"
+    /// "Assymetrical Bi Separable", spelled so.
     char const* getName() const override;
 
 private:
@@ -83,32 +117,48 @@ private:
     RnRng<T>* _uniRng1;
 };
 
-/// As RnSeparableBiRng in three dimensions, the only N that is there.
+/// RnSeparableBiRng in three dimensions, the only N that exists.
+///
+///     Vn::RnLecuyerUniformRng<float> uniform;
+///     Vn::RnSeparableMultiRng<float, 3> cube(&uniform);
+///
+/// Single draws take their coordinates from three consecutive draws of the source; sequences fill
+/// one dimension after the other. Threads, ownership and the advice about sources are those of
+/// RnSeparableBiRng.
 /// Tests: tests/base/rndistributiontest.cpp.
 template <class T, int N>
 class RnSeparableMultiRng : public RnMultiRng<T, N>
 {
 public:
-    /// Throws ExInternalError ("_uniRng") for null.
+    /// All coordinates from `rng`. Throws ExInternalError ("_uniRng") for null.
     RnSeparableMultiRng(RnRng<T>* rng);
 
+    /// The source lives on.
     ~RnSeparableMultiRng() override;
 
+    /// The coordinates by three draws, or dimension by dimension by three sequences of the source.
+    /// @{
     void getSample(T* const sample) override;
     void getSequence(unsigned int n, T** const samples) override;
+    /// @}
 
-    /// The source's in each coordinate; the cube of its fraction.
+    /// The efficient range of the source, in all coordinates.
+    /// @{
     void getEfficientWidth(T* const width) const override;
     void getEfficientMin(T* const min) const override;
     void getEfficientMax(T* const max) const override;
+    /// @}
+
+    /// The cube of the source's fraction.
     T getEfficientFraction() const override;
+
+    /// The product of the source's densities at the three coordinates.
     T getPdf(T* const point) const override;
 
     /// Restarts the source.
-    void restart() override;
+    void restart() override { _uniRng->restart(); }
 
-    /// "Multi Separable"
-    char const* getName() const override;
+    char const* getName() const override { return "Multi Separable"; }
 
 private:
     RnRng<T>* _uniRng;

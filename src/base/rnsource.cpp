@@ -1,3 +1,13 @@
+// Which sources may be asked for many numbers at once.
+//
+// A consumer that the rules describe by single draws may use getSequence() only if nobody can tell
+// the difference: the numbers, the state left behind, and what happens if a draw throws. The
+// library knows that of its own classes and of no others, so the question is answered by the exact
+// type of the source, in one place.
+//
+// Not a virtual function of RnRng: the table of virtual functions is part of the interface, and a
+// program's derived class would inherit an answer that its own draws do not keep. Types are
+// compared by typeid, which compares names where a module has a copy of its own.
 #include <base/rnsource_p.h>
 
 #include <base/rngaussianrng.h>
@@ -20,43 +30,48 @@ bool isOneOf(std::type_info const& type)
 {
     return ((type == typeid(Classes)) || ...);
 }
-}  // namespace
 
-/// What stands behind a generator of numbers that draws from another; null for others.
-struct RnSource
+/// The source of `rng` if it is exactly a Generator, asked through that class's interface;
+/// otherwise null.
+template <class Generator, class T>
+RnRng<T> const* sourceIf(RnRng<T> const& rng)
 {
-    template <class T>
-    static RnRng<T> const* behind(RnRng<T> const& rng, std::type_info const& type)
-    {
-        if (type == typeid(RnGaussianRng<T>))
-            return static_cast<RnGaussianRng<T> const&>(rng)._uniRng;
-        if (type == typeid(RnMexicanHatRng<T>))
-            return static_cast<RnMexicanHatRng<T> const&>(rng)._uniRng;
-        if (type == typeid(RnHistogramRng<T>))
-            return static_cast<RnHistogramRng<T> const&>(rng)._rng;
-        return nullptr;
-    }
-};
-
-template <class T>
-bool isAlikeInBulk(RnRng<T> const& source)
-{
-    std::type_info const& type = typeid(source);
-    if (isOneOf<RnLecuyerUniformRng<T>, RnNumRecUniformRng<T>, RnVanDerCorputRng<T>, RnStdUniformRng<T>>(type))
-        return true;
-    RnRng<T> const* const behind = RnSource::behind(source, type);
-    return behind != nullptr && isAlikeInBulk(*behind);
+    return typeid(rng) == typeid(Generator) ? static_cast<Generator const&>(rng).getSource() : nullptr;
 }
 
+/// The source of a generator of numbers that draws from another one; null for all others.
 template <class T>
-bool isAlikeInBulk(RnBiRng<T> const& source)
+RnRng<T> const* sourceOf(RnRng<T> const& rng)
+{
+    if (RnRng<T> const* const source = sourceIf<RnGaussianRng<T>>(rng))
+        return source;
+    if (RnRng<T> const* const source = sourceIf<RnMexicanHatRng<T>>(rng))
+        return source;
+    return sourceIf<RnHistogramRng<T>>(rng);
+}
+}  // namespace
+
+template <class T>
+bool isBulkSafe(RnRng<T> const& source)
+{
+    if (isOneOf<RnLecuyerUniformRng<T>, RnNumRecUniformRng<T>, RnVanDerCorputRng<T>, RnStdUniformRng<T>>(
+            typeid(source)))
+        return true;
+    RnRng<T> const* const behind = sourceOf(source);
+    return behind != nullptr && isBulkSafe(*behind);
+}
+
+// RnHammersleyBiRng and the separable generators are missing on purpose: their sequences are other
+// points than their single draws. RnHistogramBiRng would gain nothing.
+template <class T>
+bool isBulkSafe(RnBiRng<T> const& source)
 {
     return isOneOf<RnHaltonBiRng<T>>(typeid(source));
 }
 
-template bool isAlikeInBulk(RnRng<float> const& source);
-template bool isAlikeInBulk(RnRng<double> const& source);
-template bool isAlikeInBulk(RnBiRng<float> const& source);
-template bool isAlikeInBulk(RnBiRng<double> const& source);
+template bool isBulkSafe(RnRng<float> const& source);
+template bool isBulkSafe(RnRng<double> const& source);
+template bool isBulkSafe(RnBiRng<float> const& source);
+template bool isBulkSafe(RnBiRng<double> const& source);
 
 }  // namespace Vn

@@ -1,3 +1,4 @@
+// Private to the samplers.
 #pragma once
 
 #include <base/rnbirng.h>
@@ -6,24 +7,39 @@
 namespace Vn
 {
 
-/// Whether `source` is exactly a generator of this library whose getSequence() is known to give what as many single draws
-/// give, and so is what stands behind it. Only such a source is asked for many numbers at once where the rule speaks of
-/// single draws: one of somebody else's may count its draws, or throw in the middle. Private to the library.
+/// Whether one getSequence() of `source` may stand for as many single draws: same numbers, same
+/// state afterwards, nothing that a caller could notice.
+///
+/// True for exactly the generators of this library that promise so, if what they draw from is such
+/// a generator too. False for every class of somebody else, a class derived from one of ours
+/// included: its single draws may count, log, or throw half-way, and the draws before that must not
+/// be lost.
+///
+///     RnLecuyerUniformRng                       ->  true
+///     RnGaussianRng over RnLecuyerUniformRng    ->  true
+///     RnGaussianRng over a program's own class  ->  false
+///     RnHammersleyBiRng                         ->  false: its sequences are other points
+///
+/// @{
 template <class T>
-bool isAlikeInBulk(RnRng<T> const& source);
+bool isBulkSafe(RnRng<T> const& source);
 template <class T>
-bool isAlikeInBulk(RnBiRng<T> const& source);
+bool isBulkSafe(RnBiRng<T> const& source);
+/// @}
 
-/// `n` single draws of `source`.
-template <class T>
-void drawMany(RnRng<T>& source, unsigned int n, T* samples)
+/// Writes `map` of each of `n` draws to `samples`, by one getSequence() if that is safe. If a draw
+/// throws, the samples before it are complete.
+template <class T, class Map>
+void fillMapped(RnRng<T>& source, unsigned int n, T* samples, Map map)
 {
-    if (isAlikeInBulk(source)) {
-        source.getSequence(n, samples);
+    if (!isBulkSafe(source)) {
+        for (unsigned int i = 0; i < n; ++i)
+            samples[i] = map(source());
         return;
     }
+    source.getSequence(n, samples);
     for (unsigned int i = 0; i < n; ++i)
-        samples[i] = source();
+        samples[i] = map(samples[i]);
 }
 
 }  // namespace Vn

@@ -1,3 +1,6 @@
+// The two interfaces for directions have no bodies but these. Their destructors are defined outside
+// the classes, so the tables of virtual functions and the type information stand here, once for all
+// modules. A catch or a typeid in another module then finds the same type.
 #include <base/rnsphericalrng.h>
 
 namespace Vn

@@ -1,3 +1,5 @@
+// The instances of RnStdUniformRng. In one library, so that all of a program's modules call the
+// same `rand()`: on Windows each C runtime has its own.
 #include <base/rnstduniformrng_p.imp>
 
 namespace Vn

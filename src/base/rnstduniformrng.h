@@ -7,47 +7,69 @@
 namespace Vn
 {
 
-/// Uniform numbers from the C library's `rand`, 0 and 1 included, in steps of the reciprocal of RAND_MAX: 1/32767 on
-/// Windows, 1/2147483647 on Linux.
+/// Uniform numbers from `rand()` of the C library, for code that must follow it. 0 and 1 are both
+/// drawn.
 ///
 ///     Vn::RnStdUniformRng<double> uniform(1);
+///     const double number = uniform();    // a multiple of 1 / RAND_MAX
 ///
-/// The state is the process's, not the object's: all instances and whoever else calls `rand` draw from one sequence, and
-/// a restart rewinds it for all of them. The numbers differ between platforms.
+/// The state belongs to the process and not to the object. All instances and all other callers of
+/// `rand()` draw from one sequence, and restart() on any instance rewinds it for all. RAND_MAX is
+/// 32767 on Windows and 2147483647 on Linux, so the numbers differ between the platforms, in their
+/// steps too.
+///
+/// Threads: all use of `rand()` in the process belongs to one thread at a time.
+/// Ownership: none.
+/// Edges: nothing throws. A consumer that expects numbers below 1, such as RnHistogramRng, may get
+/// 1.
 /// Tests: tests/base/rnuniformtest.cpp.
 template <class T>
 class RnStdUniformRng : public RnRng<T>
 {
 public:
-    /// Leaves the C library's state as it is. restart() will take seed 1, that of a process which sets none.
+    /// Leaves the state of `rand()` as it is. restart() will take seed 1, the seed of a process
+    /// that sets none.
     RnStdUniformRng();
 
-    /// Calls `srand`.
+    /// Calls `srand(seed)`.
     RnStdUniformRng(unsigned int seed);
 
     ~RnStdUniformRng() override;
 
+    /// The next number of `rand()`, divided by RAND_MAX.
     T operator()() override;
-    /// A draw times `max`.
+    /// A draw times `max`: from 0 to `max`, both included. The bounds are not checked here or
+    /// below.
+    ///
+    ///     draw 1: uniform(8.0) -> 8, uniform(-8.0) -> -8
     T operator()(T max);
-    /// A draw times (max - min), plus `min`.
+    /// A draw times (`max` - `min`), plus `min`: from `min` to `max`, both included.
+    ///
+    ///     draw 0: uniform(2.0, 4.0) -> 2, uniform(4.0, 2.0) -> 4
     T operator()(T min, T max);
-    void getSample(T& sample) override;
+    /// The next number, or the next `n` numbers, one call of `rand()` for each: a sequence is no
+    /// faster than single draws.
+    /// @{
+    void getSample(T& sample) override { sample = RnStdUniformRng::operator()(); }
     void getSequence(unsigned int n, T* samples) override;
+    /// @}
 
-    /// 1, 0, 1 and 1.
-    T getEfficientWidth() const override;
-    T getEfficientMin() const override;
-    T getEfficientMax() const override;
-    T getEfficientFraction() const override;
-    /// 1 from 0 up to below 1, otherwise 0; though 1 is drawn.
+    /// The efficient range is [0, 1], with all of the probability in it.
+    /// @{
+    T getEfficientWidth() const override { return T(1); }
+    T getEfficientMin() const override { return T(0); }
+    T getEfficientMax() const override { return T(1); }
+    T getEfficientFraction() const override { return T(1); }
+    /// @}
+
+    /// 1 from 0 up to below 1; otherwise 0. At 1 it is 0 as for all uniform generators, although 1
+    /// is drawn.
     T getPdf(T x) const override;
 
-    /// Calls `srand` with the seed.
+    /// Calls `srand()` with the seed, whichever constructor set it.
     void restart() override;
 
-    /// "Std OS-specific generator"
-    char const* getName() const override;
+    char const* getName() const override { return "Std OS-specific generator"; }
 
 private:
     std::uint32_t _seed;

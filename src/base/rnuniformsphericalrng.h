@@ -6,86 +6,126 @@
 namespace Vn
 {
 
-/// Directions spread evenly over the sphere: by Archimedes the height is even, cos(theta) = 2 u0 - 1, phi = 2 pi u1.
+/// Directions spread evenly over the sphere: cos(theta) = 2 u0 - 1 and phi = 2 pi u1, for a point
+/// (u0, u1) of the unit square (Archimedes: equal heights of a sphere have equal areas).
 ///
 ///     Vn::RnHaltonBiRng<float> source;
 ///     Vn::RnUniformSphericalRng<float> directions(&source);
 ///     directions.getSequenceXYZ(n, x, y, z);
 ///
-/// Sequences are made of the source's sequence points. In getSequenceXYZ() the source's first coordinate gives the
-/// azimuth and its second the height, the other way round than in all other forms. phi is 2 pi times the coordinate,
-/// unchecked.
+/// Sequences are made of the source's sequence points. getSequenceXYZ() takes the azimuth from the
+/// source's first coordinate and the height from its second; all other forms do it the other way
+/// round, and programs rely on it.
 ///
-/// The density is 1 / (4 pi) whatever the arguments. The source isn't owned and must outlive this object.
+/// Threads: one thread at a time, together with the source.
+/// Ownership: the source is not owned and must outlive this object.
+/// Edges: the source's points should lie in the unit square; that is not checked.
 /// Tests: tests/base/rnsphericaltest.cpp.
 template <class T>
 class RnUniformSphericalRng : public RnSphericalRng<T>
 {
 public:
-    /// Throws ExInternalError ("_rng") for null.
+    /// Directions of the points of `rng`. Throws ExInternalError ("_rng") for null.
     RnUniformSphericalRng(RnBiRng<T>* rng);
 
+    /// The source lives on.
     ~RnUniformSphericalRng() override;
 
+    /// The direction of one point of the source.
+    /// @{
     void getSampleXYZ(T& x, T& y, T& z) override;
     void getSampleAngles(T& theta, T& phi) override;
     void getSampleCosine(T& cosTheta, T& phi) override;
+    /// @}
+
+    /// The directions of one sequence of the source; with its coordinates swapped in the XYZ form.
+    /// @{
     void getSequenceXYZ(unsigned int n, T* x, T* y, T* z) override;
     void getSequenceAngles(unsigned int n, T* theta, T* phi) override;
     void getSequenceCosine(unsigned int n, T* cosTheta, T* phi) override;
+    /// @}
 
+    /// 1 / (4 pi) per steradian, whatever the arguments.
+    /// @{
     T getPdfXYZ(T x, T y, T z) const override;
     T getPdfAngles(T theta, T phi) const override;
     T getPdfCosine(T cosTheta, T phi) const override;
+    /// @}
 
     /// Restarts the source.
-    void restart() override;
+    void restart() override { _rng->restart(); }
 
-    /// "Uniform spherical"
-    char const* getName() const override;
+    char const* getName() const override { return "Uniform spherical"; }
 
-    /// The direction that a point of the unit square leads to; nothing is drawn.
+    /// The direction of the point (`u0`, `u1`), both from 0 to 1. Nothing is drawn.
+    ///
+    ///     mapToXYZ(0.5, 0)     ->  (1, 0, 0) up to rounding
+    ///     mapToXYZ(1, any)     ->  (0, 0, 1)
+    ///     mapToAngles(0, any)  ->  theta is pi
+    ///     mapToXYZ(1.5, 0)     ->  x and y are not-a-number
+    /// @{
     void mapToAngles(T u0, T u1, T& theta, T& phi) const;
     void mapToCosine(T u0, T u1, T& cosTheta, T& phi) const;
     void mapToXYZ(T u0, T u1, T& x, T& y, T& z) const;
+    /// @}
 
 private:
     RnBiRng<T>* _rng;
 };
 
-/// Directions spread evenly over the upper hemisphere, cos(theta) = u0. Otherwise as RnUniformSphericalRng, with the
-/// density 1 / (2 pi), also for a direction below.
+/// Directions spread evenly over the upper hemisphere: cos(theta) = u0 and phi = 2 pi u1.
+///
+///     Vn::RnHaltonBiRng<float> source;
+///     Vn::RnUniformHemisphericalRng<float> directions(&source);
+///     directions.getSequenceXYZ(n, x, y, z);    // no z is negative
+///
+/// Sequences, threads, ownership and edges are those of RnUniformSphericalRng.
 /// Tests: tests/base/rnsphericaltest.cpp.
 template <class T>
 class RnUniformHemisphericalRng : public RnHemisphericalRng<T>
 {
 public:
-    /// Throws ExInternalError ("_rng") for null.
+    /// Directions of the points of `rng`. Throws ExInternalError ("_rng") for null.
     RnUniformHemisphericalRng(RnBiRng<T>* rng);
 
+    /// The source lives on.
     ~RnUniformHemisphericalRng() override;
 
+    /// The direction of one point of the source.
+    /// @{
     void getSampleXYZ(T& x, T& y, T& z) override;
     void getSampleAngles(T& theta, T& phi) override;
     void getSampleCosine(T& cosTheta, T& phi) override;
+    /// @}
+
+    /// The directions of one sequence of the source; with its coordinates swapped in the XYZ form.
+    /// @{
     void getSequenceXYZ(unsigned int n, T* x, T* y, T* z) override;
     void getSequenceAngles(unsigned int n, T* theta, T* phi) override;
     void getSequenceCosine(unsigned int n, T* cosTheta, T* phi) override;
+    /// @}
 
+    /// 1 / (2 pi) per steradian, whatever the arguments: below the horizon too.
+    /// @{
     T getPdfXYZ(T x, T y, T z) const override;
     T getPdfAngles(T theta, T phi) const override;
     T getPdfCosine(T cosTheta, T phi) const override;
+    /// @}
 
     /// Restarts the source.
-    void restart() override;
+    void restart() override { _rng->restart(); }
 
-    /// "Uniform hemispherical"
-    char const* getName() const override;
+    char const* getName() const override { return "Uniform hemispherical"; }
 
-    /// The direction that a point of the unit square leads to; nothing is drawn.
+    /// The direction of the point (`u0`, `u1`), both from 0 to 1. Nothing is drawn.
+    ///
+    ///     mapToXYZ(0, 0)       ->  (1, 0, 0): the horizon
+    ///     mapToXYZ(1, any)     ->  (0, 0, 1): the zenith
+    /// @{
     void mapToAngles(T u0, T u1, T& theta, T& phi) const;
     void mapToCosine(T u0, T u1, T& cosTheta, T& phi) const;
     void mapToXYZ(T u0, T u1, T& x, T& y, T& z) const;
+    /// @}
 
 private:
     RnBiRng<T>* _rng;

@@ -7,18 +7,24 @@
 namespace Vn
 {
 
-/// The radical inverses of 1, 2, 3 and so on: the digits of each number in a base, mirrored at the point (J. G. van der
-/// Corput, Verteilungsfunktionen, Proc. Akad. Wet. Amsterdam 38, 1935).
+/// Numbers that fill [0, 1) evenly, ever finer: the radical inverses of 1, 2, 3 and so on. A
+/// radical inverse is a number's digits in some base, mirrored at the point (J. G. van der Corput,
+/// Verteilungsfunktionen, Proc. Akad. Wet. Amsterdam 38, 1935).
 ///
-///     Vn::RnVanDerCorputRng<double> sequence;     // 0.5, 0.25, 0.75, 0.125, 0.625, ...
+///     Vn::RnVanDerCorputRng<double> halves;       // 0.5, 0.25, 0.75, 0.125, 0.625, ...
 ///     Vn::RnVanDerCorputRng<double> thirds(3);    // 1/3, 2/3, 1/9, 4/9, 7/9, ...
 ///
-/// A point is summed up from the lowest digit on: digit times weight, where each weight is the one before times the
-/// rounded inverse of the base. Its bits are those of this order of operations in T, so except for powers of two they may
-/// differ from a division's. In float the digits beyond its reach add nothing.
+/// Do not make points of consecutive numbers: these are correlated. Take RnHaltonBiRng, which has a
+/// base for each coordinate.
 ///
-/// The index has 32 bits. When it wraps the point is 0, and the sequence starts again. Bases 0 and 1, which have no
-/// digits, give 0 for every point; nothing else is checked.
+/// The bits are defined: a point is the sum of digit times weight from the lowest digit on, in T,
+/// and each weight is the one before times the rounded inverse of the base. Except for powers of
+/// two a division would give other bits. In float the digits beyond its precision add nothing.
+///
+/// Threads: one thread at a time.
+/// Ownership: none.
+/// Edges: nothing throws. The index has 32 bits; when it wraps, the point is 0 and the sequence
+/// starts again. Bases 0 and 1 have no digits and give 0 for every point.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T>
 class RnVanDerCorputRng : public RnRng<T>
@@ -26,42 +32,60 @@ class RnVanDerCorputRng : public RnRng<T>
 public:
     /// Base 2.
     RnVanDerCorputRng();
+
+    /// Any base from 2 on; a prime if several sequences are to be combined. That is not checked.
     RnVanDerCorputRng(unsigned int base);
 
     ~RnVanDerCorputRng() override;
 
+    /// The next point: the radical inverse of the index plus 1.
     T operator()() override;
-    /// A draw times `max`.
+    /// A draw times `max`: from 0 to below `max`. Neither bound is checked here or below.
+    ///
+    ///     first point 0.5: sequence(8.0) -> 4, sequence(-8.0) -> -4
     T operator()(T max);
-    /// A draw times (max - min), plus `min`.
+    /// A draw times (`max` - `min`), plus `min`: from `min` to `max`, which rounding may reach.
+    ///
+    ///     first point 0.5: sequence(2.0, 4.0) -> 3
     T operator()(T min, T max);
-    void getSample(T& sample) override;
+    /// The next point, or the next `n` points, with the same bits. Sequences are fastest for the
+    /// bases 2, 3 and 5, and gain from tables for any base up to 1024.
+    /// @{
+    void getSample(T& sample) override { sample = RnVanDerCorputRng::operator()(); }
     void getSequence(unsigned int n, T* samples) override;
+    /// @}
 
-    /// 1, 0, 1 and 1.
-    T getEfficientWidth() const override;
-    T getEfficientMin() const override;
-    T getEfficientMax() const override;
-    T getEfficientFraction() const override;
-    /// 1 from 0 up to below 1, otherwise 0.
+    /// The efficient range is [0, 1], with all of the probability in it.
+    /// @{
+    T getEfficientWidth() const override { return T(1); }
+    T getEfficientMin() const override { return T(0); }
+    T getEfficientMax() const override { return T(1); }
+    T getEfficientFraction() const override { return T(1); }
+    /// @}
+
+    /// 1 from 0 up to below 1; otherwise 0, also for not-a-number.
     T getPdf(T x) const override;
 
-    /// Back to the start: the next point is point 1.
-    void restart() override;
-    /// The next point is point `index` + 1.
-    void restart(unsigned int index);
+    /// Goes back to the start: the next point is point 1. Point 0 is not drawn.
+    void restart() override { _index = 0; }
+    /// Goes to any place: the next point is point `index` + 1.
+    ///
+    ///     restart(1)           ->  0.25 comes next in base 2
+    ///     restart(4294967295)  ->  0, then 0.5
+    void restart(unsigned int index) { _index = index; }
 
-    /// "Van der Corput"
-    char const* getName() const override;
+    char const* getName() const override { return "Van der Corput"; }
 
-    /// Goes on from the same index in another base.
+    /// Goes on from the same index in another base; as in the constructor any is accepted.
     void setPrimeNumber(unsigned int base);
-    unsigned int getPrimeNumber() const;
+
+    /// The base in use.
+    unsigned int getPrimeNumber() const { return _base; }
 
 private:
     std::uint32_t _base;
-    T _inverse;            ///< of the base
-    std::uint32_t _index;  ///< of the last point
+    T _inverse;            ///< 1 / base, rounded once
+    std::uint32_t _index;  ///< number of the last point
 };
 
 extern template class VN_BASE_EXPORT RnVanDerCorputRng<float>;

@@ -1,6 +1,7 @@
+// Private to rnbins_p.h, rndirection_p.h, rngaussianrng_p.imp and rnlecuyeruniformrng_p.imp.
 #pragma once
 
-// Where a processor's wider registers are taken. Not on Windows, whose stack the compiler doesn't align for them.
+// Not on Windows: the compiler does not align the stack there for 32-byte registers.
 #if defined(__x86_64__) && !defined(_WIN32)
 #    define VN_RN_HAS_WIDE 1
 #endif
@@ -8,26 +9,33 @@
 namespace Vn
 {
 
-/// Bulk loops that are compiled twice: for the baseline of x86-64, and for AVX2, which is taken where the processor has
-/// it. AVX2 brings no fused multiplication, so that both give the same bits. Private to the library.
+/// Bulk loops that are compiled twice, for the baseline of x86-64 and for AVX2. The processor
+/// chooses at run time.
+///
+///     RnWide::run<loop>(n, samples);    // instead of loop(n, samples)
+///
+/// Both forms give the same bits: AVX2 has no fused multiply-add, and no loop reorders a sum. Other
+/// processors than x86-64, and Windows, have the baseline's form alone.
 namespace RnWide
 {
 
 #ifdef VN_RN_HAS_WIDE
 
+/// `flatten` inlines all that the loop calls, since code outside this function is not compiled for
+/// AVX2. `noinline` keeps its instructions out of callers, which run on any processor.
 template <auto loop, class... Arguments>
 [[gnu::target("avx2"), gnu::flatten, gnu::noinline]] void runWide(Arguments... arguments)
 {
     loop(arguments...);
 }
 
-/// Calls `loop(arguments...)` by one of the two. What it calls is inlined; arguments are values, so that no store of the
-/// loop can change them.
+/// Calls `loop(arguments...)` in the wider form that the processor has. Arguments are passed by
+/// value, so that the compiler knows that no store of the loop changes them.
 template <auto loop, class... Arguments>
 void run(Arguments... arguments)
 {
     static const bool isWide = [] {
-        __builtin_cpu_init();  // draws may come before the constructor that would do it
+        __builtin_cpu_init();  // a static object's constructor may draw before the runtime has done this
         return __builtin_cpu_supports("avx2") != 0;
     }();
     if (isWide)
