@@ -88,7 +88,7 @@ def first_line(header):
     portable = [file for file in users if file not in forms]
     wings = list(dict.fromkeys(WING_OF[file] for file in users))
     if len(users) > MANY:
-        return f'// Private to the wing "{wings[0]}".' if len(wings) == 1 else '// Private to the library.'
+        return f'// Private to the {wings[0]}.' if len(wings) == 1 else '// Private to the library.'
     if portable and forms:
         return f'// Private to {joined(portable)}; implemented in {joined(forms)}.'
     return f'// Private to {joined(users)}.'
