@@ -2,11 +2,13 @@
 # Long runs against a model of what must hold: tools/soak.sh [MINUTES] [WHAT]
 #
 #   MINUTES  for each part, 1 by default
-#   WHAT     all (default), or one of: kills, queue
+#   WHAT     all (default), or one of: kills, queue, load, processes
 #
 # kills: processes write into one log and are killed at any moment, with lines of 300 and of 9,000 characters, on a disk
 #        with room and on one that fills up again and again (which takes root's right to mount a small disk).
 # queue: one thread writes into a queue and another one reads it, beside a model.
+# load:  a library with packages, groups, levels and environment objects comes and goes while another thread logs.
+# processes: threads start programs by the thousand; no zombie and no descriptor may be left.
 #
 # Builds with the preset release if need be. Prints what each run counted; ends with 1 at the first thing that doesn't hold.
 set -euo pipefail
@@ -22,7 +24,7 @@ minutes=${1:-1}
 what=${2:-all}
 [[ $minutes =~ ^[0-9]+$ ]] || { echo "soak: $minutes is no number of minutes; tools/soak.sh -h helps" >&2; exit 2; }
 
-parts=(kills queue)
+parts=(kills queue load processes)
 [ "$what" = all ] || parts=("$what")
 bin=build/release/bin
 mkdir -p build/logs
@@ -53,6 +55,8 @@ for part in "${parts[@]}"; do
         done
         ;;
     queue) repeat $((minutes * 60)) queuemodel 10000000 ;;
+    load) repeat $((minutes * 60)) loadsoak 10000 ;;
+    processes) repeat $((minutes * 60)) startsoak 4000 ;;
     *)
         echo "soak: nothing is called $part; tools/soak.sh -h helps" >&2
         exit 2

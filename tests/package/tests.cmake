@@ -14,4 +14,5 @@ endif()
 add_test(NAME package.consumer
     COMMAND "${CMAKE_CURRENT_LIST_DIR}/runconsumer.sh" "${PROJECT_BINARY_DIR}" "${PROJECT_BINARY_DIR}/consumer"
         "${CMAKE_CXX_COMPILER}" "${CMAKE_TOOLCHAIN_FILE}" "${CMAKE_CROSSCOMPILING_EMULATOR}" "${consumer_flags}")
-set_tests_properties(package.exports package.samples package.consumer PROPERTIES TIMEOUT 600)
+set_tests_properties(package.exports package.samples package.consumer PROPERTIES TIMEOUT 600
+    ENVIRONMENT "${test_environment}")
