@@ -31,10 +31,11 @@ std::int64_t openFile(char const* path, int mode);
 /// Makes a file for writing, or empties the one that is there.
 std::int64_t openNewFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists);
 
-/// One call each. The number of bytes, which may be less than asked for, or -1.
+/// One call each, or as many as the system's limit takes. The number of bytes or -1; sizes beyond 32 bits are refused.
+/// Fewer bytes than asked for are all there was: the rest of the file, or what a pipe or a terminal had.
 std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size);
 
-/// A device that is full takes fewer bytes and is no failure.
+/// Goes on until all is written. A device that is full takes fewer bytes and is no failure.
 std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long size);
 
 /// The low 32 bits of the new position go to `position`. Positions beyond 32 bits are refused and nothing moves.
@@ -43,7 +44,7 @@ bool seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode, std:
 /// Sets the length, and the position to it.
 bool setFileSize(std::int64_t handle, unsigned long size);
 
-/// False for what closing has to report; `handle` is then still open, unless the system took it, and else closedHandle.
+/// False for what closing has to report; `handle` is then kept, open or unknown to the system, and else closedHandle.
 bool closeFile(std::int64_t& handle);
 
 /// For destructors: closes an open handle, whatever comes of it.

@@ -15,7 +15,9 @@ namespace Vn::System
 namespace
 {
 constexpr std::int64_t positionLimit = 0xFFFFFFFF;
-constexpr unsigned long callLimit = 0x7FFFF000;  ///< what the system moves in one call
+constexpr unsigned long sizeLimit = 0xFFFFFFFF;  ///< of one reading or writing
+/// For one call: less than the system moves at once, which depends on the size of its pages.
+constexpr unsigned long callLimit = 0x40000000;
 constexpr int waitsForNobody = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 int descriptorOf(std::int64_t handle)
@@ -57,6 +59,12 @@ bool refuseOverflow()
     errno = EOVERFLOW;
     return false;
 }
+
+std::int64_t refuseSize()
+{
+    errno = EOVERFLOW;
+    return -1;
+}
 }  // namespace
 
 std::int64_t openFile(char const* path, int mode)
@@ -74,14 +82,39 @@ std::int64_t openNewFile(char const* path, OsFileTypes::Permissions const& permi
 
 std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size)
 {
-    return Posix::retry([&] { return ::read(descriptorOf(handle), buffer, std::min(size, callLimit)); });
+    if (size > sizeLimit)
+        return refuseSize();
+    char* const bytes = static_cast<char*>(buffer);
+    unsigned long done = 0;
+    for (;;) {
+        const unsigned long wanted = std::min(size - done, callLimit);
+        const ::ssize_t count = Posix::retry([&] { return ::read(descriptorOf(handle), bytes + done, wanted); });
+        if (count == -1)
+            return -1;
+        done += static_cast<unsigned long>(count);
+        // Asked again, a pipe would wait for bytes that nobody promised.
+        if (static_cast<unsigned long>(count) < wanted || done == size)
+            return static_cast<std::int64_t>(done);
+    }
 }
 
 std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long size)
 {
-    const ::ssize_t written =
-        Posix::retry([&] { return ::write(descriptorOf(handle), buffer, std::min(size, callLimit)); });
-    return written == -1 && errno == ENOSPC ? 0 : written;
+    if (size > sizeLimit)
+        return refuseSize();
+    char const* const bytes = static_cast<char const*>(buffer);
+    unsigned long done = 0;
+    for (;;) {
+        const unsigned long wanted = std::min(size - done, callLimit);
+        const ::ssize_t count = Posix::retry([&] { return ::write(descriptorOf(handle), bytes + done, wanted); });
+        const bool isFull = count == 0 || (count == -1 && errno == ENOSPC);
+        if (count == -1 && !isFull)
+            return -1;
+        if (!isFull)
+            done += static_cast<unsigned long>(count);
+        if (isFull || done == size)
+            return static_cast<std::int64_t>(done);
+    }
 }
 
 bool seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode, std::int32_t& position)
@@ -116,7 +149,8 @@ bool closeFile(std::int64_t& handle)
     // closed first, and the file stays open behind ours if that has something to say.
     const int file = descriptorOf(handle);
     const int twin = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
-    if (twin != -1 && ::close(twin) != 0 && errno != EINTR)
+    const bool isUnknown = twin == -1 && errno == EBADF;
+    if (isUnknown || (twin != -1 && ::close(twin) != 0 && errno != EINTR))
         return false;
     handle = closedHandle;
     const bool isClosed = ::close(file) == 0 || errno == EINTR;

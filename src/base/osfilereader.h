@@ -11,7 +11,8 @@ namespace Vn
 
 class OsFile;
 
-/// Moves bytes from one open file to memory, a call of the system for each read and no buffer in between.
+/// Moves bytes from one open file to memory, a call of the system for each read (several for gigabytes) and no buffer
+/// in between.
 ///
 ///     Vn::OsFileReader reader(Vn::OsFilePath("frame.exr"));
 ///     while (const std::uint32_t count = reader.read(buffer, sizeof buffer))
@@ -33,14 +34,15 @@ public:
     OsFileReader(OsFileReader const&) = delete;
     OsFileReader& operator=(OsFileReader const&) = delete;
 
-    /// The number of bytes read, which the system may make less than `size`; 0 at the end of the file.
+    /// The number of bytes read: `size`, or what was left of the file or at hand in a pipe; 0 at the end. Sizes beyond 32
+    /// bits are refused.
     std::uint32_t read(void* buffer, unsigned long size);
 
     /// The low 32 bits of the new position. Any other `mode` counts from the start. A position before the start or
     /// beyond 32 bits is refused, and the position stays.
     std::int32_t seek(long offset, OsFileTypes::SeekMode mode);
 
-    /// If the system has a failure to report, the reader stays open.
+    /// If the system has a failure to report, the reader stays open; also if the system no longer knows its handle.
     void close();
 
     OsFilePath const& getPath() const { return _path; }

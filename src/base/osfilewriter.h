@@ -11,7 +11,8 @@ namespace Vn
 
 class OsFile;
 
-/// Moves bytes from memory to one open file, a call of the system for each write and no buffer in between.
+/// Moves bytes from memory to one open file, a call of the system for each write (several for gigabytes) and no buffer
+/// in between.
 ///
 ///     Vn::OsFileWriter writer(Vn::OsFilePath("frame.exr"), Vn::OsFileTypes::Permissions(), true);
 ///     if (writer.write(pixels, size) != size)
@@ -35,7 +36,8 @@ public:
     OsFileWriter(OsFileWriter const&) = delete;
     OsFileWriter& operator=(OsFileWriter const&) = delete;
 
-    /// The number of bytes written: less than `size` where the device is full, so compare them.
+    /// The number of bytes written: less than `size` where the device is full, so compare them. Any other failure is
+    /// thrown, also behind some gigabytes that were written. Sizes beyond 32 bits are refused.
     std::uint32_t write(void const* buffer, unsigned long size);
 
     /// As OsFileReader::seek().
@@ -45,7 +47,7 @@ public:
     /// on are refused, on Windows those from 0x80000000 on.
     void reserve(unsigned long size);
 
-    /// If the system has a failure to report, the writer stays open.
+    /// If the system has a failure to report, the writer stays open; also if the system no longer knows its handle.
     void close();
 
     OsFilePath const& getPath() const { return _path; }

@@ -5,7 +5,9 @@
 #include <base/osfilereader.h>
 #include <base/osfilewriter.h>
 
+#include "closebehind.h"
 #include "expectthrow.h"
+#include "largebuffer.h"
 #include "systemerror.h"
 #include "tempfolder.h"
 
@@ -23,6 +25,7 @@
 #    include "socketfile.h"
 
 #    include <fcntl.h>
+#    include <sys/mman.h>
 #    include <sys/stat.h>
 #    include <unistd.h>
 #endif
@@ -223,6 +226,21 @@ TEST(OsFileReader, aClosedReaderSaysWhateverErrnoHolds)
     expectClosed([&] { reader.close(); });
 }
 
+TEST(OsFileReader, aHandleThatTheSystemNoLongerKnowsIsKept)
+{
+    const TempFolder temp;
+    // The first text of the system's may open what it comes from, which would take the free number.
+    EXPECT_EQ(systemErrorOf([&] { OsFileReader reader(pathOf(temp.path("missing"))); }, systemSource), missing);
+    OsFileReader reader(pathOf(temp.file("file", "x")));
+    VnTest::closeBehind(reader);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(systemErrorOf([&] { reader.close(); }, systemSource), VnTest::unknownHandle);
+        char letter;
+        EXPECT_EQ(systemErrorOf([&] { reader.read(&letter, 1); }, systemSource), VnTest::unknownHandle)
+            << "open, as far as the reader knows";
+    }
+}
+
 TEST(OsFileReader, aReaderAndAWriterHoldOneFile)
 {
     const TempFolder temp;
@@ -297,6 +315,46 @@ TEST(OsFileReader, openingAPipeOrADeviceDoesNotWait)
     const std::string socketPath = temp.path("socket");
     const VnTest::SocketFile socket(socketPath);
     EXPECT_EQ(systemErrorOf([&] { OsFileReader refused(pathOf(socketPath)); }, systemSource), ENXIO);
+}
+
+TEST(OsFileReader, sizesBeyond32BitsAreRefused)
+{
+    const TempFolder temp;
+    OsFileReader reader(pathOf(temp.file("file", "abc")));
+    char letter = '?';
+    for (unsigned long size : {0x100000000UL, 0x100000001UL, ~0UL})
+        EXPECT_EQ(systemErrorOf([&] { reader.read(&letter, size); }, systemSource), EOVERFLOW);
+    EXPECT_EQ(letter, '?') << "nothing was read";
+    EXPECT_EQ(readUpTo(reader, 3), "abc");
+    reader.close();
+    EXPECT_THROW(reader.read(&letter, ~0UL), Vn::ExSysErrorANSI) << "a closed reader says that first";
+}
+
+TEST(OsFileReader, readsGigabytesInOneCall)
+{
+    // The same memory again and again, so that it takes little.
+    constexpr unsigned long size = 0xFFFFFFFF;
+    constexpr std::size_t blockSize = std::size_t{64} << 20;
+    const VnTest::LargeBuffer buffer(size + 1UL);
+    if (char const* const reason = VnTest::whyNoLargeBuffer(buffer))
+        GTEST_SKIP() << reason;
+    const int block = ::memfd_create("block", MFD_CLOEXEC);
+    ASSERT_EQ(::ftruncate(block, blockSize), 0);
+    char* const bytes = static_cast<char*>(buffer.get());
+    for (std::size_t at = 0; at < size; at += blockSize)
+        ASSERT_EQ(::mmap(bytes + at, blockSize, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, block, 0),
+                  bytes + at);
+    ::close(block);
+    // A file that takes no room, with more in it than the system moves in one call.
+    constexpr std::uint32_t length = 0x80000005;
+    const int hole = ::memfd_create("hole", MFD_CLOEXEC);
+    ASSERT_EQ(::ftruncate(hole, length), 0);
+    ASSERT_EQ(::pwrite(hole, "end", 3, length - 3), 3);
+    OsFileReader reader(pathOf("/proc/self/fd/" + std::to_string(hole)));
+    EXPECT_EQ(reader.read(bytes, size), length) << "up to the end";
+    EXPECT_EQ(std::string(bytes + length - 3, 3), "end");
+    EXPECT_EQ(reader.read(bytes, size), 0U);
+    ::close(hole);
 }
 
 TEST(OsFileReader, aBlockThatIsNoMemoryIsAnError)

@@ -3,7 +3,9 @@
 #include <base/osfileex.h>
 #include <base/osfilewriter.h>
 
+#include "closebehind.h"
 #include "expectthrow.h"
+#include "largebuffer.h"
 #include "systemerror.h"
 #include "tempfolder.h"
 
@@ -184,7 +186,50 @@ TEST(OsFileWriter, aClosedWriterSaysWhateverErrnoHolds)
     EXPECT_EQ(contentOf(temp.path("file")), "");
 }
 
+TEST(OsFileWriter, aHandleThatTheSystemNoLongerKnowsIsKept)
+{
+    const TempFolder temp;
+    // The first text of the system's may open what it comes from, which would take the free number.
+    EXPECT_EQ(systemErrorOf([&] { OsFileWriter writer(pathOf(temp.path("a/b")), usual, true); }, systemSource),
+              missingFolder);
+    OsFileWriter writer(pathOf(temp.path("file")), usual, true);
+    VnTest::closeBehind(writer);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(systemErrorOf([&] { writer.close(); }, systemSource), VnTest::unknownHandle);
+        EXPECT_EQ(systemErrorOf([&] { writer.write("x", 1); }, systemSource), VnTest::unknownHandle)
+            << "open, as far as the writer knows";
+    }
+}
+
+TEST(OsFileWriter, writesGigabytesInOneCall)
+{
+    const VnTest::LargeBuffer buffer(0x100000000);
+    if (char const* const reason = VnTest::whyNoLargeBuffer(buffer))
+        GTEST_SKIP() << reason;
+#if defined(_WIN32)
+    OsFileWriter writer(OsFilePath("NUL"), usual, false);
+#else
+    OsFileWriter writer(OsFilePath("/dev/null"), usual, false);
+#endif
+    // A gigabyte, twice that, the most that Linux moves in one call, and the most that the interface holds.
+    for (unsigned long size :
+         {0x3FFFFFFFUL, 0x40000000UL, 0x40000001UL, 0x7FFFF000UL, 0x7FFFF001UL, 0x80000000UL, 0xFFFFFFFFUL})
+        EXPECT_EQ(writer.write(buffer.get(), size), size);
+}
+
 #if !defined(_WIN32)
+TEST(OsFileWriter, sizesBeyond32BitsAreRefused)
+{
+    const TempFolder temp;
+    OsFileWriter writer(pathOf(temp.path("file")), usual, true);
+    for (unsigned long size : {0x100000000UL, 0x100000001UL, ~0UL})
+        EXPECT_EQ(systemErrorOf([&] { writer.write("abc", size); }, systemSource), EOVERFLOW);
+    EXPECT_EQ(contentOf(temp.path("file")), "");
+    EXPECT_EQ(writer.seek(0, OsFileTypes::FromCurrent), 0);
+    writer.close();
+    EXPECT_THROW(writer.write("abc", ~0UL), Vn::ExSysErrorANSI) << "a closed writer says that first";
+}
+
 TEST(OsFileWriter, permissionsApplyUnderTheMask)
 {
     const TempFolder temp;

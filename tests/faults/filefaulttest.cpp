@@ -2,6 +2,7 @@
 #include "memory.h"
 #include "systemcalls.h"
 
+#include "largebuffer.h"
 #include "systemerror.h"
 #include "tempfolder.h"
 
@@ -257,11 +258,53 @@ TEST_F(FileFault, shortTransfersCopyTheWhole)
 {
     VnTest::makeTransfersShort(true);
     char bytes[4];
-    EXPECT_EQ(OsFileReader(at("file")).read(bytes, 4), 1U) << "one call each";
-    EXPECT_EQ(OsFileWriter(at("written"), usual, true).write("abcd", 4), 1U);
+    EXPECT_EQ(OsFileReader(at("file")).read(bytes, 4), 1U) << "as from a pipe that has no more";
+    EXPECT_EQ(OsFileWriter(at("written"), usual, true).write("abcd", 4), 4U);
     file("file").copyTo(at("copy"));
     VnTest::makeTransfersShort(false);
+    EXPECT_EQ(contentOf(temp.path("written")), "abcd");
     EXPECT_EQ(contentOf(temp.path("copy")), std::string(0x18000, 'f'));
+}
+
+TEST_F(FileFault, aShortWriteGoesOnUntilTheDeviceIsFullOrTheSystemRefuses)
+{
+    OsFileWriter writer(at("written"), usual, true);
+    VnTest::makeTransfersShort(true);
+    {
+        const FailingCall failing("write", ENOSPC, 2);
+        EXPECT_EQ(writer.write("abcd", 4), 2U);
+    }
+    {
+        const FailingCall failing("write", EIO, 3);
+        EXPECT_EQ(systemErrorOf([&] { writer.write("efgh", 4); }, "src/base/osfilewriterwindows"), EIO);
+    }
+    {
+        const FailingCall failing("write", EINTR, 1, 3);
+        EXPECT_EQ(writer.write("ijk", 3), 3U);
+    }
+    VnTest::makeTransfersShort(false);
+    EXPECT_EQ(contentOf(temp.path("written")), "abefgijk") << "what was moved stays, and the position behind it";
+}
+
+TEST_F(FileFault, gigabytesAreMovedInSeveralCalls)
+{
+    const VnTest::LargeBuffer buffer(0x100000000);
+    if (char const* const reason = VnTest::whyNoLargeBuffer(buffer))
+        GTEST_SKIP() << reason;
+    constexpr unsigned long gigabyte = 0x40000000;
+    OsFileWriter writer(OsFilePath("/dev/null"), usual, false);
+    {
+        const FailingCall failing("write", ENOSPC, 3);
+        EXPECT_EQ(writer.write(buffer.get(), 0xFFFFFFFF), 3 * gigabyte);
+    }
+    {
+        const FailingCall failing("write", EIO, 3);
+        EXPECT_EQ(systemErrorOf([&] { writer.write(buffer.get(), 0xFFFFFFFF); }, "src/base/osfilewriterwindows"),
+                  EIO);
+    }
+    const FailingCall failing("write", EIO, 4);
+    EXPECT_EQ(writer.write(buffer.get(), 0xFFFFFFFF), 0xFFFFFFFFU) << "four calls";
+    EXPECT_EQ(VnTest::stopFailingCalls(), 0);
 }
 
 TEST_F(FileFault, aCopyThatFailsLeavesWhatWasCopied)
