@@ -113,7 +113,7 @@ void Scanner::listFolder(Waiting const& folder)
     VN_TRACE(traceLevel, (folder.name.empty() ? "." : folder.name) << ": " << owned.size());
 }
 
-void Scanner::takeChild(Vn::OsFile const& child, Waiting const& folder)
+void Scanner::takeChild(Vn::OsFile& child, Waiting const& folder)
 {
     const std::string name = pathBelow(folder.name, child.getPath().getBaseName().getChars());
     char const* const path = child.getPath().getChars();
@@ -213,7 +213,7 @@ void Scanner::printLargest(std::ostream& stream, std::size_t count) const
                       });
     files.resize(count);
     for (Findings::File const& found : files) {
-        const Vn::OsFile file(Vn::OsFilePath(pathBelow(_root, found.name).c_str()));
+        Vn::OsFile file(Vn::OsFilePath(pathBelow(_root, found.name).c_str()));
         const std::string owner = file.getOwner().get();
         const Vn::ObjPtr<Vn::OsDateTypes::DateRep> modified(file.getLastModificationTime());
         stream << std::setw(14) << found.bytes << "  " << textOf(*modified) << "  " << std::left << std::setw(12)

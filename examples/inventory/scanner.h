@@ -107,7 +107,7 @@ private:
 
     void walk();
     void listFolder(Waiting const& folder);
-    void takeChild(Vn::OsFile const& child, Waiting const& folder);
+    void takeChild(Vn::OsFile& child, Waiting const& folder);
     void readFiles();
     void tellProgress();
 

@@ -34,6 +34,12 @@ void requireExisting(OsFile const& file, int line)
         throw OsFileEx::ExInvalidPath(sourceName, line, file.getPath().getChars());
 }
 
+/// The interface lets a subclass keep the answer, so getType() isn't const; what asks by it is.
+OsFileTypes::ElementType typeOf(OsFile const& file)
+{
+    return const_cast<OsFile&>(file).getType();
+}
+
 void requireSuccess(bool isDone, int line)
 {
     if (!isDone)
@@ -72,7 +78,7 @@ OsFile::OsFile(OsFilePath const& path) : _path(path) {}
 
 OsFile::~OsFile() = default;
 
-ArrayPtrRet<char> OsFile::getOwner() const
+ArrayPtrRet<char> OsFile::getOwner()
 {
     requireExisting(*this, __LINE__);
     return performGetOwner();
@@ -84,19 +90,19 @@ std::uint32_t OsFile::getSize() const
     return performGetSize();
 }
 
-ObjPtrRet<OsDateTypes::DateRep> OsFile::getLastModificationTime() const
+ObjPtrRet<OsDateTypes::DateRep> OsFile::getLastModificationTime()
 {
     requireExisting(*this, __LINE__);
     return performGetLastModificationTime();
 }
 
-ObjPtrRet<OsDateTypes::DateRep> OsFile::getLastAccessTime() const
+ObjPtrRet<OsDateTypes::DateRep> OsFile::getLastAccessTime()
 {
     requireExisting(*this, __LINE__);
     return performGetLastAccessTime();
 }
 
-ObjPtrRet<OsFileTypes::UnbufferedInfo> OsFile::getUnbufferedInfo() const
+ObjPtrRet<OsFileTypes::UnbufferedInfo> OsFile::getUnbufferedInfo()
 {
     requireExisting(*this, __LINE__);
     return performGetUnbufferedInfo();
@@ -134,12 +140,12 @@ bool OsFile::isWritable() const
 
 bool OsFile::isFile() const
 {
-    return getType() == OsFileTypes::RegularFile;
+    return typeOf(*this) == OsFileTypes::RegularFile;
 }
 
 bool OsFile::isDirectory() const
 {
-    return getType() == OsFileTypes::Directory;
+    return typeOf(*this) == OsFileTypes::Directory;
 }
 
 bool OsFile::isSymLink() const
@@ -148,7 +154,7 @@ bool OsFile::isSymLink() const
     return OsFsUtils::isSymLink(_path.getChars());
 }
 
-OsFileTypes::ElementType OsFile::getType() const
+OsFileTypes::ElementType OsFile::getType()
 {
     requireExisting(*this, __LINE__);
     return performGetType();
@@ -181,7 +187,7 @@ void OsFile::copyTo(OsFilePath const& target)
     requirePath(target, __LINE__);
     OsFilePath workingCopy(target);
     if (OsFsUtils::fileExists(target.getChars())) {
-        const OsFile existing(target);
+        OsFile existing(target);
         if (existing.getType() == OsFileTypes::Directory)
             workingCopy += getPath().getBaseName();
         else if (!existing.isWritable())

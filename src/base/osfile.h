@@ -22,6 +22,9 @@ namespace Vn
 /// between a question and the act that follows. Symbolic links are followed, but removing and renaming take the link.
 /// An empty path throws OsFileEx::ExNullFilePath, a question about a path at which nothing stands
 /// OsFileEx::ExInvalidPath, and what the system refuses ExSysErrorWindows with its code. One thread at a time.
+///
+/// Which questions are const is part of the interface that subclasses override: a class that keeps answers may change
+/// in those that aren't. Those of this class change nothing.
 /// Tests: tests/base/osfiletest.cpp.
 class VN_BASE_EXPORT OsFile
 {
@@ -30,18 +33,18 @@ public:
     virtual ~OsFile();
 
     /// Name of the owner, or its number in decimal where it has no name; "" on Windows.
-    virtual ArrayPtrRet<char> getOwner() const;
+    virtual ArrayPtrRet<char> getOwner();
 
     /// The low 32 bits of the size in bytes. A size whose low bits are all set is refused.
     virtual std::uint32_t getSize() const;
 
     /// In whole seconds, UTC; all bits set if the system's time is none that a date can hold.
-    virtual ObjPtrRet<OsDateTypes::DateRep> getLastModificationTime() const;
-    virtual ObjPtrRet<OsDateTypes::DateRep> getLastAccessTime() const;
+    virtual ObjPtrRet<OsDateTypes::DateRep> getLastModificationTime();
+    virtual ObjPtrRet<OsDateTypes::DateRep> getLastAccessTime();
 
     /// What input and output past the system's cache would need: 0, 0 and 0x7FFFFFFF. Throws
     /// OsFileEx::ExNoRemoteUnbuffered for what lies on another machine.
-    virtual ObjPtrRet<OsFileTypes::UnbufferedInfo> getUnbufferedInfo() const;
+    virtual ObjPtrRet<OsFileTypes::UnbufferedInfo> getUnbufferedInfo();
 
     /// A sum of 1 (may be read) and 2 (may be written), 0 for a directory and where nothing stands. On Windows what
     /// somebody else holds open counts as neither.
@@ -49,14 +52,15 @@ public:
     virtual bool isReadable() const;
     virtual bool isWritable() const;
 
-    /// By getType(), so these throw where nothing stands; OsFsUtils has questions that don't.
+    /// By getType(), so these throw where nothing stands; OsFsUtils has questions that don't. On a const object, too,
+    /// they call the getType() of a subclass, which isn't const.
     virtual bool isFile() const;
     virtual bool isDirectory() const;
 
     /// Throws for a link to nothing, as nothing stands there.
     virtual bool isSymLink() const;
 
-    virtual OsFileTypes::ElementType getType() const;
+    virtual OsFileTypes::ElementType getType();
 
     virtual bool exists() const;
 
@@ -65,7 +69,8 @@ public:
 
     virtual void remove();
 
-    /// Moves what stands here, and this object's path along. What stands at `target` is never replaced.
+    /// Moves what stands here, and this object's path along. What stands at `target` is refused and never replaced, be
+    /// it the own path. On Windows only the case of the own name may change.
     virtual void renameTo(OsFilePath const& target);
 
     /// Copies the bytes to `target`, replacing the file there from its first byte, or into it under the own name if it

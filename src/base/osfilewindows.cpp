@@ -9,6 +9,8 @@
 #include <stdio.h>
 
 #include <memory>
+#include <string>
+#include <string_view>
 
 namespace Vn::System
 {
@@ -55,6 +57,32 @@ bool readFileTime(char const* path, FileTime which, FILETIME& time)
     const bool isAccess = which == FileTime::LastAccess;
     return file.isOpen() &&
            ::GetFileTime(file.get(), nullptr, isAccess ? &time : nullptr, isAccess ? nullptr : &time);
+}
+
+/// False as well if either is missing.
+bool isSameElement(char const* path, char const* other)
+{
+    FileIdentity identity;
+    FileIdentity otherIdentity;
+    return identify(path, identity) && identify(other, otherIdentity) && identity == otherIdentity;
+}
+
+/// What stands behind the last separator that has a name behind it.
+std::string_view leafOf(std::string_view path)
+{
+    constexpr std::string_view separators = "\\/:";
+    while (!path.empty() && separators.find(path.back()) != std::string_view::npos)
+        path.remove_suffix(1);
+    const std::size_t last = path.find_last_of(separators);
+    return last == std::string_view::npos ? path : path.substr(last + 1);
+}
+
+/// Whether two paths differ in the upper and lower case of their last name, which renaming can change.
+bool isOtherSpelling(char const* path, char const* other)
+{
+    const std::string leaf(leafOf(path));
+    const std::string otherLeaf(leafOf(other));
+    return leaf != otherLeaf && ::lstrcmpiA(leaf.c_str(), otherLeaf.c_str()) == 0;
 }
 }  // namespace
 
@@ -130,6 +158,11 @@ bool removeFile(char const* path)
 
 bool renameFile(char const* path, char const* target)
 {
+    // The system takes a file's own path for done.
+    if (isSameElement(path, target) && !isOtherSpelling(path, target)) {
+        ::SetLastError(ERROR_ALREADY_EXISTS);
+        return false;
+    }
     return ::rename(path, target) == 0;
 }
 
