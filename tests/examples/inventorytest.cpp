@@ -201,6 +201,19 @@ TEST_F(InventoryTest, copiesWhatItFoundAndComparesIt)
     fs::remove_all(copy);
 }
 
+TEST_F(InventoryTest, aTargetThatCantBeMadeIsNamedWithTheReason)
+{
+    const std::string target = (root / "a.txt/copy").string();
+    const ChildRun result = run({"-c", target});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(std::regex_match(result.err, std::regex("inventory: can't make the folder .+copy: [^\n]+\n")))
+        << result.err;
+    EXPECT_NE(result.err.find(" " + target + ": "), std::string::npos) << result.err;
+    const std::string taken = (root / "a.txt").string();
+    EXPECT_EQ(run({"-c", taken}).err,
+              "inventory: can't make the folder " + taken + ": A regular file with the same path name exists.\n");
+}
+
 TEST_F(InventoryTest, aCopyIntoItselfEnds)
 {
     const ChildRun result = run({"-c", (root / "sub/copy").string()});
