@@ -273,6 +273,22 @@ TEST_F(InventoryTest, goesOnPastWhatCantBeRead)
 }
 #endif
 
+#if !defined(_WIN32)
+TEST_F(InventoryTest, aPackageThatNobodyRegistersIsNamedAsSourcesWriteIt)
+{
+    const ChildRun result = inventory({root.string()})
+                                .with("LD_PRELOAD", VnTest::getProgramFolder() + "/libVNteststray.so")
+                                // The preloaded library comes before the sanitizer's own.
+                                .with("ASAN_OPTIONS", "verify_asan_link_order=0")
+                                .run();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "inventory: nothing in this process registers the package VnInit::absent, which another "
+                          "package needs; link or load the library that has it\n");
+    EXPECT_EQ(result.out.substr(0, result.out.find('\n')),
+              "Initialisation failed: Init Package not registered: 'N2Vn6InInitIN6VnInit6absentEEE'.");
+}
+#endif
+
 TEST_F(InventoryTest, helpIsNoFailure)
 {
     for (char const* option : {"-h", "--help", "-ah"}) {
