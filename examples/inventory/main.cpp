@@ -219,6 +219,10 @@ int main(int argc, char** argv)
     } catch (WrongUse const& wrong) {
         std::cerr << "inventory: " << wrong.what() << "; inventory -h tells more\n";
         return wronglyUsed;
+    } catch (Vn::InEx::ExPackageNotRegistered const& failure) {
+        std::cerr << "inventory: nothing in this process registers the package " << failure.getPackageTag()
+                  << ", which another package needs; link or load the library that has it\n";
+        return failed;
     } catch (std::exception const& failure) {
         std::cerr << "inventory: " << failure.what() << "\n";
         return failed;

@@ -46,6 +46,21 @@ std::string suffixOf(std::string const& name)
     const Vn::ArrayPtr<char> extension = Vn::OsFilePath(name.c_str()).getExtension();
     return *extension.get() == '\0' ? "(none)" : std::string(".") + extension.get();
 }
+
+/// Or why that can't be told: the file may have gone since it was read.
+std::string timeAndOwnerOf(std::string const& path)
+{
+    try {
+        Vn::OsFile file(Vn::OsFilePath(path.c_str()));
+        const Vn::ObjPtr<Vn::OsDateTypes::DateRep> modified(file.getLastModificationTime());
+        const std::string owner = file.getOwner().get();
+        std::string text = textOf(*modified) + "  " + (owner.empty() ? "(not told)" : owner);
+        text.resize(std::max<std::size_t>(text.size(), 33), ' ');
+        return text;
+    } catch (Vn::ExBase const& failure) {
+        return failure.getReason();
+    }
+}
 }  // namespace
 
 bool VisibleFilter::filter(Vn::OsFilePath const& path) const
@@ -213,12 +228,9 @@ void Scanner::printLargest(std::ostream& stream, std::size_t count) const
                       });
     files.resize(count);
     for (Findings::File const& found : files) {
-        Vn::OsFile file(Vn::OsFilePath(pathBelow(_root, found.name).c_str()));
-        const std::string owner = file.getOwner().get();
-        const Vn::ObjPtr<Vn::OsDateTypes::DateRep> modified(file.getLastModificationTime());
-        stream << std::setw(14) << found.bytes << "  " << textOf(*modified) << "  " << std::left << std::setw(12)
-               << (owner.empty() ? "(not told)" : owner) << std::right << "  " << std::hex << std::setfill('0')
-               << std::setw(16) << found.checksum << std::dec << std::setfill(' ') << "  " << found.name << "\n";
+        stream << std::setw(14) << found.bytes << "  " << timeAndOwnerOf(pathBelow(_root, found.name)) << "  "
+               << std::hex << std::setfill('0') << std::setw(16) << found.checksum << std::dec << std::setfill(' ')
+               << "  " << found.name << "\n";
     }
 }
 

@@ -6,13 +6,27 @@
 #include <base/osfile.h>
 #include <base/osfsutils.h>
 
+#include <stdexcept>
+
 namespace Inventory
 {
+namespace
+{
+/// The system's text says why and not where.
+void makeFolder(std::string const& path)
+{
+    try {
+        Vn::OsFsUtils::createDir(path.c_str(), true);
+    } catch (Vn::ExBase const& failure) {
+        throw std::runtime_error("can't make the folder " + path + ": " + failure.getReason());
+    }
+}
+}  // namespace
 
 CopyResult copyTree(Findings const& findings, std::string const& folder, std::string const& target)
 {
     CopyResult result;
-    Vn::OsFsUtils::createDir(target.c_str(), true);
+    makeFolder(target);
     const auto attempt = [&result](std::string const& name, std::size_t& count, auto const& act) {
         try {
             if (act())

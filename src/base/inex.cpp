@@ -1,12 +1,41 @@
 #include <base/inex.h>
 
+#include <base/duplicatestring.h>
 #include <base/exreasontext_p.h>
+
+#include <cxxabi.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
 
 namespace Vn
 {
 namespace
 {
 constexpr int nameLimit = 256;  ///< characters of a name that a message shows
+
+/// A run-time type name as the source writes the type, or as it is if it can't be read.
+std::string readableName(char const* typeName)
+{
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(typeName, nullptr, nullptr, &status),
+                                                           &std::free);
+    return name != nullptr ? name.get() : typeName;
+}
+
+/// What `InInit<` and `>` enclose.
+std::string_view tagOf(std::string_view type)
+{
+    constexpr std::string_view start = "Vn::InInit<";
+    if (!type.starts_with(start) || !type.ends_with('>'))
+        return type;
+    type.remove_prefix(start.size());
+    type.remove_suffix(1);
+    return type;
+}
 }  // namespace
 
 InEx::InEx(char const* file, int line) : ExBase(file, line) {}
@@ -16,6 +45,12 @@ InEx::ExPackageNotRegistered::ExPackageNotRegistered(char const* file, int line,
 {
     setReason(
         ExReasonText("Init Package not registered: '%.*s'.", nameLimit, ExReasonText::orEmpty(package)).get());
+    std::snprintf(_package, sizeof _package, "%s", ExReasonText::orEmpty(package));
+}
+
+ArrayPtrRet<char> InEx::ExPackageNotRegistered::getPackageTag() const
+{
+    return duplicateString(std::string(tagOf(readableName(_package))).c_str());
 }
 
 VN_EX_DEFINE_MEMBERS(InEx::ExPackageNotRegistered);

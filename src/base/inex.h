@@ -1,5 +1,6 @@
 #pragma once
 
+#include <base/arrayptr.h>
 #include <base/exbase.h>
 
 #include <stdexcept>
@@ -32,13 +33,20 @@ protected:
     InEx(char const* file, int line);
 };
 
-/// A package names a dependency, by its run-time type name, that nobody registered.
+/// A package names a dependency that nobody registered. The reason has its run-time type name, as the compiler writes it.
 class VN_BASE_EXPORT InEx::ExPackageNotRegistered : public std::runtime_error, public InEx
 {
 public:
     ExPackageNotRegistered(char const* file, int line, char const* package);
 
+    /// The missing package as sources write its tag, for a program's message: "VnInit::palette". A type that is no
+    /// InInit<Tag> has its own name; what is no run-time type name, or one of over 511 characters, stays as it is.
+    ArrayPtrRet<char> getPackageTag() const;
+
     VN_EX_MEMBERS();
+
+private:
+    char _package[512];
 };
 
 /// Packages depend on each other in a ring; InInitMgr::reportCycles() tells which.

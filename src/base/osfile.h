@@ -23,8 +23,8 @@ namespace Vn
 /// An empty path throws OsFileEx::ExNullFilePath, a question about a path at which nothing stands
 /// OsFileEx::ExInvalidPath, and what the system refuses ExSysErrorWindows with its code. One thread at a time.
 ///
-/// Which questions are const is part of the interface that subclasses override: a class that keeps answers may change in
-/// those that aren't. Those of this class change nothing.
+/// Which questions are const is part of the interface that subclasses override: a class that keeps answers may change
+/// in those that aren't. Those of this class change nothing.
 /// Tests: tests/base/osfiletest.cpp.
 class VN_BASE_EXPORT OsFile
 {
@@ -69,8 +69,8 @@ public:
 
     virtual void remove();
 
-    /// Moves what stands here, and this object's path along. What stands at `target` is never replaced; that is so for
-    /// the own path, too, by whatever name. On Windows another spelling of the own name, by upper and lower case, is taken.
+    /// Moves what stands here, and this object's path along. What stands at `target` is refused and never replaced, be
+    /// it the own path. On Windows only the case of the own name may change.
     virtual void renameTo(OsFilePath const& target);
 
     /// Copies the bytes to `target`, replacing the file there from its first byte, or into it under the own name if it

@@ -11,8 +11,8 @@ namespace Vn
 
 class OsFile;
 
-/// Moves bytes from one open file to memory, a call of the system for each read (several for gigabytes) and no buffer in
-/// between.
+/// Moves bytes from one open file to memory, a call of the system for each read (several for gigabytes) and no buffer
+/// in between.
 ///
 ///     Vn::OsFileReader reader(Vn::OsFilePath("frame.exr"));
 ///     while (const std::uint32_t count = reader.read(buffer, sizeof buffer))

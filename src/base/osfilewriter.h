@@ -11,8 +11,8 @@ namespace Vn
 
 class OsFile;
 
-/// Moves bytes from memory to one open file, a call of the system for each write (several for gigabytes) and no buffer in
-/// between.
+/// Moves bytes from memory to one open file, a call of the system for each write (several for gigabytes) and no buffer
+/// in between.
 ///
 ///     Vn::OsFileWriter writer(Vn::OsFilePath("frame.exr"), Vn::OsFileTypes::Permissions(), true);
 ///     if (writer.write(pixels, size) != size)

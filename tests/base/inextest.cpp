@@ -1,4 +1,5 @@
 #include <base/inex.h>
+#include <base/inpackages.h>
 #include <base/insingletonex.h>
 
 #include "expectthrow.h"
@@ -9,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 
 using Vn::InEx;
 using VnTest::expectThrow;
@@ -64,6 +66,24 @@ TEST(InEx, messagesWithAName)
         "Trying to re-create an already existing Context Alias: '", "'.");
     expectMessage<InEx::ExVariableAlreadyInitialized, std::logic_error>(
         "Trying to override an InVariable that is already initialized: '", "'.");
+}
+
+TEST(InEx, aMissingPackageIsNamedByItsTag)
+{
+    const auto tagOf = [](char const* typeName) {
+        const InEx::ExPackageNotRegistered failure(file, 1, typeName);
+        const InEx::ExPackageNotRegistered copied(failure);
+        return std::string(copied.getPackageTag().get());
+    };
+    EXPECT_EQ(tagOf(typeid(Vn::InInit<VnInit::base>).name()), "VnInit::base");
+    EXPECT_EQ(tagOf(typeid(Vn::InEx).name()), "Vn::InEx") << "no InInit";
+    EXPECT_EQ(tagOf("not a type's name"), "not a type's name");
+    EXPECT_EQ(tagOf(""), "");
+    EXPECT_EQ(tagOf(nullptr), "");
+    EXPECT_EQ(tagOf(std::string(3000, '?').c_str()), std::string(511, '?'));
+    const InEx::ExPackageNotRegistered failure(file, 1, typeid(Vn::InInit<VnInit::base>).name());
+    EXPECT_EQ(failure.getReason(),
+              std::string("Init Package not registered: '") + typeid(Vn::InInit<VnInit::base>).name() + "'.");
 }
 
 TEST(InEx, messageWithDescriptionAndKey)

@@ -201,6 +201,19 @@ TEST_F(InventoryTest, copiesWhatItFoundAndComparesIt)
     fs::remove_all(copy);
 }
 
+TEST_F(InventoryTest, aTargetThatCantBeMadeIsNamedWithTheReason)
+{
+    const std::string target = (root / "a.txt/copy").string();
+    const ChildRun result = run({"-c", target});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(std::regex_match(result.err, std::regex("inventory: can't make the folder .+copy: [^\n]+\n")))
+        << result.err;
+    EXPECT_NE(result.err.find(" " + target + ": "), std::string::npos) << result.err;
+    const std::string taken = (root / "a.txt").string();
+    EXPECT_EQ(run({"-c", taken}).err,
+              "inventory: can't make the folder " + taken + ": A regular file with the same path name exists.\n");
+}
+
 TEST_F(InventoryTest, aCopyIntoItselfEnds)
 {
     const ChildRun result = run({"-c", (root / "sub/copy").string()});
@@ -257,6 +270,22 @@ TEST_F(InventoryTest, goesOnPastWhatCantBeRead)
     EXPECT_NE(section(result.out, "Inventory of").find("  .txt                           4 "), std::string::npos)
         << "a link counts and isn't followed";
     EXPECT_FALSE(fs::exists(root / "copy/link.txt"));
+}
+#endif
+
+#if !defined(_WIN32)
+TEST_F(InventoryTest, aPackageThatNobodyRegistersIsNamedAsSourcesWriteIt)
+{
+    const ChildRun result = inventory({root.string()})
+                                .with("LD_PRELOAD", VnTest::getProgramFolder() + "/libVNteststray.so")
+                                // The preloaded library comes before the sanitizer's own.
+                                .with("ASAN_OPTIONS", "verify_asan_link_order=0")
+                                .run();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "inventory: nothing in this process registers the package VnInit::absent, which another "
+                          "package needs; link or load the library that has it\n");
+    EXPECT_EQ(result.out.substr(0, result.out.find('\n')),
+              "Initialisation failed: Init Package not registered: 'N2Vn6InInitIN6VnInit6absentEEE'.");
 }
 #endif
 
