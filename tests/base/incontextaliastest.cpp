@@ -331,6 +331,7 @@ VN_CHILD(manyOptions)
         InInitMgr::getInstance().initialize(one, vector);
     }
     std::cout << std::equal(unbound.begin(), unbound.end(), arguments.begin(), arguments.end()) << "\n";
+    stop();
     return 0;
 }
 
