@@ -17,6 +17,8 @@ namespace Vn
 /// Threads: one thread at a time, shared sources included.
 /// Ownership: sources are held by plain pointer and must outlive the generator. T is float or
 /// double.
+/// See also: docs/sampling.md, "Choosing a source"; RnSeparableBiRng, which makes points of any
+/// RnRng.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T>
 class RnBiRng

@@ -21,6 +21,7 @@ namespace Vn
 /// Threads: one thread at a time, together with the source.
 /// Ownership: the source is not owned and must outlive this object.
 /// Edges: the source's points should lie in the unit square; that is not checked.
+/// See also: RnUniformHemisphericalRng, for an even density.
 /// Tests: tests/base/rnsphericaltest.cpp.
 template <class T>
 class RnCosineHemisphericalRng : public RnHemisphericalRng<T>

@@ -22,6 +22,7 @@ namespace Vn
 ///     0.5 twice                  ->  not-a-number: the pair (0, 0) has no direction
 ///     65,536 unusable pairs      ->  not-a-number; a uniform source needs 1.27 pairs on average
 ///
+/// See also: RnHistogramRng, for a distribution without a formula.
 /// Tests: tests/base/rndistributiontest.cpp.
 template <class T>
 class RnGaussianRng : public RnRng<T>
@@ -64,6 +65,8 @@ public:
 
     /// The density of the normal distribution: 0.3989 / sigma at the mean, above 0 everywhere,
     /// until it underflows.
+    ///
+    ///     mean 0, sigma 1:  x = 0 -> 0.3989;  x = 1 or -1 -> 0.2420;  infinity -> 0
     T getPdf(T x) const override;
 
     /// Restarts the source and nothing else. The second number of the last pair, if it waits, comes

@@ -15,6 +15,7 @@ namespace Vn
 ///
 /// Each operation is that of RnHaltonMultiRng, and so are its promises for threads, ownership and
 /// edges.
+/// See also: RnHammersleyBiRng, for a known number of points.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T>
 class RnHaltonBiRng : public RnBiRng<T>
@@ -39,10 +40,10 @@ public:
 
     /// The efficient range is [0, 1] in both coordinates, with all of the probability in it.
     /// @{
-    void getEfficientWidth(T& x, T& y) const override;
-    void getEfficientMin(T& x, T& y) const override;
-    void getEfficientMax(T& x, T& y) const override;
-    T getEfficientFraction() const override { return _multiRng.getEfficientFraction(); }
+    void getEfficientWidth(T& x, T& y) const override { x = y = T(1); }
+    void getEfficientMin(T& x, T& y) const override { x = y = T(0); }
+    void getEfficientMax(T& x, T& y) const override { x = y = T(1); }
+    T getEfficientFraction() const override { return T(1); }
     /// @}
 
     /// 1 where both coordinates are from 0 up to below 1; otherwise 0.

@@ -21,6 +21,7 @@ namespace Vn
 /// Ownership: none.
 /// Edges: nothing throws. Bases are not checked; 0 and 1 give 0 in their dimension, and equal bases
 /// give equal coordinates. N is 2 or 3.
+/// See also: RnNiederreiterMultiRng, for four dimensions.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T, int N>
 class RnHaltonMultiRng : public RnMultiRng<T, N>

@@ -15,6 +15,7 @@ namespace Vn
 ///
 /// Each operation is that of RnHammersleyMultiRng, the difference between getSample() and
 /// getSequence() included, and so are its promises for threads, ownership and edges.
+/// See also: RnHaltonBiRng, for any number of points.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T>
 class RnHammersleyBiRng : public RnBiRng<T>
@@ -31,7 +32,8 @@ public:
 
     ~RnHammersleyBiRng() override;
 
-    /// The next point; after the last one of the set, the ramp begins again.
+    /// The next point; after the last one of the set, the ramp begins again. The second pass has
+    /// the same x and new y.
     void getSample(T& x, T& y) override;
 
     /// Begins at the foot of the ramp in each call; see RnHammersleyMultiRng.
@@ -42,10 +44,10 @@ public:
 
     /// The efficient range is [0, 1] in both coordinates, with all of the probability in it.
     /// @{
-    void getEfficientWidth(T& x, T& y) const override;
-    void getEfficientMin(T& x, T& y) const override;
-    void getEfficientMax(T& x, T& y) const override;
-    T getEfficientFraction() const override { return _multiRng.getEfficientFraction(); }
+    void getEfficientWidth(T& x, T& y) const override { x = y = T(1); }
+    void getEfficientMin(T& x, T& y) const override { x = y = T(0); }
+    void getEfficientMax(T& x, T& y) const override { x = y = T(1); }
+    T getEfficientFraction() const override { return T(1); }
     /// @}
 
     /// 1 where both coordinates are from 0 up to below 1; otherwise 0.
@@ -62,12 +64,12 @@ public:
     char const* getName() const override { return _multiRng.getName(); }
 
     /// Writes the base in use to `prime`.
-    void getPrimeNumbers(unsigned int& prime) const;
+    void getPrimeNumbers(unsigned int& prime) const { _multiRng.getPrimeNumbers(&prime); }
 
     /// Sets the base for y. The position stays; call restart() to begin the set anew.
     ///
     ///     length 4, after 2 points: setPrimeNumbers(3)  ->  (0.625, 1/9) comes next
-    void setPrimeNumbers(unsigned int prime);
+    void setPrimeNumbers(unsigned int prime) { _multiRng.setPrimeNumbers(&prime); }
 
 private:
     RnHammersleyMultiRng<T, 2> _multiRng;

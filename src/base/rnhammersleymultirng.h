@@ -29,6 +29,7 @@ namespace Vn
 /// Ownership: none.
 /// Edges: bases are not checked; 0 and 1 give 0 in their dimension. With a length of 0 the first
 /// coordinate is infinite. N is 2 or 3.
+/// See also: RnHaltonMultiRng, for any number of points.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T, int N>
 class RnHammersleyMultiRng : public RnMultiRng<T, N>

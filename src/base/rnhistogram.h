@@ -14,7 +14,7 @@ namespace Vn
 ///
 ///     Vn::RnHistogram<double> histogram(16, -2.0, 2.0);
 ///     histogram.addSamples(gaussian, 100000);
-///     histogram.dump(std::cout);
+///     histogram.dump(stream);
 ///
 /// A bin includes its lower edge and excludes its upper one. A number in no bin, not-a-number
 /// included, is dropped; the total does not count it either.
@@ -27,6 +27,8 @@ namespace Vn
 /// Edges: constructors and assignments throw std::bad_alloc without that memory, and an assignment
 /// then leaves its target as it was. Weights are summed in T, so in float a bin that grows by 1
 /// stops at 2^24.
+/// See also: RnUniformHistogram, for bins of equal width; RnHistogramRng, which draws what was
+/// recorded.
 /// Tests: tests/base/rnhistogramtest.cpp.
 template <class T>
 class RnHistogram

@@ -14,15 +14,20 @@ namespace Vn
 ///
 ///     Vn::RnHistogramBi<float> histogram(16, 16, 0.0f, 1.0f, 0.0f, 1.0f);
 ///     histogram.addSamples(points, 100000);
-///     histogram.dumpInventor(std::cout);
+///     histogram.dumpInventor(stream);
 ///
 /// Bin (ix, iy) is element iy * nx + ix. A bin includes its lower edges and excludes its upper
 /// ones. A point that is in no bin in either coordinate is dropped; the total does not count it.
+///
+///     2 by 2 bins over [0, 1] each:  (0.5, 0.2) -> element 1;  (0.2, 0.5) -> element 2;
+///                                    (0.5, 1) and (-0.1, 0.5) -> dropped
 ///
 /// Threads: one thread at a time.
 /// Ownership: a value, which can be copied and assigned; it owns its bins.
 /// Edges: constructors and assignments throw std::bad_alloc without memory, and an assignment then
 /// leaves its target as it was. In float a bin that grows by 1 stops at 2^24.
+/// See also: RnUniformHistogramBi, for bins of equal size; RnHistogramBiRng, which draws what was
+/// recorded.
 /// Tests: tests/base/rnhistogrambitest.cpp.
 template <class T>
 class RnHistogramBi
@@ -32,7 +37,8 @@ public:
     /// dropped.
     RnHistogramBi(unsigned int nx, unsigned int ny, T xMin, T xMax, T yMin, T yMax);
 
-    /// Bins between `nx` + 1 and `ny` + 1 ascending edges, which are copied.
+    /// Bins between `nx` + 1 and `ny` + 1 ascending edges, which are copied. The edges may be
+    /// uneven; densities take the areas into account.
     RnHistogramBi(unsigned int nx, unsigned int ny, T const* xEdges, T const* yEdges);
 
     /// Copies bins, edges and total.
@@ -160,6 +166,8 @@ public:
     ~RnUniformHistogramBi() override;
 
     /// RnUniformHistogram::getBin() in each coordinate, as an unsigned number: -1 is 4294967295.
+    ///
+    ///     4 by 4 bins over [0, 1] each:  (0.25, 1) -> 1, 4;  (-0.1, 0) -> 4294967295, 0
     void getBin(T x, T y, unsigned int& ix, unsigned int& iy) const override;
 
 private:

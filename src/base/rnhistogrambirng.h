@@ -17,6 +17,8 @@ namespace Vn
 /// It takes a snapshot: later changes of the histogram do not reach it. Each point takes two draws.
 /// The first finds the bin, and its place within the bin's share gives x; the second gives y.
 ///
+///     2 by 1 bins of 1 and 3 over [0, 2] and [0, 1]:  draws 0.625 and 0.5  ->  (1.5, 0.5)
+///
 /// Threads: one thread at a time, together with the source.
 /// Ownership: the source is not owned and must outlive this object.
 /// Edges: the source should give numbers from 0 to below 1; others are handled as in

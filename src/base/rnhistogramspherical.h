@@ -22,6 +22,7 @@ namespace Vn
 /// Threads: one thread at a time.
 /// Ownership: a value, which can be copied and assigned; it owns its bins. In float a bin that
 /// grows by 1 stops at 2^24.
+/// See also: RnHistogramSpherical, for directions below the horizon.
 /// Tests: tests/base/rnhistogramsphericaltest.cpp.
 template <class T>
 class RnHistogramHemispherical

@@ -27,6 +27,7 @@ namespace Vn
 /// Threads: one thread at a time.
 /// Ownership: none.
 /// Edges: nothing throws; any seed is accepted.
+/// See also: RnNumRecUniformRng, which a restart repeats.
 /// Tests: tests/base/rnuniformtest.cpp.
 template <class T>
 class RnLecuyerUniformRng : public RnRng<T>

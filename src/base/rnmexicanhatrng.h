@@ -25,8 +25,8 @@ template <class T>
 class RnMexicanHatRng : public RnRng<T>
 {
 public:
-    /// Centre 0 and width 1, from the uniform source `rng`. Throws ExInternalError ("rng != 0") for
-    /// null.
+    /// Centre 0 and width 1, from the uniform source `rng`. Numbers lie between -0.5 and 0.5.
+    /// Throws ExInternalError ("rng != 0") for null.
     RnMexicanHatRng(RnRng<T>* rng);
 
     /// Any centre; `width` is that of the whole support, so the density ends at `centre` - `width`

@@ -23,6 +23,7 @@ namespace Vn
 /// Ownership: none.
 /// Edges: nothing throws. The index wraps after 2^32 points. The highest bit of a point's number
 /// has no effect, so the sequence repeats after 2^31 points.
+/// See also: RnHaltonMultiRng, for two or three dimensions with bases of your choice.
 /// Tests: tests/base/rnquasitest.cpp.
 template <class T>
 class RnNiederreiterMultiRng : public RnMultiRng<T, 4>
@@ -50,6 +51,9 @@ public:
     /// @}
 
     /// 1 where every coordinate is from 0 up to below 1; otherwise 0, also for not-a-number.
+    ///
+    ///     (0, 0, 0, 0)      ->  1
+    ///     (0.5, 0.5, 0, 1)  ->  0
     T getPdf(T* const point) const override;
 
     /// Goes back to the first point, which is number 4,096 of the sequence.

@@ -22,7 +22,11 @@ namespace Vn
 /// Threads: one thread at a time.
 /// Ownership: the table of 97 entries belongs to the object.
 /// Edges: the constructor is the only member that allocates. Seeds that are equal modulo 1771875
-/// give the same sequence.
+/// give the same sequence, unless adding 374441 wraps in 32 bits.
+///
+///     seeds 7 and 1771882   ->  the same sequence
+///     a restart with seed 8 ->  the sequence of a new object with seed 8
+/// See also: RnLecuyerUniformRng, for finer numbers and a longer period.
 /// Tests: tests/base/rnuniformtest.cpp.
 template <class T>
 class RnNumRecUniformRng : public RnRng<T>

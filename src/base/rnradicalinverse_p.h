@@ -6,14 +6,16 @@
 // the one before times the rounded inverse of the base. Only ways that keep that order of roundings
 // may replace it:
 //
-//   base 2          all sums but the last are exact, so the point is the number's bits reversed, rounded once
-//   bases 3 and 5   the sum over the lowest 6 or 4 digits comes from a table; the digits above are added as the rule does
-//   other bases     such a table is made for one fill if the fill is long enough to pay for it
-//   bases 0 and 1   have no digits; every point is 0
+// - Base 2: all sums but the last are exact, so the point is the number's bits reversed, rounded
+//   once.
+// - Bases 3 and 5: the sum over the lowest 6 or 4 digits comes from a table; the digits above are
+//   added as the rule does.
+// - Other bases: such a table is made for one fill, if the fill is long enough to pay for it.
+// - Bases 0 and 1 have no digits; every point is 0.
 //
-// Two examples of what order means: 1/3 + 1/9 in T is not 4/9 rounded, and the weight of base 10's
-// third digit is not 0.001 rounded but a product of three rounded tenths. Such differences in the
-// last place are part of the sequence.
+// Two examples of what order means: in double, two thirds plus a ninth, each a product of rounded
+// thirds, is not 7/9 rounded; the weight of base 10's third digit is not 0.001 rounded but a
+// product of three rounded tenths. Such differences in the last place are part of the sequence.
 //
 // A fill goes run by run. The numbers of a run share all digits above the table's, so that the
 // terms of the upper digits are computed once and then added to the table's sums, term by term:

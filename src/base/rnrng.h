@@ -24,6 +24,7 @@ namespace Vn
 /// through.
 ///
 /// T is float or double; both are one algorithm.
+/// See also: docs/sampling.md, which helps to choose a source and compares their errors.
 /// Tests: tests/base/rnuniformtest.cpp.
 template <class T>
 class RnRng

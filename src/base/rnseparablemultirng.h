@@ -43,9 +43,9 @@ public:
 
     /// The efficient range of the source, in both coordinates.
     /// @{
-    void getEfficientWidth(T& x, T& y) const override;
-    void getEfficientMin(T& x, T& y) const override;
-    void getEfficientMax(T& x, T& y) const override;
+    void getEfficientWidth(T& x, T& y) const override { x = y = _uniRng->getEfficientWidth(); }
+    void getEfficientMin(T& x, T& y) const override { x = y = _uniRng->getEfficientMin(); }
+    void getEfficientMax(T& x, T& y) const override { x = y = _uniRng->getEfficientMax(); }
     /// @}
 
     /// The square of the source's fraction: the coordinates are independent.
@@ -100,16 +100,18 @@ public:
     void getEfficientMax(T& x, T& y) const override;
     /// @}
 
-    /// The product of the two sources' fractions.
+    /// The product of the two sources' fractions. For two bounded sources that is 1.
     T getEfficientFraction() const override;
 
     /// The product of the first source's density at `x` and the second's at `y`.
+    ///
+    ///     a uniform and a standard Gaussian source:  (0.5, 0) -> 0.3989;  (1.5, 0) -> 0
     T getPdf(T x, T y) const override;
 
     /// Restarts both sources, that of x first. One source for both is restarted twice.
     void restart() override;
 
-    /// "Assymetrical Bi Separable", spelled so.
+    /// "Assymetrical Bi Separable": the spelling is part of the interface.
     char const* getName() const override;
 
 private:

@@ -78,7 +78,7 @@ protected:
 /// work with the upper hemisphere takes this type, and a sampler of the whole sphere does not
 /// compile there.
 ///
-///     void lightSurface(Vn::RnHemisphericalRng<float>& directions);
+///     int countBelow(Vn::RnHemisphericalRng<float>& directions);
 ///
 /// Threads and ownership as RnSphericalRng.
 /// Tests: tests/base/rnsphericaltest.cpp.

@@ -22,6 +22,7 @@ namespace Vn
 /// Ownership: none.
 /// Edges: nothing throws. A consumer that expects numbers below 1, such as RnHistogramRng, may get
 /// 1.
+/// See also: RnNumRecUniformRng, which repeats without side effects.
 /// Tests: tests/base/rnuniformtest.cpp.
 template <class T>
 class RnStdUniformRng : public RnRng<T>

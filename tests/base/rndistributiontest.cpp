@@ -603,3 +603,97 @@ TYPED_TEST(RnDistributionTest, separableChecksItsSources)
     expectAssertion([] { RnAsymmetricalSeparableBiRng<T> bad(nullptr, nullptr); }, "_uniRng0", file);
     expectAssertion([&] { RnAsymmetricalSeparableBiRng<T> bad(&uniform, nullptr); }, "_uniRng1", file);
 }
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+TEST(RnRng, isUsedAsItsCommentShows)
+{
+    std::vector<float> numbers(4096);
+    float* const array = numbers.data();
+    Vn::RnVanDerCorputRng<float> source(3);
+    Vn::RnGaussianRng<float> gaussian(&source);
+    const float one = gaussian();       // one sample
+    gaussian.getSequence(4096, array);  // many, without a virtual call for each
+    source.restart();
+    RnGaussianRng<float> again(&source);
+    EXPECT_EQ(again(), one);
+    EXPECT_EQ(again(), numbers[0]);
+}
+
+TEST(RnGaussian, isUsedAsItsCommentShows)
+{
+    Vn::RnLecuyerUniformRng<float> uniform;
+    Vn::RnGaussianRng<float> gaussian(&uniform, 10.0f, 2.0f);
+    const float number = gaussian();  // mostly between 6 and 14
+    EXPECT_LT(std::abs(number - 10.0f), 12.0f);
+    EXPECT_EQ(gaussian.getEfficientWidth(), 8.0f);
+    EXPECT_EQ(gaussian.getEfficientMin(), 6.0f);
+    EXPECT_EQ(gaussian.getEfficientMax(), 14.0f);
+    RnLecuyerUniformRng<double> source;
+    const RnGaussianRng<double> standard(&source);
+    EXPECT_NEAR(standard.getPdf(0.0), 0.3989, 1e-4);
+    EXPECT_NEAR(standard.getPdf(1.0), 0.2420, 1e-4);
+    EXPECT_EQ(standard.getPdf(-1.0), standard.getPdf(1.0));
+    EXPECT_EQ(standard.getPdf(std::numeric_limits<double>::infinity()), 0.0);
+}
+
+TEST(RnMexicanHat, isUsedAsItsCommentShows)
+{
+    ScriptedRng<double> uniform({0.0, 0.125, 0.5, 0.875});
+    Vn::RnMexicanHatRng<double> triangle(&uniform, 0.0, 2.0);  // from -1 to 1
+    for (double expected : {-1.0, -0.5, 0.0, 0.5}) {
+        const double number = triangle();
+        EXPECT_EQ(number, expected);
+    }
+    const struct
+    {
+        double x, density;
+    } table[] = {{0, 1}, {0.5, 0.5}, {1, 0}, {7, 0}};
+    for (auto const& row : table)
+        EXPECT_EQ(triangle.getPdf(row.x), row.density) << row.x;
+}
+
+TEST(RnSeparable, isUsedAsItsCommentShows)
+{
+    Vn::RnLecuyerUniformRng<float> uniform;
+    Vn::RnSeparableBiRng<float> square(&uniform);
+    EXPECT_EQ(square.getPdf(0.5f, 0.5f), 1.0f);
+    EXPECT_EQ(square.getPdf(0.5f, 1.0f), 0.0f);
+    Vn::RnSeparableMultiRng<float, 3> cube(&uniform);
+    EXPECT_EQ(cube.getEfficientFraction(), 1.0f);
+
+    ScriptedRng<float> draws({0, 1, 2, 3});
+    RnSeparableBiRng<float> pairs(&draws);
+    float x[2], y[2];
+    pairs.getSample(x[0], y[0]);
+    pairs.getSample(x[1], y[1]);
+    EXPECT_TRUE(x[0] == 0 && y[0] == 1 && x[1] == 2 && y[1] == 3);
+    pairs.getSequence(2, x, y);
+    EXPECT_TRUE(x[0] == 0 && y[0] == 2 && x[1] == 1 && y[1] == 3);
+}
+
+TEST(RnAsymmetricalSeparable, isUsedAsItsCommentShows)
+{
+    Vn::RnVanDerCorputRng<float> base2(2), base3(3);
+    Vn::RnAsymmetricalSeparableBiRng<float> points(&base2, &base3);
+    float x, y;
+    points.getSample(x, y);
+    EXPECT_TRUE(x == 0.5f && y == 1.0f / 3);
+    EXPECT_EQ(points.getEfficientFraction(), 1.0f);
+    RnGaussianRng<float> gaussian(&base2);
+    const RnAsymmetricalSeparableBiRng<float> mixed(&base2, &gaussian);
+    EXPECT_NEAR(mixed.getPdf(0.5f, 0.0f), 0.3989f, 1e-4f);
+    EXPECT_EQ(mixed.getPdf(1.5f, 0.0f), 0.0f);
+}
+
+// Whoever asks what stands behind a generator gets the object that it was made with.
+TEST(RnGaussian, tellsItsSourceAsDoTheOthersThatDrawFromOne)
+{
+    RnLecuyerUniformRng<double> uniform;
+    const RnGaussianRng<double> gaussian(&uniform);
+    const RnMexicanHatRng<double> triangle(&uniform);
+    const Vn::RnHistogramRng<double> histogram(Vn::RnHistogram<double>(2, 0.0, 1.0), &uniform);
+    EXPECT_EQ(gaussian.getSource(), &uniform);
+    EXPECT_EQ(triangle.getSource(), &uniform);
+    EXPECT_EQ(histogram.getSource(), &uniform);
+}

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <sstream>
 #include <type_traits>
 #include <vector>
 
@@ -249,4 +250,42 @@ TYPED_TEST(RnHistogramBiTest, copiesAreApart)
                       Bin(ix, iy));
         }
     }
+}
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+TEST(RnHistogramBi, isUsedAsItsCommentShows)
+{
+    Vn::RnHaltonBiRng<float> points;
+    Vn::RnHistogramBi<float> histogram(16, 16, 0.0f, 1.0f, 0.0f, 1.0f);
+    histogram.addSamples(points, 100000);
+    EXPECT_EQ(histogram.getTotal(), 100000.0f);
+    std::ostringstream stream;
+    histogram.dumpInventor(stream);
+    EXPECT_EQ(stream.str(), sceneOf(histogram));
+
+    RnHistogramBi<double> four(2, 2, 0.0, 1.0, 0.0, 1.0);
+    EXPECT_EQ(binOf(four, 0.5, 0.0), Bin(1, 0));
+    EXPECT_EQ(binOf(four, -0.1, 7.0), Bin(below, 2));
+    four.addSample(0.5, 0.2, 1.0);
+    four.addSample(0.2, 0.5, 2.0);
+    four.addSample(0.5, 1.0, 4.0);
+    four.addSample(-0.1, 0.5, 4.0);
+    EXPECT_EQ(four.getBins(), (Vn::Vector<double>{0, 1, 2, 0}));
+    double xLo, xHi, yLo, yHi;
+    four.getBinBounds(1, 0, xLo, xHi, yLo, yHi);
+    EXPECT_TRUE(xLo == 0.5 && xHi == 1.0 && yLo == 0.0 && yHi == 0.5);
+    four.getBinBounds(2, 0, xLo, xHi, yLo, yHi);
+    EXPECT_TRUE(std::isnan(xLo) && std::isnan(xHi) && yLo == 0.0 && yHi == 0.5);
+}
+
+TEST(RnUniformHistogramBi, isUsedAsItsCommentShows)
+{
+    Vn::RnHaltonBiRng<float> points;
+    Vn::RnUniformHistogramBi<float> histogram(16, 16, 0.0f, 1.0f, 0.0f, 1.0f);
+    histogram.addSamples(points, 100000);
+    EXPECT_EQ(histogram.getTotal(), 100000.0f);
+    const RnUniformHistogramBi<double> four(4, 4, 0.0, 1.0, 0.0, 1.0);
+    EXPECT_EQ(binOf<double>(four, 0.25, 1.0), Bin(1, 4));
+    EXPECT_EQ(binOf<double>(four, -0.1, 0.0), Bin(below, 0));
 }

@@ -270,3 +270,44 @@ TYPED_TEST(RnHistogramRngTest, sourcesAreChecked)
     expectRefused([&] { RnHistogramRng<T> bad(line, nullptr); }, "src/base/rnhistogramrng");
     expectRefused([&] { RnHistogramBiRng<T> bad(area, nullptr); }, "src/base/rnhistogrambirng");
 }
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+TEST(RnHistogramRng, isUsedAsItsCommentShows)
+{
+    RnHistogram<double> histogram(2, 0.0, 2.0);
+    histogram.addSample(0.5, 1.0);
+    histogram.addSample(1.5, 3.0);
+    ScriptedRng<double> uniform({0.125, 0.25, 0.625});
+    Vn::RnHistogramRng<double> likeIt(histogram, &uniform);
+    for (double expected : {0.5, 1.0, 1.5}) {
+        const double number = likeIt();
+        EXPECT_EQ(number, expected);
+    }
+    EXPECT_EQ(likeIt.getPdf(0.5), 0.25);
+    EXPECT_EQ(likeIt.getPdf(1.0), 0.75);
+    EXPECT_EQ(likeIt.getPdf(2.0), 0.0);
+}
+
+TEST(RnHistogramBiRng, isUsedAsItsCommentShows)
+{
+    RnHistogramBi<float> histogram(2, 1, 0.0f, 2.0f, 0.0f, 1.0f);
+    histogram.addSample(0.5f, 0.5f, 1.0f);
+    histogram.addSample(1.5f, 0.5f, 3.0f);
+    ScriptedRng<float> uniform({0.625f, 0.5f});
+    float x, y;
+    Vn::RnHistogramBiRng<float> likeIt(histogram, &uniform);
+    likeIt.getSample(x, y);
+    EXPECT_TRUE(x == 1.5f && y == 0.5f);
+
+    RnHistogramBi<double> even(2, 2, 0.0, 1.0, 0.0, 1.0);
+    for (double u : {0.2, 0.7})
+        for (double v : {0.2, 0.7})
+            even.addSample(u, v, 1.0);
+    ScriptedRng<double> draws({0.125, 0.5});
+    RnHistogramBiRng<double> points(even, &draws);
+    double u, v;
+    points.getSample(u, v);
+    EXPECT_TRUE(u == 0.25 && v == 0.25);
+    EXPECT_EQ(points.getPdf(0.9, 0.1), 0.25);
+}

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <sstream>
 #include <vector>
 
 using Vn::RnHistogramHemispherical;
@@ -282,4 +283,46 @@ TYPED_TEST(RnHistogramSphericalTest, copiesAreApart)
     sphere.addSampleCosine(T(0.6), T(4));
     other = sphere;
     EXPECT_EQ(RnHistogramSpherical<T>(other).getBinValue(1, 1), T(1));
+}
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+TEST(RnHistogramHemispherical, isUsedAsItsCommentShows)
+{
+    const float cosTheta = 0.3f, phi = 2.0f;
+    Vn::RnHistogramHemispherical<float> histogram(8, 16);
+    histogram.addSampleCosine(cosTheta, phi);
+    std::ostringstream file;
+    histogram.dumpInventor(file);
+    EXPECT_EQ(histogram.getTotal(), 1.0f);
+    const RnHistogramHemispherical<double> four(4, 8);
+    unsigned int ic, ip;
+    four.getBinAngles(0.0, 0.0, ic, ip);
+    EXPECT_EQ(Bin(ic, ip), Bin(4, 0));
+    four.getBinAngles(1.57, 1.0, ic, ip);
+    EXPECT_EQ(Bin(ic, ip), Bin(0, 1));
+    four.getBinCosine(1.0, 0.0, ic, ip);
+    EXPECT_EQ(Bin(ic, ip), Bin(3, 0));
+    four.getBinCosine(-0.1, 0.0, ic, ip);
+    EXPECT_EQ(ic, 4294967295u);
+}
+
+TEST(RnHistogramSpherical, isUsedAsItsCommentShows)
+{
+    const float cosTheta = -0.3f, phi = 2.0f;
+    Vn::RnHistogramSpherical<float> histogram(8, 16);
+    histogram.addSampleCosine(cosTheta, phi);
+    std::ostringstream file;
+    histogram.dumpInventor(file);
+    EXPECT_EQ(histogram.getTotal(), 1.0f);
+    const RnHistogramSpherical<double> four(4, 8);
+    unsigned int ic, ip;
+    four.getBinAngles(0.0, 0.0, ic, ip);
+    EXPECT_EQ(Bin(ic, ip), Bin(4, 0));
+    four.getBinAngles(3.14, 1.0, ic, ip);
+    EXPECT_EQ(Bin(ic, ip), Bin(0, 1));
+    four.getBinCosine(1.0, 0.0, ic, ip);
+    EXPECT_EQ(Bin(ic, ip), Bin(3, 0));
+    four.getBinCosine(-1.0, 7.0, ic, ip);
+    EXPECT_EQ(Bin(ic, ip), Bin(0, 7));
 }

@@ -15,6 +15,7 @@
 #include <cmath>
 #include <iomanip>
 #include <limits>
+#include <sstream>
 #include <vector>
 
 using Vn::RnHistogram;
@@ -558,4 +559,40 @@ TYPED_TEST(RnHistogramTest, anEmptyOneHasNoDensities)
     using T = TypeParam;
     const std::string scene = sceneOf(RnHistogram<T>(2, T(0), T(1)));
     EXPECT_NE(scene.find("nan 0,\n"), std::string::npos);
+}
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+TEST(RnHistogram, isUsedAsItsCommentShows)
+{
+    RnLecuyerUniformRng<double> uniform;
+    Vn::RnGaussianRng<double> gaussian(&uniform);
+    Vn::RnHistogram<double> histogram(16, -2.0, 2.0);
+    histogram.addSamples(gaussian, 100000);
+    std::ostringstream stream;
+    histogram.dump(stream);
+    EXPECT_EQ(stream.str(), dumpOf(histogram));
+
+    RnHistogram<double> four(4, 0.0, 1.0);
+    double lo, hi;
+    four.getBinBounds(1, lo, hi);
+    EXPECT_TRUE(lo == 0.25 && hi == 0.5);
+    four.addSample(0.25, 3.0);
+    four.addSample(0.25, -1.0);
+    EXPECT_EQ(four.getBinValue(1), 2.0);
+}
+
+TEST(RnUniformHistogram, isUsedAsItsCommentShows)
+{
+    Vn::RnUniformHistogram<double> histogram(16, -2.0, 2.0);
+    histogram.addSample(0.5, 1.0);  // bin 10
+    EXPECT_EQ(histogram.getBinValue(10), 1.0);
+    const RnUniformHistogram<double> four(4, 0.0, 1.0);
+    const struct
+    {
+        double x;
+        int bin;
+    } table[] = {{0.25, 1}, {1, 4}, {-0.1, -1}, {-0.3, -2}};
+    for (auto const& row : table)
+        EXPECT_EQ(four.getBin(row.x), row.bin) << row.x;
 }

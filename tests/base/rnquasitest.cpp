@@ -665,3 +665,129 @@ TEST(RnNiederreiter, floatCanReachOneAndDoubleCannot)
     EXPECT_EQ(static_cast<float>(2147483647.0 * 0x1p-31), 1.0f);
     EXPECT_LT(2147483647.0 * 0x1p-31, 1.0);
 }
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+TEST(RnVanDerCorput, isUsedAsItsCommentShows)
+{
+    Vn::RnVanDerCorputRng<double> halves;     // 0.5, 0.25, 0.75, 0.125, 0.625, ...
+    Vn::RnVanDerCorputRng<double> thirds(3);  // 1/3, 2/3, 1/9, 4/9, 7/9, ...
+    for (double expected : {0.5, 0.25, 0.75, 0.125, 0.625})
+        EXPECT_EQ(halves(), expected);
+    for (double expected : {1.0 / 3, 2.0 / 3, 1.0 / 9, 4.0 / 9, 7.0 / 9})
+        EXPECT_NEAR(thirds(), expected, 1e-15);
+    halves.restart();
+    EXPECT_EQ(halves(2.0, 4.0), 3.0);
+    halves.restart();
+    EXPECT_EQ(halves(-8.0), -4.0);
+    halves.restart(1);
+    EXPECT_EQ(halves(), 0.25);
+    halves.restart(4294967295u);
+    EXPECT_EQ(halves(), 0.0);
+    EXPECT_EQ(halves(), 0.5);
+}
+
+TEST(RnHalton, isUsedAsItsCommentShows)
+{
+    Vn::RnHaltonMultiRng<float, 3> source;
+    float point[3];
+    source.getSample(point);  // 0.5, 1/3, 0.2
+    EXPECT_TRUE(point[0] == 0.5f && point[1] == 1.0f / 3.0f && point[2] == 0.2f);
+    source.restart(2);
+    source.getSample(point);
+    EXPECT_FLOAT_EQ(point[0], 0.75f);
+    EXPECT_FLOAT_EQ(point[1], 1.0f / 9.0f);
+    EXPECT_FLOAT_EQ(point[2], 0.6f);
+    source.restart(4294967295u);
+    source.getSample(point);
+    EXPECT_TRUE(point[0] == 0.0f && point[1] == 0.0f && point[2] == 0.0f);
+    source.getSample(point);
+    EXPECT_EQ(point[0], 0.5f);
+
+    RnHaltonBiRng<double> changed;
+    double x, y;
+    changed.getSample(x, y);
+    changed.getSample(x, y);
+    changed.setPrimeNumbers(5, 7);
+    changed.getSample(x, y);
+    EXPECT_NEAR(x, 3.0 / 5, 1e-15);
+    EXPECT_NEAR(y, 3.0 / 7, 1e-15);
+    RnHaltonBiRng<double> diagonal(2, 2);
+    for (int i = 0; i < 20; ++i) {
+        diagonal.getSample(x, y);
+        EXPECT_EQ(x, y);
+    }
+}
+
+TEST(RnHammersley, isUsedAsItsCommentShows)
+{
+    Vn::RnHammersleyMultiRng<double, 2> source(4);
+    double point[2];
+    source.getSample(point);  // (0.125, 0.5)
+    EXPECT_TRUE(point[0] == 0.125 && point[1] == 0.5);
+    for (int i = 1; i < 5; ++i)
+        source.getSample(point);
+    EXPECT_TRUE(point[0] == 0.125 && point[1] == 0.625);
+    source.restart(2);
+    source.getSample(point);
+    EXPECT_TRUE(point[0] == 0.625 && point[1] == 0.75);
+    source.restart(5);
+    source.getSample(point);
+    EXPECT_TRUE(point[0] == 1.375 && point[1] == 0.375);
+    source.getSample(point);
+    EXPECT_EQ(point[0], 0.625);
+
+    RnHammersleyBiRng<double> pairs(4);
+    double x[2], y[2];
+    pairs.getSequence(2, x, y);
+    pairs.getSequence(2, x, y);
+    EXPECT_TRUE(x[0] == 0.125 && y[0] == 0.75);
+    RnHammersleyBiRng<double> changed(4);
+    for (int i = 0; i < 2; ++i)
+        changed.getSample(x[0], y[0]);
+    changed.setPrimeNumbers(3);
+    changed.getSample(x[0], y[0]);
+    EXPECT_EQ(x[0], 0.625);
+    EXPECT_NEAR(y[0], 1.0 / 9, 1e-15);
+    RnHammersleyBiRng<double> withoutDigits(4, 1);
+    withoutDigits.getSample(x[0], y[0]);
+    EXPECT_EQ(y[0], 0.0);
+    RnHammersleyBiRng<double> empty(0);
+    empty.getSample(x[0], y[0]);
+    EXPECT_EQ(x[0], std::numeric_limits<double>::infinity());
+
+}
+
+TEST(RnHammersleyBi, isUsedAsItsCommentShows)
+{
+    float x[256], y[256];
+    Vn::RnHammersleyBiRng<float> source(256);
+    source.getSequence(256, x, y);  // the whole set
+    EXPECT_EQ(x[255], 255.5f / 256);
+    EXPECT_EQ(y[255], 0x1p-9f);
+}
+
+TEST(RnMulti, isUsedAsItsCommentShows)
+{
+    Vn::RnHaltonMultiRng<double, 3> source;
+    double point[3];
+    source.getSample(point);
+    EXPECT_EQ(point[0], 0.5);
+}
+
+TEST(RnNiederreiter, isUsedAsItsCommentShows)
+{
+    Vn::RnNiederreiterMultiRng<float> source;
+    float point[4];
+    source.getSample(point);
+    EXPECT_EQ(point[0], 0x1p-13f);
+    float zero[] = {0, 0, 0, 0}, edge[] = {0.5f, 0.5f, 0, 1};
+    EXPECT_EQ(source.getPdf(zero), 1.0f);
+    EXPECT_EQ(source.getPdf(edge), 0.0f);
+    RnNiederreiterMultiRng<float> jumped;
+    source.getSample(point);
+    jumped.restart(1);
+    float same[4];
+    jumped.getSample(same);
+    EXPECT_TRUE(std::equal(point, point + 4, same));
+}

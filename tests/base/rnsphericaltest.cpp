@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -340,4 +341,80 @@ TYPED_TEST(RnSphericalTest, sourcesAreChecked)
                          which == 2 ? "src/base/rncosinehemisphericalrng" : "src/base/rnuniformsphericalrng");
         }
     }
+}
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+namespace
+{
+int countBelow(Vn::RnHemisphericalRng<float>& directions)
+{
+    int below = 0;
+    for (int i = 0; i < 100; ++i) {
+        float x, y, z;
+        directions.getSampleXYZ(x, y, z);  // z is up
+        below += z < 0.0f ? 1 : 0;
+    }
+    return below;
+}
+}  // namespace
+
+TEST(RnCosineHemispherical, isUsedAsItsCommentShows)
+{
+    const unsigned int n = 100;
+    std::vector<float> xs(n), ys(n), zs(n);
+    float *const x = xs.data(), *const y = ys.data(), *const z = zs.data();
+    Vn::RnHaltonBiRng<float> source;
+    Vn::RnCosineHemisphericalRng<float> directions(&source);
+    directions.getSequenceXYZ(n, x, y, z);
+    for (unsigned int i = 0; i < n; ++i)
+        EXPECT_NEAR(x[i] * x[i] + y[i] * y[i] + z[i] * z[i], 1.0f, 1e-6f);
+    EXPECT_EQ(countBelow(directions), 0);
+    EXPECT_FLOAT_EQ(directions.getPdfXYZ(0, 0, 1), std::numbers::inv_pi_v<float>);
+    EXPECT_EQ(directions.getPdfXYZ(1, 0, 0), 0.0f);
+    EXPECT_FLOAT_EQ(directions.getPdfXYZ(0, 0, -1), -std::numbers::inv_pi_v<float>);
+    float cosTheta, phi;
+    directions.mapToCosine(0.25f, 0, cosTheta, phi);
+    EXPECT_EQ(cosTheta, 0.5f);
+    directions.mapToXYZ(0, 0, x[0], y[0], z[0]);
+    EXPECT_TRUE(x[0] == 1.0f && y[0] == 0.0f && z[0] == 0.0f);
+    directions.mapToXYZ(-0.1f, 0, x[0], y[0], z[0]);
+    EXPECT_TRUE(std::isnan(x[0]) && std::isnan(y[0]) && std::isnan(z[0]));
+}
+
+TEST(RnUniformSpherical, isUsedAsItsCommentShows)
+{
+    const unsigned int n = 100;
+    std::vector<float> xs(n), ys(n), zs(n);
+    float *const x = xs.data(), *const y = ys.data(), *const z = zs.data();
+    Vn::RnHaltonBiRng<float> source;
+    Vn::RnUniformSphericalRng<float> directions(&source);
+    directions.getSequenceXYZ(n, x, y, z);
+    for (unsigned int i = 0; i < n; ++i)
+        EXPECT_NEAR(x[i] * x[i] + y[i] * y[i] + z[i] * z[i], 1.0f, 1e-6f);
+    directions.mapToXYZ(0.5f, 0, x[0], y[0], z[0]);
+    EXPECT_TRUE(x[0] == 1.0f && y[0] == 0.0f && z[0] == 0.0f);
+    directions.mapToXYZ(1, 0.3f, x[0], y[0], z[0]);
+    EXPECT_TRUE(x[0] == 0.0f && y[0] == 0.0f && z[0] == 1.0f);
+    float theta, phi;
+    directions.mapToAngles(0, 0.3f, theta, phi);
+    EXPECT_FLOAT_EQ(theta, std::numbers::pi_v<float>);
+    directions.mapToXYZ(1.5f, 0, x[0], y[0], z[0]);
+    EXPECT_TRUE(std::isnan(x[0]) && std::isnan(y[0]) && z[0] == 2.0f);
+}
+
+TEST(RnUniformHemispherical, isUsedAsItsCommentShows)
+{
+    const unsigned int n = 100;
+    std::vector<float> xs(n), ys(n), zs(n);
+    float *const x = xs.data(), *const y = ys.data(), *const z = zs.data();
+    Vn::RnHaltonBiRng<float> source;
+    Vn::RnUniformHemisphericalRng<float> directions(&source);
+    directions.getSequenceXYZ(n, x, y, z);  // no z is negative
+    EXPECT_GE(*std::min_element(zs.begin(), zs.end()), 0.0f);
+    EXPECT_EQ(countBelow(directions), 0);
+    directions.mapToXYZ(0, 0, x[0], y[0], z[0]);
+    EXPECT_TRUE(x[0] == 1.0f && y[0] == 0.0f && z[0] == 0.0f);
+    directions.mapToXYZ(1, 0.3f, x[0], y[0], z[0]);
+    EXPECT_TRUE(x[0] == 0.0f && y[0] == 0.0f && z[0] == 1.0f);
 }

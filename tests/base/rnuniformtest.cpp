@@ -457,3 +457,37 @@ TYPED_TEST(RnUniformTest, systemsStateIsTheProcesss)
     std::srand(1);
     EXPECT_EQ(one(), afterRestart);
 }
+
+// The lines of use and the examples of edges that the classes' comments show.
+
+TEST(RnLecuyer, isUsedAsItsCommentShows)
+{
+    Vn::RnLecuyerUniformRng<double> uniform(1, 2);
+    const double number = uniform(-1.0, 1.0);  // between -1 and 1
+    EXPECT_TRUE(number > -1.0 && number < 1.0);
+    RnLecuyerUniformRng<double> one(1, 2), seven(7, 2), restarted(1, 2);
+    const double first = restarted();
+    restarted.restart();
+    EXPECT_EQ(one(), first);
+    EXPECT_EQ(seven(), first);
+    EXPECT_NE(restarted(), first);
+}
+
+TEST(RnNumRec, isUsedAsItsCommentShows)
+{
+    Vn::RnNumRecUniformRng<float> uniform(7);
+    const float first = uniform();  // below 1
+    uniform.restart();              // uniform() gives `first` again
+    EXPECT_LT(first, 1.0f);
+    EXPECT_EQ(uniform(), first);
+    EXPECT_EQ(RnNumRecUniformRng<float>(1771882)(), first);
+    uniform.restart(8);
+    EXPECT_EQ(uniform(), RnNumRecUniformRng<float>(8)());
+}
+
+TEST(RnStd, isUsedAsItsCommentShows)
+{
+    Vn::RnStdUniformRng<double> uniform(1);
+    const double number = uniform();  // a multiple of 1 / RAND_MAX
+    EXPECT_NEAR(number * RAND_MAX, std::round(number * RAND_MAX), 1e-6);
+}
