@@ -13,11 +13,11 @@ namespace Vn
 ///     position == Vn::DtTime(48000, 48000, 1);    // true: the same instant
 ///     position += Vn::DtTime(30, 30, 1);          // 1500 at 750/1, two seconds
 ///
-/// Comparison is exact and converts nothing: it crosses counts and rates in 64-bit products, which wrap. Times of equal
-/// rate combine as their counts do. Times of different rates first meet at the product of their rates, each count
-/// truncated toward zero there, and the result keeps that rate. A product with a term beyond 1,000,000 collapses onto
-/// 1000000/1 or 1/1000000 (with its sign). The five operators treat counts as plain numbers: the quotient of two times
-/// has a rate too.
+/// Comparison is exact and converts nothing: it crosses counts and rates in 64-bit products, which wrap. Times of
+/// equal rate combine as their counts do. Times of different rates first meet at the product of their rates, each
+/// count truncated toward zero there, and the result keeps that rate. A product with a term beyond 1,000,000
+/// collapses onto 1000000/1 or 1/1000000 (with its sign). The five operators treat counts as plain numbers: the
+/// quotient of two times has a rate too.
 ///
 /// A null rate is refused with DtEx::BadRate, a negative one isn't; it turns `<` and `>` around. Overflow is not
 /// detected, nor is a zero divisor: that is the machine's integer division fault, as in DtTimeIndex. An operator that
@@ -74,8 +74,8 @@ public:
     DtTime operator++(int);
     DtTime operator--(int);
 
-    // With a time, at a common rate if the rates differ; DtEx::BadRate or RationalEx::ExDenominatorZero if the product
-    // of the rates wraps to a null rate or to none.
+    // With a time, at a common rate if the rates differ; DtEx::BadRate or RationalEx::ExDenominatorZero if the
+    // product of the rates wraps to a null rate or to none.
     DtTime operator+(DtTime const& other) const { return DtTime(*this) += other; }
     DtTime operator-(DtTime const& other) const { return DtTime(*this) -= other; }
     DtTime operator*(DtTime const& other) const { return DtTime(*this) *= other; }
