@@ -124,10 +124,12 @@ public:
     DtTime& operator*=(DtTime const& other);
     DtTime& operator/=(DtTime const& other);
     DtTime& operator%=(DtTime const& other);
+    /// @}
 
 private:
     [[noreturn]] static void throwBadRate();
 
+    /// What the five operators with a time have in common.
     template <class Operation>
     DtTime& combine(DtTime const& other, Operation operation);
 

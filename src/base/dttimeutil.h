@@ -33,7 +33,7 @@ public:
     /// The time that a text of three decimal fields stands for. Any run of blanks separates two fields.
     ///
     ///     "100 25 1"            ->  100 at 25/1
-    ///     "  100   25x 1 more"  ->  100 at 25/1: a field ends at the first other character, a fourth field is ignored
+    ///     "  100   25x 1 more"  ->  100 at 25/1: "x" ends the second field, a fourth one is ignored
     ///     "100 -25 -1"          ->  100 at 25/1: the rate is reduced
     ///     "x 25 1"              ->  0 at 25/1: a count without a number is 0
     ///     "100 x 1"             ->  throws DtEx::DtStringError (ErrRateNumeratorMalformed)
