@@ -33,7 +33,7 @@ public:
     /// @}
 
     /// @{
-    /// The number of decimal places to print where the default tolerance is used: 5 for float, 8 for double.
+    /// Decimal places that suffice to show a difference of the default tolerance: 5 for float, 8 for double.
     static int getCompareEpsPrecision(float) { return 5; }
     static int getCompareEpsPrecision(double) { return 8; }
     /// @}
@@ -210,7 +210,7 @@ public:
     /// @}
 
     /// @{
-    /// One product with a constant of the type, so 180 degrees and back need not give exactly 180.
+    /// One product with a constant of the type; a conversion and back may be off in the last bit.
     static float degreesToRadians(float x) { return x * 0.017453292f; }
     static double degreesToRadians(double x) { return x * 0.017453292519943295; }
     static float radiansToDegrees(float x) { return x * 57.295776f; }
@@ -273,20 +273,22 @@ private:
     /// @}
 };
 
+/// For float, which has 24 significant bits.
 template <>
 struct FloatUtil::Whole<float>
 {
-    using Bits = std::uint32_t;
-    static constexpr float from = 8388608.0f;  ///< 2^23
-    static constexpr Bits setBit = Bits(1) << 30;
+    using Bits = std::uint32_t;                    ///< an integer of the same size
+    static constexpr float from = 8388608.0f;      ///< 2^23
+    static constexpr Bits setBit = Bits(1) << 30;  ///< the exponent's highest bit, set from 2.0 on
 };
 
+/// For double, which has 53 significant bits.
 template <>
 struct FloatUtil::Whole<double>
 {
-    using Bits = std::uint64_t;
+    using Bits = std::uint64_t;                         ///< an integer of the same size
     static constexpr double from = 4503599627370496.0;  ///< 2^52
-    static constexpr Bits setBit = Bits(1) << 62;
+    static constexpr Bits setBit = Bits(1) << 62;       ///< the exponent's highest bit, set from 2.0 on
 };
 
 inline float FloatUtil::floor(float x)
