@@ -26,8 +26,8 @@ constexpr int commonRateLimit = 1000000;  ///< for either term
 ///     1/2000, 1/3000      ->  1/1000000
 ///     2000/1, -3000/1     ->  -1000000/1
 ///
-// Intended: neither the least common multiple, nor the nearest rate within the limit. The rule decides the rate and the
-// truncation of every combined time, so it is part of the interface; do not mend.
+// Intended: neither the least common multiple, nor the nearest rate within the limit. The rule decides the rate and
+// the truncation of every combined time, so it is part of the interface; do not mend.
 Rational commonRate(Rational const& a, Rational const& b)
 {
     const int above = DtWrap::times32(a.getNumerator(), b.getNumerator());

@@ -69,8 +69,8 @@ std::int64_t DtTimeIndex::getMinutes(Rational const& rate) const
 
 double DtTimeIndex::getSeconds(Rational const& rate) const
 {
-    // The whole seconds come from integers, so they are exact beyond 2^53 counts too; only the fraction is computed in
-    // floating point, where it loses digits then.
+    // The whole seconds come from integers, so they are exact beyond 2^53 counts too. Only the fraction is computed
+    // in floating point, where it loses digits then.
     const std::int64_t seconds = wholeSeconds(_count, rate);
     const double precise = static_cast<double>(_count) * static_cast<double>(rate.getDenominator()) /
                            static_cast<double>(rate.getNumerator());
