@@ -5,6 +5,8 @@
 namespace Vn
 {
 
+// The standard base gets an empty text: what() of these classes returns the reason that is kept by ExBase.
+
 DtEx::DtEx(char const* file, int line) : ExBase(file, line) {}
 
 DtEx::BadRate::BadRate(char const* file, int line) : std::logic_error(""), DtEx(file, line)
@@ -34,6 +36,7 @@ DtEx::DtStringError::ErrorCode DtEx::DtStringError::getErrorCode() const
 
 char const* DtEx::DtStringError::toString(ErrorCode errorCode)
 {
+    // Any number may come in, as callers can cast one to the enumeration; hence the default.
     switch (errorCode) {
     case ErrRateNumeratorMalformed:
         return "Rate numerator malformed.";

@@ -3,6 +3,8 @@
 namespace Vn
 {
 
+// As in dtex.cpp, the standard base gets an empty text, and what() returns the reason that is kept by ExBase.
+
 DtRefClockEx::DtRefClockEx(char const* file, int line) : ExBase(file, line) {}
 
 DtRefClockEx::GetCount::GetCount(char const* file, int line) : std::logic_error(""), DtRefClockEx(file, line)

@@ -32,10 +32,11 @@ Rational const& DtRefClockSource::getSecondaryRate() const
     return _secondaryRate;
 }
 
-/// A clock over a counter without a rate would stand still for the life of the process, so it isn't made at all.
+/// HwCounter's rate, which must be known before the base class is constructed. A clock with a zero rate would be kept
+/// for the life of the process, and no conversion from it could succeed; so the constructor throws instead.
 Rational DtRefClockSourceHwCounter::counterRate()
 {
-    HwCounter::init();
+    HwCounter::init();  // reading the rate does not create the engine
     const Rational rate(HwCounter::getRateNumerator(), HwCounter::getRateDenominator());
     if (rate.getNumerator() == 0)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "rate.getNumerator() != 0");
@@ -48,6 +49,7 @@ DtRefClockSourceHwCounter::DtRefClockSourceHwCounter()
 
 std::int64_t DtRefClockSourceHwCounter::getCount() const
 {
+    // The unsigned difference is right also if the counter has wrapped since construction.
     return static_cast<std::int64_t>(HwCounter::timeStamp() - _start);
 }
 

@@ -5,6 +5,7 @@
 namespace Vn
 {
 
+// The same form as DtTime::dump().
 void DtRefTime::dump(std::ostream& stream) const
 {
     stream << '(' << static_cast<std::int64_t>(_count) << " @ ";

@@ -11,20 +11,31 @@ namespace Vn
 /// A reading of the system's reference clock: a count and the clock's rate.
 ///
 ///     const Vn::DtRefTime now = Vn::DtRefTimeFactory::getInstance().create();
+///     const double seconds = now.getCount().getDouble() * now.getRate().getReciprocalDouble();
 ///
-/// Only the factory makes one with a real rate; there is no arithmetic on it. A value of 16 bytes, any thread its own
-/// copy.
+/// Only DtRefTimeFactory makes a reading with a real rate. There is no arithmetic: to move a reading on, hand it to
+/// DtRefTimeFactory::create() with a distance.
+///
+/// A value of 16 bytes without allocation; each thread may use its own copy.
 /// Tests: tests/base/dtreftimetest.cpp.
 class VN_BASE_EXPORT DtRefTime
 {
 public:
-    /// 0 at 0/1: no reading of the clock, and no conversion can start from its rate.
+    /// Count 0 at the rate 0/1, which is no reading of the clock. A conversion from that rate throws
+    /// RationalEx::ExDenominatorZero.
     DtRefTime() : _rate(0, 1) {}
 
+    /// Counts of the clock since its zero.
     DtTimeIndex const& getCount() const { return _count; }
+
+    /// Counts per second; 0/1 for a default-constructed object.
     Rational const& getRate() const { return _rate; }
 
-    /// "(100 @ (1000000000/1=1e+09))".
+    /// Writes count and rate, the rate's value in the stream's own number format.
+    ///
+    ///     100 at 1000000000/1  ->  (100 @ (1000000000/1=1e+09))
+    ///     default              ->  (0 @ (0/1=0))
+    ///
     void dump(std::ostream& stream) const;
 
 private:

@@ -15,7 +15,8 @@ DtRefTimeFactory::DtRefTimeFactory() : _clockSource(new DtRefClockSourceHwCounte
 
 DtRefTimeFactory& DtRefTimeFactory::getInstance()
 {
-    // Without an end: a mark may be evaluated while the process goes down.
+    // Never destroyed, because destructors of static objects may still evaluate a mark when the process ends. If the
+    // constructor throws, the variable stays uninitialised and the next call tries again.
     static DtRefTimeFactory* const factory = new DtRefTimeFactory;
     return *factory;
 }
@@ -32,6 +33,7 @@ DtRefTime DtRefTimeFactory::create() const
 
 DtRefTime DtRefTimeFactory::create(DtTimeIndex const& count, char const* sourceName) const
 {
+    // Exactly the same name: a count of another clock would be at an unknown rate.
     if (sourceName == nullptr || std::strcmp(sourceName, _clockSource->getName()) != 0)
         throw DtRefClockEx::SourceMismatch(sourceFile, __LINE__);
     return DtRefTime(count, _clockSource->getRate());
@@ -39,6 +41,7 @@ DtRefTime DtRefTimeFactory::create(DtTimeIndex const& count, char const* sourceN
 
 DtRefTime DtRefTimeFactory::create(DtRefTime const& base, DtTimeIndex const& delta, Rational const& rate) const
 {
+    // `base`'s rate is not looked at: the sum is in counts of the clock, whatever clock `base` claims.
     Rational const& clockRate = _clockSource->getRate();
     return DtRefTime(base.getCount() + delta.convert(rate, clockRate, std::round_toward_zero), clockRate);
 }

@@ -13,29 +13,42 @@ namespace Vn
 ///     const Vn::DtRefTime now = clock.create();
 ///     const Vn::DtRefTime soon = clock.create(now, 2, Vn::Rational(25, 1));    // two frames later
 ///
-/// The clock's zero is the start of the package `discreteTime`. Read-only from then on, so that any thread uses it.
+/// The clock starts at zero when the package `discreteTime` starts, or at the first getInstance() if that is earlier.
+/// The factory never changes after that, so any thread may use it; it exists until the process ends.
 /// Tests: tests/base/dtreftimetest.cpp.
 class VN_BASE_EXPORT DtRefTimeFactory
 {
 public:
+    /// @{
+    /// There is one factory, which is not copied.
     DtRefTimeFactory(DtRefTimeFactory const&) = delete;
     DtRefTimeFactory& operator=(DtRefTimeFactory const&) = delete;
+    /// @}
 
-    /// The one factory, made at the first call and alive to the end of the process. Throws ExInternalError before the
-    /// package `profiling` has started; it can be asked again afterwards.
+    /// The one factory, made at the first call and never destroyed. Throws ExInternalError before the package
+    /// `profiling` has started; a later call tries again. Thread-safe.
     static DtRefTimeFactory& getInstance();
 
+    /// The clock itself, for its name and rate.
     DtRefClockSource const& getClockSource() const;
 
-    /// The clock's present reading.
+    /// The clock's present reading. Throws ExSysErrorANSI if the system's counter cannot be read.
     DtRefTime create() const;
 
-    /// A reading of `count`, which was taken from the clock `sourceName`. Throws DtRefClockEx::SourceMismatch unless
-    /// that is exactly this clock's name.
+    /// The reading `count`, which was taken from the clock `sourceName`, for example one that arrived as a bare
+    /// number.
+    ///
+    ///     create(7, "HwCounter")  ->  7 at the clock's rate
+    ///     create(7, "hwcounter")  ->  throws DtRefClockEx::SourceMismatch
+    ///     create(7, nullptr)      ->  throws DtRefClockEx::SourceMismatch
+    ///
     DtRefTime create(DtTimeIndex const& count, char const* sourceName) const;
 
-    /// The reading that is `delta` counts of `rate` after `base`, truncated toward zero. `base`'s own rate isn't
-    /// looked at. Throws as DtTimeIndex::convert(), for a null rate above all.
+    /// The reading that is `delta` counts of `rate` after `base`. The distance is truncated toward zero, and `base`'s
+    /// own rate is not looked at.
+    ///
+    /// Throws as DtTimeIndex::convert() with std::round_toward_zero: RationalEx::ExDenominatorZero for a null rate.
+    /// Products of both rates wrap at 32 bits without a report; see DtTimeMark.
     DtRefTime create(DtRefTime const& base, DtTimeIndex const& delta, Rational const& rate) const;
 
 private:

@@ -1,3 +1,11 @@
+// Text: takeField() splits the text into three fields without copying it, scanNumber() reads a number from the
+// beginning of a field, and scanRateTerm() adds the limits of 32 bits and the exceptions. None of them uses the C
+// library, whose functions depend on the current locale and, for `long`, have another range on Windows. Writing goes
+// through std::to_chars() for the same reason.
+//
+// Seconds: each conversion is a template over float and double that computes in that type alone. The quotient of the
+// rate's terms is formed first, then multiplied; another order would change the last bit of the results. Whole counts
+// are made by DtWrap::truncated(), which gives the same count on every processor for numbers that do not fit.
 #include <base/dttimeutil.h>
 
 #include <base/dtex.h>
@@ -17,7 +25,12 @@ namespace
 constexpr char const* sourceName = "src/base/dttimeutil";
 using ErrorCode = DtEx::DtStringError::ErrorCode;
 
-/// Takes the next field off `text`; empty if there is none. Only blanks part fields.
+/// Removes the next field from the front of `text` and returns it; empty if there is none. Only blanks separate
+/// fields.
+///
+///     "  100 25 1"  ->  "100", and " 25 1" is left
+///     "   "         ->  "", and "" is left
+///
 std::string_view takeField(std::string_view& text)
 {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
@@ -32,12 +45,17 @@ struct ScannedNumber
     bool isFound;
 };
 
-/// Leading white space, a sign, then digits up to the first other character. By hand, as the library's calls would
-/// take white space and digits from the locale.
+/// Leading white space, a sign, then digits up to the first other character.
+///
+///     "\t-25x"  ->  -25
+///     "+25"     ->  25
+///     "+-25"    ->  not found
+///     ""        ->  not found
+///
 ScannedNumber scanNumber(std::string_view field)
 {
     field.remove_prefix(std::min(field.find_first_not_of(" \t\n\v\f\r"), field.size()));
-    if (field.substr(0, 1) == "+") {
+    if (field.substr(0, 1) == "+") {  // which std::from_chars() does not take
         field.remove_prefix(1);
         if (field.substr(0, 1) == "-")
             return {0, false};
@@ -53,6 +71,8 @@ ScannedNumber scanNumber(std::string_view field)
     return {value, true};
 }
 
+/// A term of the rate in 32 bits, whatever the width of `long`. Throws with `overflow` for a number that does not
+/// fit, and with `malformed` for a field without a number, a missing one included.
 int scanRateTerm(std::string_view field, ErrorCode malformed, ErrorCode overflow)
 {
     const ScannedNumber number = scanNumber(field);
@@ -77,8 +97,6 @@ Float periodOf(Rational const& rate)
     return static_cast<Float>(rate.getDenominator()) / static_cast<Float>(rate.getNumerator());
 }
 
-// The quotient of the rate's terms is always formed first: another order would give other bits.
-
 template <class Float>
 DtTime timeFromSeconds(Rational const& rate, Float seconds)
 {
@@ -94,6 +112,8 @@ Float secondsFromTime(DtTime const& time)
 template <class Float>
 Interval<DtTimeIndex> countsFromSeconds(DtTime const& time, Interval<Float> const& seconds)
 {
+    // Intended: the upper bound is rounded up, but the lower one is truncated and not rounded down, so a negative
+    // lower end is not covered; do not mend.
     const Float factor = rateOf<Float>(time.getRate());
     const std::int64_t upper = DtWrap::truncated(FloatUtil::ceil(factor * seconds.getUpper()));
     const std::int64_t lower = DtWrap::truncated(factor * seconds.getLower());
@@ -103,6 +123,7 @@ Interval<DtTimeIndex> countsFromSeconds(DtTime const& time, Interval<Float> cons
 template <class Float>
 Interval<Float> secondsFromCounts(DtTime const& time, Interval<DtTimeIndex> const& counts)
 {
+    // A negative rate leaves the upper bound below the lower one; nothing puts them in order.
     const Float factor = periodOf<Float>(time.getRate());
     return Interval<Float>(static_cast<Float>(std::int64_t(counts.getLower())) * factor,
                            static_cast<Float>(std::int64_t(counts.getUpper())) * factor);
@@ -111,7 +132,7 @@ Interval<Float> secondsFromCounts(DtTime const& time, Interval<DtTimeIndex> cons
 
 ArrayPtrRet<char> DtTimeUtil::getDtStringFromDtTime(DtTime const& time)
 {
-    char text[48];
+    char text[48];  // the longest form has 44 characters: 20, 11 and 11, and two blanks
     char* const last = text + sizeof text - 1;
     char* end = std::to_chars(text, last, std::int64_t(time.getCount())).ptr;
     *end++ = ' ';
@@ -125,7 +146,8 @@ ArrayPtrRet<char> DtTimeUtil::getDtStringFromDtTime(DtTime const& time)
 DtTime DtTimeUtil::getDtTimeFromDtString(char const* text)
 {
     std::string_view rest = text != nullptr ? text : "";
-    const std::int64_t count = scanNumber(takeField(rest)).value;
+    const std::int64_t count = scanNumber(takeField(rest)).value;  // 0 without a number, which is no error
+    // The order of the throws is part of the interface: the numerator is checked before the denominator is looked at.
     const int numerator =
         scanRateTerm(takeField(rest), ErrorCode::ErrRateNumeratorMalformed, ErrorCode::ErrRateNumeratorOverflow);
     const int denominator = scanRateTerm(takeField(rest), ErrorCode::ErrRateDenominatorMalformed,

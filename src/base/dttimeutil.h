@@ -7,47 +7,90 @@
 namespace Vn
 {
 
-/// The edge of stream time: its text form, and the passage to and from seconds.
+/// Converts stream time to and from text and floating-point seconds.
 ///
 ///     const Vn::ArrayPtr<char> text = Vn::DtTimeUtil::getDtStringFromDtTime(position);    // "100 30000 1001"
 ///     position == Vn::DtTimeUtil::getDtTimeFromDtString(text);                            // always
 ///
-/// Texts are the same under every locale. Counts that 64 bits don't hold, and those from not-a-number, come out as the
-/// most negative one. Static only; any thread, no start-up.
+/// The text is the same under every locale, and a time that is written and read again is equal. Seconds are not
+/// always exact: a double holds counts up to 2^53, a float up to 2^24.
+///
+/// Static functions without state; any thread may call them, before any package starts as well. The caller owns the
+/// returned arrays.
 /// Tests: tests/base/dttimeutiltest.cpp.
 class VN_BASE_EXPORT DtTimeUtil
 {
 public:
     DtTimeUtil() = delete;
 
-    /// Count, rate numerator and rate denominator in decimal, a blank between them; at most 44 characters.
+    /// Count, rate numerator and rate denominator in decimal, with one blank between them; at most 44 characters.
+    ///
+    ///     100 at 30000/1001  ->  "100 30000 1001"
+    ///     -5 at 1/1          ->  "-5 1 1"
+    ///
     static ArrayPtrRet<char> getDtStringFromDtTime(DtTime const& time);
 
-    /// Reads that form; fields are parted by any run of blanks, and what follows the third is passed over. Each field is
-    /// read up to the first character that doesn't fit. A count without a number is 0, and one beyond 64 bits the
-    /// nearest limit. Throws DtEx::DtStringError for a rate field that is missing, holds no number, or passes 32 bits;
-    /// DtEx::BadRate for a zero numerator; RationalEx::ExDenominatorZero. A null text counts as empty.
+    /// The time that a text of three decimal fields stands for. Any run of blanks separates two fields.
+    ///
+    ///     "100 25 1"            ->  100 at 25/1
+    ///     "  100   25x 1 more"  ->  100 at 25/1: "x" ends the second field, a fourth one is ignored
+    ///     "100 -25 -1"          ->  100 at 25/1: the rate is reduced
+    ///     "x 25 1"              ->  0 at 25/1: a count without a number is 0
+    ///     "100 x 1"             ->  throws DtEx::DtStringError (ErrRateNumeratorMalformed)
+    ///     "100 25 99999999999"  ->  throws DtEx::DtStringError (ErrRateDenominatorOverflow)
+    ///     "100 25", "", null    ->  throws DtEx::DtStringError: a missing field is malformed
+    ///     "100 0 1"             ->  throws DtEx::BadRate
+    ///     "100 1 0"             ->  throws RationalEx::ExDenominatorZero
+    ///
+    /// Rate fields must fit 32 bits. A count beyond 64 bits becomes the nearest limit.
     static DtTime getDtTimeFromDtString(char const* text);
 
-    /// The count of whole units in `seconds`, truncated toward zero; reckoned in the argument's type. Throws
-    /// DtEx::BadRate for a null rate.
+    /// @{
+    /// The whole units of `rate` in `seconds`, truncated toward zero. Computed in the argument's type, with the
+    /// rate's quotient first.
+    ///
+    ///     25/1, 0.99   ->  24 at 25/1
+    ///     25/1, -0.99  ->  -24 at 25/1
+    ///     25/1, 1e30   ->  -9223372036854775808 at 25/1, as for all that 64 bits cannot hold, not-a-number included
+    ///     0/1, 1.0     ->  throws DtEx::BadRate
+    ///
     static DtTime getDtTimeFromSeconds(Rational const& rate, float seconds);
     static DtTime getDtTimeFromSeconds(Rational const& rate, double seconds);
+    /// @}
 
-    /// Reckoned in the result's type, the count too: a float keeps seven digits of it.
+    /// @{
+    /// The time in seconds: 50 at 25/1 is 2.0. Computed in the result's type, which rounds the count as well.
+    ///
+    /// A float keeps seven digits of the count, so the frame numbers of a long recording do not survive a conversion
+    /// to seconds and back.
     static float getSecondsFloat(DtTime const& time);
     static double getSecondsDouble(DtTime const& time);
+    /// @}
 
-    /// The counts of `time`'s rate from `seconds`' lower bound, truncated toward zero, to its upper bound, rounded up.
-    /// A negative lower end is therefore not covered. Only the rate of `time` is read.
+    /// @{
+    /// The interval of seconds in counts of `time`'s rate: the lower bound truncated toward zero, the upper one
+    /// rounded up. `time`'s count is not read.
+    ///
+    ///     25/1, [0.5, 1.01]  ->  [12, 26]
+    ///     25/1, [-0.5, 1.0]  ->  [-12, 25]
+    ///
+    /// Truncation moves a negative lower bound up, so its end is not covered: -12 counts are -0.48 s. A bound that 64
+    /// bits cannot hold, or not-a-number, becomes the most negative count.
     static Interval<DtTimeIndex> getInclusiveDtTimeIndexInterval(DtTime const& time,
                                                                  Interval<float> const& seconds);
     static Interval<DtTimeIndex> getInclusiveDtTimeIndexInterval(DtTime const& time,
                                                                  Interval<double> const& seconds);
+    /// @}
 
-    /// The seconds of both counts at `time`'s rate, in the order in which they come. Only the rate of `time` is read.
+    /// @{
+    /// The interval of counts in seconds at `time`'s rate; `time`'s count is not read.
+    ///
+    ///     25/1, [25, 50]  ->  [1.0, 2.0]
+    ///     25/1, [50, 25]  ->  [2.0, 1.0]: the bounds are not put in order
+    ///
     static Interval<float> getSecondsIntervalFloat(DtTime const& time, Interval<DtTimeIndex> const& counts);
     static Interval<double> getSecondsIntervalDouble(DtTime const& time, Interval<DtTimeIndex> const& counts);
+    /// @}
 };
 
 }  // namespace Vn

@@ -1,3 +1,7 @@
+// The engine is a static pointer, null at first. It is set in two places: here, by whichever thread asks first, and
+// by the package `profiling`, which replaces whatever is there. An engine that was replaced is not freed, because
+// another thread may still be using it; this leaks a few bytes once. Nothing is locked: engines never change, and all
+// that are made after the package `osal` has started give the same answers.
 #include <base/hwcounter.h>
 
 namespace Vn
@@ -9,15 +13,18 @@ HwCounterEng& HwCounter::makeEngine()
 {
     HwCounterEng* const made = HwCounterEng::create();
     HwCounterEng* found = nullptr;
+    // Release, so that a thread that sees the pointer sees the engine's fields as well. Acquire on failure, as this
+    // thread then uses an engine that another one has made.
     if (std::atomic_ref(_theHwCounter)
             .compare_exchange_strong(found, made, std::memory_order_acq_rel, std::memory_order_acquire))
         return *made;
-    delete made;  // another thread was faster
+    delete made;  // another thread was faster; nobody else has seen this one
     return *found;
 }
 
 HwCounterEng& HwCounter::getOrMakeEngine()
 {
+    // Acquire: without it this thread could read the engine's fields before they are set.
     if (HwCounterEng* const engine = std::atomic_ref(_theHwCounter).load(std::memory_order_acquire)) [[likely]]
         return *engine;
     return makeEngine();

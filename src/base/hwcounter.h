@@ -15,56 +15,79 @@ namespace Vn
 template <class Tag>
 class InInit;
 
-/// The one free-running counter that all fine-grained time comes from.
+/// The free-running counter that all fine-grained time of the library comes from.
 ///
 ///     const std::uint64_t start = Vn::HwCounter::timeStamp();
 ///     work();
 ///     std::cout << Vn::HwCounter::seconds(start, Vn::HwCounter::timeStamp()) << " s\n";
 ///
-/// The package `profiling` makes the engine that answers. What is asked earlier makes one that doesn't know its
-/// frequency yet (rate 0, infinite resolution), and the package replaces it. Threads that come first at once may each
-/// make one, and one of these stays. Reading is free for any thread.
+/// A HwCounterEng does the work. The package `profiling` creates it when it starts; the first call of timeStamp(),
+/// seconds() or dump() before that creates one too.
+///
+///     engine created                     rate                    seconds per count
+///     before `osal` has started          0/1                     infinity: times are infinite or not-a-number
+///     after that                         1000000000/1 on Linux   1e-9
+///
+/// `profiling` replaces an engine that was created earlier, and does not free it, because another thread may be using
+/// it. The engine in use exists until the process ends. All functions are thread-safe.
 /// Tests: tests/base/hwcountertest.cpp.
 class VN_BASE_EXPORT HwCounter
 {
 public:
     HwCounter() = delete;
 
-    // These make the engine if there is none; what they answer is told in HwCounterEng.
+    /// @{
+    /// The functions of HwCounterEng with the same names. They create the engine if there is none.
+    ///
+    ///     timeStamp()           ->  the present count; never decreases on one thread
+    ///     seconds()             ->  seconds since the counter's own origin, on Linux the system start
+    ///     seconds(start, end)   ->  seconds between two stamps; negative if `end` is the earlier one
+    ///     dump(stream)          ->  three lines that describe the engine
+    ///
+    /// Reading the counter throws ExSysErrorANSI if the system fails to.
     static std::uint64_t timeStamp();
     static double seconds();
     static double seconds(std::uint64_t start, std::uint64_t end);
     static void dump(std::ostream& stream);
+    /// @}
 
-    // These go straight to the engine, without a look whether there is one: legal once the package `profiling` has
-    // started or one of the above was called.
+    /// @{
+    /// Seconds per count, and counts per second as a fraction. They do not create the engine, and dereference a null
+    /// pointer if there is none: call them only after the package `profiling` has started, or after one of the
+    /// functions above.
     static double resolution() { return getEngine().resolution(); }
     static int getRateNumerator() { return getEngine().getRateNumerator(); }
     static int getRateDenominator() { return getEngine().getRateDenominator(); }
+    /// @}
 
 private:
     friend class InInit<VnInit::profiling>;  // puts the engine in place
     friend class HwIntervalTimer;            // takes the fast path
     friend class DtRefClockSourceHwCounter;  // reads the rate before any stamp
 
+    /// Creates the engine if there is none; makes the fast path legal.
     static void init();
+
+    /// The slow path, in a function of its own so that the callers stay small.
     [[gnu::noinline]] static HwCounterEng& makeEngine();
     static HwCounterEng& getOrMakeEngine();
 
-    // Acquire, and release where an engine is put in place: without them a thread could find an engine that another one
-    // has made, and not yet what it consists of.
+    /// @{
+    /// Acquire and release: without them a thread could see the pointer to an engine that another thread has made
+    /// before it sees the engine's fields.
     static HwCounterEng& getEngine() { return *std::atomic_ref(_theHwCounter).load(std::memory_order_acquire); }
     static void setEngine(HwCounterEng* engine)
     {
         std::atomic_ref(_theHwCounter).store(engine, std::memory_order_release);
     }
+    /// @}
 
-    // The fast path, on the same terms as resolution().
+    // The fast path, under the same condition as resolution(): no test for null.
     static std::uint64_t timeStampInline() { return getEngine().timeStamp(); }
     static double secondsInline() { return getEngine().seconds(); }
     static double secondsInline(std::uint64_t start, std::uint64_t end) { return getEngine().seconds(start, end); }
 
-    static HwCounterEng* _theHwCounter;  ///< never freed
+    static HwCounterEng* _theHwCounter;  ///< null at first; never freed
 };
 
 }  // namespace Vn

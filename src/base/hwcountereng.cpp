@@ -16,6 +16,8 @@ HwCounterEng* HwCounterEng::create()
     return new HwCounterIA32(rate.numerator, 1, rate.shift);
 }
 
+// The only division is made here, so that seconds() is a subtraction, a conversion and a multiplication. A numerator
+// of 0 gives infinity, and no exception, as floating-point division has none.
 HwCounterIA32::HwCounterIA32(int numerator, int denominator, unsigned shift)
     : _rateNumerator(numerator),
       _rateDenominator(denominator),
@@ -25,6 +27,8 @@ HwCounterIA32::HwCounterIA32(int numerator, int denominator, unsigned shift)
 
 double HwCounterIA32::seconds(std::uint64_t start, std::uint64_t end) const
 {
+    // Unsigned, so a counter that wraps gives the right difference; then signed, so an earlier `end` gives a negative
+    // one.
     return static_cast<double>(static_cast<std::int64_t>(end - start)) * _cycle;
 }
 
@@ -48,6 +52,7 @@ int HwCounterIA32::getRateDenominator() const
     return _rateDenominator;
 }
 
+// The name in the text is the class's, whatever processor this is.
 void HwCounterIA32::dump(std::ostream& stream) const
 {
     stream << "HwCounterIA32:" << std::endl;

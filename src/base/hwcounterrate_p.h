@@ -6,14 +6,15 @@
 namespace Vn
 {
 
-/// How a counter's frequency is brought into 31 bits: counts per second after the raw counter is shifted right.
+/// A counter's frequency brought into 31 bits, so that it fits a Rational.
 struct HwCounterRate
 {
-    int numerator;
-    unsigned shift;
+    int numerator;   ///< counts per second once the raw counter is shifted
+    unsigned shift;  ///< bits by which the raw counter is shifted right
 
-    /// The low bits that the halving drops are lost for good; stamps and seconds agree all the same, as both go by
-    /// what is left.
+    /// Halves the frequency until it fits. The low bits that this drops make the rate slightly wrong; stamps and
+    /// seconds still agree with each other, as both use the halved rate.
+    // Intended: bits are dropped and not rounded; do not mend.
     static HwCounterRate fit(std::uint64_t frequency)
     {
         unsigned shift = 0;

@@ -5,6 +5,7 @@ namespace Vn
 
 HwIntervalTimer::HwIntervalTimer(char const* name) : IntervalTimer(name), _start(0), _stop(0)
 {
+    // start(), stop() and the results use HwCounter without a test for null; this makes that legal.
     HwCounter::init();
 }
 

@@ -1,3 +1,4 @@
+// The two instances that the library holds; interval.h declares them extern, so no program compiles them again.
 #include <base/interval.h>
 
 namespace Vn

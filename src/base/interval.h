@@ -7,17 +7,20 @@
 namespace Vn
 {
 
-/// A pair of bounds with interval arithmetic, tests for closed, open and half-open readings of the pair, and a
-/// classification of how two intervals lie to each other.
+/// A lower and an upper bound, with interval arithmetic, tests whether a point or an interval lies inside, and a
+/// classification of how two intervals lie to each other. The same pair is read as a closed, open or half-open
+/// interval, by the name of the operation.
 ///
 ///     Vn::Interval<float> range(1.0f, 3.0f);
-///     range *= -2.0f;             // [-6, -2]
-///     range.contains(-2.0f);      // true; containsExcl() says false
+///     range *= -2.0f;                // [-6, -2]
+///     range.contains(-2.0f);         // true: closed
+///     range.containsExcl(-2.0f);     // false: open
 ///
-/// Nothing is normalised: a lower bound above the upper one stands, and isEmpty() tells. Comparisons are written so
-/// that not-a-number takes a stated side. For float and double; of another type it is a plain pair, with those
-/// operations that the type has.
-/// A value; any thread its own copy.
+/// The bounds are not put in order: a lower bound above the upper one is an empty interval, see isEmpty(). Where a
+/// bound or an argument may be not-a-number, the comments say what happens.
+///
+/// The library holds it for float and double. With another T, such as DtTimeIndex, it is a pair with those operations
+/// that T allows. A value without allocation; each thread may use its own copy. Nothing throws.
 /// Tests: tests/base/intervaltest.cpp.
 template <class T>
 class Interval
@@ -35,67 +38,131 @@ public:
     /// Both bounds are `value`.
     Interval(T value);
 
-    /// As given, in either order.
+    /// Both bounds as given, in either order.
     Interval(T lower, T upper);
 
+    /// @{
+    /// All sums and all differences of a number of this interval and `s`, or a number of `o`.
+    ///
+    ///     [1, 3] += 2       ->  [3, 5]
+    ///     [1, 3] += [0, 1]  ->  [1, 4]
+    ///     [1, 2] -= 1       ->  [0, 1]
+    ///     [1, 2] -= [0, 1]  ->  [0, 2]: `o`'s upper bound is subtracted from the lower one
+    ///
     Interval& operator+=(T s);
     Interval& operator+=(Interval const& o);
     Interval& operator-=(T s);
-
-    /// All differences: lower less the other's upper, upper less the other's lower.
     Interval& operator-=(Interval const& o);
+    /// @}
 
-    /// The bounds change places unless `s` is at or above 0, so for not-a-number too.
+    /// @{
+    /// All products. The bounds swap for a negative `s`, and for not-a-number.
+    ///
+    ///     [1, 3] *= -2       ->  [-6, -2]
+    ///     [1, 3] *= [-1, 2]  ->  [-3, 6]: the least and the greatest of the four products of bounds
+    ///
+    /// With intervals, a product that is not-a-number (0 * infinity) gives no defined bounds.
     Interval& operator*=(T s);
-
-    /// Least and greatest product of the bounds. Not-a-number among the products isn't handled.
     Interval& operator*=(Interval const& o);
+    /// @}
 
-    /// The bounds change places unless `s` is at or above 0.
+    /// @{
+    /// All quotients, if `o` does not span zero. The bounds swap for a negative `s`, and for not-a-number.
+    ///
+    ///     [2, 4] /= -2       ->  [-2, -1]
+    ///     [2, 4] /= [1, 2]   ->  [1, 4]
+    ///     [2, 4] /= [-1, 1]  ->  [-4, 4]: only the bounds -1 and 1 are used, although 1 / 0 lies between
+    ///
+    /// Division by an interval multiplies with the reciprocals of its bounds, which rounds twice.
     Interval& operator/=(T s);
-
-    /// The product with the reciprocals of the other's bounds. An interval that spans zero isn't treated specially.
     Interval& operator/=(Interval const& o);
+    /// @}
 
-    /// Cuts at `x` from both sides. Not-a-number becomes the upper bound.
+    /// @{
+    /// The intersection; empty if there is nothing in common.
+    ///
+    ///     [0, 1] &= 0.5      ->  [0.5, 0.5]
+    ///     [0, 1] &= 2        ->  [2, 1], empty
+    ///     [0, 1] &= [2, 3]   ->  [2, 1], empty
+    ///
+    /// A point that is not-a-number becomes the upper bound; an `o` with such bounds changes nothing.
     Interval& operator&=(T x);
-
-    /// The intersection; empty if the two don't meet.
     Interval& operator&=(Interval const& o);
+    /// @}
 
-    /// Extends a bound to reach `x`.
+    /// @{
+    /// The smallest interval that holds both.
+    ///
+    ///     [0, 1] |= 2        ->  [0, 2]
+    ///     [0, 1] |= [2, 3]   ->  [0, 3]
+    ///
+    /// Not-a-number changes nothing.
     Interval& operator|=(T x);
-
-    /// The hull of both.
     Interval& operator|=(Interval const& o);
+    /// @}
 
-    /// `x`, or the bound that it passes; the lower bound for not-a-number.
+    /// The number of this interval that is closest to `x`; the lower bound for not-a-number.
+    ///
+    ///     [0, 1], -1 -> 0    0.5 -> 0.5    2 -> 1
+    ///
     T clamp(T x) const;
 
+    /// @{
+    /// The bounds as they stand, the upper less the lower, and their mean (the sum, which may overflow, times 0.5).
+    ///
+    ///     [2, 1]  ->  lower 2, upper 1, width -1, center 1.5
+    ///
     T getLower() const;
     T getUpper() const;
     T getWidth() const;
     T getCenter() const;
+    /// @}
 
-    /// The upper bound is below the lower one, or one of them is not-a-number.
+    /// @{
+    /// Whether there are numbers between the bounds.
+    ///
+    ///                  isEmpty   isValidIncl (closed)   isValidExcl (open)
+    ///     [0, 1]       no        yes                    yes
+    ///     [1, 1]       no        yes                    no
+    ///     [1, 0]       yes       no                     no
+    ///     with a nan   yes       no                     yes
+    ///
     bool isEmpty() const;
-
-    /// The interval holds something: with its bounds (closed), or without them (open).
     bool isValidIncl() const;
     bool isValidExcl() const;
+    /// @}
 
-    /// Each bound within less than `eps` of the other's. Not-a-number passes for equal.
+    /// Whether each bound differs from `o`'s by less than `eps`. Not-a-number equals everything.
     bool isEqual(Interval const& o, T eps) const;
 
-    /// How this interval lies to `o`, both taken with their bounds. Two that share an end point only are ContPartial.
+    /// @{
+    /// How this interval lies to `o`, with both read as closed (Incl) or as open (Excl).
+    ///
+    ///     this      o         Incl            Excl
+    ///     [0, 1]    [2, 3]    ContDisjoint    ContDisjoint
+    ///     [0, 1]    [1, 2]    ContPartial     ContDisjoint     only the bound is common
+    ///     [0, 2]    [1, 3]    ContPartial     ContPartial
+    ///     [1, 2]    [0, 3]    ContInside      ContInside
+    ///     [0, 1]    [0, 1]    ContInside      ContInside
+    ///     [1, 1]    [1, 1]    ContInside      ContDisjoint     a single point, which is nothing without its bounds
+    ///     [0, 3]    [1, 2]    ContSurrounds   ContSurrounds
+    ///
+    /// Meant for intervals that are not empty.
     Containment getInclContainment(Interval const& o) const;
-
-    /// How this interval lies to `o`, both taken without their bounds. Two that share an end point only are
-    /// ContDisjoint, and so is a single point with itself.
     Containment getExclContainment(Interval const& o) const;
+    /// @}
 
-    // Whether `x`, or the whole of `o`, lies in this interval: with both bounds, with neither, without the lower, without
-    // the upper.
+    /// @{
+    /// Whether the point `x`, or all of `o`, lies in this interval. In the table the interval is [0, 1].
+    ///
+    ///                          0     1     [0, 1]    [0.2, 0.8]
+    ///     contains             yes   yes   yes       yes          closed
+    ///     containsExcl         no    no    no        yes          open
+    ///     containsExclLower    no    yes   no        yes          without the lower bound
+    ///     containsExclUpper    yes   no    no        yes          without the upper bound
+    ///
+    /// A point that is not-a-number is in no interval. Bounds of `o` that are not-a-number pass for contained by
+    /// contains().
     bool contains(T x) const;
     bool contains(Interval const& o) const;
     bool containsExcl(T x) const;
@@ -104,12 +171,17 @@ public:
     bool containsExclLower(Interval const& o) const;
     bool containsExclUpper(T x) const;
     bool containsExclUpper(Interval const& o) const;
+    /// @}
 
 private:
+    /// Makes the least and the greatest of the four the bounds.
     void setToCorners(T a, T b, T c, T d);
 
+    /// @{
+    /// Results of the two classifications, by an index of three comparisons; see interval.imp.
     static const Containment _inclContMap[8];
     static const Containment _exclContMap[8];
+    /// @}
 
     T _lower;
     T _upper;

@@ -6,68 +6,91 @@
 namespace Vn
 {
 
-/// A beat: wakes a waiter at a fixed period, and tells how many periods have passed.
+/// Wakes a waiting thread at a fixed period, and tells how many periods have passed.
 ///
 ///     Vn::ObjPtr<Vn::PeriodicTimer> timer = Vn::PeriodicTimer::create(0.020);
 ///     timer->start();
 ///     for (unsigned long frame = 0; frame < 250; frame = timer->wait())
 ///         show(frame);    // a frame that took too long shows as a jump of the count
 ///
-/// The count comes from the clock of Sleeper and not from counted ticks, so late and lost ticks don't disturb it. Needs
-/// the package `profiling`. One thread starts and stops, and one thread, the same or another, waits; a timer may be
-/// stopped and started again while the other waits. In a child of fork() a running timer is a stopped one.
+/// The count is computed from the clock of Sleeper and not by counting ticks, so late and lost ticks do not disturb
+/// it. Needs the package `profiling`.
+///
+/// One thread calls start(), stop() and setInterval(), and one thread, the same or another, calls wait(). The timer
+/// may be stopped and started again while the other thread waits. In a child of fork() a timer that was running is
+/// stopped.
 /// Tests: tests/base/periodictimertest.cpp.
 class VN_BASE_EXPORT PeriodicTimer
 {
 public:
-    /// Ends the beat.
+    /// Stops the timer. No thread may be in wait().
     virtual ~PeriodicTimer();
 
-    /// Begins the beat, and the count with it; false if it runs already. The period is the interval in whole
-    /// milliseconds: with none left, and on Windows with more than the system takes, the count runs but no tick comes.
-    /// Throws InSingletonEx::ExNotInitialized without the package `profiling`, and the timer stays stopped.
+    /// Starts the ticks and the count; false, without any effect, if the timer is running already.
+    ///
+    /// The ticks' period is the interval in whole milliseconds, the rest cut off:
+    ///
+    ///     0.020     ->  a tick every 20 ms
+    ///     0.0125    ->  a tick every 12 ms, while the count follows 12.5 ms
+    ///     0.0009    ->  no tick ever, so wait() does not return; the count goes on
+    ///     1e9       ->  on Windows no tick either, as the system refuses such a period
+    ///
+    /// Throws InSingletonEx::ExNotInitialized without the package `profiling`; the timer then stays stopped.
     virtual bool start() = 0;
 
-    /// False if it is stopped already.
+    /// Ends the ticks and the count; false if the timer is stopped already. A thread in wait() stays there until the
+    /// next start().
     virtual bool stop() = 0;
 
-    /// Blocks until the next tick, and returns the count then. A tick that came before the call doesn't count. While the
-    /// timer is stopped nothing comes until another thread starts it.
+    /// Blocks until the next tick and returns getCurrentCount() of that moment. Ticks that came before the call do
+    /// not count; they show as a jump of the result. On a stopped timer it blocks until another thread starts it and
+    /// the first tick comes.
     virtual unsigned long wait() = 0;
 
-    /// A running timer starts again with the new interval, from 0; a stopped one stays stopped. Returns the interval.
+    /// Sets the interval and returns it. A running timer starts again, with the count at 0; a stopped one stays
+    /// stopped.
     virtual double setInterval(double seconds);
 
-    /// A stopped timer of that interval, in seconds. Throws ExSysErrorWindows if Linux has no timer left;
-    /// Windows doesn't tell.
+    /// A stopped timer with that interval in seconds. On Linux it throws ExSysErrorWindows if the system has no timer
+    /// or descriptor left; on Windows a failure is not reported.
     static ObjPtrRet<PeriodicTimer> create(double interval);
 
-    /// The smallest period, in seconds.
+    /// The system's smallest timer period, in seconds.
     static double getResolution();
 
-    /// As it was given, in seconds.
+    /// The interval in seconds, as it was given and not rounded to milliseconds.
     double getInterval() const;
 
-    /// The clock of the count, in seconds. Throws InSingletonEx::ExNotInitialized without the package `profiling`.
+    /// Sleeper::getCurrentTime(). Throws InSingletonEx::ExNotInitialized without the package `profiling`.
     double getCurrentTime() const;
 
-    /// Intervals since the start, rounded to the nearest whole number, upward from the middle; 0 while stopped. Throws
-    /// as getCurrentTime() while running.
+    /// Intervals since start(), rounded to the nearest whole number, halves up; 0 while the timer is stopped.
+    ///
+    ///     interval 0.5 s:   1.2 s after the start -> 2    1.25 s -> 3    1.3 s -> 3
+    ///
+    /// While the timer is running it throws as getCurrentTime().
     unsigned long getCurrentCount() const;
 
 protected:
+    /// A stopped timer with that interval in seconds.
     explicit PeriodicTimer(double interval);
 
+    /// @{
+    /// Copies start time, interval and whether the timer is running.
     PeriodicTimer(PeriodicTimer const&) = default;
     PeriodicTimer& operator=(PeriodicTimer const&) = default;
+    /// @}
 
-    // For start() and stop() of the forms.
+    /// @{
+    /// For start() and stop() of the platform's forms: whether the count goes on, its start at the moment `startTime`
+    /// of getCurrentTime(), and its end. A thread that sees isRunning() return true sees that start time as well.
     bool isRunning() const;
     void beginCount(double startTime);
     void endCount();
+    /// @}
 
 private:
-    double _startTime;  ///< by the clock
+    double _startTime;  ///< getCurrentTime() at the last start()
     double _interval;   ///< seconds
     bool _running;
 };

@@ -1,4 +1,12 @@
 // periodictimerwindows.cpp (Linux form: periodictimerlinux.cpp)
+//
+// A periodic multimedia timer sets an event at each tick, from the system's own thread. wait() resets the event
+// before it waits, so a tick that came earlier does not end the wait. The ticks only wake the waiter: the count is
+// computed from the clock in periodictimer.cpp, so a tick that is lost between two calls of wait() does not disturb
+// it.
+//
+// One thread may start and stop while another waits. The event stays the same, so a waiter stays in its wait while
+// the timer is stopped, and the first tick after the next start ends it.
 #include <base/periodictimer.h>
 
 #include <base/multimediatimer_p.h>
@@ -15,7 +23,7 @@ namespace Vn
 {
 namespace
 {
-/// Beats on a multimedia timer, which sets an event at each tick.
+/// The form over a multimedia timer.
 class PeriodicTimerWindows : public PeriodicTimer
 {
 public:
@@ -23,8 +31,9 @@ public:
         : PeriodicTimer(interval),
           _period(Multimedia::getCapabilities().wPeriodMin),
           _timerId(0),
-          _event(::CreateEventA(nullptr, TRUE, FALSE, nullptr))
+          _event(::CreateEventA(nullptr, TRUE, FALSE, nullptr))  // reset by hand, not set at first
     {
+        // The smallest period for as long as the timer exists: without it ticks come up to 16 ms late.
         ::timeBeginPeriod(_period);
     }
 
@@ -40,8 +49,11 @@ public:
     {
         if (isRunning())
             return false;
-        Sleeper& clock = Sleeper::getInstance();  // throws, if it does, before anything has begun
+        Sleeper& clock = Sleeper::getInstance();  // first, because it may throw; then nothing is to be undone
+        // Intended: the result is not tested. If the system refuses, the count goes on without ticks; do not mend.
         _timerId = Multimedia::setEventLater(_event, getPeriodMs(), TIME_PERIODIC);
+        // The clock is read after the timer is set, so a tick comes slightly before its interval is full. The count
+        // rounds to the nearest whole number, which absorbs that.
         beginCount(clock.getCurrentTime());
         return true;
     }
@@ -55,6 +67,8 @@ public:
         return true;
     }
 
+    // Intended: the wait has no time-out. On a stopped timer it ends with the first tick after a start(); do not
+    // mend.
     unsigned long wait() override
     {
         ::ResetEvent(_event);
@@ -63,7 +77,7 @@ public:
     }
 
 private:
-    /// What the system is asked for; it refuses what is too much.
+    /// The tick's period in whole milliseconds. The system refuses 0 and what is beyond its largest period.
     ::UINT getPeriodMs() const
     {
         constexpr std::uint64_t most = std::numeric_limits<::UINT>::max();
@@ -71,7 +85,7 @@ private:
     }
 
     ::UINT _period;  ///< milliseconds
-    ::UINT _timerId;
+    ::UINT _timerId;  ///< valid while the timer is running
     ::HANDLE _event;
 };
 }  // namespace

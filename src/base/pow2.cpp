@@ -9,6 +9,7 @@ namespace
 constexpr char const* sourceName = "src/base/pow2";
 }  // namespace
 
+// Not in the header, so that log2Floor() stays small where it is inlined.
 void Pow2::throwNoBitSet()
 {
     Assertions::throwAssertionFailed(sourceName, __LINE__, "n != 0");

@@ -15,6 +15,8 @@ ProfConsolidator::ProfConsolidator()
 
 void ProfConsolidator::consolidate(ProfilerBase& profiler)
 {
+    // Intended: the profiler's public results and not its fields are read, so a profiler without cycles makes the
+    // minimum 0.0; do not mend.
     _cycles += profiler.cycles();
     _totalTime += profiler.totalTime();
     _minTime = std::min(profiler.minTime(), _minTime);
@@ -38,7 +40,7 @@ double ProfConsolidator::averageTime() const
 
 double ProfConsolidator::minTime() const
 {
-    return _cycles == 0 ? 0.0 : _minTime;
+    return _cycles == 0 ? 0.0 : _minTime;  // hides the initial value, the largest number
 }
 
 double ProfConsolidator::maxTime() const
@@ -48,7 +50,7 @@ double ProfConsolidator::maxTime() const
 
 std::ostream& operator<<(std::ostream& stream, ProfConsolidator const& consolidator)
 {
-    ProfRows rows(stream);
+    ProfRows rows(stream);  // sets the format, and restores the stream's own at the end
     stream << "Profiler Consolidator:" << std::endl;
     rows.writeSums(consolidator);
     return stream << std::endl;

@@ -10,7 +10,8 @@ namespace Vn
 {
 namespace
 {
-/// As "%.9f" gives it in the "C" locale.
+/// A number as "%.9f" gives it in the "C" locale. printf() itself would take the decimal point from the current
+/// locale.
 class NineDigits
 {
 public:
@@ -30,13 +31,15 @@ ProfilerBase::~ProfilerBase() = default;
 
 std::ostream& operator<<(std::ostream& stream, ProfilerBase const& profiler)
 {
-    ProfRows rows(stream);
+    ProfRows rows(stream);  // sets the format, and restores the stream's own at the end
     stream << "Profiler " << ExReasonText::orEmpty(profiler.getName()) << ":" << std::endl;
     rows.writeSums(profiler);
     rows.write("Standard dev:", profiler.standardDeviation());
     return stream << std::endl;
 }
 
+// Intended: literal columns instead of a format, and "Total time  :" with two blanks, which makes all labels equally
+// long; the text is part of the interface. Do not mend.
 LgStream& operator<<(LgStream& stream, ProfilerBase const& profiler)
 {
     stream << "Profiler " << ExReasonText::orEmpty(profiler.getName()) << ":\n";
@@ -49,6 +52,7 @@ LgStream& operator<<(LgStream& stream, ProfilerBase const& profiler)
     return stream << "\n";
 }
 
+// The two instances that the library holds.
 template class Profiler<HwIntervalTimer>;
 template class Profiler<TodIntervalTimer>;
 

@@ -7,8 +7,12 @@
 namespace Vn
 {
 
-/// Writes the rows of a profile: fixed notation, everything adjusted left, filled with blanks. The stream's flags,
-/// precision and fill are as before once this is gone, also where the stream throws.
+/// Writes the rows of a profile in fixed notation, adjusted left and filled with blanks.
+///
+///     ProfRows rows(stream);
+///     rows.write("Total time:", 4.0);    // "        Total time:     4.000000" and a line end
+///
+/// The destructor restores the stream's flags, precision and fill character, also after an exception of the stream.
 class ProfRows
 {
 public:
@@ -29,16 +33,18 @@ public:
         _stream.fill(_fill);
     }
 
+    /// One row: eight blanks, the label in 16 columns, the value and a line end. Flushes the stream, as std::endl
+    /// does.
     template <class Value>
     void write(char const* label, Value value)
     {
-        _stream.width(8);
+        _stream.width(8);  // applies to the next output only
         _stream << "";
         _stream.width(16);
         _stream << label << value << std::endl;
     }
 
-    /// The rows that every profile has.
+    /// The five rows that a profiler and a consolidator have in common.
     template <class Profile>
     void writeSums(Profile const& profile)
     {

@@ -11,6 +11,7 @@ namespace
 constexpr char const* sourceName = "src/base/rational";
 }  // namespace
 
+// Not in the header: setValue() is inlined in many places, and the throw would make each of them larger.
 void Rational::throwDenominatorZero()
 {
     throw RationalEx::ExDenominatorZero(sourceName, __LINE__);

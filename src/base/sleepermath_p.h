@@ -8,7 +8,12 @@
 namespace Vn::SleeperMath
 {
 
-/// Seconds as whole milliseconds, cut toward zero; 0 for a negative value, for what is no number, and from 2^63 on.
+/// Seconds as whole milliseconds, truncated toward zero.
+///
+///     0.0019           ->  1
+///     0.0009, -1, nan  ->  0
+///     2^63 ms or more  ->  0
+///
 inline std::uint64_t wholeMilliseconds(double seconds)
 {
     constexpr double limit = 9223372036854775808.0;
@@ -16,13 +21,15 @@ inline std::uint64_t wholeMilliseconds(double seconds)
     return milliseconds >= 1.0 && milliseconds < limit ? static_cast<std::uint64_t>(milliseconds) : 0;
 }
 
-/// What a sleep of `seconds` waits for, in milliseconds.
+/// What a sleep of `seconds` waits for, in milliseconds: the low 32 bits, so 4294967.297 s is 1 ms.
+// Intended: longer sleeps wrap instead of being refused; do not mend.
 inline std::uint32_t sleepMilliseconds(double seconds)
 {
     return static_cast<std::uint32_t>(wholeMilliseconds(seconds));
 }
 
-/// Moves a moment of seconds and nanoseconds, as the system's `timespec`, on by that many milliseconds.
+/// Adds milliseconds to a moment of seconds and nanoseconds, such as the system's `timespec`. The nanoseconds stay
+/// below a second, as the system demands.
 template <class Moment>
 void moveOn(Moment& moment, std::uint32_t milliseconds)
 {
@@ -35,7 +42,7 @@ void moveOn(Moment& moment, std::uint32_t milliseconds)
     }
 }
 
-/// Waits for `milliseconds` in steps of at most `longest`, each through `wait`.
+/// Waits for `milliseconds` by calls of `wait` with at most `longest` each, because the system refuses longer timers.
 template <class Wait>
 void waitInSteps(std::uint32_t milliseconds, std::uint32_t longest, Wait const& wait)
 {
@@ -44,8 +51,13 @@ void waitInSteps(std::uint32_t milliseconds, std::uint32_t longest, Wait const& 
     wait(milliseconds);
 }
 
-/// Whole intervals in `elapsed`, to the nearest one and upward from the middle. Stays within the type's range; 0 for
-/// what is no number.
+/// The number of intervals in `elapsed`, rounded to the nearest whole number, halves up.
+///
+///     1.2 / 0.5  ->  2
+///     1.3 / 0.5  ->  3
+///     nan        ->  0
+///
+/// Clamped to the range of the type: a result is never negative, and an interval of 0 gives the largest number.
 inline unsigned long countIntervals(double elapsed, double interval)
 {
     constexpr double limit = static_cast<double>(std::numeric_limits<unsigned long>::max());

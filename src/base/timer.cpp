@@ -11,10 +11,11 @@ TimerBase::~TimerBase() = default;
 
 std::ostream& operator<<(std::ostream& stream, TimerBase const& timer)
 {
-    const double total = timer.totalTime();  // before the writing, which takes time itself
+    const double total = timer.totalTime();  // first, because writing takes time itself
     return stream << "Timer " << ExReasonText::orEmpty(timer.getName()) << ": Total = " << total;
 }
 
+// The two instances that the library holds.
 template class Timer<HwIntervalTimer>;
 template class Timer<TodIntervalTimer>;
 

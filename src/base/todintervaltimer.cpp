@@ -10,13 +10,14 @@ void TodIntervalTimer::NativeTimer::refresh()
 {
     TodSplitTime now;
     if (!System::readTimeOfDay(now))
-        return;
+        return;  // start() and stop() have no way to report it; the old point is a defined state
     _seconds = now.seconds;
     _milliseconds = now.milliseconds;
 }
 
 double TodIntervalTimer::NativeTimer::since(NativeTimer const& earlier) const
 {
+    // The arithmetic is in a struct of its own, which tests can fill with any time.
     return TodSplitTime{_seconds, _milliseconds}.since({earlier._seconds, earlier._milliseconds});
 }
 
@@ -41,6 +42,7 @@ double TodIntervalTimer::timeInterval() const
 
 double TodIntervalTimer::sinceStart() const
 {
+    // A local point, so that a later timeInterval() is not disturbed.
     NativeTimer now;
     now.refresh();
     return now.since(_start);

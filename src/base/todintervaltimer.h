@@ -5,24 +5,37 @@
 namespace Vn
 {
 
-/// An interval by the time of day, to the millisecond. It follows the clock where that is set.
+/// Measures an interval with the time of day, to the millisecond. If the system's clock is set meanwhile, the result
+/// follows it, and may be negative; use HwIntervalTimer to be independent of that.
 ///
-/// Nothing here fails.
+///     Vn::TodIntervalTimer timer("import");
+///     timer.start();
+///     work();
+///     timer.stop();
+///     std::cout << timer.getName() << ": " << timer.timeInterval() << " s\n";
+///
+/// Nothing here throws. Needs no package. What happens without a start() or a stop() is in IntervalTimer; the origin
+/// is the beginning of 1970, UTC. One thread at a time.
 /// Tests: tests/base/intervaltimertest.cpp.
 class VN_BASE_EXPORT TodIntervalTimer : public IntervalTimer
 {
 public:
-    /// A point in time of day, in seconds and milliseconds since the beginning of 1970, UTC.
+    /// A time of day, in seconds and milliseconds since the beginning of 1970, UTC. A value; each thread may use its
+    /// own.
     class VN_BASE_EXPORT NativeTimer
     {
     public:
         /// The beginning of 1970.
         NativeTimer() = default;
 
-        /// Takes the present time. Where the system refuses to tell it, the point stays as it was.
+        /// Stores the present time. If the system fails to tell it, the old value stays.
         void refresh();
 
-        /// Seconds from `earlier` to this point.
+        /// Seconds from `earlier` to this time; negative if `earlier` is the later one.
+        ///
+        ///     from 10 s 900 ms to 11 s 100 ms  ->  0.2
+        ///     from 10 s 100 ms to 10 s 100 ms  ->  0.0
+        ///
         double since(NativeTimer const& earlier) const;
 
     private:
@@ -30,10 +43,17 @@ public:
         double _milliseconds = 0.0;  ///< whole ones, 0 to 999
     };
 
+    /// A timer whose two points are the beginning of 1970; reads no clock. `name` is not copied and must outlive the
+    /// timer and its copies.
     explicit TodIntervalTimer(char const* name = "anonymous");
 
+    /// @{
+    /// Copies the pointer to the name, and both points.
     TodIntervalTimer(TodIntervalTimer const&) = default;
     TodIntervalTimer& operator=(TodIntervalTimer const&) = default;
+    /// @}
+
+    /// Does nothing; the name is not freed.
     ~TodIntervalTimer() override;
 
     void start() override;

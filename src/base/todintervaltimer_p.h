@@ -9,7 +9,8 @@ struct TodSplitTime;
 namespace Vn::System
 {
 
-/// The time of day, cut to the millisecond. False if the system refuses, with `time` as it was.
+/// Stores the time of day, truncated to the millisecond. False if the system fails to tell it; `time` is then
+/// unchanged.
 bool readTimeOfDay(TodSplitTime& time);
 
 }  // namespace Vn::System

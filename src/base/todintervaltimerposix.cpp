@@ -14,6 +14,7 @@ constexpr long nanosecondsPerMillisecond = 1000000;
 
 bool readTimeOfDay(TodSplitTime& time)
 {
+    // CLOCK_REALTIME and not CLOCK_MONOTONIC: this is the time of day, and follows the clock when it is set.
     ::timespec now;
     if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
         return false;

@@ -11,7 +11,7 @@ namespace Vn::System
 bool readTimeOfDay(TodSplitTime& time)
 {
     struct __timeb64 now;
-    ::_ftime64(&now);  // has no way to fail
+    ::_ftime64(&now);  // reports no failure
     time = {static_cast<double>(now.time), static_cast<double>(now.millitm)};
     return true;
 }

@@ -8,8 +8,13 @@
 namespace Vn
 {
 
-/// The whole number that a text begins with, as atol() and atoi() read it, but the nearest limit of `Integer` where they
-/// promise nothing.
+/// The whole number that a text begins with, as atol() and atoi() read it. Where these are undefined, a number that
+/// does not fit, the result is the nearest limit of `Integer`.
+///
+///     " 12x"          ->  12
+///     "x", ""         ->  0
+///     "99999999999"   ->  2147483647 for int
+///
 template <class Integer>
 Integer wholeNumberOf(char const* text)
 {
