@@ -27,8 +27,8 @@ public:
         std::string path;
     };
 
-    /// Joins the two, in the order of the addresses. Of a stretch of memory that goes beyond an object, as when another
-    /// mapping happens to adjoin it, the object's part counts. Lines that don't read as such are passed over.
+    /// Joins the two, in the order of the addresses. Of a stretch of memory that goes beyond an object, as when
+    /// another mapping happens to adjoin it, the object's part counts. Lines that don't read as such are passed over.
     static void addModules(std::vector<Object> objects, std::string const& map, std::vector<LmLibrary>& libraries)
     {
         std::sort(objects.begin(), objects.end(),

@@ -6,8 +6,8 @@
 namespace Vn
 {
 
-/// What the processor tells of itself: four registers for each leaf of its identification. Leaf 0 has the highest leaf
-/// in its first register.
+/// What the processor tells of itself: four registers for each leaf of its identification. Leaf 0 has the highest
+/// leaf in its first register.
 class OsCpuid
 {
 public:

@@ -38,8 +38,8 @@ public:
     /// -1 if `a` is the earlier one, 0, or 1.
     static int compare(OsDateTypes::DateRep const& a, OsDateTypes::DateRep const& b);
 
-    // These go through a double: for a date of today that is exact to 16 ticks. A sum that 64 bits don't hold, or that
-    // is not a number, becomes 0x8000000000000000, which is no date.
+    // These go through a double: for a date of today that is exact to 16 ticks. A sum that 64 bits don't hold, or
+    // that is not a number, becomes 0x8000000000000000, which is no date.
     static OsDateTypes::DateRep add(OsDateTypes::DateRep const& date, double seconds);
     static OsDateTypes::DateRep diff(OsDateTypes::DateRep const& date, double seconds);
 

@@ -20,8 +20,8 @@ public:
     /// Found out at run time.
     static bool isBigEndian();
 
-    /// The value with its bytes in reverse order. A `long` has 8 of them on Linux and 4 on Windows, so a stored value is
-    /// better held in one of the types of a fixed size.
+    /// The value with its bytes in reverse order. A `long` has 8 of them on Linux and 4 on Windows, so a stored value
+    /// is better held in one of the types of a fixed size.
     static signed char invert(signed char value);
     static unsigned char invert(unsigned char value);
     static short invert(short value);

@@ -17,8 +17,8 @@ class VN_BASE_EXPORT OsEnv
 public:
     OsEnv() = delete;
 
-    /// The value, or null. The text belongs to the environment and lasts until the variable changes. Null or "" as the
-    /// name: null.
+    /// The value, or null. The text belongs to the environment and lasts until the variable changes. Null or "" as
+    /// the name: null.
     static char const* getVariable(char const* name);
 
     /// Takes over `NAME=value`, copied; "NAME=" leaves the variable unset. Throws ExInternalError ("Could not set

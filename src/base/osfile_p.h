@@ -37,7 +37,8 @@ bool createFile(char const* path, OsFileTypes::Permissions const& permissions, b
 /// A file that isn't there is deleted already.
 void deleteFile(char const* path);
 
-// These answer false and leave the system's error standing for the caller, who throws it with a source name of its own.
+// These answer false and leave the system's error standing for the caller, who throws it with a source name of its
+// own.
 
 bool makeDirectory(char const* path, OsFileTypes::Permissions const& permissions);
 bool removeEmptyDirectory(char const* path);

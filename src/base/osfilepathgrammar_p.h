@@ -18,7 +18,8 @@ struct OsFilePathGrammar
     bool (*isAbsolute)(char const* path);
     bool keepsRoot;  ///< the directory of what stands in the root is the root, separator included
 
-    /// `path` and `tail` with one separator between them, unless `path` is empty or ends in one. An empty `tail` counts.
+    /// `path` and `tail` with one separator between them, unless `path` is empty or ends in one. An empty `tail`
+    /// counts.
     std::string join(std::string_view path, std::string_view tail) const
     {
         std::string joined;
@@ -30,8 +31,8 @@ struct OsFilePathGrammar
         return joined;
     }
 
-    /// What `resolved`, a path from the root, is cut to as the directory of `stored`, from which it was made. The last
-    /// byte counts as well, so a path that ends in a separator loses just this one.
+    /// What `resolved`, a path from the root, is cut to as the directory of `stored`, from which it was made. The
+    /// last byte counts as well, so a path that ends in a separator loses just this one.
     std::string directoryOf(std::string_view stored, std::string resolved) const
     {
         if (stored == "." || stored == "..")

@@ -18,10 +18,10 @@ class PrPerfCounter
 public:
     PrPerfCounter() = delete;
 
-    /// Objects and counters go by the numbers that the system gives them. `instanceName` is compared with the bytes of
-    /// the instance's name, and doesn't count for an object without instances. A value of 32 bits is zero-extended.
-    /// Throws PrEx::ExBadCounterObjectIndex, PrEx::ExBadCounterInstance, PrEx::ExBadCounterIndex, PrEx::ExUnsupported
-    /// for a counter of variable size, and ExInternalError for a size that doesn't exist.
+    /// Objects and counters go by the numbers that the system gives them. `instanceName` is compared with the bytes
+    /// of the instance's name, and doesn't count for an object without instances. A value of 32 bits is
+    /// zero-extended. Throws PrEx::ExBadCounterObjectIndex, PrEx::ExBadCounterInstance, PrEx::ExBadCounterIndex,
+    /// PrEx::ExUnsupported for a counter of variable size, and ExInternalError for a size that doesn't exist.
     static std::uint64_t getValue(unsigned int objectIndex, unsigned int counterIndex, char const* instanceName);
 };
 

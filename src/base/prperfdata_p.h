@@ -38,8 +38,8 @@ struct PrPerfLayout
     };
 };
 
-/// A block of performance data as it came, which nobody vouches for: whatever its records say of their lengths, nothing
-/// is read outside the block and each walk ends. A record that isn't whole counts as none.
+/// A block of performance data as it came, which nobody vouches for: whatever its records say of their lengths,
+/// nothing is read outside the block and each walk ends. A record that isn't whole counts as none.
 ///
 ///     PrPerfData(bytes, size).getValue(238, 6, "_");
 ///
@@ -167,8 +167,8 @@ struct PrPerfBuffer
     std::uint32_t size = 0;
 };
 
-/// Asks `query(bytes, size)` with 8192 bytes, and with 1024 more each time for as long as it answers that there is more
-/// data (234). Any other answer ends it; a query that wrote nothing leaves a block without objects. Throws
+/// Asks `query(bytes, size)` with 8192 bytes, and with 1024 more each time for as long as it answers that there is
+/// more data (234). Any other answer ends it; a query that wrote nothing leaves a block without objects. Throws
 /// ExInternalError if `limit` bytes don't suffice.
 template <class Query>
 PrPerfBuffer fetchPerfData(Query const& query, std::uint32_t limit = 16U << 20)
