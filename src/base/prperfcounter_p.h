@@ -6,7 +6,7 @@
 namespace Vn
 {
 
-/// Reads one value of the system's performance data. Windows only, and for the library alone.
+/// Reads one value of the system's performance data. Windows only; not exported.
 ///
 ///     const std::uint64_t busy = PrPerfCounter::getValue(238, 6, "0");    // processor, idle time, first one
 ///
