@@ -28,8 +28,15 @@ public:
         std::string path;
     };
 
-    /// Joins the two, in the order of the addresses. Of a stretch of memory that goes beyond an object, as when
-    /// another mapping happens to adjoin it, the object's part counts. Lines that don't read as such are passed over.
+    /// Appends a library for each object, with the stretches of the map that overlap it as its blocks.
+    ///
+    ///     object  1000-4000
+    ///     map     0800-2000 r--p   ->  block 1000-2000, read
+    ///             2000-3000 r-xp   ->  block 2000-3000, read and execute
+    ///             3000-6000 rw-p   ->  block 3000-4000, read and write; copy-on-write too if a file is behind it
+    ///
+    /// A stretch can go beyond an object: the kernel merges neighbours of equal protection, and what adjoins may be
+    /// another mapping. Lines that don't parse are skipped; a later kernel may add some.
     static void addModules(std::vector<Object> objects, std::string const& map, std::vector<LmLibrary>& libraries)
     {
         std::sort(objects.begin(), objects.end(),
