@@ -48,8 +48,8 @@ private:
         text += "\tBlock: " + std::to_string(number) + " \n";
         if (block.getSize() == 0)
             return;
-        // Intended: the line ends with a blank behind its line end, and the next one begins with it. Do not mend:
-        // programs compare this text.
+        // Intended: the line ends with a blank behind its line end, so the next one begins with it. Do not mend: the
+        // format is fixed to the byte.
         text += "\t\tAddress: " + pointer(block.getAddress()) + " \n ";
         text += "\t\tSize:    " + std::to_string(static_cast<int>(block.getSize())) + " \n";  // 32 bits, signed
         text += "\t\tFlags:   ";

@@ -10,8 +10,8 @@ namespace Vn
 ///
 ///     {"convert", "a b.exr", null}  ->  "convert a b.exr "
 ///
-// Intended: nothing is quoted, so a text with a blank in it splits. Do not mend: callers quote where they need it,
-// and a second pair of quotes would reach the program.
+// Intended: nothing is quoted, so a text with a blank in it splits. Do not mend: callers quote what needs it, and
+// would get a second pair of quotes.
 inline std::string commandLineOf(char const* const* argv)
 {
     std::string line;

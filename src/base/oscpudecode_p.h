@@ -32,8 +32,8 @@ public:
 
     /// The four-bit fields of leaf 1's first register: stepping in bits 0 to 3, model in 4 to 7, family in 8 to 11.
     /// Each pointer may be null. Nothing is stored if the processor has no leaf 1.
-    // Intended: without the extended family and model, so many processors have family 15 or 6. Do not mend: programs
-    // compare the numbers.
+    // Intended: without the extended family and model, so many processors have family 15 or 6. Do not mend: the
+    // numbers are those of the four-bit fields.
     void readSignature(int* family, int* model, int* stepping) const
     {
         if (highestLeaf() == 0)
@@ -84,7 +84,7 @@ private:
     std::uint32_t highestLeaf() const { return _cpuid.query(0).first; }
 
     // Intended: the third register is decoded twice and the fourth not at all, unlike in the first round. Do not
-    // mend: programs size their blocks by the result, and it must not change with a version of this library.
+    // mend: programs size their blocks by the result, which stays what it has always been.
     void decodeLaterRound(Target const& target) const
     {
         const OsCpuid::Registers all = _cpuid.query(2);

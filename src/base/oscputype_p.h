@@ -25,7 +25,7 @@ inline OsCpuInfo::Type typeOfArchitecture(unsigned architecture)
 }
 
 /// The type's name; null for a number that is no type.
-// Intended: AMD64 has no name, although most machines are of that type. Do not mend: programs test for null.
+// Intended: AMD64 has no name, although most machines are of that type. Do not mend: callers expect null.
 inline char const* nameOfType(OsCpuInfo::Type type)
 {
     switch (type) {

@@ -124,8 +124,8 @@ private:
     }
 
     /// The text at `offset`, up to its terminator or the end of the block; empty past the end.
-    // Intended: names are compared as narrow texts although the system stores wide ones, so "_Total" is found as "_"
-    // and its like. Do not mend: callers pass what is found that way.
+    // Intended: the comparison is that of narrow texts. A name in wide characters ends at its first zero byte, so
+    // "_Total" is found as "_". Do not mend: callers pass what is found that way.
     std::string_view textAt(std::uint64_t offset) const
     {
         if (offset >= _size)
