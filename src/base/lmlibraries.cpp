@@ -1,3 +1,6 @@
+// Both functions rebuild the one list and differ in what they do with it. The list is never destroyed, so that code
+// that runs while the process exits can still ask for it. It has no lock: a caller holds a reference into it, which
+// no lock of ours could protect.
 #include <base/lmlibraries.h>
 
 #include <base/exsyserror.h>
@@ -12,6 +15,7 @@ namespace
 {
 constexpr char const* sourceName = "src/base/lmlibraries";
 
+/// The list, filled anew; its storage is reused. Empty after an exception, so that no caller sees half a list.
 std::vector<LmLibrary>& rebuild()
 {
     static std::vector<LmLibrary>& libraries = *new std::vector<LmLibrary>;

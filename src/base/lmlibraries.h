@@ -7,25 +7,39 @@
 namespace Vn
 {
 
-/// The modules that are loaded in this process, for diagnostics.
+/// Lists the modules that are loaded in this process, for diagnostics.
 ///
 ///     for (Vn::LmLibrary const& library : Vn::LmLibraries::getList())
 ///         std::cout << library.getPath() << '\n';
 ///
-/// On Windows every allocation of the address space that belongs to a module; on Linux every object that the loader
-/// knows, with its blocks from the process's own memory map. One thread at a time; what loads meanwhile may be there or
-/// not. Paths are cut to 149 characters.
+/// Linux: every object that the loader knows, its blocks taken from the process's memory map. Windows: every
+/// allocation of the address space that belongs to a module. Both include the program itself. Paths are cut to 149
+/// characters.
+///
+/// One thread at a time, for both functions together. Modules that other threads load meanwhile may be missing.
 /// Tests: tests/base/lmlibrariestest.cpp.
 class VN_BASE_EXPORT LmLibraries
 {
 public:
     LmLibraries() = delete;
 
-    /// Looks anew, in the order of the addresses. The list is the library's own and lasts until the next call of either
-    /// function. Throws ExSysErrorWindows where Linux doesn't show the memory map, and leaves the list empty.
+    /// The modules as they are now, in the order of their addresses. The library owns the list; the next call of
+    /// either function replaces it. Throws ExSysErrorWindows if Linux does not show the memory map (no /proc), or
+    /// std::bad_alloc; the list is then empty.
     static std::vector<LmLibrary> const& getList();
 
-    /// Looks anew, and prints the list on the standard output stream.
+    /// Lists anew and prints on `std::cout`:
+    ///
+    ///     Library: 0
+    ///             Library path: /usr/bin/app
+    ///             Address: 0x55d0c0a00000
+    ///
+    ///             Block: 0
+    ///                     Address: 0x55d0c0a00000
+    ///                     Size:    4096
+    ///                     Flags:   READ
+    ///
+    /// Sizes are shown as 32-bit signed numbers, so one from 2 GiB on is negative or cut. Throws as getList().
     static void dumpList();
 };
 

@@ -8,7 +8,8 @@
 namespace Vn::System
 {
 
-/// Appends the modules of this process. False if the system refuses to tell, with its last error set.
+/// Appends the modules of this process, in the order of their addresses. False if the system refuses to tell, with
+/// its last error set; what has been appended by then may be incomplete. Throws std::bad_alloc.
 bool addLoadedModules(std::vector<LmLibrary>& libraries);
 
 }  // namespace Vn::System

@@ -1,4 +1,13 @@
 // lmlibrarieslinux.cpp (Windows form: lmlibrarieswindows.cpp)
+//
+// Two sources, joined by LmMap:
+//
+//     dl_iterate_phdr()     the objects that the loader knows: name, and the addresses of their segments
+//     /proc/self/maps       every mapping of the process, with its protection
+//
+// The map alone would do for files, but not for objects without a file, such as the kernel's vdso; the loader alone
+// knows the protection that the segments were built for, but not the one they have now. The objects are taken first.
+// Another thread may unload one before the map is read: it then has no blocks.
 #include <base/lmlibraries_p.h>
 
 #include <base/lmmap_p.h>
@@ -17,14 +26,15 @@ namespace Vn::System
 {
 namespace
 {
-/// The loader has no name for the program itself.
+/// Path of the program, for which the loader has an empty name. "Unknown" without /proc.
 std::string programPath()
 {
-    char path[LmMap::longestPath];
+    char path[LmMap::longestPath];  // readlink() cuts, and writes no terminator
     const ::ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
     return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : "Unknown";
 }
 
+/// What the callback fills. `isComplete` is false once memory has run out.
 struct Collection
 {
     std::uintptr_t pageSize = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
@@ -32,6 +42,7 @@ struct Collection
     bool isComplete = true;
 };
 
+/// From the lowest to the highest loaded segment, rounded to whole pages. One without such a segment has begin > end.
 LmMap::Object objectOf(::dl_phdr_info const& info, std::uintptr_t pageSize)
 {
     LmMap::Object object{UINTPTR_MAX, 0, info.dlpi_name};
@@ -47,7 +58,8 @@ LmMap::Object objectOf(::dl_phdr_info const& info, std::uintptr_t pageSize)
     return object;
 }
 
-/// The loader holds a lock meanwhile, so no exception passes through it.
+/// Callback of dl_iterate_phdr(), which holds the loader's lock and is C code: an exception that passed through it
+/// would leave the lock held. So a failure is noted, and any result but 0 ends the iteration.
 int addObject(::dl_phdr_info* info, std::size_t, void* data) noexcept
 {
     Collection& collection = *static_cast<Collection*>(data);
@@ -67,18 +79,20 @@ std::vector<LmMap::Object> loadedObjects()
     ::dl_iterate_phdr(addObject, &collection);
     if (!collection.isComplete)
         throw std::bad_alloc();
+    // Outside the callback: readlink() need not run under the loader's lock.
     for (LmMap::Object& object : collection.objects)
         if (object.path.empty())
             object.path = programPath();
     return std::move(collection.objects);
 }
 
+/// The whole text of the map. False, with `errno` set, if it can't be opened or read.
 bool readMap(std::string& map)
 {
     const Posix::Descriptor file(Posix::openFile("/proc/self/maps", O_RDONLY));
     if (!file.isOpen())
         return false;
-    char part[16384];
+    char part[16384];  // the kernel gives whole lines, a page or so at a time
     for (;;) {
         const ::ssize_t length = Posix::retry([&] { return ::read(file.get(), part, sizeof part); });
         if (length <= 0)

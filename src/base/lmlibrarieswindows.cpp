@@ -1,4 +1,7 @@
 // lmlibrarieswindows.cpp (POSIX form: lmlibrarieslinux.cpp)
+//
+// LmWalk holds the rules; this form makes its three system calls. The queries go to a handle of the process that is
+// opened at the first use and never closed: one handle serves all walks, and an exiting process gives it back.
 #include <base/lmlibraries_p.h>
 
 #include <base/lmwalk_p.h>
@@ -9,10 +12,11 @@ namespace Vn::System
 {
 namespace
 {
+/// This process, as VirtualQueryEx() describes it.
 class OwnAddressSpace final : public LmAddressSpace
 {
 public:
-    /// The handle is kept: it serves every walk of this process.
+    // Intended: the handle is not closed. Do not mend: it serves every walk until the process ends.
     OwnAddressSpace() : _process(::OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, ::GetCurrentProcessId())) {}
 
     bool query(std::uintptr_t address, Region& region) const override
@@ -33,7 +37,7 @@ public:
     bool getModuleName(std::uintptr_t base, char (&name)[nameSize]) const override
     {
         const ::DWORD length = ::GetModuleFileNameA(reinterpret_cast<::HMODULE>(base), name, nameSize);
-        name[nameSize - 1] = '\0';  // a name that is cut comes without its end
+        name[nameSize - 1] = '\0';  // older systems don't terminate a name that they cut
         return length != 0;
     }
 
@@ -43,6 +47,7 @@ private:
     ::HANDLE _process;
 };
 
+// The walk was written for this layout; a 32-bit build has another one.
 static_assert(sizeof(::MEMORY_BASIC_INFORMATION) == 48);
 }  // namespace
 

@@ -1,3 +1,6 @@
+// An entry owns its path as an array, whose owner transfers on copying: so the copy constructor duplicates the text,
+// and the assignment takes its operand by value and takes over what that holds. It serves for copies and moves, and
+// throws nothing itself.
 #include <base/lmlibrary.h>
 
 #include <base/duplicatestring.h>

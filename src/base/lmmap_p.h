@@ -17,9 +17,10 @@ namespace Vn
 class LmMap
 {
 public:
+    /// Characters of a path, as on Windows, where the call has room for 150 with the terminator.
     static constexpr std::size_t longestPath = 149;
 
-    /// An object of the loader, from its first to behind its last byte.
+    /// An object of the loader: the program or a library. `end` is behind its last byte; both lie on page boundaries.
     struct Object
     {
         std::uintptr_t begin;
@@ -27,8 +28,15 @@ public:
         std::string path;
     };
 
-    /// Joins the two, in the order of the addresses. Of a stretch of memory that goes beyond an object, as when another
-    /// mapping happens to adjoin it, the object's part counts. Lines that don't read as such are passed over.
+    /// Appends a library for each object, with the stretches of the map that overlap it as its blocks.
+    ///
+    ///     object  1000-4000
+    ///     map     0800-2000 r--p   ->  block 1000-2000, read
+    ///             2000-3000 r-xp   ->  block 2000-3000, read and execute
+    ///             3000-6000 rw-p   ->  block 3000-4000, read and write; copy-on-write too if a file is behind it
+    ///
+    /// A stretch can go beyond an object: the kernel merges neighbours of equal protection, and what adjoins may be
+    /// another mapping. Lines that don't parse are skipped; a later kernel may add some.
     static void addModules(std::vector<Object> objects, std::string const& map, std::vector<LmLibrary>& libraries)
     {
         std::sort(objects.begin(), objects.end(),
@@ -43,12 +51,14 @@ public:
     }
 
 private:
+    /// One line of the map: pages with the same protection.
     struct Stretch
     {
         std::uintptr_t begin, end;
         unsigned flags;
     };
 
+    /// Adds the part of the stretch that lies in the object, if there is one.
     static void addBlock(LmLibrary& library, Object const& object, Stretch const& stretch)
     {
         const std::uintptr_t begin = std::max(object.begin, stretch.begin);
@@ -57,6 +67,7 @@ private:
             library.addBlock(LmBlock(begin, end - begin, stretch.flags));
     }
 
+    /// The lines of the map; the last one may lack its line end.
     static std::vector<Stretch> read(std::string const& map)
     {
         std::vector<Stretch> stretches;
@@ -70,7 +81,8 @@ private:
 
     static unsigned flag(bool isSet, LmBlock::Flags value) { return isSet ? static_cast<unsigned>(value) : 0u; }
 
-    /// "begin-end rwxp offset major:minor inode path", the numbers but the inode's in hexadecimal.
+    /// "begin-end rwxp offset major:minor inode path"; all numbers but the inode are hexadecimal, and the path may be
+    /// missing. A private (`p`), writable mapping of a file (inode not 0) is copied at the first write.
     static void readLine(std::string const& line, std::vector<Stretch>& stretches)
     {
         std::uint64_t begin, end, inode;

@@ -11,10 +11,16 @@
 namespace Vn
 {
 
-/// The text of a list of modules.
+/// The text of a list of modules, which LmLibraries::dumpList() prints. Its blanks at line ends are part of the
+/// format.
+///
+///     LmText::of(libraries);    // "\n\nLibrary: 0 \n\tLibrary path: /usr/bin/app \n..."
+///
+/// Tests: tests/base/lmlibrariestest.cpp.
 class LmText
 {
 public:
+    /// The entries in the order of the list, numbered from 0; "" for an empty list.
     static std::string of(std::vector<LmLibrary> const& libraries)
     {
         std::string text;
@@ -25,6 +31,7 @@ public:
     }
 
 private:
+    /// A heading, path and address, then the blocks, numbered from 0 in each library.
     static void add(std::string& text, LmLibrary const& library, int number)
     {
         text += "\n\nLibrary: " + std::to_string(number) + " \n";
@@ -35,14 +42,18 @@ private:
             add(text, block, blockNumber++);
     }
 
+    /// A block of size 0 has its number only.
     static void add(std::string& text, LmBlock const& block, int number)
     {
         text += "\tBlock: " + std::to_string(number) + " \n";
         if (block.getSize() == 0)
             return;
+        // Intended: the line ends with a blank behind its line end, so the next one begins with it. Do not mend: the
+        // format is fixed to the byte.
         text += "\t\tAddress: " + pointer(block.getAddress()) + " \n ";
-        text += "\t\tSize:    " + std::to_string(static_cast<int>(block.getSize())) + " \n";  // 32 bits of it
+        text += "\t\tSize:    " + std::to_string(static_cast<int>(block.getSize())) + " \n";  // 32 bits, signed
         text += "\t\tFlags:   ";
+        // The order of the words differs from that of the bits.
         const struct
         {
             unsigned flag;
@@ -58,7 +69,7 @@ private:
         text += "\n";
     }
 
-    /// As the platform's own "%p" has it.
+    /// As the platform's own "%p" writes it: "0x7f00" on Linux, "0000000000007F00" on Windows.
     static std::string pointer(std::uintptr_t address)
     {
         char text[32];

@@ -9,10 +9,11 @@
 namespace Vn
 {
 
-/// The address space of a process, as Windows tells of it.
+/// The address space of a process as Windows describes it. A seam: the tests give LmWalk spaces that no system has.
 class LmAddressSpace
 {
 public:
+    /// The numbers of Windows: MEM_COMMIT, MEM_RESERVE, MEM_FREE.
     enum State : std::uint32_t
     {
         committed = 0x1000,
@@ -20,7 +21,8 @@ public:
         unused = 0x10000
     };
 
-    /// Pages that are alike.
+    /// Consecutive pages of equal state and protection. What one call has allocated is one allocation; protecting
+    /// parts of it in different ways divides it into regions, all with the same `allocationBase`.
     struct Region
     {
         std::uintptr_t base;
@@ -31,6 +33,7 @@ public:
         std::uint32_t allocationProtection;
     };
 
+    /// Bytes for a module's name with its terminator.
     static constexpr std::size_t nameSize = 150;
 
     /// The region that holds `address`; false beyond the last one.
@@ -39,19 +42,27 @@ public:
     /// File of the module at `base`, cut and terminated; false if there is no module.
     virtual bool getModuleName(std::uintptr_t base, char (&name)[nameSize]) const = 0;
 
-    /// A state that no system should know.
+    /// Called for a state other than the three; the walk then ends.
     virtual void reportUnknownState() const = 0;
 
 protected:
     ~LmAddressSpace() = default;
 };
 
-/// Finds the modules of an address space, from its beginning to its end.
+/// Finds the modules of an address space, going from allocation to allocation from address 0 on.
+///
+///     address  ->  find(): its allocation, measured       free memory counts as an allocation without blocks
+///                  is there a module of that base?        then one LmLibrary, with one LmBlock for each region
+///              ->  the end of the allocation
+///
+/// Other threads may map and unmap memory during a walk, so no query relies on an earlier one. Tests:
+/// tests/base/lmlibrariestest.cpp.
 class LmWalk
 {
 public:
     explicit LmWalk(LmAddressSpace const& space) : _space(space) {}
 
+    /// Appends a library for each module. Ends at the first query that fails, which is the end of the address space.
     void addModules(std::vector<LmLibrary>& libraries) const
     {
         std::uintptr_t address = 0;
@@ -65,12 +76,13 @@ public:
             }
             const std::uintptr_t next = found.base + found.size;
             if (next <= address)
-                return;  // the end of the address space, or a system that leads in a circle
+                return;  // the end of the address space; without this test, a wrapped address would start over
             address = next;
         }
     }
 
-    /// For the flags guard, no-cache and write-combine, which say nothing about the access.
+    /// Windows' protection (PAGE_READONLY is 2, and so on) as a sum of LmBlock::Flags; 0 for no access or an unknown
+    /// value. The mask takes off guard, no-cache and write-combine, which don't concern the kind of access.
     static unsigned flagsOf(std::uint32_t protection)
     {
         switch (protection & ~0x700u) {
@@ -105,6 +117,8 @@ private:
         std::size_t blocks;
     };
 
+    /// False if there is nothing at the address. A reserved region has the protection that its allocation was made
+    /// with.
     bool find(std::uintptr_t address, Found& found) const
     {
         Region region;
@@ -128,7 +142,8 @@ private:
         return true;
     }
 
-    /// Adds up the regions of the allocation.
+    /// Adds up the regions of the allocation. The tests of size and address end it if a system reports a region of no
+    /// size or one that wraps.
     void measure(Found& found) const
     {
         Region region;
@@ -143,6 +158,8 @@ private:
         }
     }
 
+    /// Adds the regions from `address` on. The allocation may have changed since it was measured, so a failed query
+    /// ends it early.
     void addBlocks(LmLibrary& library, std::uintptr_t address, Found block) const
     {
         const std::size_t count = block.blocks;

@@ -10,9 +10,9 @@ namespace Vn
 /// A moment in the fields of the Gregorian calendar, to the millisecond.
 struct OsCalendarTime
 {
-    std::uint16_t year;
+    std::uint16_t year;   ///< 1601 to 30827 for a moment
     std::uint16_t month;  ///< 1 to 12
-    std::uint16_t day;
+    std::uint16_t day;    ///< 1 to 31
     std::uint16_t hour;
     std::uint16_t minute;
     std::uint16_t second;
@@ -20,8 +20,12 @@ struct OsCalendarTime
     std::uint16_t dayOfWeek;  ///< 0 for Sunday; not looked at on the way to ticks
 };
 
-/// The calendar in ticks of 100 nanoseconds since the beginning of 1601: the reckoning of UTC where the system has
-/// none, and what the tests hold a system's own to.
+/// The Gregorian calendar in ticks of 100 nanoseconds since the beginning of 1601. Linux computes UTC with it; on
+/// Windows, which has calls for that, the tests compare those calls with it.
+///
+///     1601-01-01 00:00:00.000  <->  0
+///     1970-01-01 00:00:00.000  <->  116444736000000000
+///
 class OsCalendar
 {
 public:
@@ -30,7 +34,7 @@ public:
     static constexpr std::uint64_t ticksPerDay = 86400 * ticksPerSecond;
     static constexpr std::int64_t secondsTo1970 = 11644473600;  ///< since the beginning of 1601
 
-    /// False, with `ticks` as they were, if the fields name no moment.
+    /// False, with `ticks` as they were, if the fields name no moment: 30 February, hour 24, second 60.
     static bool toTicks(OsCalendarTime const& time, std::uint64_t& ticks)
     {
         if (!isMoment(time))
@@ -42,7 +46,8 @@ public:
         return true;
     }
 
-    /// False, with `time` as it was, from 0x8000000000000000 on, which would be negative as a signed number.
+    /// False, with `time` as it was, from 0x8000000000000000 on: as on Windows, which takes the ticks for a signed
+    /// number. What exceeds the millisecond is cut off.
     static bool fromTicks(std::uint64_t ticks, OsCalendarTime& time)
     {
         if (ticks >> 63 != 0)
@@ -62,19 +67,22 @@ public:
     }
 
 private:
+    /// Day 0 of the ticks.
     static std::chrono::sys_days epoch()
     {
         using namespace std::chrono;
         return sys_days(year(1601) / January / 1);
     }
 
+    /// Unchecked: ok() of the result tells whether there is such a day.
     static std::chrono::year_month_day dateOf(OsCalendarTime const& time)
     {
         using namespace std::chrono;
         return year(time.year) / month(time.month) / day(time.day);
     }
 
-    /// The last year is the last whole one that 63 bits of ticks hold.
+    /// 30827 is the last whole year that 63 bits of ticks hold. Month and day are tested before dateOf(), which would
+    /// cut them to 8 bits.
     static bool isMoment(OsCalendarTime const& time)
     {
         return time.year >= 1601 && time.year <= 30827 && time.month <= 12 && time.day <= 31 && dateOf(time).ok() &&

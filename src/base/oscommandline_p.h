@@ -6,7 +6,12 @@
 namespace Vn
 {
 
-/// The line that Windows starts a process with: each text with a blank behind it, nothing quoted or escaped.
+/// The line that Windows starts a process with. Null counts as an empty array.
+///
+///     {"convert", "a b.exr", null}  ->  "convert a b.exr "
+///
+// Intended: nothing is quoted, so a text with a blank in it splits. Do not mend: callers quote what needs it, and
+// would get a second pair of quotes.
 inline std::string commandLineOf(char const* const* argv)
 {
     std::string line;

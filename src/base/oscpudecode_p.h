@@ -9,9 +9,13 @@
 namespace Vn
 {
 
-/// Reads what the processor's identification says; the source of the registers can be a made-up one.
+/// Decodes the processor's identification; the tests supply registers of processors that they don't run on.
+///
+///     OsCpuDecode(ownCpuid).readSignature(&family, &model, nullptr);
+///
 /// Published source: the processor's manual, "CPUID: processor identification", leaves 0, 1 and 2 with the table of
-/// cache descriptors.
+/// cache descriptors. Queries the processor anew in each call; keeps a reference to `cpuid`.
+/// Tests: tests/base/oscpuinfotest.cpp, tests/base/osmemoryarchtest.cpp.
 class OsCpuDecode
 {
 public:
@@ -23,9 +27,13 @@ public:
     static constexpr unsigned mmxBit = 23;
     static constexpr unsigned sseBit = 25;
 
+    /// False as well if the processor has no leaf 1.
     bool hasFeature(unsigned bit) const { return highestLeaf() >= 1 && (_cpuid.query(1).fourth >> bit & 1) != 0; }
 
-    /// Each pointer may be null. Untouched where the processor has no leaf 1.
+    /// The four-bit fields of leaf 1's first register: stepping in bits 0 to 3, model in 4 to 7, family in 8 to 11.
+    /// Each pointer may be null. Nothing is stored if the processor has no leaf 1.
+    // Intended: without the extended family and model, so many processors have family 15 or 6. Do not mend: the
+    // numbers are those of the four-bit fields.
     void readSignature(int* family, int* model, int* stepping) const
     {
         if (highestLeaf() == 0)
@@ -39,8 +47,9 @@ public:
             *stepping = static_cast<int>(signature & 0xF);
     }
 
-    /// Sizes are 0, ways 1 and the page size 0 where the processor tells nothing; a line size stays as it was until a
-    /// descriptor sets it.
+    /// Caches and page size from leaf 2. Its low byte is the number of times that the leaf must be read; all other
+    /// bytes are descriptors. What no descriptor reports has size 0 and one way, so that a size can always be divided
+    /// by its ways. The line size then stays as it was, and so does what a later descriptor does not overwrite.
     void readMemory(CacheInfo& data, CacheInfo& instruction, CacheInfo& level2, int& pageSize) const
     {
         for (CacheInfo* cache : {&data, &instruction, &level2}) {
@@ -51,7 +60,7 @@ public:
         if (highestLeaf() < 2)
             return;
         const OsCpuid::Registers all = _cpuid.query(2);
-        if (all.first >> 31 != 0)
+        if (all.first >> 31 != 0)  // the register holds no descriptors
             return;
         const Target target{data, instruction, level2, pageSize};
         decodeFirst(all.first, target);
@@ -62,6 +71,7 @@ public:
     }
 
 private:
+    /// Where the descriptors go.
     struct Target
     {
         CacheInfo& data;
@@ -70,10 +80,11 @@ private:
         int& pageSize;
     };
 
+    /// 0 on a processor without the instruction.
     std::uint32_t highestLeaf() const { return _cpuid.query(0).first; }
 
-    /// The third register counts twice here and the fourth not at all: what blocks are sized by stays what it has
-    /// always been.
+    // Intended: the third register is decoded twice and the fourth not at all, unlike in the first round. Do not
+    // mend: programs size their blocks by the result, which stays what it has always been.
     void decodeLaterRound(Target const& target) const
     {
         const OsCpuid::Registers all = _cpuid.query(2);
@@ -82,15 +93,18 @@ private:
             decodeFrom(0, descriptors, target);
     }
 
-    /// Its low byte is the number of rounds.
+    /// Skips the low byte, which is the number of rounds.
     static void decodeFirst(std::uint32_t descriptors, Target const& target) { decodeFrom(1, descriptors, target); }
 
+    /// From the given byte up to the highest one of the register.
     static void decodeFrom(unsigned byte, std::uint32_t descriptors, Target const& target)
     {
         for (; byte < 4; ++byte)
             decode(descriptors >> 8 * byte & 0xFF, target);
     }
 
+    /// Sets {size in bytes, ways, line size in bytes}; a later descriptor overwrites an earlier one. Unknown ones,
+    /// which most of today's processors report, are ignored.
     static void decode(std::uint32_t descriptor, Target const& target)
     {
         switch (descriptor) {
@@ -110,7 +124,7 @@ private:
         case 0x0C:
             target.data = {16384, 2, 32};
             break;
-        case 0x40:
+        case 0x40:  // no second-level cache
             target.level2 = {0, 1, 0};
             break;
         case 0x41:

@@ -6,16 +6,18 @@
 namespace Vn
 {
 
-/// What the processor tells of itself: four registers for each leaf of its identification. Leaf 0 has the highest leaf
-/// in its first register.
+/// What the processor tells of itself: four registers for each leaf of its identification. Leaf 0 has the highest
+/// leaf in its first register.
 class OsCpuid
 {
 public:
+    /// EAX, EBX, ECX and EDX, in this order.
     struct Registers
     {
         std::uint32_t first, second, third, fourth;
     };
 
+    /// The answer for a leaf, subleaf 0. Asking for a leaf beyond the highest one gives meaningless numbers.
     virtual Registers query(std::uint32_t leaf) const = 0;
 
 protected:

@@ -1,3 +1,7 @@
+// The state is four static fields, written once by initialize() and read without a lock afterwards. What the
+// registers of cpuid mean is in oscpudecode_p.h; the platform's form supplies the architecture, two feature flags and
+// the counter. The frequency is read last: if the system has no counter, the type and the flags are there all the
+// same.
 #include <base/oscpuinfo.h>
 
 #include <base/exsyserror.h>
@@ -9,6 +13,7 @@ namespace Vn
 {
 namespace
 {
+/// The same on every platform, so that a message doesn't depend on the form that threw it.
 constexpr char const* sourceName = "src/base/oscpuinfowinnt";
 
 constexpr OsOwnCpuid ownCpuid;
@@ -56,6 +61,7 @@ void OsCpuInfo::getDetailedType(Type* type, int* family, int* model, int* steppi
 {
     if (type != nullptr)
         *type = _type;
+    // The instruction is slow, and traps in a virtual machine: not executed for the type alone.
     if (family != nullptr || model != nullptr || stepping != nullptr)
         OsCpuDecode(ownCpuid).readSignature(family, model, stepping);
 }

@@ -9,19 +9,23 @@ namespace Vn
 
 /// The processor that the program runs on, and the counter behind HwCounter.
 ///
+///     char const* const name = Vn::OsCpuInfo::getTypeName();
+///     std::cout << (name != nullptr ? name : "(no name)") << '\n';
+///
 /// Static only. The package `osal` calls initialize(); before that the type is Unknown, no feature is there and the
-/// frequency is 0. Afterwards any thread reads.
+/// frequency is 0. Afterwards the state is read-only: any thread.
 /// Tests: tests/base/oscpuinfotest.cpp, tests/base/hwcountertest.cpp.
 class VN_BASE_EXPORT OsCpuInfo
 {
 public:
+    /// Kind of processor, by the architecture that the system reports.
     enum Type
     {
-        MIPS = 0,  ///< never found today
-        IA32 = 1,  ///< never found today: such a processor is Unknown
-        IA64 = 2,
-        AMD64 = 3,
-        Unknown = 4
+        MIPS = 0,    ///< never reported
+        IA32 = 1,    ///< never reported: 32-bit processors are Unknown
+        IA64 = 2,    ///< "ia64"
+        AMD64 = 3,   ///< "x86_64"; its name is null
+        Unknown = 4  ///< any other, and before initialize()
     };
 
     /// One cache of the processor.
@@ -35,25 +39,42 @@ public:
     OsCpuInfo() = delete;
 
     /// Finds out what the processor is, and asks the system for the counter's frequency. Throws ExSysErrorANSI if it
-    /// has none.
+    /// has none. For the package `osal`, which runs it before other threads read.
     static void initialize();
 
+    /// Does nothing: the answers stay.
     static void finalize();
 
-    /// "MIPS", "IA32", "IA64" or "UNKNOWN". AMD64, on which the library normally runs, has no text: null.
+    /// The type as a text, or null.
+    ///
+    ///     MIPS     ->  "MIPS"
+    ///     IA32     ->  "IA32"
+    ///     IA64     ->  "IA64"
+    ///     AMD64    ->  null, so expect it: most machines are of this type
+    ///     Unknown  ->  "UNKNOWN"
+    ///
     static char const* getTypeName();
 
+    /// @{
+    /// Whether the processor has the instructions of that name. False before initialize().
     static bool hasMMX();
     static bool hasSSE();
+    /// @}
 
-    /// Stores what is asked for; each pointer may be null. The integers have four bits each, without the extended
-    /// family and model, and stay as they were where the processor doesn't tell. With `type` alone it isn't asked.
+    /// Stores what the pointers ask for; each may be null.
+    ///
+    ///     type      as found by initialize()
+    ///     family    0 to 15, without the extended family: 15 for many processors
+    ///     model     0 to 15, without the extended model
+    ///     stepping  0 to 15
+    ///
+    /// The numbers stay as they were if the processor does not tell them. Throws nothing.
     static void getDetailedType(Type* type, int* family, int* model, int* stepping);
 
     /// A monotonic counter of getHwCounterFrequency() counts per second. Throws ExSysErrorANSI if the system fails.
     static std::uint64_t getHwCounterValue();
 
-    /// Counts per second; 0 before initialize().
+    /// Counts per second, 1,000,000,000 on Linux; 0 before initialize().
     static std::uint64_t getHwCounterFrequency();
 
 private:

@@ -9,7 +9,7 @@ namespace Vn::System
 /// A monotonic counter of fixed frequency. False if the system refuses; on POSIX systems `errno` has the reason.
 bool readCounter(std::uint64_t& value);
 
-/// What a refusal of the counter or its frequency becomes.
+/// Throws ExSysErrorANSI: what a refusal of the counter or its frequency becomes.
 [[noreturn]] void throwCounterError(int line);
 
 /// That counter's frequency, in counts per second. False if the system refuses.
@@ -26,6 +26,7 @@ enum class CpuFeature
     sse = 6
 };
 
+/// Whether the processor has the feature; asked anew in each call.
 bool hasFeature(CpuFeature feature);
 
 }  // namespace Vn::System

@@ -1,4 +1,9 @@
 // oscpuinfoposix.cpp (Windows form: oscpuinfowinnt.cpp)
+//
+// The counter is the monotonic clock in nanoseconds: settings of the time of day don't move it, and a frequency of
+// 10^9 lets programs divide by a number that they know. The architecture is the kernel's name for it, translated to
+// the numbers of Windows, in which oscputype_p.h speaks. Features come from cpuid directly; without the instruction
+// there are none.
 #include <base/oscpuinfo_p.h>
 
 #include <base/hwcountereng.h>
@@ -31,7 +36,7 @@ bool readCounterFrequency(std::uint64_t& frequency)
     ::timespec resolution;
     if (::clock_getres(CLOCK_MONOTONIC, &resolution) != 0)
         return false;
-    frequency = nanosecondsPerSecond;  // the unit of the reading, whatever grain the clock has
+    frequency = nanosecondsPerSecond;  // unit of the reading; the clock's resolution may be coarser
     return true;
 }
 
@@ -53,7 +58,8 @@ bool hasFeature(CpuFeature feature)
 
 }  // namespace Vn::System
 
-// Beside the reading, which the compiler can put into it: every interval that is measured has two of these in it.
+// Here, beside readCounter(), so that the compiler can inline it: every measured interval contains two of these
+// calls.
 std::uint64_t Vn::HwCounterIA32::timeStamp() const
 {
     std::uint64_t value;

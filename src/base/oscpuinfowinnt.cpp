@@ -1,4 +1,7 @@
 // oscpuinfowinnt.cpp (POSIX form: oscpuinfoposix.cpp)
+//
+// Each function is one call. The counter's frequency is fixed when the system starts, 10,000,000 per second on most
+// machines, so it is read once. Both calls of the counter succeed on every Windows that this library runs on.
 #include <base/oscpuinfo_p.h>
 
 #include <base/hwcountereng.h>
@@ -40,7 +43,8 @@ bool hasFeature(CpuFeature feature)
 
 }  // namespace Vn::System
 
-// Beside the reading, which the compiler can put into it: every interval that is measured has two of these in it.
+// Here, beside readCounter(), so that the compiler can inline it: every measured interval contains two of these
+// calls.
 std::uint64_t Vn::HwCounterIA32::timeStamp() const
 {
     std::uint64_t value;

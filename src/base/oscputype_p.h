@@ -6,8 +6,12 @@
 namespace Vn
 {
 
-/// The type for the number that a system gives an architecture: 6, 9, or one that isn't told apart, such as 0 for the
-/// 32-bit processors.
+/// The type for the architecture number of Windows, which the Linux form uses as well.
+///
+///     6  ->  IA64
+///     9  ->  AMD64
+///     0  ->  Unknown, as any other: 32-bit processors are not told apart
+///
 inline OsCpuInfo::Type typeOfArchitecture(unsigned architecture)
 {
     switch (architecture) {
@@ -20,7 +24,8 @@ inline OsCpuInfo::Type typeOfArchitecture(unsigned architecture)
     }
 }
 
-/// Null for AMD64 and for a number that is no type.
+/// The type's name; null for a number that is no type.
+// Intended: AMD64 has no name, although most machines are of that type. Do not mend: callers expect null.
 inline char const* nameOfType(OsCpuInfo::Type type)
 {
     switch (type) {

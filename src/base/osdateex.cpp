@@ -1,3 +1,5 @@
+// The standard base gets an empty text: what() is overridden and returns the reason, which ExBase holds without
+// allocating.
 #include <base/osdateex.h>
 
 namespace Vn

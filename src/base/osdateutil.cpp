@@ -1,3 +1,10 @@
+// Dates are 64-bit tick counts. The way from fields to ticks and back has two steps on every platform:
+//
+//     fields  <->  ticks of those fields        calendarToTicks(), ticksToCalendar(): the calendar, without a zone
+//     local   <->  UTC                          localToTicks(), ticksToLocal(): the zone's offset at that moment
+//
+// Arithmetic with seconds goes through a double, as it always has: stored results depend on its rounding. Only the
+// difference of two dates is taken in integers first.
 #include <base/osdateutil.h>
 
 #include <base/dtwrap.h>
@@ -15,17 +22,20 @@ namespace
 {
 constexpr char const* sourceName = "src/base/osdateutil";
 
+/// The low 16 bits: 67536 becomes 2000, -1 becomes 65535, which no field accepts.
 std::uint16_t cut(int value)
 {
     return static_cast<std::uint16_t>(value);
 }
 
-/// What an int holds once it is truncated; not-a-number isn't.
+/// Whether an int holds the truncated value. False for NaN. Converting any other value would be undefined behaviour.
 bool fitsInt(double value)
 {
     return value > std::numeric_limits<int>::min() - 1.0 && value < std::numeric_limits<int>::max() + 1.0;
 }
 
+/// The sum, truncated. Intended: taken in a double, which is exact to 16 ticks for a date of today. Do not mend:
+/// results that programs have stored come from this sum.
 OsDateTypes::DateRep plus(OsDateTypes::DateRep const& date, double ticks)
 {
     const double sum = static_cast<double>(static_cast<std::int64_t>(date.getTicks())) + ticks;
@@ -54,6 +64,8 @@ bool OsDateUtil::makeTime(int year, int month, int day, int hour, int minute, do
     time.hour = cut(hour);
     time.minute = cut(minute);
     time.second = cut(static_cast<int>(second));
+    // Intended: 59.9996 rounds to the millisecond 1000 of second 59, which is refused. Do not mend: carrying it over
+    // would accept dates that were always refused.
     time.milliseconds = cut(static_cast<int>((second - std::floor(second)) * 1000 + 0.5));
     time.dayOfWeek = 0;
 
@@ -71,7 +83,7 @@ OsDateTypes::DateStruct OsDateUtil::convertToDateStruct(OsDateTypes::DateRep con
 {
     std::uint64_t ticks = date.getTicks();
     OsCalendarTime time;
-    // Looked at before the zone is: its offset would bring a moment that is none back into the range.
+    // Tested before the zone's offset is added, which could bring a moment outside the range back into it.
     if (!System::ticksToCalendar(ticks, time))
         throw OsDateEx::ExInvalidDate(sourceName, __LINE__);
     if (mode == OsDateTypes::LocalTime) {

@@ -11,7 +11,7 @@ struct OsCalendarTime;
 namespace Vn::System
 {
 
-/// The present moment, UTC. False if the system refuses to tell.
+/// The present moment, UTC, to the millisecond. False if the system refuses to tell, with its error set.
 bool readCalendar(OsCalendarTime& now);
 
 // Fields to ticks of 100 nanoseconds since the beginning of 1601 and back. False, with the result as it was, for what

@@ -1,4 +1,8 @@
 // osdateutilposix.cpp (Windows form: osdateutilwindows.cpp)
+//
+// The calendar is our own (OsCalendar): gmtime() and timegm() would do, but accept fields that are no date. Only the
+// zone comes from the C library, in whole seconds since 1970; the rest below a second is carried past it unchanged.
+// The zone is that of the environment's `TZ` at the time of the call, and setting that variable meanwhile is a race.
 #include <base/osdateutil_p.h>
 
 #include <base/oscalendar_p.h>
@@ -9,7 +13,7 @@ namespace Vn::System
 {
 namespace
 {
-/// Seconds since 1970 of a moment in ticks, and what is left of it.
+/// A moment in ticks as whole seconds since 1970, negative before, and the ticks that are left, from 0 to 9,999,999.
 struct UnixTime
 {
     explicit UnixTime(std::uint64_t ticks)
@@ -21,7 +25,7 @@ struct UnixTime
     std::uint64_t rest;  ///< ticks
 };
 
-/// Negative seconds wrap: the top bit then tells that this is no date.
+/// A moment before 1601 wraps to a number with its top bit set, which is no date.
 std::uint64_t toTicks(::time_t seconds, std::uint64_t rest)
 {
     return static_cast<std::uint64_t>(seconds + OsCalendar::secondsTo1970) * OsCalendar::ticksPerSecond + rest;
@@ -49,7 +53,7 @@ bool ticksToCalendar(std::uint64_t ticks, OsCalendarTime& time)
 bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local)
 {
     const UnixTime time(ticks);
-    ::tzset();  // localtime_r needn't look at a zone that has been changed
+    ::tzset();  // localtime_r() need not notice that TZ has changed; mktime() must
     ::tm fields;
     if (::localtime_r(&time.seconds, &fields) == nullptr)
         return false;
@@ -63,8 +67,8 @@ bool localToTicks(std::uint64_t local, std::uint64_t& ticks)
     ::tm fields;
     if (::gmtime_r(&time.seconds, &fields) == nullptr)
         return false;
-    fields.tm_isdst = -1;
-    fields.tm_wday = -1;  // set by a success only; the result -1 is also that of a second in 1969
+    fields.tm_isdst = -1;  // daylight saving time or not: the library finds out
+    fields.tm_wday = -1;   // set on success only: the result -1 can also be the last second of 1969
     const ::time_t utc = ::mktime(&fields);
     if (utc == -1 && fields.tm_wday == -1)
         return false;

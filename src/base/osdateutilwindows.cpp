@@ -1,4 +1,9 @@
 // osdateutilwindows.cpp (POSIX form: osdateutilposix.cpp)
+//
+// The system's own types are the same two: FILETIME holds our ticks, SYSTEMTIME our fields, so each function
+// converts, makes one call and converts back. The calls test the ranges. FileTimeToLocalFileTime() and its inverse
+// use the offset of today, not that of the date in question; converting back and forth therefore gives the same
+// ticks.
 #include <base/osdateutil_p.h>
 
 #include <base/oscalendar_p.h>
@@ -36,7 +41,7 @@ bool readCalendar(OsCalendarTime& now)
 
 bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks)
 {
-    ::SYSTEMTIME fields = {};
+    ::SYSTEMTIME fields = {};  // the call ignores the day of the week
     fields.wYear = time.year;
     fields.wMonth = time.month;
     fields.wDay = time.day;

@@ -7,49 +7,77 @@
 namespace Vn
 {
 
-/// A directory: what is in it, and building and copying whole trees.
+/// A directory: lists its children, creates, removes and copies it.
 ///
 ///     Vn::OsDirectory frames(Vn::OsFilePath("frames"));
 ///     Vn::ObjPtr<Vn::Vector<Vn::OsFilePath>> names =
 ///         frames.getChildrenPath(Vn::OsFileTypes::LeafPath, Vn::OsLeafFileFilter(".exr"));
 ///     frames.copyTo(Vn::OsFilePath("backup"));
 ///
-/// Children come in the order of the system's listing, unsorted, without "." and "..". What comes or goes while a
-/// listing runs is listed or isn't. Failures as OsFile's; one thread at a time.
+/// Children come in the order of the system's listing, unsorted, without "." and "..". What appears or disappears
+/// during a listing may be in it or not. Throws what OsFile throws, and what a filter throws. One thread at a time.
 /// Tests: tests/base/osdirectorytest.cpp.
 class VN_BASE_EXPORT OsDirectory : public OsFile
 {
 public:
+    /// Copies `path`; whether a directory is there shows when an operation needs one.
     explicit OsDirectory(OsFilePath const& path);
+
+    /// Leaves the file system as it is.
     ~OsDirectory() override;
 
-    /// Removes the directory if it is empty; throws ExSysErrorWindows if not.
+    /// Removes the directory if it is empty; throws ExSysErrorWindows if it isn't, or if it is no directory.
     void remove() override;
 
-    /// Copies the tree to `target`, or into it under the own name if it is a directory. Throws OsFileEx::ExFileExists
-    /// if something else is there. Otherwise as copyHierarchy().
+    /// Copies the whole tree.
+    ///
+    ///     "frames" to "copy", nothing there       ->  copy
+    ///     "frames" to "backup", a directory       ->  backup/frames, merged with what is there
+    ///     "frames" to "list.txt", a file          ->  throws OsFileEx::ExFileExists
+    ///
+    /// Throws OsFileEx::ExNullFilePath if either path is empty. Otherwise as copyHierarchy().
     void copyTo(OsFilePath const& target) override;
 
-    /// Makes the directory. What is there already is a failure here, a directory included.
+    /// Creates this one directory; its parent must exist. Unlike OsFsUtils::createDir() it throws ExSysErrorWindows
+    /// if the directory is there already. On Linux whoever may read it may also search it:
+    ///
+    ///     Permissions()         ->  rwxr-xr-x, less the file mode mask
+    ///     Permissions(3, 0, 0)  ->  rwx------
+    ///
     void create(OsFileTypes::Permissions const& permissions);
 
-    /// An OsDirectory for each directory, an OsFile for each other child. The objects are the caller's, as is the
-    /// vector, which doesn't delete them.
+    /// An OsDirectory for each child directory, symlinks to one included, and an OsFile for each other child, all
+    /// with their full path. The caller owns the objects and the vector; the vector does not delete the objects.
     ObjPtrRet<Vector<OsFile*>> getChildren(OsFileFilter const& filter) const;
 
+    /// The children's names, or their paths beginning with this directory's.
+    ///
+    ///     "frames", LeafPath  ->  "0001.exr", "0002.exr"
+    ///     "frames", FullPath  ->  "frames/0001.exr", "frames/0002.exr"
+    ///     an empty directory  ->  an empty vector
+    ///
     ObjPtrRet<Vector<OsFilePath>> getChildrenPath(OsFileTypes::PathTypes kind, OsFileFilter const& filter) const;
 
-    /// Ends at the first child that passes. Of an empty path it looks at the current directory.
+    /// Whether a child passes the filter; stops at the first that does. For an empty path it examines the current
+    /// directory and does not throw.
     bool hasChildren(OsFileFilter const& filter) const;
 
-    /// Removes the children that pass, not what is in them: a directory that isn't empty ends it, and what came before
-    /// is gone. A link to a directory goes as a link.
+    /// Removes the children that pass, in the order of the listing. Does not descend.
+    ///
+    ///     a file, an empty directory    ->  removed
+    ///     a symlink to a directory      ->  the link is removed
+    ///     a directory with children     ->  throws ExSysErrorWindows; earlier children are gone, later ones stay
+    ///
     void removeChildren(OsFileFilter const& filter);
 
-    /// Copies a tree, or one file, to the name `target`. Directories that are there are merged into: files of the same
-    /// name are replaced, others stay. Symbolic links are followed; a circle of them ends in ExSysErrorWindows (`ELOOP`,
-    /// on Windows 1921). A target inside its source isn't copied itself. The first failure ends it, and what was copied
-    /// stays.
+    /// Copies the tree or the single file at `source` to the name `target`. Symlinks are followed.
+    ///
+    ///     a directory on a directory           ->  merged: files of equal name are replaced, others stay
+    ///     a directory on a file                ->  throws ExInternalError, as OsFsUtils::createDir() does
+    ///     a cycle of links to directories      ->  throws ExSysErrorWindows (ELOOP; 1921 on Windows)
+    ///     `target` lies inside `source`        ->  `target` itself is not copied
+    ///
+    /// Single files are copied as by OsFile::copyTo(). The first failure ends the copy; what has been copied stays.
     static void copyHierarchy(OsFilePath const& source, OsFilePath const& target);
 
 private:

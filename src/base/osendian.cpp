@@ -1,3 +1,12 @@
+// All overloads go through one template that copies the value's bytes into a buffer, reverses them there and copies
+// them back. Compilers make one instruction of it (bswap) where the type has 2, 4 or 8 bytes. Shifts and masks would
+// do for integers, but not for floating-point values, whose bit patterns must come through unchanged, a signalling
+// NaN included.
+//
+// The overloads are written out one by one because they are the exported interface: a template in the header would
+// leave no symbols in the library, and programs that were linked against an earlier version need them. `long` and
+// `long long` are distinct types on every platform, whatever their sizes, so both have an overload and no call is
+// ambiguous.
 #include <base/osendian.h>
 
 #include <algorithm>
@@ -20,6 +29,7 @@ T reversed(T value)
     return value;
 }
 
+/// Without the condition the value isn't touched, so a signalling NaN stays one if the caller's registers keep it.
 template <class T>
 T reversedIf(bool condition, T value)
 {
@@ -32,7 +42,7 @@ bool OsEndian::isBigEndian()
     const std::uint32_t one = 1;
     unsigned char bytes[sizeof one];
     std::memcpy(bytes, &one, sizeof one);
-    return bytes[sizeof one - 1] == 1;
+    return bytes[sizeof one - 1] == 1;  // the least significant byte comes last
 }
 
 signed char OsEndian::invert(signed char value)

@@ -1,3 +1,6 @@
+// The environment is the C library's. Setting a variable is in the platform's form, because the libraries disagree on
+// who owns the text and what an empty value means. There is no lock: other code in the process reads the environment
+// through the C library, which a lock of ours could not stop.
 #include <base/osenv.h>
 
 #include <base/exinternalerror.h>

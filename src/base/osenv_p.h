@@ -4,10 +4,11 @@
 namespace Vn::System
 {
 
-/// Whether the process has more rights than its caller, who then mustn't tell it by variables which files to open.
+/// Whether the process has more rights than its caller, as a set-user-ID program has. The caller must not be able to
+/// choose by variables which files such a program opens.
 bool hasMoreRightsThanItsCaller();
 
-/// A variable of the library's own, or TMPDIR: OsEnv::getVariable(), and null where the caller has no say.
+/// OsEnv::getVariable(), but null if the caller must not be trusted. For the library's own variables and TMPDIR.
 char const* getOwnVariable(char const* name);
 
 /// Sets, or for "NAME=" removes, one variable by `setting`, which is not null. False if the system refuses.

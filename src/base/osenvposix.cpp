@@ -1,4 +1,7 @@
 // osenvposix.cpp (Windows form: osenvwindows.cpp)
+//
+// putenv() would keep the caller's array as part of the environment, so setenv() is used, which copies. "NAME="
+// unsets the variable, as Windows' _putenv() does. The name must not be empty; both calls refuse that with EINVAL.
 #include <base/osenv_p.h>
 
 #include <sys/auxv.h>
@@ -10,7 +13,8 @@
 namespace Vn::System
 {
 
-/// The kernel's own word on it, which the C library goes by as well: of the user, the group, or capabilities.
+/// The kernel sets AT_SECURE for a program that gained a user, a group or capabilities when it was started. The C
+/// library uses the same flag to ignore variables such as LD_PRELOAD.
 bool hasMoreRightsThanItsCaller()
 {
     return ::getauxval(AT_SECURE) != 0;

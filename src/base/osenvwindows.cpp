@@ -6,7 +6,7 @@
 namespace Vn::System
 {
 
-/// Windows gives a program the rights of whoever starts it.
+/// Never: a program on Windows has the rights of the user who starts it.
 bool hasMoreRightsThanItsCaller()
 {
     return false;
@@ -14,7 +14,7 @@ bool hasMoreRightsThanItsCaller()
 
 bool putEnvironmentSetting(char const* setting)
 {
-    return ::_putenv(setting) == 0;
+    return ::_putenv(setting) == 0;  // copies; unsets for "NAME="; refuses a text without "="
 }
 
 }  // namespace Vn::System

@@ -1,3 +1,6 @@
+// The texts are part of the interface: programs and their tests compare them. The standard base gets an empty text in
+// each class, because what() is overridden to return the reason of ExBase. Then the message exists once, and cutting
+// it never allocates.
 #include <base/osfileex.h>
 
 #include <base/exreasontext_p.h>
@@ -8,6 +11,7 @@ namespace
 {
 constexpr int pathLimit = 256;  ///< bytes of a path that a message shows
 
+/// The text that two of the classes share.
 ExReasonText invalidPath(char const* path)
 {
     return ExReasonText("Invalid path: '%.*s'.", pathLimit, ExReasonText::orEmpty(path));
@@ -60,7 +64,8 @@ OsFileEx::ExInvalidPath::ExInvalidPath(char const* file, int line, char const* p
 
 VN_EX_DEFINE_MEMBERS(OsFileEx::ExInvalidPath);
 
-// The class alone tells it from an invalid path; the message is the same.
+// Intended: the text is that of ExInvalidPath, and only the class tells the two apart. Do not mend: message texts are
+// part of the interface.
 OsFileEx::ExPathNotWritable::ExPathNotWritable(char const* file, int line, char const* path)
     : std::invalid_argument(""), ExBase(file, line)
 {

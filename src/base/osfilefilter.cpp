@@ -1,3 +1,6 @@
+// The filters that look at the file system do so for each child, through OsFsUtils. They tolerate a child that
+// vanishes between the listing and the question: it counts as no directory, so OsLeafFileFilter passes it, and
+// OsDirectoryFilter doesn't.
 #include <base/osfilefilter.h>
 
 #include <base/duplicatestring.h>
@@ -36,6 +39,7 @@ bool OsLeafFileFilter::filter(OsFilePath const& path) const
         return false;
     if (!_suffix)
         return true;
+    // The base name, so that a suffix longer than the name never reaches into the directory's.
     const OsFilePath name = path.getBaseName();
     const std::size_t length = std::strlen(name.getChars());
     const std::size_t suffixLength = static_cast<std::size_t>(_suffixLength);

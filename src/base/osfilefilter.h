@@ -9,52 +9,62 @@
 namespace Vn
 {
 
-/// Chooses which children of a directory are listed.
+/// Chooses which children of a directory are listed, counted or removed.
 ///
 ///     struct Frames : Vn::OsFileFilter
 ///     {
 ///         bool filter(Vn::OsFilePath const& path) const override { return ...; }
 ///     };
 ///
-/// A filter sees the whole path of each child. What it throws ends the listing.
+/// OsDirectory calls it in the caller's thread and does not keep it. What it throws ends the listing.
 /// Tests: tests/base/osdirectorytest.cpp.
 class VN_BASE_EXPORT OsFileFilter
 {
 public:
     virtual ~OsFileFilter();
 
-    /// Whether the child at `path` is listed.
+    /// Whether the child at `path` passes. `path` is the directory's path with the child's name: "frames/0001.exr".
     virtual bool filter(OsFilePath const& path) const = 0;
 };
 
-/// Lets everything pass.
+/// Passes every child. OsDirectory recognises this very class and skips the call.
 class VN_BASE_EXPORT OsPassThroughFilter : public OsFileFilter
 {
 public:
+    /// True, without a look at the file system.
     bool filter(OsFilePath const& path) const override;
 };
 
-/// Lets directories pass, and links to directories.
+/// Passes directories, and symlinks to directories.
 class VN_BASE_EXPORT OsDirectoryFilter : public OsFileFilter
 {
 public:
+    /// Asks the file system; what has vanished in the meantime doesn't pass.
     bool filter(OsFilePath const& path) const override;
 };
 
-/// Lets pass whatever is no directory: all of it, or what is named with a suffix. Case counts.
+/// Passes everything that is not a directory, or the part of it whose name ends in a given suffix.
 ///
 ///     const Vn::OsLeafFileFilter images(".exr");
+///
+///     "0001.exr"           ->  passes
+///     "0001.EXR"           ->  does not: case matters
+///     ".exr"               ->  passes: the whole name may be the suffix
+///     "old.exr", a folder  ->  does not
+///
 class VN_BASE_EXPORT OsLeafFileFilter : public OsFileFilter
 {
 public:
+    /// Without a suffix: all that is no directory passes.
     OsLeafFileFilter();
 
-    /// The suffix is copied; null is as no suffix.
+    /// The suffix is copied, and may begin with a dot or without. Null means no suffix.
     explicit OsLeafFileFilter(char const* suffix);
 
     OsLeafFileFilter(OsLeafFileFilter const&) = delete;
     OsLeafFileFilter& operator=(OsLeafFileFilter const&) = delete;
 
+    /// Compares the base name of `path` byte by byte. Throws ExSysErrorWindows if that name cannot be resolved.
     bool filter(OsFilePath const& path) const override;
 
 private:

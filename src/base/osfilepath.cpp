@@ -1,3 +1,13 @@
+// A path is an owned text and nothing else. Three kinds of rules act on it:
+//
+//     on the text alone     joining, absolute or relative, comparing: OsFilePathGrammar, for the system we run on
+//     on a resolved path    base name, directory, extension: System::resolvePath() makes it absolute first
+//     from the system       home, temporary and root directory: texts that are taken as they come
+//
+// The text is never normalised. Every change builds a new array before the old one goes, so an exception leaves the
+// path as it is, and an argument may point into the path's own text. The directory functions have private forms that
+// fill a caller's buffer of `bufferSize` bytes; they are part of the class's layout of functions, and longer texts
+// are cut there.
 #include <base/osfilepath.h>
 
 #include <base/assertions.h>
@@ -18,6 +28,7 @@ namespace
 constexpr char sourceName[] = "src/base/osfilepath";
 constexpr std::size_t bufferSize = 1024;  ///< of the forms that fill a caller's buffer
 
+/// Throws ExInternalError for null. The text of the message is fixed, whatever the parameter is called.
 void requireText(char const* text, int line)
 {
     if (text == nullptr)
@@ -70,6 +81,8 @@ std::ostream& OsFilePath::dump(std::ostream& stream) const
     return stream << getChars();
 }
 
+// Intended: a path operand may hold separators but no root, a text operand neither; the two have different contracts.
+// Do not mend: a text is one element, and the check finds paths that were passed by mistake.
 OsFilePath& OsFilePath::operator+=(OsFilePath const& other)
 {
     if (other.isAbsolute())
@@ -103,14 +116,15 @@ OsFilePath OsFilePath::operator+(char const* element) const
 
 void OsFilePath::concatenate(char const* tail)
 {
+    // Not through OsFilePathGrammar::join(): its string would cost a second allocation and copy.
     const char separator = System::getPathGrammar().separator;
     const std::size_t length = std::strlen(_path);
     const std::size_t tailLength = std::strlen(tail);
-    ArrayPtr<char> joined(new char[length + tailLength + 2]);
+    ArrayPtr<char> joined(new char[length + tailLength + 2]);  // a separator and the terminator
     char* end = std::copy_n(_path.get(), length, joined.get());
     if (length != 0 && end[-1] != separator)
         *end++ = separator;
-    std::copy_n(tail, tailLength + 1, end);
+    std::copy_n(tail, tailLength + 1, end);  // before `_path` goes: `tail` may be our own text
     _path = joined;
 }
 
@@ -122,6 +136,7 @@ OsFilePath OsFilePath::getBaseName() const
 
 OsFilePath OsFilePath::getDirectoryName() const
 {
+    // The stored text matters too: "." and ".." name a directory themselves, and keep their last element.
     System::ResolvedPath resolved = System::resolvePath(_path);
     return OsFilePath(System::getPathGrammar().directoryOf(getChars(), std::move(resolved.path)).c_str());
 }
@@ -145,6 +160,7 @@ void OsFilePath::getHomeDir(char* buffer)
     char const* const home = OsEnv::getVariable("HOME");
     if (home == nullptr)
         throw OsFileEx::ExHomeNotDefined(sourceName, __LINE__);
+    // The only place where separators are converted: programs that came from other systems set HOME with "/".
     const std::size_t length = ::strnlen(home, bufferSize - 1);
     std::replace_copy(home, home + length, buffer, '/', System::getPathGrammar().separator);
     buffer[length] = '\0';

@@ -12,78 +12,137 @@ namespace Vn
 ///
 ///     Vn::OsFilePath path = Vn::OsFilePath::getTempDir();
 ///     path += "frames";                                // one element
-///     path += Vn::OsFilePath("left") + "0001.exr";     // a path may bring several, but no root
+///     path += Vn::OsFilePath("left") + "0001.exr";     // a path may have several elements, but no root
 ///
-/// Nothing is normalised: case, doubled separators, ".." and a separator at the end stay as given. What needs a resolved
-/// path asks the system at that moment, so it depends on the process's current directory. Bytes in the system's own
-/// encoding. A plain value: distinct objects from distinct threads. Tests: tests/base/osfilepathtest.cpp.
+/// Nothing is normalised: case, doubled separators, ".." and a separator at the end stay as given. What needs a
+/// resolved path asks the system at that moment, so it depends on the process's current directory. The bytes are in
+/// the system's own encoding. A plain value that owns its text: distinct objects can be used from distinct threads.
+/// Tests: tests/base/osfilepathtest.cpp.
 class VN_BASE_EXPORT OsFilePath
 {
 public:
     /// The empty path.
     OsFilePath();
 
-    /// Null makes an empty path.
+    /// A copy of the text; null makes an empty path. Not explicit, so a text serves where a path is asked for.
     OsFilePath(char const* path);
 
+    /// @{
+    /// A copy of its own; assignment to itself changes nothing.
     OsFilePath(OsFilePath const& other);
     ~OsFilePath() = default;
 
     OsFilePath& operator=(OsFilePath const& other);
+    /// @}
 
-    /// Throws ExInternalError for null, and leaves the path as it is.
+    /// As set().
     OsFilePath& operator=(char const* path);
 
-    /// Takes the bytes as they are, from within this path as well. Throws ExInternalError for null.
+    /// Takes a copy of the bytes as they are. `path` may point into this path's own text. Throws ExInternalError for
+    /// null and leaves the path as it is.
     void set(char const* path);
 
-    /// The text; valid until the path changes.
+    /// The text, never null; valid until the path changes or is destroyed.
     char const* getChars() const { return _path; }
 
+    /// Whether the text is "".
     bool isEmpty() const { return _path[0] == '\0'; }
 
-    /// By the text alone. On Windows a second character ":" or two separators in front, of three characters at least;
-    /// on Linux a separator in front.
+    /// @{
+    /// Decided by the text alone.
+    ///
+    ///     Linux:      "/tmp", "/"          absolute    "tmp", "", "C:/x"       relative
+    ///     Windows:    "C:\x", "C:x"        absolute    "C:", "\temp", "C"      relative
+    ///                 "\\host", "1:x"      absolute    "\\", "//host", "/a"    relative
+    ///
+    /// Windows looks for ":" as the second of at least three characters, or for two separators at the start of as
+    /// many.
     bool isAbsolute() const;
     bool isRelative() const { return !isAbsolute(); }
+    /// @}
 
-    /// -1, 0 or 1 by the first bytes that differ, as unsigned ones. Case counts and separators are bytes like others.
-    /// Null counts as empty.
+    /// Order of two texts by their first differing bytes, taken as unsigned; null counts as "".
+    ///
+    ///     "a", "a"      ->   0
+    ///     "A", "a"      ->  -1: case matters
+    ///     "a/b", "a.b"  ->   1: separators are bytes like others
+    ///
     static int compare(char const* a, char const* b);
 
-    /// Writes the path and nothing else.
+    /// Writes the text and nothing else; returns the stream.
     std::ostream& dump(std::ostream& stream) const;
 
-    /// Appends behind a separator, if there isn't one and this path isn't empty; an empty operand adds the separator
-    /// alone. Throws OsFileEx::ExIllegalPathConcat if `other` is absolute. What throws leaves the path as it is.
+    /// @{
+    /// Joins two paths with one separator; `+` leaves its left operand alone.
+    ///
+    ///     "a" + "b"      ->  "a/b"
+    ///     "a/" + "b/c"   ->  "a/b/c"
+    ///     "" + "b"       ->  "b"
+    ///     "a" + ""       ->  "a/"
+    ///     "a" + "/b"     ->  throws OsFileEx::ExIllegalPathConcat: the operand is absolute
+    ///
+    /// An exception leaves the path as it is.
     OsFilePath& operator+=(OsFilePath const& other);
     OsFilePath operator+(OsFilePath const& other) const;
+    /// @}
 
-    /// The same for a single element: throws OsFileEx::ExSeparatorNotAllowed if `element` holds the separator, and
-    /// ExInternalError for null.
+    /// @{
+    /// Appends a single element, as above.
+    ///
+    ///     "a" + "b.exr"  ->  "a/b.exr"
+    ///     "a" + "b/c"    ->  throws OsFileEx::ExSeparatorNotAllowed
+    ///     "a" + null     ->  throws ExInternalError
+    ///
     OsFilePath& operator+=(char const* element);
     OsFilePath operator+(char const* element) const;
+    /// @}
 
-    /// The last element of the resolved path; empty behind a separator at the end. Throws ExSysErrorWindows if the
-    /// system can't resolve the path; an empty one never can be.
+    /// The last element of the resolved path.
+    ///
+    ///     "pass/frame.exr"   ->  "frame.exr"
+    ///     "pass/"            ->  ""
+    ///     "."                ->  name of the current directory
+    ///     ""                 ->  throws ExSysErrorWindows
+    ///
+    /// Resolving works on the text: ".." drops the element before it, symlinks are not followed, and nothing need
+    /// exist. Throws ExSysErrorWindows if the current directory is gone, or the result exceeds 1,023 bytes on
+    /// Windows.
     OsFilePath getBaseName() const;
 
-    /// The resolved path up to its last separator; the whole of it for "." and "..". Throws as getBaseName().
+    /// The resolved path up to its last separator, which is cut off.
+    ///
+    ///     "/pass/frame.exr"  ->  "/pass"
+    ///     "/pass/"           ->  "/pass"
+    ///     "/pass"            ->  "/"; on Windows "C:\pass" gives "C:"
+    ///     "frame.exr"        ->  the current directory
+    ///     "." and ".."       ->  the whole resolved path
+    ///
+    /// Throws as getBaseName().
     OsFilePath getDirectoryName() const;
 
-    /// What follows the last dot of the base name, or "". Throws as getBaseName().
+    /// What follows the last dot of the base name; never null.
+    ///
+    ///     "a.tar.gz"   ->  "gz"
+    ///     ".profile"   ->  "profile"
+    ///     "a."         ->  ""
+    ///     "dir.d/a"    ->  ""
+    ///
+    /// Throws as getBaseName().
     ArrayPtrRet<char> getExtension() const;
 
-    /// From `HOME`, cut to 1,023 bytes; on Windows each "/" becomes the separator. Throws OsFileEx::ExHomeNotDefined.
+    /// The variable `HOME`, cut to 1,023 bytes; on Windows with each "/" turned into "\". Throws
+    /// OsFileEx::ExHomeNotDefined if it is not set.
     static OsFilePath getHomeDir();
 
-    /// Where temporary files go, as the system gives it, cut to 1,023 bytes. Throws ExSysErrorWindows.
+    /// The directory for temporary files, cut to 1,023 bytes. Linux: `TMPDIR`, or "/tmp" where that is not set, is
+    /// empty, or must not be trusted because the program has more rights than its caller. Windows: as the system
+    /// gives it, with a separator at the end; throws ExSysErrorWindows if it gives none.
     static OsFilePath getTempDir();
 
-    /// The root; on Windows that of the current drive.
+    /// "/"; on Windows the root of the current drive, such as "C:\".
     static OsFilePath getRootDir();
 
-    /// What stands between two elements, as a text of one character.
+    /// "/", or "\" on Windows.
     static char const* getSeparator();
 
 private:

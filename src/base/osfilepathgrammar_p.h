@@ -11,14 +11,18 @@
 namespace Vn
 {
 
-/// How one system writes its paths: pure functions of their input, so that either system's rules run on both.
+/// How one system writes its paths: pure functions of their input, so that either system's rules are tested on both.
+///
+///     OsFilePathGrammars::onWindows().join("a", "b");    // "a\\b", on Linux as well
+///
 struct OsFilePathGrammar
 {
     char separator;
     bool (*isAbsolute)(char const* path);
-    bool keepsRoot;  ///< the directory of what stands in the root is the root, separator included
+    bool keepsRoot;  ///< the directory of an element in the root is the root with its separator: "/a" gives "/"
 
-    /// `path` and `tail` with one separator between them, unless `path` is empty or ends in one. An empty `tail` counts.
+    /// `path` and `tail` with one separator between them, unless `path` is empty or ends in one. An empty `tail`
+    /// counts.
     std::string join(std::string_view path, std::string_view tail) const
     {
         std::string joined;
@@ -30,8 +34,8 @@ struct OsFilePathGrammar
         return joined;
     }
 
-    /// What `resolved`, a path from the root, is cut to as the directory of `stored`, from which it was made. The last
-    /// byte counts as well, so a path that ends in a separator loses just this one.
+    /// What `resolved`, a path from the root, is cut to as the directory of `stored`, from which it was made. The
+    /// last byte counts as well, so a path that ends in a separator loses just this one.
     std::string directoryOf(std::string_view stored, std::string resolved) const
     {
         if (stored == "." || stored == "..")
@@ -47,18 +51,22 @@ struct OsFilePathGrammar
 /// The rules of the two systems, and what Linux resolves itself.
 struct OsFilePathGrammars
 {
+    /// By the text alone: "C:\\x", "C:x" and "\\\\host" are absolute, "C:", "\\temp" and "/a" are not.
     static bool isAbsoluteOnWindows(char const* path)
     {
-        // Whatever stands before the colon is taken for a drive.
+        // Intended: any character before the colon counts as a drive, and shorter texts than three characters never
+        // do. Do not mend: stored paths are joined by this rule.
         return ::strnlen(path, 3) == 3 && (path[1] == ':' || (path[0] == '\\' && path[1] == '\\'));
     }
 
+    /// The empty path is relative.
     static bool isAbsoluteOnLinux(char const* path) { return path[0] == '/'; }
 
     static constexpr OsFilePathGrammar onWindows() { return {'\\', isAbsoluteOnWindows, false}; }
     static constexpr OsFilePathGrammar onLinux() { return {'/', isAbsoluteOnLinux, true}; }
 
-    /// The bytes behind the last dot of `name`; empty if there is no dot, or nothing behind it.
+    /// The bytes behind the last dot of `name`: "a.tar.gz" gives "gz", ".profile" gives "profile", "a" and "a." give
+    /// "".
     static std::string_view extensionOf(std::string_view name)
     {
         const std::size_t dot = name.rfind('.');
@@ -72,8 +80,13 @@ struct OsFilePathGrammars
         return (difference > 0) - (difference < 0);
     }
 
-    /// `path` from the root, against `directory` if it is relative: ".", ".." and doubled separators collapse by the
-    /// text alone, and a separator at the end stays.
+    /// `path` from the root, against `directory` if it is relative. ".", ".." and doubled separators collapse by the
+    /// text alone; a separator at the end stays.
+    ///
+    ///     "/home", "a/../b"   ->  "/home/b"
+    ///     "/home", "a//b/"    ->  "/home/a/b/"
+    ///     "/home", "/../.."   ->  "/": there is nothing above the root
+    ///
     static std::string resolveOnLinux(std::string_view directory, std::string_view path)
     {
         std::vector<std::string_view> elements;
@@ -91,6 +104,7 @@ struct OsFilePathGrammars
     }
 
 private:
+    /// Appends the elements of `path`; ".." removes the last one, if there is one.
     static void appendElements(std::vector<std::string_view>& elements, std::string_view path)
     {
         while (!path.empty()) {

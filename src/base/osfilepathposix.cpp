@@ -1,4 +1,9 @@
 // osfilepathposix.cpp (Windows form: osfilepathwindows.cpp)
+//
+// Resolving a path works on its text: the current directory in front of a relative one, then ".", ".." and doubled
+// separators collapse. The file system is not asked, so nothing need exist and symlinks are not followed; realpath()
+// would do both, and would fail for a file that is about to be created. Only getcwd() can fail: the current directory
+// may have been removed, or be out of reach.
 #include <base/exsyserror.h>
 #include <base/osenv_p.h>
 #include <base/osfilepath_p.h>
@@ -14,6 +19,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/osfilepathwindows";
 
+/// The current directory, however long: the buffer doubles until it suffices.
 std::string getCurrentDirectory()
 {
     std::string directory(256, '\0');
@@ -35,18 +41,19 @@ OsFilePathGrammar getPathGrammar()
 ResolvedPath resolvePath(char const* path)
 {
     if (path[0] == '\0') {
-        errno = ENOENT;
+        errno = ENOENT;  // what every system call says to an empty path
         throw ExSysErrorWindows(sourceName, __LINE__);
     }
     const std::string directory = path[0] == '/' ? std::string() : getCurrentDirectory();
     ResolvedPath resolved;
     resolved.path = OsFilePathGrammars::resolveOnLinux(directory, path);
-    resolved.lastElement = resolved.path.rfind('/') + 1;
+    resolved.lastElement = resolved.path.rfind('/') + 1;  // there is one: the path begins with it
     return resolved;
 }
 
 void getTempDir(char* buffer, std::size_t size)
 {
+    // Not for a program with more rights than its caller, who could lead its files elsewhere by the variable.
     char const* const directory = getOwnVariable("TMPDIR");
     const bool isSet = directory != nullptr && directory[0] != '\0';
     std::snprintf(buffer, size, "%s", isSet ? directory : "/tmp");

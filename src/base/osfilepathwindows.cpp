@@ -1,4 +1,8 @@
 // osfilepathwindows.cpp (Linux form: osfilepathposix.cpp)
+//
+// The system resolves paths itself, GetFullPathNameA, against the current directory of the path's drive. It also
+// tells where the last element begins: null if the path ends in a separator, which becomes the end of the text here.
+// Results longer than the buffer are refused instead of cut, since a cut path would name another file.
 #include <base/exsyserror.h>
 #include <base/osfilepath_p.h>
 
@@ -42,7 +46,7 @@ void getTempDir(char* buffer, std::size_t size)
 
 void getRootDir(char* buffer, std::size_t size)
 {
-    std::snprintf(buffer, size, "%c:\\", ::_getdrive() + 64);
+    std::snprintf(buffer, size, "%c:\\", ::_getdrive() + 64);  // 1 is drive A
 }
 
 }  // namespace Vn::System

@@ -1,4 +1,16 @@
 // osfilewindows.cpp (Linux form: osfilelinux.cpp)
+//
+// What OsFile, OsDirectory and OsFsUtils ask of Windows. Two families of functions:
+//
+//     throw themselves               those of OsFsUtils: createDirectory, removeDirectory, createFile, deleteFile
+//     return false                   the others; the caller throws with a source name of its own, from GetLastError()
+//
+// So nothing may change the last error between a failing call and the caller's throw: OpenFile restores it when it
+// closes its handle. The questions about size and times open the file for reading first, shared with readers and
+// writers; a directory does not open this way, so they refuse it. Identity is asked without any access, which works
+// for directories and for files that are open exclusively.
+//
+// File times go through local time and OsDateUtil::makeTime() to a date in whole seconds.
 #include <base/osfile_p.h>
 
 #include <base/exsyserror.h>
@@ -18,10 +30,12 @@ namespace
 {
 constexpr char sourceName[] = "src/base/osfsutilswindows";
 
-/// System, temporary, sparse, reparse point, compressed, offline, encrypted: a file with one of these is a special one.
+/// System, temporary, sparse, reparse point, compressed, offline, encrypted: a file with one of these is special.
+// Intended: a compressed or temporary file is thus no regular one, and isFile() is false for it. Do not mend: the
+// mask is part of what an element type means.
 constexpr DWORD specialAttributes = 0x5F04;
 
-/// An open file that closes without a trace in the last error.
+/// An open file. Closing it leaves the last error as it was, so that the error of a failing call can still be thrown.
 class OpenFile
 {
 public:
@@ -48,7 +62,7 @@ private:
     HANDLE _handle;
 };
 
-/// As OsFile opens what it looks at: others may read and write it meanwhile.
+/// Others may read and write the file while we look at it.
 constexpr DWORD sharedWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 bool readFileTime(char const* path, FileTime which, FILETIME& time)
@@ -110,7 +124,7 @@ bool createDirectory(char const* path)
         return false;
     if (error != 0)
         throw ExSysErrorWindows(sourceName, __LINE__);
-    return true;  // nothing to report
+    return true;  // Intended: a failure without an error counts as success. Do not mend.
 }
 
 void removeDirectory(char const* path)
@@ -181,6 +195,8 @@ bool readSize(char const* path, std::uint32_t& size)
 
 bool readPlace(char const* path, std::string& place, bool& isRemote)
 {
+    // The first two characters as they are: a relative path gives a root that the system doesn't know, thus no remote
+    // one.
     const char root[] = {path[0], path[0] != '\0' ? path[1] : '\0', '\\', '\0'};
     place = root;
     isRemote = ::GetDriveTypeA(root) == DRIVE_REMOTE;
@@ -189,7 +205,8 @@ bool readPlace(char const* path, std::string& place, bool& isRemote)
 
 bool hasAccess(char const* path, std::int32_t access)
 {
-    // Shared with nobody on purpose: what somebody else holds open can't be had.
+    // Intended: asked for exclusively, so a file that another handle has open counts as not accessible. Do not mend:
+    // the question is whether we can have the file to ourselves.
     return OpenFile(path, access == 1 ? GENERIC_READ : GENERIC_WRITE, 0).isOpen();
 }
 
@@ -202,6 +219,7 @@ OsDateTypes::DateRep* readTime(char const* path, FileTime which, char const* sou
         !::FileTimeToSystemTime(&local, &fields))
         throw ExSysErrorWindows(source, __LINE__);
     auto date = std::make_unique<OsDateTypes::DateRep>(0xFFFFFFFF, 0xFFFFFFFF);
+    // The milliseconds are dropped, and a failure is not tested: the date then keeps all its bits set.
     OsDateUtil::makeTime(fields.wYear, fields.wMonth, fields.wDay, fields.wHour, fields.wMinute, fields.wSecond,
                          OsDateTypes::LocalTime, *date);
     return date.release();
@@ -209,7 +227,7 @@ OsDateTypes::DateRep* readTime(char const* path, FileTime which, char const* sou
 
 bool identify(char const* path, FileIdentity& identity)
 {
-    // Without access nobody's sharing is in the way, and with this flag directories open as well.
+    // Without any access no other handle's sharing mode can refuse us; the flag opens directories as well.
     const OpenFile file(path, 0, sharedWithAll | FILE_SHARE_DELETE, FILE_FLAG_BACKUP_SEMANTICS);
     BY_HANDLE_FILE_INFORMATION information;
     if (!file.isOpen() || !::GetFileInformationByHandle(file.get(), &information))

@@ -11,45 +11,68 @@ namespace Vn
 
 class OsFile;
 
-/// Moves bytes from memory to one open file, a call of the system for each write (several for gigabytes) and no buffer
-/// in between.
+/// Writes bytes from memory straight to one open file: a system call for each write (several for gigabytes), no
+/// buffer in between.
 ///
 ///     Vn::OsFileWriter writer(Vn::OsFilePath("frame.exr"), Vn::OsFileTypes::Permissions(), true);
 ///     if (writer.write(pixels, size) != size)
 ///         ...;    // the device is full
 ///     writer.close();
 ///
-/// Others may read and write the file meanwhile. Opening never waits for the other end of a pipe. One thread at a time.
-/// On a closed writer every operation throws ExSysErrorANSI, with whatever `errno` holds; what the system refuses is
-/// ExSysErrorWindows. Tests: tests/base/osfilewritertest.cpp.
+/// Open from construction to close() or destruction; it cannot be reopened. Other readers and writers may have the
+/// file open meanwhile. One thread at a time.
+///
+///     the system refuses                  ExSysErrorWindows, with the system's code
+///     any operation after close()         ExSysErrorANSI, with whatever `errno` holds at that moment
+///
+/// Tests: tests/base/osfilewritertest.cpp.
 class VN_BASE_EXPORT OsFileWriter
 {
 public:
-    /// Makes the file; one that is there is emptied at once, or with `failIfExists` refused by the system. Throws
-    /// OsFileEx::ExNullFilePath for an empty path.
+    /// @{
+    /// Creates the file and opens it for writing.
+    ///
+    ///     nothing there                  ->  created, empty
+    ///     a file, failIfExists false     ->  emptied at once, before any write()
+    ///     a file, failIfExists true      ->  throws ExSysErrorWindows
+    ///
+    /// `permissions` apply to a new file, under the process's file mode mask; Windows ignores them. Throws
+    /// OsFileEx::ExNullFilePath for an empty path. A pipe that nobody reads is refused on Linux, not waited for.
     OsFileWriter(OsFilePath const& path, OsFileTypes::Permissions const& permissions, bool failIfExists);
     OsFileWriter(OsFile const& file, OsFileTypes::Permissions const& permissions, bool failIfExists);
+    /// @}
 
-    /// Closes what is open. A failure that close() would report is lost here.
+    /// Closes the file if it is open. A failure that close() would report is lost here.
     ~OsFileWriter();
 
     OsFileWriter(OsFileWriter const&) = delete;
     OsFileWriter& operator=(OsFileWriter const&) = delete;
 
-    /// The number of bytes written: less than `size` where the device is full, so compare them. Any other failure is
-    /// thrown, also behind some gigabytes that were written. Sizes beyond 32 bits are refused.
+    /// Writes `size` bytes at the position and returns how many the file took.
+    ///
+    ///     as a rule              ->  size
+    ///     the device is full     ->  fewer, down to 0, and no exception: compare the result with size
+    ///     any other failure      ->  throws; some bytes may have been written
+    ///
+    /// Sizes beyond 32 bits are refused.
     std::uint32_t write(void const* buffer, unsigned long size);
 
-    /// As OsFileReader::seek().
+    /// As OsFileReader::seek(). A write past the end fills the gap with zeros.
     std::int32_t seek(long offset, OsFileTypes::SeekMode mode);
 
-    /// Makes the file exactly `size` bytes long, shorter or longer, and leaves the position there. Sizes from 0xFFFFFFFF
-    /// on are refused, on Windows those from 0x80000000 on.
+    /// Sets the length of the file and moves the position there.
+    ///
+    ///     reserve(0)        ->  the file is empty
+    ///     reserve(100)      ->  100 bytes, cut or filled with zeros; the next write() appends
+    ///     reserve(1 << 31)  ->  refused on Windows; Linux refuses 0xFFFFFFFF and above
+    ///
     void reserve(unsigned long size);
 
-    /// If the system has a failure to report, the writer stays open; also if the system no longer knows its handle.
+    /// Closes the file, and reports what a delayed write ran into. If it throws, the writer stays open, also if the
+    /// system no longer knows the handle. A second call throws ExSysErrorANSI.
     void close();
 
+    /// What was opened, as it was given.
     OsFilePath const& getPath() const { return _path; }
 
 private:

@@ -1,3 +1,6 @@
+// The tolerant rules, the same on each system, above the calls in osfile_p.h. A null path becomes the empty one,
+// which the system refuses by itself. All failures carry the source name of the platform's form on every system, as
+// do those that the calls throw themselves.
 #include <base/osfsutils.h>
 
 #include <base/exinternalerror.h>
@@ -27,6 +30,8 @@ bool OsFsUtils::isDirectory(char const* path)
     return System::getFileKind(orEmpty(path)) == System::FileKind::Directory;
 }
 
+// Intended: true for a path at which nothing exists, unlike isDirectory(). Do not mend: it asks only that the path be
+// no directory, and callers were written for that.
 bool OsFsUtils::isFile(char const* path)
 {
     return System::getFileKind(orEmpty(path)) != System::FileKind::Directory;
@@ -37,10 +42,13 @@ bool OsFsUtils::isSymLink(char const* path)
     return System::isSymLink(orEmpty(path));
 }
 
+// Intended: the flag is ignored, and an existing directory is always accepted. Do not mend: both values have always
+// been treated alike.
 void OsFsUtils::createDir(char const* path, bool)
 {
     if (System::createDirectory(orEmpty(path)))
         return;
+    // Something has the name. It may be a link to nothing, or be removed by now: then the question itself has failed.
     const System::FileKind kind = System::getFileKind(orEmpty(path));
     if (kind == System::FileKind::Missing)
         throw ExSysErrorWindows(sourceName, __LINE__);

@@ -1,3 +1,5 @@
+// The texts are part of the interface, their spelling included. The standard base gets an empty text: what() is
+// overridden and returns the reason, which ExBase holds without allocating.
 #include <base/osmemoryarchex.h>
 
 namespace Vn

@@ -7,8 +7,8 @@
 namespace Vn
 {
 
-/// Family of the exceptions of the memory architecture. The library raises none of them: a processor that tells
-/// nothing of its caches has sizes of 0.
+/// Family of the exceptions of the memory architecture. They are part of the interface, for programs that know their
+/// processors better; the library raises none of them, and reports an unknown cache as 0 bytes instead.
 /// Tests: tests/base/osmemoryarchtest.cpp.
 class VN_BASE_EXPORT OsMemoryArchEx : public ExBase
 {
@@ -17,6 +17,7 @@ public:
     class ExUnknownCPUBoard;
 
 protected:
+    /// For the family's own classes.
     OsMemoryArchEx(char const* file, int line);
 };
 
@@ -24,6 +25,7 @@ protected:
 class VN_BASE_EXPORT OsMemoryArchEx::ExUnknownCPU : public std::runtime_error, public OsMemoryArchEx
 {
 public:
+    /// The reason is "Unknown CPU Type: Can not compute memory architecture parameters."
     ExUnknownCPU(char const* file, int line);
 
     VN_EX_MEMBERS();
@@ -33,6 +35,7 @@ public:
 class VN_BASE_EXPORT OsMemoryArchEx::ExUnknownCPUBoard : public std::runtime_error, public OsMemoryArchEx
 {
 public:
+    /// The reason is "Unknown CPU Board Type: Can not compute memory architecture parameters."
     ExUnknownCPUBoard(char const* file, int line);
 
     VN_EX_MEMBERS();

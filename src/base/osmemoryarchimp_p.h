@@ -7,10 +7,15 @@
 namespace Vn
 {
 
-/// The geometry of given caches.
+/// The geometry of given caches, fixed at construction.
+///
+///     OsMemoryArchImp({16384, 4, 32}, {262144, 8, 32}, 4096).getL1WaySize();    // 4096
+///
 class OsMemoryArchImp final : public OsMemoryArch
 {
 public:
+    /// The number of ways must not be 0 in either cache; OsCpuDecode sets it to 1 for a cache that is not reported.
+    // Intended: the memory size is a fixed number and not the machine's. Do not mend: it is so on every machine.
     OsMemoryArchImp(OsCpuInfo::CacheInfo const& data, OsCpuInfo::CacheInfo const& level2, int pageSize)
         : _memorySize(0x10000000),
           _l1Size(static_cast<unsigned>(data.size)),
@@ -33,6 +38,7 @@ public:
     unsigned getWordSize() const override { return 8; }
 
 private:
+    // In bytes, in the order of the accessors. The word size, 8, is in the code.
     unsigned _memorySize;
     unsigned _l1Size;
     unsigned _l2Size;

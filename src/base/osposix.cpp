@@ -1,4 +1,7 @@
 // osposix.cpp (Linux only)
+//
+// Small helpers of all Linux forms. What they have in common: `errno` tells why a call failed, and nothing here
+// changes it between the failure and the return.
 #include <base/osposix_p.h>
 
 #include <dlfcn.h>
@@ -12,13 +15,14 @@ namespace Vn::Posix
 {
 namespace
 {
-/// Some name services report a user that they don't know as an error of these.
+/// getpwuid_r() should return 0 with a null entry for an unknown user, but some name services report one of these
+/// errors.
 bool meansUnknownUser(int error)
 {
     return error == ENOENT || error == ESRCH || error == EBADF || error == EPERM;
 }
 
-/// Read and write of one party as the system's bits, which stand in the other order.
+/// The mode of one party, 1 for read and 2 for write, as the system's bits, 4 for read and 2 for write.
 ::mode_t bitsOf(std::int32_t mode)
 {
     return ((mode & 1) != 0 ? 4U : 0U) | ((mode & 2) != 0 ? 2U : 0U);
@@ -29,7 +33,7 @@ int liftAboveStandard(int file)
 {
     if (file == -1 || file > STDERR_FILENO)
         return file;
-    const Descriptor low(file);
+    const Descriptor low(file);  // closed at the end, after the copy
     return ::fcntl(low.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
@@ -49,6 +53,7 @@ bool findUserName(::uid_t user, std::string& name)
     std::vector<char> buffer(1024);
     ::passwd entry;
     ::passwd* found = nullptr;
+    // This call reports its error as the result and leaves `errno` alone. ERANGE asks for a larger buffer.
     for (;;) {
         const int error = ::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found);
         if (error == ERANGE) {
@@ -69,6 +74,7 @@ void* openModule(char const* file, int flags, std::string* reason)
     if (module != nullptr)
         return module;
     char const* const text = ::dlerror();
+    // The first reason: the second try would tell of a path that the caller has never seen.
     if (reason != nullptr)
         *reason = text != nullptr ? text : "";
     ::Dl_info own;

@@ -13,7 +13,11 @@
 namespace Vn::Posix
 {
 
-/// Repeats a call that answers -1 for as long as it is interrupted.
+/// Calls `call` until it is not interrupted by a signal: until its result is not -1, or `errno` is not EINTR.
+///
+///     retry([&] { return ::read(file, bytes, size); });
+///
+/// Not for close(), which gives the descriptor up even when it reports EINTR.
 template <class Call>
 auto retry(Call const& call)
 {
@@ -24,7 +28,8 @@ auto retry(Call const& call)
     }
 }
 
-/// Closes a descriptor whatever happens; `errno` stays that of the call before.
+/// Owner of a descriptor, -1 for none. Closing keeps `errno`, so that the error of an earlier call can still be
+/// thrown. A failure to close is ignored.
 class Descriptor
 {
 public:
@@ -36,6 +41,7 @@ public:
     bool isOpen() const { return _number != -1; }
     int get() const { return _number; }
 
+    /// Closes what is held, then takes `number`.
     void reset(int number = -1)
     {
         const int error = errno;
@@ -49,22 +55,28 @@ private:
     int _number;
 };
 
-/// `file`, or a descriptor in its place that isn't one of the standard ones: where a program has closed these, what it writes
-/// to its standard output would end in a file of ours. -1, with the file closed, if the system has none left.
+/// Keeps our files off descriptors 0 to 2. If the program has closed one of these, the system would give its number
+/// to our file, and what the program writes to standard output would go there.
+///
+///     -1 or 3 and above  ->  as it is
+///     0, 1 or 2          ->  closed, and a copy above 2 in its place; -1 if the system has none left
+///
 int liftAboveStandard(int file);
 
-/// open(), with the descriptor closed in children and above the standard ones.
+/// open(), repeated if interrupted; the descriptor is above the standard ones and is closed in programs that are
+/// started (O_CLOEXEC). -1, with `errno` set, if that fails.
 int openFile(char const* path, int flags, ::mode_t mode = 0);
 
-/// The bits of a new file's mode.
+/// The mode bits of a new file: Permissions(3, 1, 0) gives 0640. Never executable.
 ::mode_t modeOf(OsFileTypes::Permissions const& permissions);
 
 /// Name of the user, or the number in decimal where it has none. False, with `errno` set, if the system can't tell.
 bool findUserName(::uid_t user, std::string& name);
 
-/// dlopen(), and for a name without a folder a second try in this library's own. The first finds it there, too, unless
-/// somebody has put himself between us and the system, as the sanitizers do. Null, with the first reason in `reason` if
-/// that isn't null, where neither succeeds.
+/// dlopen(), and for a name without a directory a second try in this library's own directory. The system looks there
+/// by itself for a call from this library ($ORIGIN); but a sanitizer replaces dlopen(), and the system then takes the
+/// sanitizer for the caller. Null if neither try succeeds, with the reason of the first one in `reason` unless that
+/// is null.
 void* openModule(char const* file, int flags, std::string* reason);
 
 }  // namespace Vn::Posix

@@ -1,3 +1,5 @@
+// The new child's record is complete before the assignment destroys the earlier one, so a start that throws leaves
+// the earlier child in place. Destroying a record gives up the child and never ends it.
 #include <base/osprocess.h>
 
 #include <base/osprocess_p.h>

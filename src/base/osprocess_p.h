@@ -7,7 +7,8 @@
 namespace Vn::System
 {
 
-/// Starts a child. Throws ExSysErrorWindows.
+/// Starts the program `argv[0]` with the arguments up to the null at the end, and returns once it runs. Throws
+/// ExSysErrorWindows if the system can't, also for an empty array; no process is left then.
 ObjPtrRet<OsProcessImp> startProcess(char const* const* argv);
 
 }  // namespace Vn::System

@@ -1,4 +1,8 @@
 // osprocesswindows.cpp (POSIX form: osprocesslinux.cpp)
+//
+// CreateProcessA() takes the line's first word for the program, appends ".exe" if that has no extension, and searches
+// the program's own directory, the current one, the system's and `PATH`. No handles are inherited. The two handles
+// that we get are ours to close; closing them does not end the child.
 #include <base/osprocess_p.h>
 
 #include <base/exsyserror.h>
@@ -12,14 +16,15 @@ namespace
 {
 constexpr char const* sourceName = "src/base/osprocesswindows";
 
+/// A child's handles. The exit code is available through the first one, and nobody asks for it.
 class OsProcessWindows : public OsProcessImp
 {
 public:
     explicit OsProcessWindows(char const* const* argv)
     {
-        std::string line = commandLineOf(argv);  // the system may write into it
+        std::string line = commandLineOf(argv);  // not const: the system may write into it
         ::STARTUPINFOA startup = {};
-        static_assert(sizeof startup == 104);
+        static_assert(sizeof startup == 104);  // the system tells versions of the structure apart by the size
         startup.cb = sizeof startup;
         if (!::CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
                               &_processInfo))
@@ -32,6 +37,7 @@ public:
         ::CloseHandle(_processInfo.hThread);
     }
 
+    /// Returns at once after the end, so it can be repeated.
     void wait() override { ::WaitForSingleObject(_processInfo.hProcess, INFINITE); }
 
 private:

@@ -1,4 +1,7 @@
 // osregkeyhandlewindows.cpp (Windows only: no other system has a registry)
+//
+// Each member is one call. Intended: the result of opening is not examined. Do not mend: the key stays null then, and
+// each query returns the system's error. Closing a null key is refused by the system without harm.
 #include <base/osregkeyhandle.h>
 
 #include <windows.h>

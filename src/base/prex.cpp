@@ -1,3 +1,6 @@
+// The texts are part of the interface. Intended: numbers are printed with "%d", so from 2^31 on they show as
+// negative. Do not mend: message texts stay as they are. The standard base gets an empty text; what() returns the
+// reason of ExBase.
 #include <base/prex.h>
 
 #include <base/exreasontext_p.h>

@@ -6,7 +6,7 @@
 namespace Vn
 {
 
-/// Reads one value of the system's performance data. Windows only, and for the library alone.
+/// Reads one value of the system's performance data. Windows only; not exported.
 ///
 ///     const std::uint64_t busy = PrPerfCounter::getValue(238, 6, "0");    // processor, idle time, first one
 ///
@@ -18,10 +18,15 @@ class PrPerfCounter
 public:
     PrPerfCounter() = delete;
 
-    /// Objects and counters go by the numbers that the system gives them. `instanceName` is compared with the bytes of
-    /// the instance's name, and doesn't count for an object without instances. A value of 32 bits is zero-extended.
-    /// Throws PrEx::ExBadCounterObjectIndex, PrEx::ExBadCounterInstance, PrEx::ExBadCounterIndex, PrEx::ExUnsupported
-    /// for a counter of variable size, and ExInternalError for a size that doesn't exist.
+    /// Objects and counters are known by the system's numbers. `instanceName` is compared byte by byte with the name
+    /// of each instance; it is ignored for an object without instances. A 32-bit value is zero-extended. Throws
+    ///
+    ///     no such object                          PrEx::ExBadCounterObjectIndex
+    ///     no such instance                        PrEx::ExBadCounterInstance
+    ///     no such counter                         PrEx::ExBadCounterIndex
+    ///     a counter of variable size              PrEx::ExUnsupported
+    ///     a size class that is not defined        ExInternalError
+    ///
     static std::uint64_t getValue(unsigned int objectIndex, unsigned int counterIndex, char const* instanceName);
 };
 

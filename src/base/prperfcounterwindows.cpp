@@ -1,4 +1,9 @@
 // prperfcounterwindows.cpp (Windows only; prperfdata_p.h holds what any system can do)
+//
+// Reading the value "238" of the key HKEY_PERFORMANCE_DATA makes the system gather the data of object 238: it loads
+// the libraries that supply them and fills our buffer with one block of records. PrPerfData then finds the counter in
+// the block. Only the query is done here; buffers and records are handled by code that the tests run on every
+// platform.
 #include <base/prperfcounter_p.h>
 
 #include <base/prperfdata_p.h>
@@ -13,6 +18,7 @@ namespace Vn
 {
 namespace
 {
+// The layout that the portable code uses is the system's.
 static_assert(PrPerfLayout::DataBlock::totalByteLength == offsetof(PERF_DATA_BLOCK, TotalByteLength));
 static_assert(PrPerfLayout::DataBlock::headerLength == offsetof(PERF_DATA_BLOCK, HeaderLength));
 static_assert(PrPerfLayout::DataBlock::size == sizeof(PERF_DATA_BLOCK));
@@ -32,7 +38,7 @@ static_assert(PrPerfLayout::Instance::nameOffset == offsetof(PERF_INSTANCE_DEFIN
 static_assert(PrPerfLayout::Instance::size == sizeof(PERF_INSTANCE_DEFINITION));
 static_assert(PrPerfLayout::CounterBlock::byteLength == offsetof(PERF_COUNTER_BLOCK, ByteLength));
 
-/// Whoever gathers the data stays loaded until the key is closed.
+/// Closes the key, which the query has opened by itself. Until then the libraries that supply the data stay loaded.
 struct KeyCloser
 {
     ~KeyCloser() { ::RegCloseKey(HKEY_PERFORMANCE_DATA); }
@@ -42,7 +48,7 @@ struct KeyCloser
 std::uint64_t PrPerfCounter::getValue(unsigned int objectIndex, unsigned int counterIndex, char const* instanceName)
 {
     const KeyCloser closer;
-    char name[20];
+    char name[20];  // "%d": from 2^31 on a negative number, which the system knows no object for
     std::snprintf(name, sizeof name, "%d", static_cast<int>(objectIndex));
     const PrPerfBuffer buffer = fetchPerfData([&name](char* bytes, std::uint32_t size) {
         DWORD filled = size;

@@ -12,34 +12,41 @@
 namespace Vn
 {
 
-/// Offsets in the records of the system's performance data, as the system publishes them.
+/// Offsets and sizes, in bytes, of the records in the system's performance data, as the system publishes them. On
+/// Windows each is compared with the system's own header at compile time.
 struct PrPerfLayout
 {
+    /// At the start; the objects follow behind `headerLength` bytes.
     struct DataBlock
     {
         static constexpr unsigned totalByteLength = 20, headerLength = 24, size = 88;
     };
+    /// An object such as "processor": counter definitions behind its header, instances or values behind the
+    /// definitions.
     struct Object
     {
         static constexpr unsigned totalByteLength = 0, definitionLength = 4, headerLength = 8, nameTitleIndex = 12,
                                   numInstances = 40, size = 64;
     };
+    /// What a counter is called, its type, and where its value is in a counter block.
     struct Counter
     {
         static constexpr unsigned byteLength = 0, nameTitleIndex = 4, type = 28, offset = 36, size = 40;
     };
+    /// One of several of a kind, such as the first processor. Its counter block follows.
     struct Instance
     {
         static constexpr unsigned byteLength = 0, nameOffset = 16, size = 24;
     };
+    /// The values of all counters of an object or instance.
     struct CounterBlock
     {
         static constexpr unsigned byteLength = 0, size = 4;
     };
 };
 
-/// A block of performance data as it came, which nobody vouches for: whatever its records say of their lengths, nothing
-/// is read outside the block and each walk ends. A record that isn't whole counts as none.
+/// A block of performance data as it came, which nobody vouches for: whatever its records say of their lengths,
+/// nothing is read outside the block and each walk ends. A record that isn't whole counts as none.
 ///
 ///     PrPerfData(bytes, size).getValue(238, 6, "_");
 ///
@@ -49,7 +56,11 @@ class PrPerfData
 public:
     PrPerfData(void const* bytes, std::uint64_t size) : _bytes(static_cast<char const*>(bytes)), _size(size) {}
 
-    /// Throws what PrPerfCounter::getValue() throws.
+    /// The value of a counter; throws what PrPerfCounter::getValue() throws.
+    ///
+    ///     object without instances    ->  the counter block is behind the definitions
+    ///     object with instances       ->  it is behind the instance of that name
+    ///
     std::uint64_t getValue(unsigned int objectIndex, unsigned int counterIndex, char const* instanceName) const
     {
         const std::uint64_t object = findObject(objectIndex);
@@ -62,11 +73,13 @@ public:
 private:
     static constexpr char sourceName[] = "src/base/prperfcounterwindows";
 
+    /// Whether the block contains `size` bytes from `offset` on. Written so that no sum can wrap.
     bool holds(std::uint64_t offset, std::uint64_t size) const { return size <= _size && offset <= _size - size; }
 
-    /// 0 where the block has ended: no record starts there, and no length goes on from there.
+    /// 0 past the end of the block. No record starts at 0, and a length of 0 ends a walk.
     std::uint32_t at32(std::uint64_t offset) const { return read<std::uint32_t>(offset); }
 
+    /// A number at any alignment.
     template <class T>
     T read(std::uint64_t offset) const
     {
@@ -76,6 +89,7 @@ private:
         return value;
     }
 
+    /// Offset of the object of that number.
     std::uint64_t findObject(unsigned int index) const
     {
         const std::uint64_t end = at32(PrPerfLayout::DataBlock::totalByteLength);
@@ -91,7 +105,8 @@ private:
         throw PrEx::ExBadCounterObjectIndex(sourceName, __LINE__, index);
     }
 
-    /// The counter block behind the instance of that name.
+    /// The counter block behind the instance of that name; the first one counts if several have it. An instance and
+    /// its block both tell their length, so only two lengths of 0 together would repeat the walk.
     std::uint64_t findInstance(std::uint64_t object, std::uint64_t instance, char const* name) const
     {
         const std::string_view wanted = name != nullptr ? name : "";
@@ -108,7 +123,9 @@ private:
         throw PrEx::ExBadCounterInstance(sourceName, __LINE__, name);
     }
 
-    /// The narrow text there, up to its terminator or the end of the block.
+    /// The text at `offset`, up to its terminator or the end of the block; empty past the end.
+    // Intended: the comparison is that of narrow texts. A name in wide characters ends at its first zero byte, so
+    // "_Total" is found as "_". Do not mend: callers pass what is found that way.
     std::string_view textAt(std::uint64_t offset) const
     {
         if (offset >= _size)
@@ -116,6 +133,7 @@ private:
         return {_bytes + offset, ::strnlen(_bytes + offset, _size - offset)};
     }
 
+    /// Reads the counter from `block`; bits 8 and 9 of its type are the size class.
     std::uint64_t readCounter(unsigned int counterIndex, std::uint64_t object, std::uint64_t block) const
     {
         const std::uint64_t counter = findCounter(counterIndex, object);
@@ -134,6 +152,7 @@ private:
         }
     }
 
+    /// Offset of the definition of that number among those of the object.
     std::uint64_t findCounter(unsigned int index, std::uint64_t object) const
     {
         const std::uint64_t end = object + at32(object + PrPerfLayout::Object::definitionLength);
@@ -160,15 +179,15 @@ private:
     std::uint64_t _size;
 };
 
-/// A buffer that a query has filled.
+/// A buffer that a query has filled. `size` is the buffer's; how much of it is data, the data itself tells.
 struct PrPerfBuffer
 {
     std::unique_ptr<char[]> bytes;
     std::uint32_t size = 0;
 };
 
-/// Asks `query(bytes, size)` with 8192 bytes, and with 1024 more each time for as long as it answers that there is more
-/// data (234). Any other answer ends it; a query that wrote nothing leaves a block without objects. Throws
+/// Asks `query(bytes, size)` with 8192 bytes, and with 1024 more each time for as long as it answers that there is
+/// more data (234). Any other answer ends it; a query that wrote nothing leaves a block without objects. Throws
 /// ExInternalError if `limit` bytes don't suffice.
 template <class Query>
 PrPerfBuffer fetchPerfData(Query const& query, std::uint32_t limit = 16U << 20)
