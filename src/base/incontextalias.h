@@ -129,7 +129,8 @@ public:
 
     /// Run-time type name of this class, to compare with InVariableBase::initSource():
     ///
-    ///     std::strcmp(depth.initSource(), Vn::InContextAlias<Vn::InInitArg, 1>::initSourceString()) == 0    // from -d
+    ///     using Option = Vn::InContextAlias<Vn::InInitArg, 1>;
+    ///     std::strcmp(depth.initSource(), Option::initSourceString()) == 0    // the value came from -d
     static char const* initSourceString();
 
 protected:

@@ -9,6 +9,9 @@ namespace
 constexpr int nameLimit = 256;  ///< characters of a name that a message shows
 }  // namespace
 
+/// All classes below follow one pattern: the standard base gets an empty text, since what() comes from ExBase's
+/// buffer, and the reason is set from a fixed text or a name cut to `nameLimit`. The texts are part of the interface:
+/// programs compare them.
 InEx::InEx(char const* file, int line) : ExBase(file, line) {}
 
 InEx::ExPackageNotRegistered::ExPackageNotRegistered(char const* file, int line, char const* package)

@@ -75,8 +75,8 @@ public:
     /// Whether messages go to queues, and not to standard output. False at first; only the program sets it.
     static void setLoggerActivation(bool active)
     {
-        // Release, and acquire in isLoggerActive(): without them a site could find the logger active and still take the
-        // queue function of before.
+        // Release, and acquire in isLoggerActive(): without them a site could find the logger active and still call
+        // the queue function that was installed before.
         _loggerActive.store(active, std::memory_order_release);
     }
     static bool isLoggerActive() { return _loggerActive.load(std::memory_order_acquire); }
@@ -150,8 +150,8 @@ private:
 /// GROUP is an LgMinorGroup. Nothing of MESSAGE is evaluated unless the group enables LEVEL and the message has found
 /// room in its queue. While the logger isn't active, the message goes to the standard output stream.
 ///
-/// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the thread
-/// would come out one message late.
+/// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the
+/// thread would come out one message late. Safe on any thread whose queue is its own; not in a signal handler.
 #define VN_LOG(GROUP, LEVEL, MESSAGE)                                                             \
     do {                                                                                          \
         Vn::LgMinorGroup const& vnLogGroup = (GROUP);                                             \

@@ -214,9 +214,9 @@ private:
     bool _pendingAdvance;  ///< there was no room to step over the last string's zero
     unsigned char _outputFlags : 2;
 
-    /// The writer's own: while the write index stays below this after a step, the step neither wraps nor needs a look at
-    /// the reader's index, and there is room for one more. It says too little when the reader has moved on, never too
-    /// much. 0 while an advance is pending.
+    /// The writer's own: while the write index stays below this after a step, the step neither wraps nor needs a
+    /// look at the reader's index, and there is room for one more character. May be stale: it never promises more
+    /// room than there is. 0 while an advance is pending.
     std::uint32_t _directEnd;
 };
 

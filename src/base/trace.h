@@ -96,8 +96,8 @@ public:
     /// Begins a line, with the prefix that the options ask for and "| "; the caller writes the text behind it.
     void log(std::ostream& stream, char const* file, int line);
 
-    /// A line from a format as std::printf takes it, cut to 1,023 characters; without a line end. One thread at a time,
-    /// across all objects.
+    /// Writes a line from a format as std::printf takes it, without a line end; the text is cut to 1,023 characters.
+    /// One thread at a time, across all objects: the text is formed in one buffer for the process.
 #if defined(__MINGW32__)
     __attribute__((format(gnu_printf, 5, 6)))
 #else
