@@ -63,8 +63,8 @@ private:
         _path.push_back({node, _graph.starts[node]});
     }
 
-    template <class Visit>
     /// Visits all that `root` reaches and that was not visited before.
+    template <class Visit>
     void walkFrom(unsigned root, Visit const& visit)
     {
         enter(root);
@@ -89,8 +89,8 @@ private:
         }
     }
 
-    template <class Visit>
     /// `root` reaches nothing above itself, so it and all above it on the stack are one component.
+    template <class Visit>
     void closeComponent(unsigned root, Visit const& visit)
     {
         const auto first = std::find(_open.rbegin(), _open.rend(), root).base() - 1;

@@ -46,8 +46,8 @@ public:
 private:
     static constexpr std::size_t bitsPerWord = 64;
 
-    /// Sums in parallel fields of 2, 4 and 8 bits: the baseline processor has no instruction for it, and the compiler's
-    /// own function is called for each word.
+    /// Sums in parallel fields of 2, 4 and 8 bits: the baseline processor has no instruction for it, and the
+    /// compiler would call a function of its own for each word.
     static int countBits(std::uint64_t word)
     {
         word -= word >> 1 & 0x5555555555555555;

@@ -89,18 +89,16 @@ struct OwnPackages
 
 NeverDestroyed<OwnPackages> ownPackages;
 
-/// Puts an object in the place of its class's singleton; it is destroyed if that is taken.
-template <class T>
 /// Installs an object as its class's singleton; it is destroyed if there is one already.
+template <class T>
 void establish(ObjPtr<T> object)
 {
     InSingleton<T>::initialize(object.get());
     object.release();
 }
 
-/// Ends the singleton's life. Where a stop has failed further on and is repeated, it has ended already.
-template <class T>
 /// Ends the singleton's life. It has ended already if a stop failed in another package and is now repeated.
+template <class T>
 void abolish()
 {
     try {

@@ -106,8 +106,8 @@ private:
         return look(_byName, hash, [&type](Slot const& slot) { return *slot.type == type; });
     }
 
-    template <class IsSame>
     /// Position of the slot that `isSame` accepts. Ends at an empty slot, which exists as at most half are used.
+    template <class IsSame>
     static unsigned look(Table const& table, std::uint32_t hash, IsSame const& isSame)
     {
         if (table.slots.empty())

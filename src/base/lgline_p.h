@@ -68,9 +68,8 @@ private:
         _size += length;
     }
 
-    /// All pairs of digits: 00, 01, ...
-    template <unsigned base>
     /// All pairs of digits in the base: 00, 01, and so on.
+    template <unsigned base>
     static constexpr auto pairs = [] {
         std::array<char, 2 * base * base> made{};
         for (unsigned i = 0; i < base * base; ++i) {
@@ -80,10 +79,9 @@ private:
         return made;
     }();
 
-    /// Two digits at a time. The base is known to the compiler, which then needs no division.
-    template <unsigned base, std::size_t width>
     /// Zero-filled to `width`, which is even. Two digits at a time; the base is known to the compiler, which then
     /// needs no division.
+    template <unsigned base, std::size_t width>
     void putPadded(std::uint32_t number)
     {
         for (std::size_t i = width; i != 0; number /= base * base) {

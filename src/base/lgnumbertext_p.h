@@ -30,21 +30,15 @@ private:
     std::size_t _size;
 };
 
-/// A floating-point number with six digits behind the point, as "%f" and "%Lf" give it in the "C" locale: rounded half
-/// to even from the exact value.
-///
-/// Numbers below 2^64 are exact fractions over a power of two, and one product of 128 bits and one rounding give their
-/// digits. Larger ones, and those that are no numbers, are rare and take the standard library's way.
-template <class Number>
 /// A floating-point number with six digits behind the point, as "%f" and "%Lf" give it in the "C" locale: rounded
 /// half to even from the exact value.
 ///
 ///     0.1        ->  "0.100000"
-///     2.0000005  ->  "2.000000" or "2.000001": the double nearest to it decides
 ///     -0.0       ->  "-0.000000"
 ///
 /// Numbers below 2^64 are exact fractions over a power of two, and one product of 128 bits and one rounding give
 /// their digits. Larger ones, infinities and NaN are rare and take the standard library's way.
+template <class Number>
 class LgFixedText
 {
 public:
@@ -147,8 +141,7 @@ private:
         _size = static_cast<std::size_t>(end - _text);
     }
 
-    /// By the C library, as not every compiler's to_chars is exact for this type; hence the locale's mark is
-    /// replaced.
+    /// By the C library, whose decimal mark follows the program's locale and is replaced.
     void formatAnything(long double value)
     {
         std::snprintf(_text, sizeof _text, "%Lf", value);
