@@ -34,6 +34,8 @@ public:
 
     const_iterator begin() const { return _variables.begin(); }
     const_iterator end() const { return _variables.end(); }
+    auto rbegin() const { return _variables.rbegin(); }
+    auto rend() const { return _variables.rend(); }
     size_type size() const { return _variables.size(); }
     bool empty() const { return _variables.empty(); }
     EnvVar* front() const { return _variables.front(); }
@@ -56,50 +58,60 @@ private:
     ObjPtr<Places> _places;
 };
 
-/// An environment variable with a default, for programs that list what steers them.
+/// An environment variable with a default, for programs that list what configures them.
 ///
 ///     static Vn::EnvVar folder("CACHE_FOLDER", "/tmp");
 ///     open(folder.getValue());
-///     std::cout << Vn::EnvVar::getRegistry() << "\n";    // all of them, a line each
+///     std::cout << Vn::EnvVar::getRegistry() << "\n";    // all of them, one line each
 ///
-/// It needs no start of the library. The environment is read when the object is made and by refresh(), and the value is
-/// the environment's own text: once the variable has changed, refresh() before it is used again. Name and default are
-/// not copied and must outlive the object.
-/// Objects are made and destroyed on one thread. The registry is never destroyed, so they may be destroyed at any time, by
-/// the destructor of the last static object as well.
+/// It needs no start of the library. The environment is read when the object is made and by refresh(). The value is a
+/// pointer into the environment: once the variable has changed, call refresh() before using the value again. Name and
+/// default are not copied and must outlive the object.
+///
+/// Nothing is locked: make and destroy objects on one thread, for instance as static objects. The registry is never
+/// destroyed, so they may be destroyed at any time, also by the destructor of the last static object.
 /// Tests: tests/base/envvartest.cpp.
 class VN_BASE_EXPORT EnvVar
 {
 public:
-    /// The default may be null. The object enters the registry.
+    /// Enters the registry and looks the variable up. The default may be null.
     EnvVar(char const* name, char const* defaultValue);
 
-    /// A copy isn't registered.
+    /// Copies name, value and default. The copy does not enter the registry, so it isn't listed.
     EnvVar(EnvVar const& other);
+    /// Copies name, value and default; both objects stay registered as they were.
     EnvVar& operator=(EnvVar const&) = default;
 
+    /// Leaves the registry.
     virtual ~EnvVar();
 
-    /// Looks the variable up again.
+    /// Looks the variable up again; the old value must not be used any more.
     virtual void refresh();
 
-    /// Name, value and default, "NIL" for what is null, without a line end. The value is the variable's own, so "NIL"
-    /// also where a default stands in for it. The stream's format is left as it was.
+    /// Prints name, value and default without a line end, "NIL" for what is null:
+    ///
+    ///     name              CACHE_FOLDER value "NIL" default "/tmp"
+    ///
+    /// The value is the variable's own, so it shows "NIL" even where the default stands in for it. The name is
+    /// right-aligned in 25 characters. The stream's flags are left as they were.
     virtual std::ostream& dump(std::ostream& stream) const;
 
+    /// The name as it was given.
     char const* getName() const { return _name; }
 
-    /// The variable's value, or the default, which may be null.
+    /// The variable's value, or the default, which may be null. A variable set to the empty text has that as its
+    /// value.
     char const* getValue() const { return _value != nullptr ? _value : _default; }
 
+    /// All existing objects that were not made by copying. Made at first use and never destroyed.
     static EnvVarRegistry& getRegistry();
 
     /// Changes the environment by "NAME=value"; objects see it at their next refresh(). Throws what
-    /// OsEnv::putVariable() throws.
+    /// OsEnv::putVariable() throws. Not while another thread reads the environment.
     static void putEnv(char const* assignment);
 
 protected:
-    /// Writes the name behind its word, at the right of 25 characters.
+    /// Writes "name " and the name, right-aligned in 25 characters; a longer name overflows.
     std::ostream& dumpName(std::ostream& stream) const;
 
     /// The variable's own value; null if it isn't set.
@@ -111,16 +123,24 @@ private:
     char const* _default;
 };
 
-/// A whole number. Text that isn't one is 0; what an int doesn't hold is the nearest that it does.
+/// A whole number from the environment.
+///
+///     static Vn::EnvIntVar depth("CACHE_DEPTH", 5);    // unset: 5; "12 MB": 12; "abc": 0, and not 5
+///
+/// Text that isn't a number is 0; beyond an `int` it is the nearest limit. Threads and ownership as EnvVar.
 /// Tests: tests/base/envvartest.cpp.
 class VN_BASE_EXPORT EnvIntVar : public EnvVar
 {
 public:
+    /// The default counts only while the variable is unset.
     EnvIntVar(char const* name, int defaultValue);
 
+    /// Looks the variable up and converts it again.
     void refresh() override;
+    /// As EnvVar::dump(), with the numbers in place of the quoted texts: ` value 12 default 5`.
     std::ostream& dump(std::ostream& stream) const override;
 
+    /// The number as it was at the last refresh().
     int getValue() const { return _intValue; }
 
 private:
@@ -130,16 +150,24 @@ private:
     int _intDefault;
 };
 
-/// A number. Text that isn't one is 0.
+/// A number from the environment, converted as `std::atof` does, in the program's locale.
+///
+///     static Vn::EnvDoubleVar scale("VIEW_SCALE", 1.5);    // unset: 1.5; "2e3": 2000.0; "abc": 0.0
+///
+/// Threads and ownership as EnvVar.
 /// Tests: tests/base/envvartest.cpp.
 class VN_BASE_EXPORT EnvDoubleVar : public EnvVar
 {
 public:
+    /// The default counts only while the variable is unset.
     EnvDoubleVar(char const* name, double defaultValue);
 
+    /// Looks the variable up and converts it again.
     void refresh() override;
+    /// As EnvIntVar::dump(), with the numbers in the stream's own format.
     std::ostream& dump(std::ostream& stream) const override;
 
+    /// The number as it was at the last refresh().
     double getValue() const { return _doubleValue; }
 
 private:
@@ -149,9 +177,10 @@ private:
     double _doubleDefault;
 };
 
+/// Same as EnvVar::dump().
 VN_BASE_EXPORT std::ostream& operator<<(std::ostream& stream, EnvVar const& variable);
 
-/// A line end and a variable for each, so none at the end.
+/// For each object a line end and then its dump(), so the output begins with a line end and has none at its end.
 VN_BASE_EXPORT std::ostream& operator<<(std::ostream& stream, EnvVarRegistry const& registry);
 
 }  // namespace Vn

@@ -1,3 +1,7 @@
+// The part of an alias that doesn't depend on its kind: value, description, and whether the value may be read.
+//
+// `_initialized` and `_value` are separate on purpose: an unset environment variable is initialised without a value,
+// and a stopped alias keeps its value without being readable. isValid() is true for both together.
 #include <base/incontextalias.h>
 
 #include <base/incontextaliasmgr.h>
@@ -14,6 +18,8 @@ InContextAliasBase::InContextAliasBase(char const* description)
     : _initialized(false), _description(duplicateString(description))
 {}
 
+/// For clone(). An alias without a value has a null pointer there, which duplicateString() would turn into the empty
+/// text.
 InContextAliasBase::InContextAliasBase(InContextAliasBase const& other)
     : _initialized(other._initialized), _description(duplicateString(other._description))
 {
@@ -23,6 +29,8 @@ InContextAliasBase::InContextAliasBase(InContextAliasBase const& other)
 
 InContextAliasBase::~InContextAliasBase() = default;
 
+/// Intended: null leaves an old value in place and still makes the alias readable; do not mend. A second start thus
+/// keeps what the first one found.
 void InContextAliasBase::initialize(char const* value)
 {
     if (value != nullptr) {
@@ -56,6 +64,7 @@ char const* InContextAliasBase::getDescription() const
     return _description;
 }
 
+/// The four kinds, compiled once: other libraries must share their static managers.
 template class InContextAlias<InInitOvr, 0>;
 template class InContextAlias<InInitArg, 1>;
 template class InContextAlias<InInitEnv, 1>;

@@ -8,10 +8,12 @@
 namespace Vn
 {
 
-/// Square table of bits in one block: bit (i, j) says that i needs j.
+/// Square table of bits in one block: bit (i, j) says that i depends on j. A row is read and merged 64 bits at a
+/// time.
 class InBitMatrix
 {
 public:
+    /// All bits clear; each row begins a word of its own.
     explicit InBitMatrix(std::size_t size)
         : _wordsPerRow((size + bitsPerWord - 1) / bitsPerWord), _words(size * _wordsPerRow)
     {}
@@ -31,6 +33,7 @@ public:
             into[k] |= source[k];
     }
 
+    /// Bits set in row `i`.
     int count(std::size_t i) const
     {
         std::uint64_t const* const row = _words.data() + i * _wordsPerRow;
@@ -43,8 +46,8 @@ public:
 private:
     static constexpr std::size_t bitsPerWord = 64;
 
-    /// Sums in parallel fields of 2, 4 and 8 bits: the baseline processor has no instruction for it, and the compiler's
-    /// own function is called for each word.
+    /// Sums in parallel fields of 2, 4 and 8 bits: the baseline processor has no instruction for it, and the
+    /// compiler would call a function of its own for each word.
     static int countBits(std::uint64_t word)
     {
         word -= word >> 1 & 0x5555555555555555;
@@ -60,7 +63,10 @@ private:
     std::vector<std::uint64_t> _words;
 };
 
-/// Who needs whom, as listed: node i needs `targets[starts[i]]` to `targets[starts[i + 1] - 1]`, repetitions included.
+/// The dependencies as listed: node i lists `targets[starts[i]]` to `targets[starts[i + 1] - 1]`, repetitions
+/// included.
+///
+///     0 lists 1 and 2, 1 lists nothing, 2 lists 1  ->  starts {0, 2, 2, 3}, targets {1, 2, 1}
 struct InDependencyGraph
 {
     std::vector<unsigned> starts;
@@ -69,7 +75,7 @@ struct InDependencyGraph
     std::size_t size() const { return starts.size() - 1; }
 };
 
-/// What a graph comes to once needs of needs count as needs.
+/// The graph once dependencies of dependencies are dependencies.
 struct InDependencyClosure
 {
     InBitMatrix needs;        ///< bit (i, i) stands for a node on a ring, or one that lists itself

@@ -6,7 +6,8 @@
 namespace Vn::InDiagnostics
 {
 
-/// Whether `VN_DEBUG_INITIALIZE` stands in the environment, with whatever value, now.
+/// Whether `VN_DEBUG_INITIALIZE` is in the environment now, with whatever value, the empty text included. A program
+/// with more rights than its caller takes it as unset.
 inline bool areOn()
 {
     return System::getOwnVariable("VN_DEBUG_INITIALIZE") != nullptr;

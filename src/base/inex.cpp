@@ -38,6 +38,9 @@ std::string_view tagOf(std::string_view type)
 }
 }  // namespace
 
+/// All classes below follow one pattern: the standard base gets an empty text, since what() comes from ExBase's
+/// buffer, and the reason is set from a fixed text or a name cut to `nameLimit`. The texts are part of the interface:
+/// programs compare them.
 InEx::InEx(char const* file, int line) : ExBase(file, line) {}
 
 InEx::ExPackageNotRegistered::ExPackageNotRegistered(char const* file, int line, char const* package)

@@ -14,7 +14,7 @@ namespace Vn
 ///     class Vn::InInit<VnInit::palette> : public Vn::InPackageInit
 ///     {
 ///         VN_PACKAGE_MEMBERS();
-///         void performInitialize() override;    // the hooks that it needs
+///         void performInitialize() override;    // only the hooks that it needs
 ///     };
 ///
 /// and, in one source file,
@@ -22,14 +22,18 @@ namespace Vn
 ///     VN_DEFINE_PACKAGE(palette, VnInit::base, VnInit::settings);
 ///     static Vn::InInit<VnInit::palette> palettePackage;
 ///
-/// A package that other libraries depend on stands in a header, with its library's export macro behind `class`.
+/// The object registers the package; without it nothing starts. It must outlive InInitMgr::finalize(), so make it
+/// static. A package that other libraries depend on stands in a header, with its library's export macro behind
+/// `class`. Two objects of one tag, for instance in two libraries, are one package, which starts once.
 /// Tests: tests/base/ininitmgrtest.cpp, tests/base/inpackagestest.cpp.
 template <class Tag>
 class InInit;
 
 }  // namespace Vn
 
-/// First line of a package's class.
+/// First line of a package's class: declares the constructor, getType() and setInitialized().
+///
+/// What follows it is private; write `public:` or `protected:` for other members.
 #define VN_PACKAGE_MEMBERS()                        \
 public:                                             \
     InInit();                                       \
@@ -39,8 +43,13 @@ public:                                             \
 private:                                            \
     static bool _initialized
 
-/// Defines those members for the package `VnInit::TAG`, at namespace scope outside every namespace. What follows the
-/// tag are the tags of the packages that must start first.
+/// Defines those members for the package `VnInit::TAG`, at namespace scope outside every namespace. Behind the tag
+/// stand the tags of the packages that must start first.
+///
+///     VN_DEFINE_PACKAGE(palette);                  // depends on nothing
+///     VN_DEFINE_PACKAGE(palette, VnInit::base);    // starts behind the whole library
+///
+/// The order of the dependencies has no effect. The package's name is the tag as text.
 #define VN_DEFINE_PACKAGE(TAG, ...)                                \
     bool Vn::InInit<VnInit::TAG>::_initialized = false;            \
     Vn::InInit<VnInit::TAG>::InInit() : InPackageInit(#TAG)        \

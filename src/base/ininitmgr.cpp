@@ -1,3 +1,19 @@
+// How packages start and stop.
+//
+// 1. Static construction: each package enters `_packagesWaiting`.
+// 2. startWaiting() takes all that wait as one batch and repeats while hooks register more. For each batch:
+//    sortBatch()          name order, one entry for each type
+//    buildDependencies()  what each package lists, as positions in the batch
+//    closeMatrix()        transitive dependencies, counted (independencyclosure.cpp); a cycle ends the start here
+//    startBatch()         fewest dependencies first, so a dependency always precedes its dependants
+// 3. All entries of a batch are in `_packagesSaved` before the first one starts, unmarked; each is marked when its
+// hook
+//    has returned. stopAll() walks this list backwards and skips what is unmarked.
+//
+// All of this runs on one thread and takes no lock. But hooks may call back into it: they register packages, destroy
+// them (with their library), end a guard (which runs startWaiting() within itself), or stop everything. So no
+// iterator and no pointer into a list is kept across a hook: entries are copied, positions are checked again, and
+// forget() corrects the indices of the loops that are under way.
 #include <base/ininitmgr.h>
 
 #include <base/assertions.h>
@@ -27,7 +43,8 @@ namespace
 {
 constexpr char sourceName[] = "src/base/ininitmgr";
 
-/// Sets a flag for the length of a scope.
+/// Sets a flag for the length of a scope. Restores the former value and not false: startWaiting() can run within
+/// itself.
 class FlagScope
 {
 public:
@@ -43,6 +60,7 @@ private:
 
 using Environment = std::map<std::string, std::string, std::less<>>;
 
+/// The environment at this moment. Of a name that occurs twice the later value is kept.
 Environment takeEnvironment()
 {
     Environment environment;
@@ -56,6 +74,7 @@ Environment takeEnvironment()
     return environment;
 }
 
+/// A name as a string of the DOT language.
 std::string quotedForDot(std::string_view text)
 {
     std::string quoted = "\"";
@@ -68,6 +87,7 @@ std::string quotedForDot(std::string_view text)
 }
 }  // namespace
 
+/// A registered package. `nbDependencies` is first the number listed, with repetitions, and then the closure's count.
 struct InInitMgr::PackageEntry
 {
     InPackageInit* package;
@@ -75,6 +95,8 @@ struct InInitMgr::PackageEntry
     bool initialized;
 };
 
+/// The lists and flags. The fields up to `_reinitCount` and their order are part of the interface; ours follow
+/// behind.
 class InInitMgr::State
 {
 public:
@@ -101,11 +123,13 @@ public:
     Entries _packagesSaved;
     bool _cycleDetected = false;
     int _nbPckgs = 0;
+    /// Row i, bit j: package i of the batch depends on package j. Kept after a cycle, for the report.
     ObjPtr<InBitMatrix> _dependencyMatrix;
     bool _initialized = false;
     bool _finalized = false;
     bool _initializing = false;
     bool _finalizing = false;
+    /// Existing InReinitGuards.
     int _reinitCount = 0;
 
     Environment _environment = takeEnvironment();
@@ -158,6 +182,8 @@ void InInitMgr::State::takeArguments(int argc, char const* const* argv)
     InContextAliasMgrBase::addArgs(copies);
 }
 
+/// After a cycle or an unregistered dependency the batch stays in `_packagesToInit`: dump() and reportCycles() show
+/// it, and nothing retries it.
 void InInitMgr::State::startWaiting()
 {
     _initialized = true;
@@ -173,8 +199,8 @@ void InInitMgr::State::startWaiting()
     }
 }
 
-/// Puts the batch into the order of the names, with one entry per type, and tells the position of each type. Equal names
-/// keep the order of registration; of equal types the first in that order stays.
+/// Brings the batch into the order of the names, with one entry for each type, and returns the position of each type.
+/// Equal names keep the order of registration; of equal types the first in that order stays.
 InTypeTable InInitMgr::State::sortBatch()
 {
     struct Named
@@ -211,12 +237,16 @@ void InInitMgr::State::rememberBatch() noexcept
         _packagesToInit[i].package->_batchAt = i;
 }
 
+/// What each package of the batch lists, as positions in the batch. A dependency listed twice is counted twice, which
+/// is part of the ordering rule. Throws InEx::ExPackageNotRegistered for a type that is not in the batch: packages
+/// that run already were never listed (InPackageInit::addDependency()).
 InDependencyGraph InInitMgr::State::buildDependencies()
 {
     _cycleDetected = false;
     InTypeTable positions = sortBatch();
     _nbPckgs = static_cast<int>(_packagesToInit.size());
-    // Asked once: nothing in between could change it, and a thousand questions cost more than all the rest.
+    // Read once: nothing in between could change it, and reading it for each of a thousand packages would take longer
+    // than all the rest.
     const bool isTelling = InDiagnostics::areOn();
     if (isTelling)
         std::cerr << "-->_nbPckgs:" << std::to_string(_nbPckgs) << std::endl;
@@ -244,6 +274,7 @@ InDependencyGraph InInitMgr::State::buildDependencies()
     return graph;
 }
 
+/// Replaces the counts of listed dependencies by those of the closure.
 void InInitMgr::State::closeMatrix(InDependencyGraph const& graph)
 {
     InDependencyClosure closure = closeDependencies(graph);
@@ -253,6 +284,7 @@ void InInitMgr::State::closeMatrix(InDependencyGraph const& graph)
     _cycleDetected = closure.isCyclic;
 }
 
+/// Orders the batch by the closure's counts and starts it. The sort is stable, so equal counts stay in name order.
 void InInitMgr::State::startBatch()
 {
     std::stable_sort(_packagesToInit.begin(), _packagesToInit.end(),
@@ -263,6 +295,7 @@ void InInitMgr::State::startBatch()
     _dependencyMatrix.reset();
     const std::vector<std::size_t> savedAt = saveBatch();
 
+    // From here on hooks run.
     const FlagScope initializing(_initializing);
     const unsigned batch = _batch;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
@@ -271,6 +304,7 @@ void InInitMgr::State::startBatch()
             continue;
         std::type_info const& type = typeOf(entry);  // before the hook, which may destroy the package
         entry.package->initialize();
+        // The hook may have destroyed packages, and with them moved or removed this entry.
         const bool isWhereItWas =
             savedAt[i] < _packagesSaved.size() && _packagesSaved[savedAt[i]].package == entry.package;
         if (PackageEntry* const saved = isWhereItWas ? &_packagesSaved[savedAt[i]] : findSaved(type))
@@ -281,7 +315,8 @@ void InInitMgr::State::startBatch()
     drop(_packagesToInit);
 }
 
-/// Takes the batch up, and tells the position of each of its types among the packages taken up.
+/// Appends the batch to `_packagesSaved` and returns the position there for each of its packages. A type that is
+/// there already keeps its entry.
 std::vector<std::size_t> InInitMgr::State::saveBatch()
 {
     std::vector<std::size_t> savedAt;
@@ -301,6 +336,7 @@ std::vector<std::size_t> InInitMgr::State::saveBatch()
     return savedAt;
 }
 
+/// Brings `_savedByType` up to date. Made anew only when a package was destroyed since.
 void InInitMgr::State::indexSaved()
 {
     if (_savedByTypeHolds)
@@ -312,6 +348,7 @@ void InInitMgr::State::indexSaved()
     _savedByTypeHolds = true;
 }
 
+/// The entry of that type, or null. The pointer holds until a package is destroyed or a batch is taken up.
 InInitMgr::PackageEntry* InInitMgr::State::findSaved(std::type_info const& type)
 {
     if (_packagesSaved.empty())
@@ -327,6 +364,9 @@ bool InInitMgr::State::isRunning(std::type_info const& type)
     return saved != nullptr && saved->initialized;
 }
 
+/// Stops in reverse order. `_leftToStop` is a field because a hook that destroys a package shifts the entries below
+/// it. An exception leaves the loop with everything still in the list and marked, so a repeated stop calls all hooks
+/// again.
 void InInitMgr::State::stopAll()
 {
     {
@@ -351,10 +391,11 @@ void InInitMgr::State::addWaiting(InPackageInit* package)
     ++package->_listed;
 }
 
+/// Removes a package that is being destroyed from all lists, at any time, from within any hook.
 void InInitMgr::State::forget(InPackageInit* package) noexcept
 {
-    // The package's library may go with it, and another one may come to stand at its addresses: none is to be
-    // remembered, whether this package is in a list or not.
+    // The package's library may be unloaded with it, and another type's information may come to lie at the same
+    // address. So the table must not remember any address, whether this package is in a list or not.
     _savedByTypeHolds = false;
 
     const auto leave = [package](Entries& entries, std::size_t place) {
@@ -407,6 +448,7 @@ void InInitMgr::State::printEntries(std::ostream& stream, Entries const& entries
     }
 }
 
+/// Each package on a cycle once: the first of a group as its heading, the others that it depends on below it.
 void InInitMgr::State::printCycles(std::ostream& stream) const
 {
     const std::size_t count = _packagesToInit.size();
@@ -425,12 +467,14 @@ void InInitMgr::State::printCycles(std::ostream& stream) const
     }
 }
 
-/// Whether a package of the batch needs itself; one that was destroyed since needs nothing any more.
+/// Whether a package of the batch depends on itself through others; false for one that was destroyed since. Bit (i,
+/// i) is also set for a package that lists itself, which is no cycle but is printed with those that are.
 bool InInitMgr::State::isOnRing(std::size_t i) const
 {
     return !isHole(_packagesToInit[i]) && _dependencyMatrix->test(i, i);
 }
 
+/// Edges come from the dependencies as listed, not from the closure. One to a package that isn't saved is left out.
 void InInitMgr::State::printGraph(std::ostream& stream) const
 {
     std::vector<InPackageInit const*> packages;
@@ -465,6 +509,7 @@ InInitMgr& InInitMgr::getInstance()
 
 InInitMgr::InInitMgr() : _state(new State) {}
 
+/// The arguments are copied before the caller's variables change, so an exception for want of memory changes nothing.
 void InInitMgr::initialize(int& argc, char const* const*& argv)
 {
     _state->takeArguments(argc, argv);
@@ -473,6 +518,8 @@ void InInitMgr::initialize(int& argc, char const* const*& argv)
     _state->startWaiting();
 }
 
+/// Intended: overrides and arguments are freed before the checks, and so even if the call is then refused. That order
+/// is part of the interface; do not mend.
 void InInitMgr::finalize()
 {
     InVariableBase::clearPendingOverrides();
@@ -541,6 +588,8 @@ void InInitMgr::incReinitCount()
     ++_state->_reinitCount;
 }
 
+/// The last guard starts what waits whether initialize() was called before or not: a plug-in host may have nothing
+/// but guards.
 void InInitMgr::decReinitCount()
 {
     if (_state->_reinitCount-- == 1)
@@ -581,7 +630,7 @@ InInitGuard::InInitGuard(int& argc, char const* const*& argv)
         try {
             manager.finalize();
         } catch (...) {
-            // The cause goes on to the caller, not what followed from it.
+            // The caller gets the cause, not what followed from it.
         }
         throw;
     }

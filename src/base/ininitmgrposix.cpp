@@ -8,6 +8,7 @@ extern "C" char** environ;
 namespace Vn::System
 {
 
+/// Copies: the block may move with the next putenv().
 std::vector<std::string> getEnvironmentEntries()
 {
     std::vector<std::string> entries;

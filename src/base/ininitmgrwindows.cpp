@@ -10,12 +10,14 @@ namespace Vn::System
 {
 namespace
 {
+/// Returns the block to the system.
 struct FreeEnvironment
 {
     void operator()(wchar_t* block) const { ::FreeEnvironmentStringsW(block); }
 };
 
-/// As the C library makes getenv()'s texts, so that both have the same.
+/// Converts as the C library does for getenv(), so that both give the same bytes. Once for the length, once for the
+/// text.
 std::string toAnsi(wchar_t const* text, std::size_t length)
 {
     const int wide = static_cast<int>(length);
@@ -26,6 +28,7 @@ std::string toAnsi(wchar_t const* text, std::size_t length)
 }
 }  // namespace
 
+/// Walks the block without the system's help, so a test can hand in a block of its own.
 std::vector<std::string> entriesOf(wchar_t const* block)
 {
     std::vector<std::string> entries;
@@ -34,7 +37,7 @@ std::vector<std::string> entriesOf(wchar_t const* block)
     return entries;
 }
 
-// Of the call that gives the block in bytes these would be of the console's code page, not of the process's.
+// The wide form of the call: the narrow one would give bytes of the console's code page and not of the process's.
 std::vector<std::string> getEnvironmentEntries()
 {
     const std::unique_ptr<wchar_t, FreeEnvironment> block(::GetEnvironmentStringsW());

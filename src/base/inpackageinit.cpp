@@ -16,6 +16,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/inpackageinit";
 
+/// One line for each hook, indented by the number of listed dependencies, so that a start reads as a staircase.
 void printHook(InPackageInit const& package, char const* hook)
 {
     if (InDiagnostics::areOn())
@@ -48,6 +49,8 @@ InPackageInit::InPackageInit(char const* name)
     _name[length] = '\0';
 }
 
+/// Also reached when the constructor of the derived class has thrown after registerPackage(): no list keeps its
+/// address.
 InPackageInit::~InPackageInit()
 {
     InInitMgr::forgetPackage(this);
@@ -95,6 +98,7 @@ char const* InPackageInit::getName() const
     return _name;
 }
 
+/// What a package doesn't override does nothing.
 void InPackageInit::performInitialize() {}
 
 void InPackageInit::performFinalize() {}
@@ -106,6 +110,8 @@ Vector<std::type_info const*> const& InPackageInit::getDependencies() const
     return _dependencies;
 }
 
+/// Variables before the hook, so that the hook can read them. An exception from the hook leaves them readable and the
+/// package unmarked, so finalize() is not called for it.
 void InPackageInit::initialize()
 {
     printHook(*this, "performInitialize");
@@ -113,7 +119,7 @@ void InPackageInit::initialize()
         const WalkScope walking(_isWalking);
         // Asked once for all of them, as each question walks through the environment.
         const bool isTelling = InDiagnostics::areOn();
-        // By index: an alias may well add a variable.
+        // By index and not by iterator: an override or a diagnostic may add a variable meanwhile.
         for (std::size_t i = 0; i < _variables.size(); ++i)
             if (_variables[i] != nullptr)
                 _variables[i]->initialize(isTelling);
@@ -122,6 +128,7 @@ void InPackageInit::initialize()
     setInitialized(true);
 }
 
+/// The exact reverse: the hook can still read the variables.
 void InPackageInit::finalize()
 {
     printHook(*this, "performFinalize");
@@ -140,6 +147,8 @@ void InPackageInit::registerPackage()
     InInitMgr::getInstance().registerPackage(this);
 }
 
+/// A package that runs is not stored, so a later batch never refers to a package outside itself. One that is saved
+/// but whose start has failed is stored, and then not found in the batch: starting on top of it throws.
 void InPackageInit::addDependency(std::type_info const* type)
 {
     if (type == nullptr)

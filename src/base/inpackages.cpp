@@ -1,3 +1,9 @@
+// The library's own packages: what each depends on, and what its hooks do.
+//
+// Their objects register during static construction, before `main`, in alphabetical order. The order of start
+// follows from the dependencies listed here alone; docs/design.md has the picture. Each hook only calls the
+// subsystem that it belongs to; the order of the calls within a hook is the order in which that subsystem's parts
+// need each other.
 #include <base/inpackages.h>
 
 #include <base/dbgbuildinfomgr.h>
@@ -29,6 +35,7 @@ VN_DEFINE_PACKAGE(discreteTime, VnInit::baseMath, VnInit::debugging, VnInit::pro
                   VnInit::initialize);
 VN_DEFINE_PACKAGE(heapMgr, VnInit::initialize);
 VN_DEFINE_PACKAGE(initArg, VnInit::initialize);
+/// Depends on nothing: every other package may have a setting.
 VN_DEFINE_PACKAGE(initialize);
 VN_DEFINE_PACKAGE(initVars, VnInit::osal, VnInit::initialize);
 VN_DEFINE_PACKAGE(logger, VnInit::profiling, VnInit::osal, VnInit::initialize);
@@ -49,9 +56,9 @@ using DefaultMgr = InContextAliasMgr<InContextAlias<InInitDef, 0>>;
 
 /// The packages, in the order in which they register, and the settings of one of them.
 ///
-/// Never destroyed: whoever stops everything at the very end, as a static object that holds an InInitGuard, finds all of
-/// them. In one object, so that the addresses of the sources, by which the diagnostics list them, have the same order in
-/// every build.
+/// Never destroyed: a static object that holds an InInitGuard stops everything at the very end and must find all of
+/// them. In one object, so that the addresses of the sources, by which the diagnostics list them, have the same order
+/// in every build.
 struct OwnPackages
 {
     InInit<VnInit::base> base;
@@ -82,7 +89,7 @@ struct OwnPackages
 
 NeverDestroyed<OwnPackages> ownPackages;
 
-/// Puts an object in the place of its class's singleton; it is destroyed if that is taken.
+/// Installs an object as its class's singleton; it is destroyed if there is one already.
 template <class T>
 void establish(ObjPtr<T> object)
 {
@@ -90,7 +97,7 @@ void establish(ObjPtr<T> object)
     object.release();
 }
 
-/// Ends the singleton's life. Where a stop has failed further on and is repeated, it has ended already.
+/// Ends the singleton's life. It has ended already if a stop failed in another package and is now repeated.
 template <class T>
 void abolish()
 {
@@ -101,6 +108,8 @@ void abolish()
 }
 }  // namespace
 
+/// Defaults before the environment before overrides; options follow with the package `initArg`. The order shows only
+/// in the diagnostics.
 void InInit<VnInit::initialize>::performInitialize()
 {
     DefaultMgr::initialize();
@@ -108,6 +117,8 @@ void InInit<VnInit::initialize>::performInitialize()
     OverrideMgr::initialize();
 }
 
+/// Intended: the same order as at the start, and not the reverse. The managers don't depend on each other; do not
+/// mend.
 void InInit<VnInit::initialize>::performFinalize()
 {
     DefaultMgr::finalize();
@@ -115,6 +126,7 @@ void InInit<VnInit::initialize>::performFinalize()
     OverrideMgr::finalize();
 }
 
+/// The dump comes after the manager is installed: it goes through getInstance() as any client's call does.
 void InInit<VnInit::heapMgr>::performInitialize()
 {
     establish(ObjPtr<HmHeapMgr>(HmHeapMgr::create()));
@@ -137,6 +149,7 @@ void InInit<VnInit::initArg>::performFinalize()
     ArgumentMgr::finalize();
 }
 
+/// Both ask the system once and keep the answer.
 void InInit<VnInit::osal>::performInitialize()
 {
     OsCpuInfo::initialize();
@@ -148,10 +161,11 @@ void InInit<VnInit::osal>::performFinalize()
     OsCpuInfo::finalize();
 }
 
+/// Until this hook the counter has an engine that doesn't know the processor's frequency.
 void InInit<VnInit::profiling>::performInitialize()
 {
-    // What stands there was made before the frequency was known. It isn't freed, as somebody may be reading it, and
-    // stays in reach, as nobody should take it for a leak.
+    // The engine of before is not freed, as another thread may be reading it, and stays reachable, so that no leak
+    // checker reports it.
     [[maybe_unused]] static HwCounterEng const* const abandoned = HwCounter::_theHwCounter;
     HwCounter::setEngine(HwCounterEng::create());
     establish(ObjPtr<Sleeper>(Sleeper::create()));
@@ -172,6 +186,7 @@ void InInit<VnInit::logger>::performFinalize()
     LgLog::destroy();
 }
 
+/// The empty text changes no trace option; the call makes sure that `VN_TRACE_OPTIONS` has been read.
 void InInit<VnInit::debugging>::performInitialize()
 {
     Trace::setOptions("");
@@ -183,6 +198,7 @@ void InInit<VnInit::debugging>::performInitialize()
         DbgBuildInfoUtil::setCheckStamps(true);
 }
 
+/// In the reverse order of the start.
 void InInit<VnInit::debugging>::performFinalize()
 {
     DbgBuildInfoMgr::fini();
@@ -194,6 +210,7 @@ void InInit<VnInit::discreteTime>::performInitialize()
     DtRefTimeFactory::getInstance();  // fixes the clock's zero
 }
 
+/// Last of all packages: everything that a description may refer to runs by now.
 void InInit<VnInit::base>::performInitialize()
 {
     DbgBuildInfoUtil::registerInfo(ObjPtr<DbgBuildInfo>(DbgBuildValues::createInfo()));

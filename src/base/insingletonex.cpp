@@ -5,6 +5,7 @@
 namespace Vn
 {
 
+/// The three classes differ in the second half of the message alone, so the base puts the message together.
 InSingletonEx::InSingletonEx(char const* file, int line, char const* name, char const* state) : InEx(file, line)
 {
     setReason(ExReasonText("%s %s.", ExReasonText::orEmpty(name), ExReasonText::orEmpty(state)).get());

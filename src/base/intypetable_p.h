@@ -12,10 +12,14 @@ namespace Vn
 
 /// Positions by type, for thousands of packages.
 ///
+///     table.insert(typeid(A), 0)    // true
+///     table.find(typeid(A))         // 0
+///     table.find(typeid(B))         // none
+///
 /// Types are equal by name, since each module may have a type's information at an address of its own. But hashing and
-/// comparing names is slow, and nearly always the address does: so each address that was asked for is remembered, and
-/// the name decides only at its first time.
-/// Tests: tests/base/intypetabletest.cpp.
+/// comparing names is slow, and nearly always the address decides. So each address that was asked for is remembered,
+/// and the name is compared only the first time. A module that is unloaded may leave its addresses to another one:
+/// the owner clears the table whenever a package is destroyed. Tests: tests/base/intypetabletest.cpp.
 class InTypeTable
 {
 public:
@@ -34,7 +38,7 @@ public:
         return named == none;
     }
 
-    /// Position of `type`, or `none`.
+    /// Position of `type`, or `none`. Not const: it remembers the address.
     unsigned find(std::type_info const& type)
     {
         const unsigned position = findByAddress(type);
@@ -55,6 +59,7 @@ public:
                 resize(*table, slots);
     }
 
+    /// Forgets all types and gives the memory back.
     void clear()
     {
         _byName = Table();
@@ -83,21 +88,25 @@ private:
         return static_cast<std::uint32_t>(spread >> 32);
     }
 
+    /// The same in all modules, since it is made from the name.
     static std::uint32_t hashOfName(std::type_info const& type)
     {
         return static_cast<std::uint32_t>(type.hash_code());
     }
 
+    /// Quick, and right if it finds something; `none` only says that this address is new.
     unsigned findByAddress(std::type_info const& type) const
     {
         return look(_byAddress, hashOfAddress(type), [&type](Slot const& slot) { return slot.type == &type; });
     }
 
+    /// Compares by type_info's own equality, which compares names across modules.
     unsigned findByName(std::type_info const& type, std::uint32_t hash) const
     {
         return look(_byName, hash, [&type](Slot const& slot) { return *slot.type == type; });
     }
 
+    /// Position of the slot that `isSame` accepts. Ends at an empty slot, which exists as at most half are used.
     template <class IsSame>
     static unsigned look(Table const& table, std::uint32_t hash, IsSame const& isSame)
     {
@@ -110,6 +119,7 @@ private:
         return none;
     }
 
+    /// Adds a slot that isn't there yet, and doubles the table before it would be more than half full.
     static void add(Table& table, std::uint32_t hash, std::type_info const& type, unsigned position)
     {
         if (2 * (table.used + 1) > table.slots.size())
@@ -127,6 +137,7 @@ private:
         table.slots.swap(larger);
     }
 
+    /// Linear probing: the next empty slot behind the one that the hash names.
     static void put(std::vector<Slot>& slots, Slot const& slot)
     {
         const std::size_t mask = slots.size() - 1;
@@ -136,7 +147,9 @@ private:
         slots[i] = slot;
     }
 
+    /// One slot for each type.
     Table _byName;
+    /// One slot for each address asked for.
     Table _byAddress;
 };
 

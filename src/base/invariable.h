@@ -16,9 +16,14 @@ namespace Vn
 
 /// A named setting of a package, without its type: where its text comes from.
 ///
-/// Of its sources the one of highest priority that has a value is chosen when the package starts; of equals, the one
-/// given first. Without any the variable stays invalid, which is no error until it is read. Belongs to the thread that
-/// drives the start; reading is safe on any thread while no package starts or stops.
+///     Vn::InVariableBase::overrideViaHandle("palette.depth", "7", "test");          // before the start
+///     Vn::InVariableBase const* depth = Vn::InVariableBase::queryViaHandle("palette.depth");
+///
+/// Of its sources the one of highest rank that has a value is chosen when the package starts; among equals, the one
+/// given first. Without any the variable stays invalid, which is no error until it is read.
+///
+/// Owns clones of its sources; doesn't own the package. Belongs to the thread that drives the start. Reading is
+/// thread-safe while no package starts or stops.
 /// Tests: tests/base/invariabletest.cpp.
 class VN_BASE_EXPORT InVariableBase
 {
@@ -26,48 +31,65 @@ public:
     InVariableBase(InVariableBase const&) = delete;
     InVariableBase& operator=(InVariableBase const&) = delete;
 
+    /// Frees the handle for another variable, destroys the clones and leaves the package, which must still exist.
     virtual ~InVariableBase();
 
-    /// Chooses the source, and releases it again. For the owning package.
+    /// Takes a pending override and chooses the source. For the owning package, before its performInitialize().
     void initialize();
+    /// Releases the source: reading throws from here on. For the owning package, after its performFinalize().
     void finalize();
 
-    /// Whether a source is chosen.
+    /// Whether a source is chosen, so that the variable can be read.
     bool isValid() const;
 
+    /// The unique name. Never null.
     char const* getHandle() const;
 
     /// Run-time type name of the chosen source, equal to InContextAlias<...>::initSourceString() of its kind. Throws
-    /// InEx::ExUninitializedObject if there is none.
+    /// InEx::ExUninitializedObject, with the handle, if none is chosen.
     char const* initSource() const;
 
-    /// The variable of that handle, or null.
+    /// The variable of that handle, or null if there is none. Null counts as the empty handle.
     static InVariableBase const* queryViaHandle(char const* const handle);
 
-    /// Gives the variable of that handle a text that beats all its sources; the variable may be made later. The last
-    /// override before the start counts. Throws InEx::ExVariableAlreadyInitialized for a running variable and
-    /// InEx::ExNoNewContextAliasAfterInit once the package `initialize` has started.
+    /// Gives the variable of that handle a text that beats all its sources. The variable may be made later.
+    ///
+    ///     overrideViaHandle("palette.depth", "7", "test");
+    ///     overrideViaHandle("palette.depth", "8", "test");    // replaces the first
+    ///     ... the start ...
+    ///     depth.getValue() == 8
+    ///
+    /// All texts are copied; null counts as empty. Throws InEx::ExVariableAlreadyInitialized for a variable whose
+    /// package runs, and otherwise InEx::ExNoNewContextAliasAfterInit once the package `initialize` has started.
+    /// InInitMgr::finalize() deletes overrides that no variable has taken.
     static void overrideViaHandle(char const* const handle, char const* const value, char const* const description);
 
-    /// Whether an override waits for the variable of that handle; false once it has been taken.
+    /// Whether an override waits for the variable of that handle; false again once the variable has taken it.
     static bool isOverridden(char const* const handle);
 
 protected:
-    /// Marks a source that isn't given; only its address counts, and each of its operations aborts.
+    /// Marks a parameter for a source that isn't given. Only its address counts.
     class VN_BASE_EXPORT InContextAliasDummy : public InContextAliasBase
     {
     public:
+        /// Its description is "InVariableBase::_dummy".
         InContextAliasDummy();
+        /// @{
+        /// Aborts the program: nothing may call these.
         InContextAliasBase* clone() const override;
         unsigned long getPriority() const override;
         char const* getKey() const override;
+        /// @}
     };
 
+    /// The one such mark, default of the parameters `alias2` to `alias10`.
     static InContextAliasDummy _dummy;
 
-    /// Registers with `package`, which must outlive the variable, and keeps a clone of each source. Throws
-    /// InEx::ExHandleAlreadyInUse; after a failure nothing of the variable is left anywhere. A null handle counts as
-    /// empty.
+    /// Registers under `handle` and with `package`, which must outlive the variable, and clones each source.
+    ///
+    /// Throws InEx::ExHandleAlreadyInUse for the handle of an existing variable, and
+    /// InEx::ExNoNewContextAliasAfterInit once a source's kind has its values. After a failure nothing of the
+    /// variable is left anywhere. `handle` is copied; null counts as empty.
     InVariableBase(char const* const handle, InPackageInitBase& package, InContextAliasBase const& alias1,
                    InContextAliasBase const& alias2 = _dummy, InContextAliasBase const& alias3 = _dummy,
                    InContextAliasBase const& alias4 = _dummy, InContextAliasBase const& alias5 = _dummy,
@@ -75,15 +97,23 @@ protected:
                    InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                    InContextAliasBase const& alias10 = _dummy);
 
+    /// The chosen source, or null.
     InContextAliasBase const* contextAlias() const;
 
-    /// Text of the chosen source. Throws InEx::ExUninitializedObject if there is none.
+    /// Text of the chosen source. Throws InEx::ExUninitializedObject, with the handle, if there is none.
     char const* getText() const;
 
-    /// The whole number that `text` begins with, 0 without one; beyond an `int` the nearest limit.
+    /// The whole number that `text` begins with; beyond an `int` the nearest limit.
+    ///
+    ///     "17 levels"    ->  17
+    ///     "many", ""     ->  0
+    ///     "99999999999"  ->  2147483647
     static int toNumber(char const* text);
 
-    /// Whether `text` says no: "0", or "false" in any case.
+    /// Whether `text` says no, in ASCII letters, whatever the locale.
+    ///
+    ///     "0", "false", "FALSE"    ->  true
+    ///     "", "00", "no", "false " ->  false
     static bool isFalse(char const* text);
 
     /// Deletes the overrides that no variable has taken.
@@ -125,15 +155,18 @@ private:
     std::size_t _place = nowhere;  ///< among the variables of its package, which keeps it
 };
 
-/// A setting of type `int`, `bool` or `char const*`. incontextalias.h shows how to declare one.
+/// A setting of type `int`, `bool` or `char const*`. incontextalias.h shows how to declare one with its sources.
 ///
 ///     int levels = depth.getValue();
 ///
+/// Threads and ownership as InVariableBase.
 /// Tests: tests/base/invariabletest.cpp.
 template <class T>
 class InVariable : public InVariableBase
 {
 public:
+    /// Same as the constructor of InVariableBase, which says what throws. One source at least, ten at most; the order
+    /// matters only among sources of one kind.
     InVariable(char const* const handle, InPackageInitBase& package, InContextAliasBase const& alias1,
                InContextAliasBase const& alias2 = _dummy, InContextAliasBase const& alias3 = _dummy,
                InContextAliasBase const& alias4 = _dummy, InContextAliasBase const& alias5 = _dummy,
@@ -141,10 +174,14 @@ public:
                InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                InContextAliasBase const& alias10 = _dummy);
 
-    /// Converts the text anew at each read: `int` as `atoi` does, so that text that is no number gives 0, and a number
-    /// beyond an `int` gives the nearest limit; `bool` is false for "0" and for "false" in any case, and true for all
-    /// else, the empty text included; `char const*` is the text itself, valid while the source lives. Throws
-    /// InEx::ExUninitializedObject without a source.
+    /// Converts the text anew at each read.
+    ///
+    ///     char const*  the text itself, valid while the source lives
+    ///     int          as `atoi` does: "12abc" is 12, "abc" is 0; beyond an `int` the nearest limit
+    ///     bool         false for "0" and for "false" in any case; true for all else, "" and "no" included
+    ///
+    /// Throws InEx::ExUninitializedObject, with the handle, before the package's start, after its stop, and if no
+    /// source has a value.
     T getValue() const;
 
 private:

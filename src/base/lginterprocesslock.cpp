@@ -5,6 +5,7 @@
 namespace Vn
 {
 
+/// The platform's form may throw when it closes its handle.
 LgInterProcessLock::~LgInterProcessLock() noexcept(false) = default;
 
 LgInterProcessLockGuard::LgInterProcessLockGuard(LgInterProcessLock* lock) : _lock(lock)
@@ -20,6 +21,7 @@ LgInterProcessLockGuard::~LgInterProcessLockGuard() noexcept(false)
     try {
         _lock->unlock();
     } catch (...) {
+        // A second exception during unwinding would end the program.
         if (std::uncaught_exceptions() == 0)
             throw;
     }

@@ -14,34 +14,35 @@ namespace Vn
 ///     }
 ///
 /// Excludes other processes and other threads. Its holder is a thread, whichever object of the name it has taken it
-/// through; it may take it again, and gives it up when it has unlocked as often. A holder that dies gives it up as well:
-/// on Linux the next one takes it as if nothing had happened; on Windows the next lock() throws, and later ones succeed.
-/// A child of `fork` holds nothing. Every call may throw ExSysErrorWindows.
-/// Tests: tests/base/lginterprocesslocktest.cpp.
+/// through; it may take it again, and gives it up when it has unlocked as often. If the holder dies, the system
+/// releases the lock: on Linux the next one takes it as if nothing had happened; on Windows the next lock() throws,
+/// and later ones succeed. A child of `fork` holds nothing. Every call may throw ExSysErrorWindows. Tests:
+/// tests/base/lginterprocesslocktest.cpp.
 class VN_BASE_EXPORT LgInterProcessLock
 {
 public:
+    /// Closes the lock; other objects and processes of that name keep theirs. Not while this thread holds it.
     virtual ~LgInterProcessLock() noexcept(false);
 
-    /// Waits as long as it takes.
+    /// Blocks until the lock is free, without a time limit.
     virtual void lock() = 0;
 
-    /// Throws if this thread isn't the holder.
+    /// Releases one lock() of this thread. Throws ExSysErrorWindows if this thread isn't the holder.
     virtual void unlock() = 0;
 
-    /// The lock of that name, which the caller owns; null gives a lock that nobody else can name. On Linux any text is a
-    /// name; on Windows one can hold neither a backslash nor more than 260 characters.
+    /// The lock of that name, which the caller owns; null gives a lock that nobody else can name. On Linux any text
+    /// is a name; on Windows one can hold neither a backslash nor more than 260 characters.
     static LgInterProcessLock* create(char const* name);
 };
 
-/// Holds a lock, or nothing if there is none.
-///
-/// The destructor throws if unlocking fails, unless another exception is on its way.
+/// Holds a lock for a scope, or nothing if there is none. Doesn't own the lock, which must outlive it.
 /// Tests: tests/base/lginterprocesslocktest.cpp.
 class VN_BASE_EXPORT LgInterProcessLockGuard
 {
 public:
+    /// Blocks until `lock` is free; null does nothing. Throws what lock() throws.
     explicit LgInterProcessLockGuard(LgInterProcessLock* lock);
+    /// Unlocks. Throws what unlock() throws, unless another exception is unwinding already: then that is dropped.
     ~LgInterProcessLockGuard() noexcept(false);
 
     LgInterProcessLockGuard(LgInterProcessLockGuard const&) = delete;

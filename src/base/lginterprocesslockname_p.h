@@ -8,11 +8,18 @@
 namespace Vn
 {
 
-/// Name of the file behind a lock: letters, digits, "-" and "_" stand for themselves, every other byte of the lock's
-/// name as "%" and two digits. Different names have different files; one that is too long for a file's name is cut and
-/// ends in "~" and a hash of the whole.
+/// Name of the file behind a lock. Different locks have different files.
+///
+///     "renderer log"      ->  "renderer%20log"
+///     "a/b"               ->  "a%2fb"
+///     "" (the empty name) ->  ""
+///     longer than 200     ->  its first 200 characters, "~" and 16 digits of a hash of the whole
+///
+/// Letters, digits, "-" and "_" stand for themselves, every other byte for "%" and two digits, so no name leaves the
+/// folder of the locks.
 inline std::string getLockFileName(std::string_view lock)
 {
+    // A file name has at most 255 bytes on the usual file systems.
     constexpr std::size_t longest = 200;
     constexpr char digits[] = "0123456789abcdef";
     std::string name;

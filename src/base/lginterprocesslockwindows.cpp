@@ -11,7 +11,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/lginterprocesslock";
 
-/// A named mutex.
+/// A named mutex. The system counts how often its thread has locked it and releases it with the last process.
 class LockWindows : public LgInterProcessLock
 {
 public:
@@ -25,19 +25,22 @@ private:
     ::HANDLE _handle;
 };
 
+/// Throws from a destructor on purpose: a handle that can't be closed is a mistake of the program.
 LockWindows::~LockWindows() noexcept(false)
 {
     if (!::CloseHandle(_handle))
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+/// An abandoned mutex counts as a failure too: what its holder was writing may be half done.
 void LockWindows::lock()
 {
     const ::DWORD result = ::WaitForSingleObject(_handle, INFINITE);
     if (result == WAIT_OBJECT_0)
         return;
     if (result == WAIT_ABANDONED) {
-        // It is this thread's now, which must not keep it when it is told that it has failed.
+        // The system has given the mutex to this thread, which is told of a failure and so must not keep it. The code
+        // is set again because ReleaseMutex() may change it.
         ::ReleaseMutex(_handle);
         ::SetLastError(ERROR_ABANDONED_WAIT_0);
     }

@@ -14,11 +14,19 @@
 namespace Vn
 {
 
-/// The line of a message as the outputs show it, on the stack.
+/// The line of a message as the outputs show it, put together on the stack and written in one piece.
+///
+///     LgLine line;
+///     line.putPrefix(ticks, threadId, LgTypes::Warning);
+///     line.putText(stream);    // "0000000001 0000000005 (0x00001a2b) Warning: Cache evicted 17 pages\n"
+///
+/// One prefix and one text at most: the buffer has room for exactly these. Without standard streams, so that no
+/// locale and no format of the program changes a line.
 class LgLine
 {
 public:
-    /// "0000000001 0000000005 (0x00001a2b) Warning: ": ticks since the start in two halves, thread and level.
+    /// Ticks since the logger's start in two halves of 32 bits, thread and level. The halves are two numbers, not
+    /// one: the first counts units of 2^32 ticks.
     void putPrefix(std::uint64_t ticks, unsigned long threadId, LgTypes::Level level)
     {
         putPadded<10, 10>(static_cast<std::uint32_t>(ticks >> 32));
@@ -32,6 +40,7 @@ public:
         _hasPrefix = true;
     }
 
+    /// The text of an overflow entry, "Event overflow [12]", with its line end.
     void putOverflow(std::int32_t count)
     {
         put("Event overflow [");
@@ -39,17 +48,19 @@ public:
         put("]\n");
     }
 
-    /// Takes the next text off the stream.
+    /// Takes the next text off the stream, empty if there is none, and ends the line.
     void putText(LgStream& stream)
     {
         _size += stream.take(_text + _size);
         _text[_size++] = '\n';
     }
 
+    /// What was put so far, line end included; valid while the line exists.
     std::string_view getText() const { return {_text, _size}; }
     bool hasPrefix() const { return _hasPrefix; }
 
 private:
+    /// Appends without a check: only fixed texts come here.
     void put(char const* text)
     {
         const std::size_t length = std::strlen(text);
@@ -57,7 +68,7 @@ private:
         _size += length;
     }
 
-    /// All pairs of digits: 00, 01, ...
+    /// All pairs of digits in the base: 00, 01, and so on.
     template <unsigned base>
     static constexpr auto pairs = [] {
         std::array<char, 2 * base * base> made{};
@@ -68,7 +79,8 @@ private:
         return made;
     }();
 
-    /// Two digits at a time. The base is known to the compiler, which then needs no division.
+    /// Zero-filled to `width`, which is even. Two digits at a time; the base is known to the compiler, which then
+    /// needs no division.
     template <unsigned base, std::size_t width>
     void putPadded(std::uint32_t number)
     {

@@ -1,3 +1,14 @@
+// Where each level goes, from the environment to open files.
+//
+// init() reads the output variables into `_level` (readOutputs), then thresholds and switches (readSettings), and
+// then opens each level's file (openOutput). Levels of one file share one stream: the lowest level owns it, opens it
+// once and writes one banner. closeOutput() and destroy() undo that: they clear the stream in all higher levels
+// before it is deleted.
+//
+// init(), destroy() and a reader that writes a line exclude each other by LgOutputLock, so no line is written to a
+// stream that is being closed. Messages are not held up: a site reads only the switches, which are relaxed atomics,
+// and the queue function. The inter-process lock is taken inside the output lock, for one banner or one line at a
+// time.
 #include <base/lglog.h>
 
 #include <base/duplicatestring.h>
@@ -24,21 +35,25 @@ namespace
 {
 constexpr int levelCount = 7;
 
+/// The default paths, owned. A level's `fileName` may point to one, or into the environment.
 char* profilePath = nullptr;
 char* eventsPath = nullptr;
 
+/// The queue function until the program brings one. Its queue is in no registry, so no reader sees it: that is
+/// required of a program without a thread layer, which has nobody to read.
 LgQueue* getSharedQueue()
 {
     static LgQueue& queue = *new LgQueue(0);
     return &queue;
 }
 
+/// Values from outside the enumeration come from clients and must not index the table.
 bool isLevel(LgTypes::Level level)
 {
     return level >= 0 && level < levelCount;
 }
 
-// Relaxed: a switch stands for itself, nothing else is read on its account.
+/// Relaxed: a switch stands for itself; no other memory is read because of its value, so no order can break.
 void flip(bool& flag, bool value)
 {
     std::atomic_ref(flag).store(value, std::memory_order_relaxed);
@@ -49,6 +64,7 @@ bool look(bool& flag)
     return std::atomic_ref(flag).load(std::memory_order_relaxed);
 }
 
+/// Takes both paths over; null twice frees what there is.
 void setDefaultPaths(char* profile, char* events)
 {
     delete[] profilePath;
@@ -57,7 +73,8 @@ void setDefaultPaths(char* profile, char* events)
     eventsPath = events;
 }
 
-/// Where the default files go; makes the directory. False if that can't be made.
+/// Makes the directory of the default files and both paths. False, with both paths null, if the system refuses; what
+/// createDir() throws besides reaches the caller.
 bool makeDefaultPaths()
 {
     char const* const variable = System::getOwnVariable("T4Q_TEST_DIR");
@@ -75,6 +92,7 @@ bool makeDefaultPaths()
     return true;
 }
 
+/// The text at the beginning of a file.
 std::string makeStartBanner(bool hasTime)
 {
     std::ostringstream text;
@@ -82,12 +100,14 @@ std::string makeStartBanner(bool hasTime)
     if (!hasTime)
         return text.str();
     const std::time_t now = std::time(nullptr);
+    // ctime() brings a line end of its own, so an empty line follows.
     text << "===== Started on " << std::ctime(&now) << '\n';  // the date brings a line end of its own
+    // Intended: under this title stands the resolution, in seconds for each count. It is part of the interface; do not mend.
     text << "===== Clock Frequency: " << std::fixed << std::setprecision(9) << HwCounter::resolution() << '\n';
     return text.str();
 }
 
-/// In one piece, so that all of it waits where the disk is full.
+/// In one piece, so that where the disk is full all of it waits together.
 void writeStartBanner(LgFile& file, bool hasTime)
 {
     file.writeLines(makeStartBanner(hasTime));
@@ -95,18 +115,20 @@ void writeStartBanner(LgFile& file, bool hasTime)
         file << std::fixed;  // part of the interface: whoever writes numbers to the stream relies on it
 }
 
-/// No level has another kind of stream.
+/// Every level's stream is an LgFile; only the type of the field is the interface's.
 LgFile& getFile(LgLog::LevelInfo const& level)
 {
     return static_cast<LgFile&>(*level.output);
 }
 
+/// By address: a user who names the same file has chosen it, links and all.
 bool isDefaultPath(char const* path)
 {
     return path == eventsPath || path == profilePath;
 }
 }  // namespace
 
+/// All zero before init(): messages of a logger that hasn't started go to no file.
 LgLog::LevelInfo LgLog::_level[levelCount] = {};
 std::atomic<bool> LgLog::_loggerActive = false;
 bool LgLog::_blockingTrace = false;
@@ -117,10 +139,12 @@ LgQueue* (*LgLog::_queueFunction)() = getSharedQueue;
 VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgRegistry>, registryStorage, "_ZN2Vn5LgLog9_registryE");
 VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgInterProcessLock>, interprocessLockStorage, "_ZN2Vn5LgLog17_interprocessLockE");
 
+/// Order matters: the threshold must be known before groups are made, and the lock before files are opened.
 void LgLog::init()
 {
     const LgOutputLock outputs;
     _registry.reset(new LgSimpleRegistry);
+    // What an earlier init() left, including paths that are about to be freed.
     for (LevelInfo& level : _level) {  // what an earlier init() has left, paths that are about to be freed included
         closeOutput(&level);
         level = {};
@@ -132,12 +156,14 @@ void LgLog::init()
         openOutput(&level);
 }
 
+/// The defaults where a variable is unset: tracing goes to standard output alone, profiling to a file of its own, all
+/// else to one file.
 void LgLog::readOutputs(bool hasDirectory)
 {
     static constexpr char const* variables[levelCount] = {
         "VN_LOG_INTERNAL_ERROR", "VN_LOG_FATAL_ERROR", "VN_LOG_RECOVERABLE_ERROR", "VN_LOG_WARNING",
         "VN_LOG_INFORMATIONAL",  "VN_LOG_TRACING",     "VN_LOG_PROFILING"};
-    // In the order that is part of the interface: profiling before tracing.
+    // Intended: profiling before tracing; the order of reading is part of the interface. Do not mend.
     for (const LgTypes::Level level :
          {LgTypes::InternalError, LgTypes::FatalError, LgTypes::RecoverableError, LgTypes::Warning,
           LgTypes::Informational, LgTypes::Profiling, LgTypes::Tracing}) {
@@ -154,6 +180,8 @@ void LgLog::readOutputs(bool hasDirectory)
     }
 }
 
+/// A word that names no level is passed over without a message. Intended: a wrong threshold must not stop a program;
+/// do not mend.
 void LgLog::readSettings()
 {
     if (char const* const word = System::getOwnVariable("VN_LOG_DEFAULT_LEVEL"))
@@ -168,13 +196,18 @@ void LgLog::readSettings()
         disableTimeStamps();
 }
 
+/// The value of an output variable; docs/logging.md has the table. The name points into the environment and isn't
+/// copied.
 LgLog::LevelInfo LgLog::parseEnvVar(char const* value)
 {
     if (value == nullptr)
         return {true, false, false, nullptr, eventsPath};
+    // Whatever follows the two dashes; one dash begins a name.
     if (std::strncmp(value, "--", 2) == 0)
         return {false, false, false, nullptr, nullptr};
     const auto orNull = [](char const* name) { return *name != '\0' ? name : nullptr; };
+    // Intended: "%+" names a file with an empty name, which fails to open, whereas "%" and "+" name none. Do not
+    // mend.
     if (value[0] == '%' && value[1] == '+')
         return {true, true, true, nullptr, value + 2};
     if (value[0] == '%')
@@ -184,7 +217,8 @@ LgLog::LevelInfo LgLog::parseEnvVar(char const* value)
     return {true, false, false, nullptr, value};
 }
 
-/// Levels that name one file, be it by two names, share its stream.
+/// Levels that name one file share its stream, even if they name it in two ways. So the name is compared first, and
+/// once the file is open its identity.
 void LgLog::openOutput(LevelInfo* level)
 {
     if (level->fileName == nullptr)
@@ -204,12 +238,14 @@ void LgLog::openOutput(LevelInfo* level)
         }
     LgFile& opened = *file;
     level->output = file.release();
+    // From here on other processes that write this file wait.
     const LgInterProcessLockGuard guard(_interprocessLock.get());
     if (!level->append)
         opened.beginAnew();
     writeStartBanner(opened, isTimeStampsEnabled());
 }
 
+/// Leaves registry, lock and queues: a reader that comes later reads its messages and finds no output for them.
 void LgLog::destroy()
 {
     const LgOutputLock outputs;
@@ -233,7 +269,7 @@ void LgLog::destroy()
     LgMajorGroup::finalize();
 }
 
-/// A stream that can't be closed is left failed, as its own close() leaves it, and goes all the same.
+/// A stream that can't be closed is deleted all the same. Clears it in every level that shares it.
 void LgLog::closeOutput(LevelInfo* level)
 {
     std::ostream* const stream = level->output;
@@ -243,6 +279,7 @@ void LgLog::closeOutput(LevelInfo* level)
     delete stream;
 }
 
+/// Intended: the trailing comma and blanks; the text is part of the interface. Do not mend.
 void LgLog::displaySetup()
 {
     std::cout << "===== Log Setup =====" << std::endl;
@@ -264,6 +301,7 @@ void LgLog::displaySetup()
     std::cout << "===== End Setup =====" << std::endl;
 }
 
+/// Relaxed: whoever switches the logger on afterwards publishes the function too (setLoggerActivation()).
 void LgLog::setQueueFunction(LgQueue* (*function)())
 {
     std::atomic_ref(_queueFunction)
@@ -320,6 +358,7 @@ LgRegistry* LgLog::getRegistry()
     return _registry.get();
 }
 
+/// Fills the new registry before the old one is emptied: if that throws, the old one is as it was.
 ObjPtrRet<LgRegistry> LgLog::setRegistry(ObjPtr<LgRegistry> registry)
 {
     if (!registry)

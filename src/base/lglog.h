@@ -13,23 +13,25 @@
 namespace Vn
 {
 
-/// The outputs of the seven levels, and what stands between a message and its queue.
+/// The outputs of the seven levels, and the switches between a message and its queue.
 ///
 ///     Vn::LgLog::setQueueFunction(getQueueOfThisThread);
 ///     Vn::LgLog::setLoggerActivation(true);
 ///     VN_LOG(group, Vn::LgTypes::Warning, "evicted " << count << " pages");    // on any thread
 ///     Vn::LgReader().flushAll();                                               // on one
 ///
-/// The package `logger` calls init() and destroy(); the environment says where each level goes (docs/logging.md). Nothing
-/// here empties the queues: a program does so with LgReader when it likes, and what no reader has taken when the package
-/// stops is lost. What is set while other threads log reaches them a little later.
-/// Tests: tests/base/lglogtest.cpp.
+/// The package `logger` calls init() and destroy(); the environment says where each level goes (docs/logging.md).
+/// Nothing here empties the queues: the program does so with LgReader when it likes, and what no reader has taken
+/// when the package stops is lost. Members may be read and switched on any thread while others log; a change reaches
+/// those a little later. init(), destroy() and setRegistry() belong to one thread. Tests: tests/base/lglogtest.cpp.
 class VN_BASE_EXPORT LgLog
 {
 public:
-    /// Where a level's messages go.
+    /// Where the messages of one level go.
     struct LevelInfo
     {
+        /// Only shown by displaySetup(): messages of a level that isn't enabled are read and thrown away for want of
+        /// an output.
         bool enabled;
         bool echo;             ///< to the standard output stream as well
         bool append;           ///< behind what the file holds
@@ -39,61 +41,86 @@ public:
 
     LgLog() = delete;
 
-    /// Reads the environment, makes the log directory, opens the files and writes their banners. Throws ExInternalError
-    /// if a file stands where the directory should be, ExSysErrorWindows if the inter-process lock fails.
+    /// Reads the environment, makes the log directory, opens the files and writes their banners. May be called again,
+    /// and then begins anew: with a new registry, and with files of write mode emptied.
+    ///
+    /// A file that can't be opened makes no error: its stream has failed and takes nothing. Nor does a directory that
+    /// can't be made: there are no default files then. Throws ExInternalError if a regular file stands where the
+    /// directory should be, and ExSysErrorWindows if the inter-process lock fails.
     static void init();
 
-    /// Writes the last banners and closes the files, once the line that a reader is writing is finished. What is left in
-    /// the queues stays there.
+    /// Writes the last banners and closes the files. Waits for the line that another thread is writing. What is left
+    /// in the queues stays there. Throws ExSysErrorWindows if the inter-process lock fails.
     static void destroy();
 
-    /// Writes where each level goes to the standard output stream.
+    /// Prints where each level goes to standard output:
+    ///
+    ///     ===== Log Setup =====
+    ///     Internal Error: /tmp/events.log
+    ///     ...
+    ///     Tracing: stdout,
+    ///     Profiling: Disabled
+    ///     ===== End Setup =====
     static void displaySetup();
 
     /// The calling thread's queue, as the queue function finds it.
     static LgQueue& getQueue() { return *std::atomic_ref(_queueFunction).load(std::memory_order_relaxed)(); }
 
-    /// `function` finds the calling thread's queue, and never returns null. Null brings the first function back, which
-    /// has one queue for all threads that no reader sees.
+    /// `function` finds the calling thread's queue and never returns null; it is called for each message, on the
+    /// thread that logs. Null restores the library's own, which has one queue of number 0 that no reader sees: after
+    /// 1,022 messages it is full for ever.
     static void setQueueFunction(LgQueue* (*function)());
 
-    /// Whether messages go to queues, and not to the standard output stream.
+    /// @{
+    /// Whether messages go to queues, and not to standard output. False at first; only the program sets it.
     static void setLoggerActivation(bool active)
     {
-        // Release, and acquire in isLoggerActive(): without them a site could find the logger active and still take the
-        // queue function of before.
+        // Release, and acquire in isLoggerActive(): without them a site could find the logger active and still call
+        // the queue function that was installed before.
         _loggerActive.store(active, std::memory_order_release);
     }
     static bool isLoggerActive() { return _loggerActive.load(std::memory_order_acquire); }
+    /// @}
 
-    /// Whether a message goes to the standard output stream while the logger isn't active.
+    /// Whether a message goes to standard output while the logger isn't active: true for all but `Profiling`.
     static bool isInactiveOutputAllowed(LgTypes::Level level) { return level != LgTypes::Profiling; }
 
+    /// Whether messages of that level go to standard output as well; false for a value that is no level.
     static bool isLevelEchoed(LgTypes::Level level);
 
-    /// Null if the level has no file.
+    /// The file of that level; null without a file and for a value that is no level. `fail()` is true if it could not
+    /// be opened. Owned by LgLog, until destroy() or the next init(); only the thread that reads may write to it.
     static std::ostream* getLevelOutput(LgTypes::Level level);
 
-    // Whether lines begin with time, thread and level, and banners tell the date.
+    /// @{
+    /// Whether lines begin with time, thread and level, and banners tell the date. True at first;
+    /// `VN_LOG_DISABLE_TIMESTAMPS` makes it false.
     static void enableTimeStamps();
     static void disableTimeStamps();
     static bool isTimeStampsEnabled();
+    /// @}
 
-    /// HwCounter::timeStamp() at init().
+    /// HwCounter::timeStamp() at init(), in counts; 0 before. Lines show the time since then.
     static std::uint64_t getStart();
 
-    /// Whether LgTrace waits for space in a queue.
+    /// @{
+    /// Whether LgTrace waits for space in a queue. False at first; `VN_BLOCKING_TRACE` makes it true.
     static void setBlockingTrace(bool blocking);
     static bool getBlockingTrace();
+    /// @}
 
-    /// The lock under which outputs are written; null if there is none.
+    /// The lock under which outputs are written; null if there is none. Owned by LgLog.
     static LgInterProcessLock* getInterProcessLock();
 
-    /// Null before init().
+    /// All queues that the reader sees; null before init(). Owned by LgLog.
     static LgRegistry* getRegistry();
 
-    /// Moves all queues to `registry` and installs it; hands back the one before. Null changes nothing, and neither does
-    /// a `registry` that throws when it is given a queue. Not while a reader or another registration is at work.
+    /// Moves all queues to `registry`, installs it and returns the one before.
+    ///
+    ///     null                                       ->  nothing changes; returns null
+    ///     a registry that throws while it is filled  ->  nothing is installed; the exception goes on
+    ///
+    /// Not while a reader or another registration is at work.
     static ObjPtrRet<LgRegistry> setRegistry(ObjPtr<LgRegistry> registry);
 
 private:
@@ -123,8 +150,8 @@ private:
 /// GROUP is an LgMinorGroup. Nothing of MESSAGE is evaluated unless the group enables LEVEL and the message has found
 /// room in its queue. While the logger isn't active, the message goes to the standard output stream.
 ///
-/// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the thread
-/// would come out one message late.
+/// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the
+/// thread would come out one message late. Safe on any thread whose queue is its own; not in a signal handler.
 #define VN_LOG(GROUP, LEVEL, MESSAGE)                                                             \
     do {                                                                                          \
         Vn::LgMinorGroup const& vnLogGroup = (GROUP);                                             \

@@ -13,7 +13,7 @@
 namespace Vn
 {
 
-/// An integer in decimal, on the stack.
+/// An integer in decimal, on the stack: -17 gives "-17". `long long` would fit as well.
 class LgNumberText
 {
 public:
@@ -30,15 +30,20 @@ private:
     std::size_t _size;
 };
 
-/// A floating-point number with six digits behind the point, as "%f" and "%Lf" give it in the "C" locale: rounded half
-/// to even from the exact value.
+/// A floating-point number with six digits behind the point, as "%f" and "%Lf" give it in the "C" locale: rounded
+/// half to even from the exact value.
 ///
-/// Numbers below 2^64 are exact fractions over a power of two, and one product of 128 bits and one rounding give their
-/// digits. Larger ones, and those that are no numbers, are rare and take the standard library's way.
+///     0.1        ->  "0.100000"
+///     -0.0       ->  "-0.000000"
+///
+/// Numbers below 2^64 are exact fractions over a power of two, and one product of 128 bits and one rounding give
+/// their digits. Larger ones, infinities and NaN are rare and take the standard library's way.
 template <class Number>
 class LgFixedText
 {
 public:
+    /// The comparison is written so that NaN fails it. A mantissa of more than 64 bits, which no platform of ours
+    /// has, would not fit below.
     explicit LgFixedText(Number value) : _size(0)
     {
         if (!(std::fabs(value) < Number(18446744073709551616.0)) || mantissaBits > 64)
@@ -50,7 +55,10 @@ public:
     char const* get() const { return _text; }
     std::size_t getSize() const { return _size; }
 
-    /// Puts a point where a locale has another mark, which may be any text, before six digits.
+    /// Replaces a locale's decimal mark, which may be any text, by a point; six digits follow it.
+    ///
+    ///     "1,500000"  ->  "1.500000"
+    ///     "inf"       ->  "inf"
     static void restorePoint(char* text)
     {
         const std::size_t size = std::strlen(text);
@@ -66,6 +74,7 @@ private:
     static constexpr std::uint32_t million = 1000000;
     __extension__ typedef unsigned __int128 Wide;
 
+    /// Sign, whole part and millionths, each exact.
     void formatBelow2To64(Number value)
     {
         int shift = 0;
@@ -85,7 +94,7 @@ private:
     }
 
     /// The absolute value as a mantissa of 64 bits over 2^shift. Denormal numbers, which all print as zero, come out
-    /// wrong and small.
+    /// wrong but small enough to print as zero.
     static std::uint64_t decompose(double value, int& shift)
     {
         const auto bits = std::bit_cast<std::uint64_t>(value);
@@ -93,6 +102,7 @@ private:
         return (bits << 11) | (std::uint64_t(1) << 63);
     }
 
+    /// The same without a look at the format, which differs among platforms.
     static std::uint64_t decompose(long double value, int& shift)
     {
         int exponent = 0;
@@ -101,10 +111,10 @@ private:
         return static_cast<std::uint64_t>(std::ldexp(fraction, 64));
     }
 
-    /// Takes mantissa / 2^shift apart; shift is at least 0.
+    /// Whole part and millionths of mantissa / 2^shift; shift is at least 0. Rounds half to even.
     static void split(std::uint64_t mantissa, int shift, std::uint64_t& whole, std::uint64_t& millionths)
     {
-        // Below 2^-22 all is less than half a millionth, and 0 as well.
+        // Below 2^-22 everything is less than half a millionth, zero included.
         if (shift >= 64 + 22)
             return;
         whole = shift < 64 ? mantissa >> shift : 0;
@@ -114,20 +124,24 @@ private:
         const Wide rest = product - (Wide(millionths) << shift);
         const Wide twice = rest * 2;
         const Wide one = Wide(1) << shift;
+        // The remainder against one half, in whole numbers: no second rounding can creep in.
         if (twice > one || (twice == one && millionths % 2 != 0))
             ++millionths;
+        // 0.9999996 rounds up into the whole part.
         if (millionths == million) {
             millionths = 0;
             ++whole;
         }
     }
 
+    /// Numbers from 2^64, infinities and NaN. Without a locale.
     void formatAnything(double value)
     {
         const auto end = std::to_chars(_text, _text + sizeof _text, value, std::chars_format::fixed, 6).ptr;
         _size = static_cast<std::size_t>(end - _text);
     }
 
+    /// By the C library, whose decimal mark follows the program's locale and is replaced.
     void formatAnything(long double value)
     {
         std::snprintf(_text, sizeof _text, "%Lf", value);

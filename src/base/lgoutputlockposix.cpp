@@ -10,6 +10,7 @@ namespace Vn
 {
 namespace
 {
+/// One for the process, made by whichever thread comes first.
 std::recursive_mutex& getMutex()
 {
     // Never destroyed: a reader may be at work while static objects are.
@@ -17,7 +18,8 @@ std::recursive_mutex& getMutex()
     return mutex;
 }
 
-/// The thread that held it in the parent isn't there to unlock it.
+/// The thread that held the mutex in the parent doesn't exist in the child, so nobody would ever unlock it: the child
+/// gets a fresh mutex in the same place.
 void startChild()
 {
     ::new (static_cast<void*>(&getMutex())) std::recursive_mutex;
@@ -26,6 +28,7 @@ void startChild()
 
 LgOutputLock::LgOutputLock()
 {
+    // Registered once. It fails only for want of memory; then a child that was forked during a line can't write.
     static const int failure = ::pthread_atfork(nullptr, nullptr, startChild);
     (void)failure;  // for want of memory: then a child that forked during a line can't write
     getMutex().lock();

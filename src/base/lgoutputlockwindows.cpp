@@ -7,6 +7,7 @@ namespace Vn
 {
 namespace
 {
+/// One for the process, made by whichever thread comes first. Without `fork` there is nothing to reset.
 std::recursive_mutex& getMutex()
 {
     // Never destroyed: a reader may be at work while static objects are.

@@ -1,3 +1,13 @@
+// The ring of entries, and how it keeps step with the ring of text.
+//
+// reserveEntry() fills the entry at the write index without moving it, so the reader doesn't see it; addEntry()
+// moves the index. Text and terminator are in place by then, and the index is published with release: a reader that
+// sees it sees them too. The reader takes the text before removeEntry() moves the read index, so the writer never
+// fills a cell that is being read.
+//
+// The last free entry is kept for a count of losses, which is published at once and raised while it is the newest.
+// The count is the one field that both sides may use at a time; it is a relaxed atomic, and a late value only
+// changes a diagnostic.
 #include <base/lgqueue.h>
 
 #include <base/hwcounter.h>
@@ -15,6 +25,7 @@ LgQueue::LgQueue(unsigned long threadId)
       _suppressCount(0)
 {}
 
+/// Copies share the rings: the interface has it so. The observer moves, as ObjPtr does.
 LgQueue::LgQueue(LgQueue& source) = default;
 LgQueue& LgQueue::operator=(LgQueue& source) = default;
 
@@ -23,6 +34,7 @@ LgQueue::~LgQueue()
     delete[] _entries;
 }
 
+/// The level takes no part in the decision: an internal error is dropped as readily as a trace line.
 bool LgQueue::reserveEntry(LgTypes::Level level)
 {
     if (_suppressCount > 0)
@@ -44,7 +56,8 @@ bool LgQueue::reserveEntry(LgTypes::Level level)
 /// Whether two entries are free, one of them for a count of losses.
 bool LgQueue::hasFreeEntry()
 {
-    // What the writer saw last says too little at worst, and spares it a look at what the reader is changing.
+    // The read index as the writer last saw it may be stale; it never shows more free entries than there are. Only
+    // when it shows too few does the writer touch the memory that the reader is changing.
     const auto hasTwo = [this] { return _knownReadIndex - (_writeIndex + 1) >= 2; };
     if (hasTwo())
         return true;
@@ -52,7 +65,11 @@ bool LgQueue::hasFreeEntry()
     return hasTwo();
 }
 
-/// There is an entry for this: the last free one is never taken by a message.
+/// Counts a message that was refused. Needs no test for room: the last free entry is never taken by a message.
+///
+/// Intended: an entry keeps its overflow flag and its count until it is used for a message. So a count can begin too
+/// high, and a loss can be added to an entry that the reader has consumed already. A reset would need a write by the
+/// reader; do not mend.
 void LgQueue::countLoss()
 {
     Entry& last = _entries[(_writeIndex - 1).get()];
@@ -66,6 +83,7 @@ void LgQueue::countLoss()
     _writeIndex.publish(_writeIndex + 1);
 }
 
+/// Without an effect if nothing was reserved or nothing was written.
 void LgQueue::addEntry()
 {
     if (!_entryReserved)
@@ -73,12 +91,14 @@ void LgQueue::addEntry()
     _entryReserved = false;
     const unsigned flags = _stream.getOutputFlags();
     if ((flags & LgStream::textWritten) == 0) {
-        // An `ends` alone has left a string that belongs to no entry: the next one would get its text.
+        // `ends` alone has left an empty string that belongs to no entry: the next entry would get it as its text,
+        // and each later one the text of the entry before.
         if ((flags & LgStream::stringTerminated) != 0)
             _stream.takeBack(_open);
         return;
     }
-    // A ring that was full has ended the string, but only where nobody finds its end.
+    // A ring that became full has set the flag and written a zero, but without moving the string's end: the reader
+    // would not find it.
     if ((flags & LgStream::stringTerminated) == 0 || _stream.isStringOpen())
         _stream << ends;
     _writeIndex.publish(_writeIndex + 1);
@@ -92,6 +112,7 @@ void LgQueue::waitForSpace(int size) const
         _observer->waitForSpace(*this, size);
 }
 
+/// The same rule as hasFreeEntry(), for callers of either thread and without the cache.
 bool LgQueue::isFull() const
 {
     const Index readIndex = _readIndex.watch();
@@ -100,8 +121,8 @@ bool LgQueue::isFull() const
 
 void LgQueue::creatorExit()
 {
-    // Release, and acquire in isCreatorAlive(): without them the reader could delete the queue under the writer's last
-    // steps.
+    // Release, and acquire in isCreatorAlive(): without them the reader could see the end of the writer before the
+    // writer's last message, and delete the queue under it.
     std::atomic_ref(_creatorAlive).store(false, std::memory_order_release);
 }
 
@@ -110,6 +131,7 @@ bool LgQueue::isCreatorAlive() const
     return std::atomic_ref(const_cast<bool&>(_creatorAlive)).load(std::memory_order_acquire);
 }
 
+/// Publishes with release: without it the writer could reuse the entry while it is still being read.
 void LgQueue::removeEntry()
 {
     _readIndex.publish(_readIndex + 1);

@@ -1,3 +1,13 @@
+// How a message leaves its queue.
+//
+// flushEarliest() takes a copy of the registry's list, finds the queue whose first entry has the smallest time
+// stamp, and writes that one entry. Each queue is in time order, so the heads are enough. flushQueue() makes the
+// line on the stack, under the output lock (nobody closes the file meanwhile) and the inter-process lock (no other
+// process writes), and hands it over in one piece. The text is taken off the ring even if no output wants it;
+// otherwise each later message would come out with the text of the one before.
+//
+// One thread at a time may be here: two would both move the read indices. Writers go on meanwhile. A queue is
+// deleted only when its writer has said that it is gone and the queue was found empty after that.
 #include <base/lgreader.h>
 
 #include <base/lgfile_p.h>
@@ -15,20 +25,23 @@ namespace Vn
 {
 namespace
 {
+/// By value: queues may register and leave while the copy is walked.
 List<LgQueue*> getQueues()
 {
     LgRegistry const* const registry = LgLog::getRegistry();
     return registry != nullptr ? registry->getQueueList() : List<LgQueue*>();
 }
 
-/// The creator first: a queue that is empty, and whose creator is found dead after that, may have got a message between.
+/// Whether the writer has ended and nothing is left. The order of the two questions matters: a queue found empty
+/// first could get its last message before its writer is found gone, and would be deleted with it.
 bool isFinished(LgQueue const& queue)
 {
     const bool isAlive = queue.isCreatorAlive();
     return !isAlive && queue.isEmpty();
 }
 
-/// The first queue that isn't empty. Those before it that are finished are deleted, and leave both lists.
+/// The first queue that isn't empty. Those before it that are finished are deleted, and leave both lists. Finished
+/// queues behind it wait for a later call.
 List<LgQueue*>::iterator findFirst(List<LgQueue*>& queues)
 {
     std::unordered_set<LgQueue*> deleted;  // for queues that are listed twice
@@ -53,7 +66,8 @@ List<LgQueue*>::iterator findFirst(List<LgQueue*>& queues)
     return place;
 }
 
-/// The queue whose head is the earliest, and of equal ones the first; null if all are empty.
+/// The queue whose head is the earliest; null if all are empty. The comparison is strict, so among equal stamps the
+/// queue that was registered first wins.
 LgQueue* findEarliest()
 {
     List<LgQueue*> queues = getQueues();
@@ -68,16 +82,16 @@ LgQueue* findEarliest()
     return earliest;
 }
 
-/// Lines that the standard output has refused since the last one that it took.
+/// Lines that standard output has refused since the last one that it took.
 std::int32_t droppedFromEcho = 0;
 
-/// False if the standard output refuses.
+/// Writes and flushes; false if standard output refuses.
 bool writeEcho(std::string_view text)
 {
     return !std::cout.write(text.data(), static_cast<std::streamsize>(text.size())).flush().bad();
 }
 
-/// Ends a line that was cut, and tells how many were dropped.
+/// Ends a line that was cut, and says how many lines were dropped, in the form of a queue's overflow entry.
 bool recoverEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
 {
     if (System::isStandardOutputInsideLine() && !writeEcho("\n"))
@@ -89,7 +103,8 @@ bool recoverEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
     return writeEcho(note.getText());
 }
 
-/// A standard output that has failed is tried again with each line.
+/// Writes to standard output, which is tried again with each line: a pipe may be read again, a disk may have room
+/// again.
 void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId)
 {
     if (std::cout.bad())
@@ -100,7 +115,7 @@ void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId)
         droppedFromEcho += droppedFromEcho != std::numeric_limits<std::int32_t>::max() ? 1 : 0;
 }
 
-/// What a prefix leaves of a stream's formatting.
+/// The state of the stream after a prefix is part of the interface: decimal, and blanks as fill characters.
 void resetFormat(std::ostream& stream, LgLine const& line)
 {
     if (!line.hasPrefix())
@@ -131,12 +146,14 @@ void LgReader::flushAll()
         ;
 }
 
+/// What the inter-process lock throws comes before anything was taken, so the message stays in its queue.
 void LgReader::flushQueue(LgQueue* queue)
 {
     const LgOutputLock outputs;
     LgQueue::Entry const& entry = queue->readEntry();
     const LgTypes::Level level = entry.isOverflowEntry() ? LgTypes::Informational : entry.getLevel();
     const LgInterProcessLockGuard guard(LgLog::getInterProcessLock());
+    // Unsigned: an entry stamped before init() wraps and shows a huge time.
     const std::uint64_t ticks = entry.getTimeStamp() - LgLog::getStart();
     const bool hasPrefix = LgLog::isTimeStampsEnabled();
     LgLine line;

@@ -1,3 +1,16 @@
+// The ring of characters.
+//
+// The writer fills cells and moves `_writeIndex`; a zero ends a string, and `_stringEnd` says where the last
+// complete string ends. The reader looks at `_stringEnd` alone, never at `_writeIndex`: characters of a message that
+// is still being written are invisible to it. Each index has one writer; it is published with release after the
+// cells, and watched with acquire before them.
+//
+// One cell always stays free, since equal indices mean empty. If a terminator lands in the last free cell, the step
+// over it would make a full ring look empty: the step is pending then (`_pendingAdvance`) until the reader has freed
+// two cells.
+//
+// Most writes end before `_directEnd` and are done inline in lgstream.h, without a look at the reader's index. What
+// is here handles the wrap, the nearly full ring and the pending step.
 #include <base/lgstream.h>
 
 #include <base/lgnumbertext_p.h>
@@ -7,6 +20,7 @@
 namespace Vn
 {
 
+/// The buffer is zeroed: the reader may look at the cell before the first string.
 LgStream::LgStream()
     : _buffer(new char[ringSize]()), _overflowed(false), _pendingAdvance(false), _outputFlags(0), _directEnd(0)
 {
@@ -18,6 +32,7 @@ LgStream::~LgStream()
     delete[] _buffer;
 }
 
+/// Numbers become text on the stack and then take the way of every text, so a number is refused whole.
 LgStream& LgStream::operator<<(short value)
 {
     return *this << int(value);
@@ -85,8 +100,8 @@ bool LgStream::isFull() const
     return isFullBefore(_readIndex.watch());
 }
 
-// Relaxed, here and in setOverflowed(): both sides change the mark, and one that is seen late only misleads whoever
-// looks at it.
+/// Relaxed, here and in setOverflowed(): writer and reader both change the mark, and no other memory is read because
+/// of it. A value seen late misleads nobody but its reader.
 bool LgStream::hasOverflowed() const
 {
     return std::atomic_ref(const_cast<bool&>(_overflowed)).load(std::memory_order_relaxed);
@@ -97,13 +112,14 @@ void LgStream::setOverflowed(bool overflowed)
     std::atomic_ref(_overflowed).store(overflowed, std::memory_order_relaxed);
 }
 
-/// While an advance is pending, one free cell isn't enough: the step over the zero would take it, and the step behind
-/// the new character would bring the writer onto the reader, which is how an empty ring looks.
+/// While a step is pending, one free cell isn't enough: the step over the zero would take it, and the step behind the
+/// new character would bring the writer onto the reader, which is how an empty ring looks.
 bool LgStream::isFullBefore(Index readIndex) const
 {
     return _writeIndex + 1 == readIndex || (_pendingAdvance && _writeIndex + 2 == readIndex);
 }
 
+/// Characters that fit between the write index and `readIndex`, one cell left free.
 std::uint32_t LgStream::getRoomBefore(Index readIndex) const
 {
     if (isFullBefore(readIndex))
@@ -111,7 +127,7 @@ std::uint32_t LgStream::getRoomBefore(Index readIndex) const
     return readIndex - (_writeIndex + (_pendingAdvance ? 2 : 1));
 }
 
-/// Steps behind the last string if that is still to be done. False if there is no room for a character.
+/// Makes the pending step if there is one. False, with the loss marked, if there is no room for a character.
 bool LgStream::prepareWriting(Index readIndex)
 {
     if (isFullBefore(readIndex)) {
@@ -125,16 +141,19 @@ bool LgStream::prepareWriting(Index readIndex)
     return true;
 }
 
+/// Marks the loss and terminates what was written, without moving an index.
 void LgStream::refuse()
 {
     setOverflowed(true);
-    // The zero that waits for its advance belongs to a string that the reader may be taking: it is left alone.
+    // The zero whose step is pending belongs to a string that the reader may be copying: even writing the same value
+    // there would be a race.
     char& cell = _buffer[_writeIndex.get()];
     if (cell != '\0')
         cell = '\0';
     setFlags(stringTerminated);
 }
 
+/// The slow form of the inline operator.
 void LgStream::writeCharacter(char character)
 {
     const Index readIndex = _readIndex.watch();
@@ -145,6 +164,7 @@ void LgStream::writeCharacter(char character)
     findDirectEnd(readIndex);
 }
 
+/// All or nothing: a text that doesn't fit becomes "#", and shorter ones behind it may still fit.
 void LgStream::writeText(char const* text, std::size_t length)
 {
     const Index readIndex = _readIndex.watch();
@@ -160,7 +180,7 @@ void LgStream::writeText(char const* text, std::size_t length)
     findDirectEnd(readIndex);
 }
 
-/// There is room.
+/// Copies in up to two parts. The caller has checked that there is room.
 void LgStream::storeText(char const* text, std::uint32_t length)
 {
     const std::uint32_t cell = _writeIndex.get();
@@ -170,10 +190,12 @@ void LgStream::storeText(char const* text, std::uint32_t length)
     _writeIndex.publish(_writeIndex + length);
 }
 
+/// The slow form of completeString().
 void LgStream::completeAtTheEdge()
 {
     const Index readIndex = _readIndex.watch();
     char& cell = _buffer[_writeIndex.get()];
+    // A zero here may be that of a string that the reader is copying: see refuse().
     if (cell != '\0')  // else it may be that of a string that the reader is taking
         cell = '\0';
     _stringEnd.publish(_writeIndex);
@@ -184,19 +206,21 @@ void LgStream::completeAtTheEdge()
     findDirectEnd(readIndex);
 }
 
+/// Computes anew how far the inline forms may write.
 void LgStream::findDirectEnd(Index readIndex)
 {
     const std::uint32_t cell = _writeIndex.get();
     _directEnd = _pendingAdvance ? 0 : std::min(cell + getRoomBefore(readIndex), ringSize - 1);
 }
 
-/// Whether characters were written that no zero of their own follows.
+/// Whether characters were written that no terminator of their own follows.
 bool LgStream::isStringOpen() const
 {
     return _stringEnd != (_pendingAdvance ? _writeIndex : _writeIndex - 1);
 }
 
-/// Takes an empty string back that was ended since the mark was taken. The reader hasn't heard of it.
+/// Removes an empty string that was terminated since the mark was taken. The reader hasn't been told of it, as no
+/// entry has been published.
 void LgStream::takeBack(Mark const& mark)
 {
     if (mark.pendingAdvance)
@@ -213,6 +237,8 @@ LgStream& LgStream::operator>>(char* destination)
     return *this;
 }
 
+/// Copies before it publishes the read index: the writer may fill the cells from then on. The index stays on the
+/// terminator, which the next call steps over.
 std::uint32_t LgStream::take(char* destination)
 {
     *destination = '\0';
@@ -234,13 +260,14 @@ std::uint32_t LgStream::getNextSize() const
     return _stringEnd.watch() == _readIndex ? 0 : getLengthFrom(findNext());
 }
 
-/// Where the next string begins: the reader may stand on the zero of the one before.
+/// Where the next string begins. The read index may stand on the terminator of the string before.
 LgStream::Index LgStream::findNext() const
 {
     return _buffer[_readIndex.get()] == '\0' ? _readIndex + 1 : _readIndex;
 }
 
-/// Characters up to the next zero. There is one, and in a ring that somebody has broken the search ends all the same.
+/// Characters up to the next terminator. There is one; if somebody wrote past the protocol, the search still ends
+/// after one turn.
 std::uint32_t LgStream::getLengthFrom(Index first) const
 {
     const auto lengthIn = [](char const* text, std::size_t size) {

@@ -15,11 +15,11 @@ namespace Vn
 ///     stream << "evicted " << 17 << " pages" << Vn::ends;    // the writer
 ///
 ///     char text[32768];                                       // the reader
-///     stream >> text;
+///     stream >> text;                                         // "evicted 17 pages"
 ///
-/// A message is its characters and one zero. Neither side waits and neither allocates: what doesn't fit is lost, and a
-/// "#" stands where a whole text was refused. Numbers have the C library's form ("%d", "%f" and so on) in the "C"
-/// locale, whatever the program's.
+/// A message is its characters and one zero. Neither side waits and neither allocates: what doesn't fit is lost, and
+/// a "#" stands where a whole text was refused. Numbers have the C library's form ("%d", "%f" and so on) in the "C"
+/// locale, whatever the program's locale is.
 ///
 /// One thread calls what is under "Writer", another one what is under "Reader". A copy shares the ring with its
 /// source, and only one of the two may be destroyed.
@@ -27,20 +27,27 @@ namespace Vn
 class VN_BASE_EXPORT LgStream
 {
 public:
+    /// What the writer has done since resetOutputFlags().
     enum OutputFlags
     {
         textWritten = 0x1,      ///< text was written since the last reset, be it an empty one
         stringTerminated = 0x2  ///< the string has ended, by completeString() or because the ring was full
     };
 
+    /// An empty ring; allocates its 32 KiB. Throws `std::bad_alloc`.
     LgStream();
+    /// @{
+    /// Shares the ring with the source; only one of the two may be used and destroyed.
     LgStream(LgStream const&) = default;
     LgStream& operator=(LgStream const&) = default;
+    /// @}
+    /// Frees the ring.
     ~LgStream();
 
     // Writer.
 
-    /// One raw character. Zero would end the string.
+    /// @{
+    /// One raw character. Zero would terminate the string. In a full ring the character is lost without a mark.
     LgStream& operator<<(char character)
     {
         const std::uint32_t cell = _writeIndex.get();
@@ -53,39 +60,56 @@ public:
     }
     LgStream& operator<<(signed char character) { return *this << static_cast<char>(character); }
     LgStream& operator<<(unsigned char character) { return *this << static_cast<char>(character); }
+    /// @}
 
-    /// All of the text, or a "#" for it if there isn't room for all; nothing at all if there is no room for a "#". Null
-    /// counts as the empty text. An empty text that is the first string of a new ring comes out behind the string that
-    /// follows it, if the reader hasn't asked for it by then.
+    /// @{
+    /// All of the text, or a "#" if there isn't room for all; nothing at all if there is no room for a "#".
+    ///
+    ///     room for 5, "abc" then "defg" then "h"  ->  "abc#h"
+    ///     null, ""                                ->  nothing, but textWritten is set
+    ///
+    /// An empty text that is the first string of a new ring comes out behind the string that follows it, if the
+    /// reader hasn't asked for it by then.
     LgStream& operator<<(char const* text)
     {
         return text != nullptr ? write(text, std::strlen(text)) : write("", 0);
     }
     LgStream& operator<<(char* text) { return *this << static_cast<char const*>(text); }
+    /// @}
 
     /// "true" or "false".
     LgStream& operator<<(bool value) { return value ? write("true", 4) : write("false", 5); }
 
+    /// @{
+    /// The number in decimal. There is no overload for `long long`, which 64-bit numbers are on Windows.
     LgStream& operator<<(short value);
     LgStream& operator<<(unsigned short value);
     LgStream& operator<<(int value);
     LgStream& operator<<(unsigned int value);
     LgStream& operator<<(long value);
     LgStream& operator<<(unsigned long value);
+    /// @}
 
+    /// @{
     /// Six digits behind the point, rounded half to even from the exact value.
+    ///
+    ///     0.5  ->  "0.500000"        -0.0      ->  "-0.000000"
+    ///     1e6  ->  "1000000.000000"  infinity  ->  "inf"
     LgStream& operator<<(float value);
     LgStream& operator<<(double value);
     LgStream& operator<<(long double value);
+    /// @}
 
+    /// @{
     /// The address as the platform's "%p" shows it.
     LgStream& operator<<(void const* address);
     LgStream& operator<<(void* address) { return *this << static_cast<void const*>(address); }
+    /// @}
 
-    /// For `ends`.
+    /// Calls `function`, which is `ends`.
     LgStream& operator<<(LgStream& (*function)(LgStream&)) { return function(*this); }
 
-    /// Ends the string. Once for each message.
+    /// Terminates the string. Once for each message: a second call leaves a string that belongs to no entry.
     void completeString()
     {
         const std::uint32_t cell = _writeIndex.get();
@@ -98,9 +122,11 @@ public:
             completeAtTheEdge();
     }
 
-    /// OutputFlags.
+    /// @{
+    /// The OutputFlags since the last reset.
     unsigned getOutputFlags() const { return _outputFlags; }
     void resetOutputFlags() { _outputFlags = 0; }
+    /// @}
 
     // Reader.
 
@@ -108,19 +134,20 @@ public:
     /// at the most.
     LgStream& operator>>(char* destination);
 
-    /// Length of the string that operator>> would take.
+    /// Length of the string that operator>> would take; 0 if there is none.
     std::uint32_t getNextSize() const;
 
     // State. The room and isFull() as the writer sees them: only the writer asks.
 
-    /// Length of the longest text that always fits an empty ring.
+    /// Length of the longest text that always fits an empty ring: 32,766.
     static std::uint32_t getMaxSize() { return ringSize - 2; }
 
-    /// Characters that fit.
+    /// Characters that fit, 0 to 32,767. Exact for the writer until the reader takes a string, which only makes room.
     std::uint32_t getNumCharacters() const;
+    /// Whether not even one character fits.
     bool isFull() const;
 
-    /// Whether text was lost since the reader took a string; any thread may ask.
+    /// Whether text was lost since the reader last took a string. Any thread may ask.
     bool hasOverflowed() const;
 
 private:
@@ -187,13 +214,13 @@ private:
     bool _pendingAdvance;  ///< there was no room to step over the last string's zero
     unsigned char _outputFlags : 2;
 
-    /// The writer's own: while the write index stays below this after a step, the step neither wraps nor needs a look at
-    /// the reader's index, and there is room for one more. It says too little when the reader has moved on, never too
-    /// much. 0 while an advance is pending.
+    /// The writer's own: while the write index stays below this after a step, the step neither wraps nor needs a
+    /// look at the reader's index, and there is room for one more character. May be stale: it never promises more
+    /// room than there is. 0 while an advance is pending.
     std::uint32_t _directEnd;
 };
 
-/// Ends the message.
+/// Terminates the message: `stream << "text" << Vn::ends`.
 inline LgStream& ends(LgStream& stream)
 {
     stream.completeString();

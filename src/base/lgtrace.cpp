@@ -1,3 +1,8 @@
+// From a trace text to an event of the level `Tracing`.
+//
+// Without blocking trace a text takes the way of any message: no room, no message. With it, the writer waits in the
+// queue's observer until the whole text has room, and a text longer than the ring is cut into pieces that fit, since
+// it would wait for ever otherwise. A queue without an observer never waits.
 #include <base/lgtrace.h>
 
 #include <base/lglog.h>
@@ -11,6 +16,7 @@ namespace Vn
 {
 namespace
 {
+/// The same steps as VN_LOG, without a group: trace levels are switched elsewhere.
 void queueText(LgQueue& queue, char const* text)
 {
     if (!queue.reserveEntry(LgTypes::Tracing))
@@ -19,6 +25,8 @@ void queueText(LgQueue& queue, char const* text)
     queue.addEntry();
 }
 
+/// Pieces of 32,765 characters, one event each: the length that leaves room for a zero and the one cell that no text
+/// may take. Calls print() again for each, since the logger may be switched off in between.
 void printInPieces(char const* text, std::size_t length)
 {
     const std::size_t most = LgStream::getMaxSize() - 1;

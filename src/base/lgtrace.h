@@ -5,19 +5,25 @@
 namespace Vn
 {
 
-/// The way of a trace text into the logger, for a TraceManager that wants it there.
+/// Takes a trace text into the logger, for a TraceManager that wants it there.
 ///
 ///     void LogTraceManager::print(char const* text) const { Vn::LgTrace::print(text); }
 ///
+/// Holds no state; any thread may call it.
 /// Tests: tests/base/lgtracetest.cpp.
 class VN_BASE_EXPORT LgTrace
 {
 public:
     LgTrace() = delete;
 
-    /// Puts `text` into the calling thread's queue at the level `Tracing`; on the standard output stream while the logger
-    /// isn't active. An empty text, or null, does nothing. With LgLog::getBlockingTrace() it waits for space first, where
-    /// the queue has an observer, and cuts a text that no queue can hold; otherwise such a text becomes a "#".
+    /// Puts `text` into the calling thread's queue at the level `Tracing`.
+    ///
+    ///     null, ""                                 ->  nothing
+    ///     while the logger isn't active            ->  standard output, with a line end
+    ///     no room in the queue                     ->  lost and counted
+    ///     too long for the free text ring          ->  "#"
+    ///     with LgLog::getBlockingTrace()           ->  waits for space first, if the queue has an observer
+    ///     and more than 32,765 characters          ->  several messages of at most 32,765 characters
     static void print(char const* text);
 };
 

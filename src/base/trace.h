@@ -14,11 +14,12 @@ namespace Vn
 
 class ExBase;
 
-/// A named switch for lines of trace.
+/// A named switch for lines of trace. It is on or off and has no rank; LgTypes::Level is something else.
 ///
-/// Made by Trace::registerLevel() or by an option that names it, and never destroyed, so a library that holds one may be
-/// unloaded.
-/// Tests: tests/base/tracetest.cpp.
+///     static Vn::TraceLevel& level = *Vn::Trace::registerLevel("Palette", __FILE__);
+///
+/// Made by Trace::registerLevel() or by an option that names it, and never destroyed, so a library that holds one may
+/// be unloaded. Any thread may ask Trace::isEnabled() of it. Tests: tests/base/tracetest.cpp.
 class VN_BASE_EXPORT TraceLevel
 {
 private:
@@ -32,8 +33,9 @@ private:
     ArrayPtr<char> _name;
     bool _enabled;
 
-    // The files that registered this level, in order; the texts are kept by the options. A library that is loaded again and
-    // again registers again and again, so what comes several times in a row stands here once, with its number beside it.
+    /// The files that registered this level, in order; the options keep the texts. A library that is loaded again and
+    /// again registers again and again, so a file that comes several times in a row stands here once, with its number
+    /// beside it.
     Vector<char const*> _files;
     Vector<std::size_t> _repeats;
 
@@ -56,37 +58,48 @@ private:
 ///       | takes 17 colours
 ///       /
 ///
-/// Options say which levels are on and what a line begins with (docs/logging.md); VN_TRACE_OPTIONS holds them, and
-/// setOptions() adds to them. An object holds the depth of calls. Levels and options aren't locked: they are set up by one
-/// thread; isEnabled() is free for any.
-/// Tests: tests/base/tracetest.cpp.
+/// Options say which levels are on and what a line begins with (docs/logging.md). `VN_TRACE_OPTIONS` has the first
+/// ones, and setOptions() adds to them. An object holds one depth of calls, and belongs to one thread unless its user
+/// locks. Levels and options aren't locked: one thread sets them up; isEnabled() is thread-safe. Tests:
+/// tests/base/tracetest.cpp.
 class VN_BASE_EXPORT Trace
 {
 public:
     class Entry;
 
+    /// Depth 0.
     Trace();
+    /// Not while an Entry of this object exists.
     virtual ~Trace();
 
-    /// Whether lines of that level are wanted.
+    /// Whether lines of that level are wanted: the level is on, and tracing as a whole is.
     static bool isEnabled(TraceLevel const& level);
 
-    /// The level of that name, off if it is new and no option says otherwise. `file` is listed as using it, as often as it
-    /// registers the level. Both texts are copied. The first call of a program reads VN_TRACE_OPTIONS, and throws as setOptions() does.
+    /// The level of that name, made if there is none. A new one is off, unless an option has said "show=all".
+    ///
+    /// `file`, if not null, is listed as using the level, once for each call. Both texts are copied; a null name
+    /// counts as empty. The first call of a program reads `VN_TRACE_OPTIONS`, and throws as setOptions() does.
     static TraceLevel* registerLevel(char const* name, char const* file);
 
-    /// Applies options such as "show=Palette,line,fnwidth=30". Throws ExInternalError for a token that is none; those
-    /// before it have taken effect. Null and the empty text do nothing.
+    /// Applies options, each in turn; docs/logging.md has the list.
+    ///
+    ///     "show=Palette,line,fnwidth=30"  ->  the level Palette on, file and number in each line
+    ///     "writeprotect,off"              ->  tracing stays on, for the rest of the run
+    ///     "show"                          ->  nothing: the name is missing
+    ///     "loud"                          ->  throws ExInternalError: Unknown token "loud" in trace options.
+    ///     null, ""                        ->  nothing
+    ///
+    /// Tokens before an unknown one have taken effect.
     static void setOptions(char const* options);
 
-    /// All levels: whether each is on, and the files that use it.
+    /// Prints all levels: an "X" before those that are on, the name, and the files that use it.
     static void printLevels(std::ostream& stream);
 
-    /// Begins a line; the caller writes the text behind it.
+    /// Begins a line, with the prefix that the options ask for and "| "; the caller writes the text behind it.
     void log(std::ostream& stream, char const* file, int line);
 
-    /// A line from a format as std::printf takes it, cut to 1,023 characters; without a line end. One thread at a time,
-    /// across all objects.
+    /// Writes a line from a format as std::printf takes it, without a line end; the text is cut to 1,023 characters.
+    /// One thread at a time, across all objects: the text is formed in one buffer for the process.
 #if defined(__MINGW32__)
     __attribute__((format(gnu_printf, 5, 6)))
 #else
@@ -95,16 +108,16 @@ public:
     void
     print(std::ostream& stream, char const* file, int line, char const* format, ...);
 
-    /// Hands "Throwing exception " and the detailed reason to the manager, if the level "Exceptions" is on. To be called
-    /// before a throw.
+    /// Hands "Throwing exception " and the detailed reason to the manager, if the level "Exceptions" is on, which it
+    /// is unless an option says otherwise. Call it before the throw, with the throw's file and line.
     void printException(ExBase const& exception, char const* file, int line);
 
     /// The level "Main", which is on unless an option says otherwise.
     static TraceLevel* MainTraceLevel;
 
 protected:
-    /// Writes what a derived class wants each line to begin with; nothing here. The stream comes with its first settings,
-    /// and what is set on it has no effect on the rest of the line.
+    /// Writes what a derived class wants each line to begin with; nothing here. The stream comes with its first
+    /// settings, and what is set on it has no effect on the rest of the line.
     virtual void printPrefix(std::ostream& stream);
 
 private:
@@ -119,12 +132,15 @@ private:
 
 /// Marks the entry into a function and the exit from it, if the level is on at the entry. VN_TRACE_ENTRY makes one.
 ///
-/// Holds pointers to all that it is given.
-/// Tests: tests/base/tracetest.cpp.
+/// A level that is switched while the object exists changes nothing for it, so each entry has its exit. Holds
+/// pointers to all that it is given. Belongs to the thread that made it. Tests: tests/base/tracetest.cpp.
 class VN_BASE_EXPORT Trace::Entry
 {
 public:
+    /// Prints "+ FUNCTION" and increases the depth by 2; without indenting, ">>> FUNCTION". Null texts count as
+    /// empty.
     Entry(Trace& trace, TraceLevel const& level, char const* function, char const* file, int line);
+    /// Prints "/" and decreases the depth by 2; without indenting, "<<< FUNCTION".
     ~Entry();
 
     Entry(Entry const&) = delete;
@@ -138,8 +154,8 @@ private:
     bool _active;
 };
 
-/// Where lines of trace go, and whose depth they have: the standard output stream and one depth for all threads, unless a
-/// program makes a manager of its own. The one of the highest priority is the current one; of equal ones, the first.
+/// Decides where lines of trace go, and whose depth they have: standard output and one depth for all threads, unless
+/// a program makes a manager of its own. The one of the highest priority is the current one; among equals, the first.
 ///
 ///     class ThreadTraceManager : public Vn::TraceManager
 ///     {
@@ -148,18 +164,19 @@ private:
 ///         Vn::Trace& getTrace() override;    // of the calling thread: examples/threadlog
 ///     };
 ///
-/// When the current manager is destroyed, the library's own takes over, not the one before. Making and destroying managers
-/// isn't locked.
-/// Tests: tests/base/tracetest.cpp.
+/// When the current manager is destroyed, the library's own takes over, not the one before. Nothing here owns a
+/// manager. Making and destroying managers isn't locked; getInstance() is thread-safe. Tests:
+/// tests/base/tracetest.cpp.
 class VN_BASE_EXPORT TraceManager
 {
 public:
-    /// The trace whose depth the calling thread's lines have.
+    /// The trace whose depth the calling thread's lines have. Called on any thread.
     virtual Trace& getTrace() = 0;
 
-    /// Writes `text` and a line end; nothing for null or an empty text.
+    /// Writes `text` and a line end to standard output; nothing for null or an empty text. Called on any thread.
     virtual void print(char const* text) const;
 
+    /// If this is the current manager, the library's own takes over.
     virtual ~TraceManager();
 
     TraceManager(TraceManager const&) = delete;
@@ -169,12 +186,14 @@ public:
     static TraceManager& getInstance();
 
 protected:
+    /// Becomes the current manager if there is none, or if `priority` is above the current one's. The library's own
+    /// has 0.
     explicit TraceManager(int priority);
 
 private:
     friend class SingleTraceManager;
 
-    /// The library's own, which registers once it is complete.
+    /// The library's own manager, which registers once it is complete.
     TraceManager();
 
     static void registerManager(TraceManager* manager);
@@ -188,8 +207,9 @@ private:
 
 }  // namespace Vn
 
-/// Traces a line: VN_TRACE(level, "takes " << count << " colours"). LEVEL is a TraceLevel; nothing of TEXT is evaluated
-/// while it is off.
+/// Traces a line: VN_TRACE(level, "takes " << count << " colours"). LEVEL is a TraceLevel.
+///
+/// Nothing of TEXT is evaluated while the level is off. TEXT may throw; the line is then not printed.
 #define VN_TRACE(LEVEL, TEXT)                                                                  \
     do {                                                                                       \
         if (Vn::Trace::isEnabled(LEVEL)) {                                                     \
@@ -200,7 +220,8 @@ private:
         }                                                                                      \
     } while (false)
 
-/// Traces entry and exit of the block that it stands in; FUNCTION is the text to show.
+/// Traces entry and exit of the block that it stands in; FUNCTION is the text to show. FUNCTION must outlive the
+/// block.
 #define VN_TRACE_ENTRY(LEVEL, FUNCTION)                                                                      \
     const Vn::Trace::Entry VN_TRACE_NAME(vnTraceEntry, __LINE__)(Vn::TraceManager::getInstance().getTrace(), \
                                                                  (LEVEL), (FUNCTION), __FILE__, __LINE__)

@@ -2,13 +2,13 @@
 """Compares the map of src/base (its README), the wings of its CMakeLists.txt, and what its files include.
 
 checkmap.py ROOT            prints what differs, one line each, and ends with 1 if anything does
-checkmap.py ROOT --dot      writes the layers and who includes whom in Graphviz's language
+checkmap.py ROOT --dot      writes the layers, and which wing includes which, in Graphviz's language
 checkmap.py ROOT --mend     writes the first lines of the private headers anew
 
 What must hold: each file stands in one wing; the map names each wing with its layer, the header to enter by, its private
 headers and its page; no file includes one of a higher layer; no public header includes a private one; the first line of a
 private header says which files include it; a portable source includes no system's header; each platform source names the
-form of the other platform.
+form of the other platform; the picture of the layers in docs/ is drawn from the includes as they are now.
 """
 import pathlib
 import re
@@ -155,20 +155,26 @@ def check_map():
 
 
 def dot():
+    """The layers, and which wing includes which, in Graphviz's language."""
     edges = sorted({(WING_OF[file], WING_OF[included]) for file in FILES for included in INCLUDES[file]
                     if WING_OF[file] != WING_OF[included]})
-    print('digraph layers {')
-    print('    rankdir=BT; node [shape=box, style=rounded, fontname="sans-serif"]; newrank=true;')
+    lines = ['digraph layers {']
+    lines.append('    rankdir=TB; node [shape=box, style=rounded, fontname="sans-serif"]; newrank=true;')
     layers = sorted({layer for layer, _ in WINGS.values()})
     for layer in layers:
         names = ' '.join(f'"{wing}";' for wing, (own, _) in WINGS.items() if own == layer)
-        print(f'    subgraph layer{layer} {{ rank=same; {names} }}')
-    for low, high in zip(layers, layers[1:]):
-        ends = [next(wing for wing, (own, _) in WINGS.items() if own == layer) for layer in (low, high)]
-        print(f'    "{ends[1]}" -> "{ends[0]}" [style=invis];')
+        lines.append(f'    subgraph layer{layer} {{ rank=same; {names} }}')
     for user, used in edges:
-        print(f'    "{user}" -> "{used}";')
-    print('}')
+        lines.append(f'    "{user}" -> "{used}";')
+    lines.append('}')
+    return '\n'.join(lines) + '\n'
+
+
+def check_picture():
+    """docs/layers.svg is drawn from docs/layers.dot by tools/drawlayers.sh."""
+    drawn = ROOT / 'docs' / 'layers.dot'
+    if not drawn.is_file() or drawn.read_text() != dot():
+        complain('docs/layers.dot: is not what the includes give now; run tools/drawlayers.sh')
 
 
 def mend():
@@ -182,7 +188,7 @@ def mend():
 
 
 if '--dot' in sys.argv:
-    dot()
+    print(dot(), end='')
 elif '--mend' in sys.argv:
     mend()
 else:
@@ -190,5 +196,6 @@ else:
     if not problems:
         check_includes()
         check_map()
+        check_picture()
     print('\n'.join(problems) if problems else f'{len(FILES)} files in {len(WINGS)} wings, as the map says')
     sys.exit(1 if problems else 0)
