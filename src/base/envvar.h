@@ -22,16 +22,26 @@ class EnvVar;
 class VN_BASE_EXPORT EnvVarRegistry
 {
 public:
+    /// @{
+    /// As a list's. The elements can't be exchanged in place: an iterator is one to constant pointers.
     using value_type = EnvVar*;
     using size_type = List<EnvVar*>::size_type;
     using const_iterator = List<EnvVar*>::const_iterator;
     using iterator = const_iterator;
+    /// @}
 
+    /// Holds none.
     EnvVarRegistry();
+
+    /// @{
+    /// Lists what `other` does.
     EnvVarRegistry(EnvVarRegistry const& other);
     EnvVarRegistry& operator=(EnvVarRegistry const& other);
+    /// @}
     ~EnvVarRegistry();
 
+    /// @{
+    /// As a list's: from the object made first to the one made last.
     const_iterator begin() const { return _variables.begin(); }
     const_iterator end() const { return _variables.end(); }
     auto rbegin() const { return _variables.rbegin(); }
@@ -40,15 +50,22 @@ public:
     bool empty() const { return _variables.empty(); }
     EnvVar* front() const { return _variables.front(); }
     EnvVar* back() const { return _variables.back(); }
+    /// @}
+
+    /// The same objects as a list.
     operator List<EnvVar*> const&() const { return _variables; }
 
-    // Objects enter and leave by themselves; these are for programs that list them otherwise. The registry changes, or (if
-    // there is no memory) it does not.
+    /// @{
+    /// Lists `variable`, last or first. Objects do so by themselves when they are made. Without memory this throws, and the
+    /// registry stays as it was.
     void push_back(EnvVar* variable);
     void push_front(EnvVar* variable);
+    /// @}
 
     /// Takes `variable` out wherever it stands.
     void remove(EnvVar* variable);
+
+    /// Takes all out; the objects stay as they are.
     void clear();
 
 private:

@@ -42,9 +42,16 @@ public:
 class VN_BASE_EXPORT LgSimpleRegistry : public LgRegistry
 {
 public:
+    /// Lists no queue.
     LgSimpleRegistry();
+
+    /// @{
+    /// Lists the queues that `other` does.
     LgSimpleRegistry(LgSimpleRegistry const& other);
     LgSimpleRegistry& operator=(LgSimpleRegistry const& other);
+    /// @}
+
+    /// Leaves the queues alone.
     ~LgSimpleRegistry() override;
 
     /// Appends; a queue registered twice is listed twice.
