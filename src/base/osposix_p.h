@@ -4,6 +4,7 @@
 #include <base/osfiletypes.h>
 
 #include <sys/types.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -23,6 +24,22 @@ auto retry(Call const& call)
     }
 }
 
+/// The clock of sleeps.
+inline ::timespec now()
+{
+    ::timespec time = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return time;
+}
+
+/// Blocks until `due` on the clock of now(), whatever signals arrive: what a signal interrupts goes on to the same
+/// moment, so that what each interruption takes doesn't add up.
+inline void sleepUntil(::timespec const& due)
+{
+    while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, nullptr) == EINTR)
+        continue;
+}
+
 /// Closes a descriptor whatever happens; `errno` stays that of the call before.
 class Descriptor
 {
@@ -34,6 +51,14 @@ public:
 
     bool isOpen() const { return _number != -1; }
     int get() const { return _number; }
+
+    /// The number, which is the caller's to close.
+    int release()
+    {
+        const int number = _number;
+        _number = -1;
+        return number;
+    }
 
     void reset(int number = -1)
     {
