@@ -5,6 +5,7 @@
 #include <base/osfiletypes.h>
 
 #include <sys/types.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -28,6 +29,22 @@ auto retry(Call const& call)
     }
 }
 
+/// The clock of sleeps.
+inline ::timespec now()
+{
+    ::timespec time = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return time;
+}
+
+/// Blocks until `due` on the clock of now(), whatever signals arrive: what a signal interrupts goes on to the same
+/// moment, so that what each interruption takes doesn't add up.
+inline void sleepUntil(::timespec const& due)
+{
+    while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, nullptr) == EINTR)
+        continue;
+}
+
 /// Owner of a descriptor, -1 for none. Closing keeps `errno`, so that the error of an earlier call can still be
 /// thrown. A failure to close is ignored.
 class Descriptor
@@ -40,6 +57,14 @@ public:
 
     bool isOpen() const { return _number != -1; }
     int get() const { return _number; }
+
+    /// The number, which is the caller's to close.
+    int release()
+    {
+        const int number = _number;
+        _number = -1;
+        return number;
+    }
 
     /// Closes what is held, then takes `number`.
     void reset(int number = -1)

@@ -33,9 +33,10 @@ protected:
 ///
 /// The child has this process's environment, current directory and standard streams. Its exit code is not available,
 /// and nothing here ends it: it runs on when its object is destroyed or starts another one. On Linux it leaves no
-/// zombie; but where this process takes in orphans, as the first one of a container, a child that outlives its object
-/// is a zombie until the next start. One thread at a time per object.
-/// Tests: tests/base/osprocesstest.cpp.
+/// zombie, with two exceptions: where this process takes in orphans, as the first one of a container, and where its
+/// children live in another PID namespace (`unshare`), a child that outlives its object is a zombie until the next start.
+/// One thread at a time per object; wait() blocks its own thread only.
+/// Tests: tests/base/osprocesstest.cpp, tests/faults/systemfaulttest.cpp, tests/soak/processes.cpp.
 class VN_BASE_EXPORT OsProcess
 {
 public:
@@ -57,7 +58,8 @@ public:
     ///
     /// After an exception the object still has its earlier child. Linux looks the program up in `PATH` and gives it
     /// no descriptors but 0 to 2; no other thread may change the environment meanwhile. Windows appends a blank to
-    /// each text and quotes nothing.
+    /// each text and quotes nothing. A start takes the same time however much memory this process holds (since
+    /// Linux 5.4).
     void start(char const* const* argv);
 
     /// Blocks the calling thread until the child that was started last has ended.

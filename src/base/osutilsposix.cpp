@@ -5,11 +5,9 @@
 #include <base/osposix_p.h>
 
 #include <limits.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <string>
 
 namespace Vn
@@ -49,9 +47,9 @@ std::uint32_t OsUtils::getPid()
 
 void OsUtils::sleep(unsigned int seconds)
 {
-    ::timespec left = {static_cast<::time_t>(seconds), 0};
-    while (::clock_nanosleep(CLOCK_MONOTONIC, 0, &left, &left) == EINTR) {  // `left` is what a signal left over
-    }
+    ::timespec due = Posix::now();
+    due.tv_sec += static_cast<::time_t>(seconds);
+    Posix::sleepUntil(due);
 }
 
 }  // namespace Vn

@@ -18,7 +18,7 @@ namespace Vn
 ///
 /// One thread calls start(), stop() and setInterval(), and one thread, the same or another, calls wait(). The timer
 /// may be stopped and started again while the other thread waits. In a child of fork() a timer that was running is
-/// stopped.
+/// stopped; if the child had no descriptor left, start() and wait() throw there.
 /// Tests: tests/base/periodictimertest.cpp.
 class VN_BASE_EXPORT PeriodicTimer
 {
@@ -35,20 +35,21 @@ public:
     ///     0.0009    ->  no tick ever, so wait() does not return; the count goes on
     ///     1e9       ->  on Windows no tick either, as the system refuses such a period
     ///
-    /// Throws InSingletonEx::ExNotInitialized without the package `profiling`; the timer then stays stopped.
+    /// Throws InSingletonEx::ExNotInitialized without the package `profiling`, and ExSysErrorWindows if Linux refuses, as
+    /// where something has closed the timer's descriptor; the timer then stays stopped.
     virtual bool start() = 0;
 
     /// Ends the ticks and the count; false if the timer is stopped already. A thread in wait() stays there until the
-    /// next start().
+    /// next start(). Throws ExSysErrorWindows if Linux refuses; the timer is stopped all the same.
     virtual bool stop() = 0;
 
     /// Blocks until the next tick and returns getCurrentCount() of that moment. Ticks that came before the call do
     /// not count; they show as a jump of the result. On a stopped timer it blocks until another thread starts it and
-    /// the first tick comes.
+    /// the first tick comes. Throws ExSysErrorWindows if Linux can't wait.
     virtual unsigned long wait() = 0;
 
     /// Sets the interval and returns it. A running timer starts again, with the count at 0; a stopped one stays
-    /// stopped.
+    /// stopped. Throws as stop() and start(); the interval is the new one if stop() went well.
     virtual double setInterval(double seconds);
 
     /// A stopped timer with that interval in seconds. On Linux it throws ExSysErrorWindows if the system has no timer

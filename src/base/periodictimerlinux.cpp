@@ -39,14 +39,16 @@ public:
 private:
     friend class LiveTimers;
 
-    /// Lets the timer tick every so many milliseconds, the first time after as many; 0 silences it.
+    /// Lets the timer tick every so many milliseconds, the first time after as many; 0 silences it. Throws
+    /// ExSysErrorWindows.
     void arm(std::uint64_t periodMs);
+    /// Throws ExSysErrorWindows.
     void forgetTicks();
 
     /// In a child of fork: the parent's timer is the parent's.
     void leaveToParent();
 
-    int _timer;
+    int _timer;                     ///< -1 in a child of fork that had no descriptor left: each use is refused
     PeriodicTimerLinux* _previous;  ///< in LiveTimers
     PeriodicTimerLinux* _next;
 };
@@ -126,8 +128,12 @@ unsigned long PeriodicTimerLinux::wait()
 {
     forgetTicks();
     ::pollfd tick = {_timer, POLLIN, 0};
-    while (::poll(&tick, 1, -1) != 1)
-        continue;
+    if (Posix::retry([&] { return ::poll(&tick, 1, -1); }) == -1)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    if ((tick.revents & POLLIN) == 0) {
+        errno = EBADF;  // somebody else closes it; without this look the caller would spin
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    }
     return getCurrentCount();
 }
 
@@ -137,13 +143,15 @@ void PeriodicTimerLinux::arm(std::uint64_t periodMs)
     period.tv_sec = static_cast<::time_t>(periodMs / 1000);
     period.tv_nsec = static_cast<long>(periodMs % 1000) * 1000000;
     const ::itimerspec beat = {period, period};
-    ::timerfd_settime(_timer, 0, &beat, nullptr);
+    if (::timerfd_settime(_timer, 0, &beat, nullptr) != 0)
+        throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
 void PeriodicTimerLinux::forgetTicks()
 {
     std::uint64_t ticks;
-    Posix::retry([&] { return ::read(_timer, &ticks, sizeof ticks); });
+    if (Posix::retry([&] { return ::read(_timer, &ticks, sizeof ticks); }) == -1 && errno != EAGAIN)
+        throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
 void PeriodicTimerLinux::leaveToParent()

@@ -3,12 +3,10 @@
 
 #include <base/exsyserror.h>
 #include <base/oscpuinfo_p.h>
+#include <base/osposix_p.h>
 #include <base/sleepermath_p.h>
 
 #include <sys/prctl.h>
-#include <time.h>
-
-#include <cerrno>
 
 namespace Vn
 {
@@ -34,15 +32,6 @@ public:
 private:
     int _slack;  ///< nanoseconds; 0 for a real-time thread, which has none
 };
-
-/// A moment that many milliseconds from now.
-::timespec dueIn(std::uint32_t milliseconds)
-{
-    ::timespec time = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &time);
-    SleeperMath::moveOn(time, milliseconds);
-    return time;
-}
 
 /// Sleeps on the kernel's timers. A thread needs no record of its own here.
 class SleeperLinux : public Sleeper
@@ -71,9 +60,9 @@ public:
         if (milliseconds == 0)
             return false;
         const Punctuality punctuality;
-        const ::timespec due = dueIn(milliseconds);
-        while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, nullptr) == EINTR)
-            continue;
+        ::timespec due = Posix::now();
+        SleeperMath::moveOn(due, milliseconds);
+        Posix::sleepUntil(due);
         return true;
     }
 

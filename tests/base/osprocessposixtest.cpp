@@ -4,18 +4,26 @@
 #include "descriptors.h"
 #include "expectchild.h"
 #include "gate.h"
+#include "pidnamespace.h"
+#include "systemerror.h"
 #include "tempfolder.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -29,6 +37,7 @@ using VnTest::contentOf;
 using VnTest::countDescriptors;
 using VnTest::Gate;
 using VnTest::getProgramPath;
+using VnTest::systemErrorOf;
 using VnTest::TempFolder;
 
 namespace
@@ -296,4 +305,230 @@ VN_CHILD(startsWithoutChildSignals)
 TEST(OsProcessChild, isWaitedForAlsoWhereChildrenAreIgnored)
 {
     VnTest::expectOutput("startsWithoutChildSignals", "11\n");
+}
+
+// --- another PID namespace -------------------------------------------------------------------------------------------
+
+/// Tells its number, and waits for a gate if it is given one.
+VN_CHILD(processTellsItsNumber)
+{
+    std::ofstream(argv[1]) << ::getpid();
+    if (argc > 2)
+        Gate::wait(argv[2]);
+    return 0;
+}
+
+VN_CHILD(startsInAnotherNamespace)
+{
+    if (!VnTest::enterPidNamespace())
+        return VnTest::notAllowed;
+    const TempFolder folder;
+    const std::string program = getProgramPath(), file = folder.path("first");
+    Gate gate(folder.path("gate"));
+    char const* const command[] = {program.c_str(), "--child",           "processTellsItsNumber",
+                                   file.c_str(),    gate.name().c_str(), nullptr};
+    OsProcess first;
+    first.start(command);
+    runBody("processTellsItsNumber", folder.path("second"));
+    std::cout << (std::stoi(contentOf(folder.path("second"))) > 1) << (::waitpid(-1, nullptr, WNOHANG) == 0);
+    gate.open();
+    first.wait();
+    std::cout << contentOf(file) << hasNoChildren();
+    // It was the first process there, and without one there are no others.
+    std::cout << (systemErrorOf([&] { first.start(command); }, "src/base/osprocesswindows") == ENOMEM)
+              << hasNoChildren() << "\n";
+    VnTest::leavePidNamespace();
+}
+
+VN_CHILD(leavesOneInAnotherNamespace)
+{
+    if (!VnTest::enterPidNamespace())
+        return VnTest::notAllowed;
+    const TempFolder folder;
+    const std::string program = getProgramPath();
+    Gate gate(folder.path("gate"));
+    char const* const command[] = {program.c_str(), "--child", "processOutlives", gate.name().c_str(), nullptr};
+    const int descriptors = countDescriptors();
+    {
+        OsProcess process;
+        process.start(command);
+    }
+    gate.open();
+    std::cout << meetAChildThatHasEnded();
+    OsProcess next;
+    systemErrorOf([&] { next.start(command); }, "src/base/osprocesswindows");
+    std::cout << hasNoChildren() << (countDescriptors() == descriptors) << "\n";
+    VnTest::leavePidNamespace();
+}
+
+/// As expectOutput, where the system allows it.
+#define EXPECT_OUTPUT_IN_NAMESPACE(BODY, EXPECTED)                                                    \
+    const VnTest::ChildRun run = VnTest::Child(BODY).run();                                           \
+    if (run.exitCode == VnTest::notAllowed)                                                           \
+        GTEST_SKIP() << "only root, or a user who may have user namespaces, may have PID namespaces"; \
+    EXPECT_EQ(run.out, EXPECTED);                                                                     \
+    EXPECT_EQ(run.exitCode, 0)
+
+TEST(OsProcessChild, runsInTheNamespaceOfOurChildrenAndIsCollected)
+{
+    EXPECT_OUTPUT_IN_NAMESPACE("startsInAnotherNamespace", "111111\n");
+}
+
+TEST(OsProcessChild, thatOutlivesItsObjectInAnotherNamespaceIsCollectedLater)
+{
+    EXPECT_OUTPUT_IN_NAMESPACE("leavesOneInAnotherNamespace", "111\n");
+}
+
+// --- what a start costs ----------------------------------------------------------------------------------------------
+
+namespace
+{
+long countFaults()
+{
+    ::rusage usage;
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt;
+}
+
+int forks = 0;
+}  // namespace
+
+TEST(OsProcessStart, copiesNeitherThisProcessNorItsPageTables)
+{
+    if (::waitid(P_PIDFD, INT_MAX, nullptr, WEXITED | WNOHANG) != -1 || errno != EBADF)
+        GTEST_SKIP() << "this system is older than Linux 5.4";
+    constexpr std::size_t pageSize = 4096, size = 4096 * pageSize;
+    void* const mapping = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(mapping, MAP_FAILED);
+    ::madvise(mapping, size, MADV_NOHUGEPAGE);
+    const auto touch = [memory = static_cast<char volatile*>(mapping)] {
+        for (std::size_t at = 0; at < size; at += pageSize)
+            memory[at] = 1;
+    };
+    ::pthread_atfork([] { ++forks; }, nullptr, nullptr);
+    touch();
+    const TempFolder folder;
+    runBody("processShowsSignals", folder.path("file"));
+    const long before = countFaults();
+    touch();
+    EXPECT_LT(countFaults() - before, 1000);  // a copy takes the right to write from each page
+    EXPECT_EQ(forks, 0);
+    ::munmap(mapping, size);
+}
+
+// --- which program is started ----------------------------------------------------------------------------------------
+
+namespace
+{
+/// An executable text without "#!" that writes its second argument into the file of its first.
+void writeScript(std::string const& path, ::mode_t mode = 0755)
+{
+    std::ofstream(path) << "echo \"$0 $2\" > \"$1\"\n";
+    ::chmod(path.c_str(), mode);
+}
+
+class OsProcessSearch : public testing::Test
+{
+protected:
+    OsProcessSearch() : _file(_folder.path("file"))
+    {
+        if (char const* const before = std::getenv("PATH"))
+            _before = before;
+        for (char const* name : {"a", "b"})
+            std::filesystem::create_directory(_folder.path(name));
+    }
+    ~OsProcessSearch() override { ::setenv("PATH", _before.c_str(), 1); }
+
+    std::string path(std::string const& name) const { return _folder.path(name); }
+
+    /// The system's code of the refusal; -1 if the program has run.
+    int run(std::string const& program)
+    {
+        char const* const command[] = {program.c_str(), _file.c_str(), "said", nullptr};
+        return systemErrorOf(
+            [&] {
+                OsProcess process;
+                process.start(command);
+                process.wait();
+            },
+            "src/base/osprocesswindows");
+    }
+
+    void search(std::string const& folders) { ::setenv("PATH", folders.c_str(), 1); }
+
+    std::string said() const { return contentOf(_file); }
+
+private:
+    TempFolder _folder;
+    std::string _file;
+    std::string _before;
+};
+}  // namespace
+
+TEST_F(OsProcessSearch, aTextThatNamesNoInterpreterIsTheShells)
+{
+    writeScript(path("a/vnscript"));
+    EXPECT_EQ(run(path("a/vnscript")), -1);
+    EXPECT_EQ(said(), path("a/vnscript") + " said\n");
+}
+
+TEST_F(OsProcessSearch, goesThroughTheFoldersInTheirOrder)
+{
+    writeScript(path("a/vnscript"));
+    writeScript(path("b/vnscript"));
+    search("/missing:/etc/passwd:" + path("b") + ":" + path("a"));
+    EXPECT_EQ(run("vnscript"), -1);
+    EXPECT_EQ(said(), path("b/vnscript") + " said\n");
+}
+
+TEST_F(OsProcessSearch, goesOnAfterARefusalAndTellsItIfNothingIsFound)
+{
+    writeScript(path("a/vnscript"), 0644);
+    search(path("a") + ":/missing");
+    EXPECT_EQ(run("vnscript"), EACCES);
+    writeScript(path("b/vnscript"));
+    search(path("a") + ":" + path("b"));
+    EXPECT_EQ(run("vnscript"), -1);
+    EXPECT_EQ(said(), path("b/vnscript") + " said\n");
+}
+
+TEST_F(OsProcessSearch, tellsTheLastReasonOtherwise)
+{
+    search("/missing");
+    EXPECT_EQ(run("vnscript"), ENOENT);
+    search("/missing:/etc/passwd");
+    EXPECT_EQ(run("vnscript"), ENOTDIR);
+    search("/:/missing");
+    EXPECT_EQ(run(std::string(300, 'x')), ENAMETOOLONG);  // which ends the search
+}
+
+TEST_F(OsProcessSearch, passesOverAFolderThatCantBe)
+{
+    writeScript(path("a/vnscript"));
+    search(std::string(5000, 'x') + ":" + path("a"));
+    EXPECT_EQ(run("vnscript"), -1);
+    EXPECT_EQ(said(), path("a/vnscript") + " said\n");
+}
+
+TEST_F(OsProcessSearch, takesAnEmptyFolderForTheCurrentOne)
+{
+    writeScript(path("a/vnscript"));
+    const VnTest::WorkingFolder there(path("a"));
+    for (char const* folders : {"", ":/missing", "/missing:", "/missing::/missing"}) {
+        std::filesystem::remove(path("file"));
+        search(folders);
+        EXPECT_EQ(run("vnscript"), -1) << folders;
+        EXPECT_EQ(said(), "vnscript said\n") << folders;
+    }
+    search("/missing");
+    EXPECT_EQ(run("vnscript"), ENOENT);
+}
+
+TEST_F(OsProcessSearch, looksWhereTheSystemsProgramsAreIfNobodySaysWhere)
+{
+    ::unsetenv("PATH");
+    writeScript(path("a/vnscript"));
+    char const* const command[] = {"sh", "-c", "exit 0", nullptr};
+    EXPECT_EQ(systemErrorOf([&] { OsProcess().start(command); }, "src/base/osprocesswindows"), -1);
+    EXPECT_EQ(run("vnscript"), ENOENT);
 }

@@ -1,6 +1,7 @@
 // Stands in for the C library's clock calls, in this program and in the libraries that it uses.
 #include "clock.h"
 
+#include <poll.h>
 #include <sys/syscall.h>
 #include <sys/timerfd.h>
 #include <time.h>
@@ -8,6 +9,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <utility>
 
 namespace
 {
@@ -15,7 +17,14 @@ constexpr long running = -1;
 
 std::atomic<int> clockError = 0;
 std::atomic<int> timerError = 0;
+std::atomic<int> settingError = 0;
+std::atomic<int> pollError = 0;
+std::atomic<int> pollsToFail = 0;
 std::atomic<long> timeOfDay = running;  // milliseconds
+
+bool areSleepsNoted = false;
+int interruptionsLeft = 0;
+std::vector<VnTest::KernelSleep> sleeps;
 
 bool hasFailed()
 {
@@ -47,6 +56,66 @@ extern "C" __attribute__((visibility("default"))) int timerfd_create(int clock, 
 {
     errno = timerError;
     return timerError != 0 ? -1 : static_cast<int>(::syscall(SYS_timerfd_create, clock, flags));
+}
+
+extern "C" __attribute__((visibility("default"))) int
+timerfd_settime(int timer, int flags, ::itimerspec const* time, ::itimerspec* before) noexcept
+{
+    errno = settingError;
+    return settingError != 0 ? -1 : static_cast<int>(::syscall(SYS_timerfd_settime, timer, flags, time, before));
+}
+
+extern "C" __attribute__((visibility("default"))) int poll(::pollfd* files, ::nfds_t count, int timeout)
+{
+    if (pollsToFail == 0)
+        return static_cast<int>(::syscall(SYS_poll, files, count, timeout));
+    --pollsToFail;
+    errno = pollError;
+    return -1;
+}
+
+/// Its error is its result.
+extern "C" __attribute__((visibility("default"))) int clock_nanosleep(::clockid_t clock, int flags,
+                                                                      ::timespec const* time, ::timespec* left)
+{
+    if (!areSleepsNoted)
+        return ::syscall(SYS_clock_nanosleep, clock, flags, time, left) == 0 ? 0 : errno;
+    sleeps.push_back({clock, flags, *time});
+    if (interruptionsLeft == 0)
+        return 0;
+    --interruptionsLeft;
+    if (left != nullptr)
+        *left = *time;
+    return EINTR;
+}
+
+void VnTest::failTimerSettingWith(int error)
+{
+    settingError = error;
+}
+
+void VnTest::failPollsWith(int error, int times)
+{
+    pollError = error;
+    pollsToFail = times;
+}
+
+int VnTest::getPollsToFail()
+{
+    return pollsToFail;
+}
+
+void VnTest::noteSleeps(int interruptions)
+{
+    sleeps.clear();
+    interruptionsLeft = interruptions;
+    areSleepsNoted = true;
+}
+
+std::vector<VnTest::KernelSleep> VnTest::takeSleeps()
+{
+    areSleepsNoted = false;
+    return std::move(sleeps);
 }
 
 void VnTest::failClockWith(int error)

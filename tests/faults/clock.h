@@ -1,5 +1,9 @@
 #pragma once
 
+#include <time.h>
+
+#include <vector>
+
 namespace VnTest
 {
 
@@ -8,6 +12,30 @@ void failClockWith(int error);
 
 /// Refuses new timers of the kernel with `error` (an errno), until it is 0 again.
 void failTimerWith(int error);
+
+/// Refuses to set timers of the kernel with `error`, until it is 0 again.
+void failTimerSettingWith(int error);
+
+/// Lets `times` polls in a row fail with `error`.
+void failPollsWith(int error, int times = 1);
+
+/// How many of those are still to fail.
+int getPollsToFail();
+
+/// What a sleep asks the kernel for.
+struct KernelSleep
+{
+    ::clockid_t clock;
+    int flags;
+    ::timespec time;
+};
+
+/// From now on the kernel's sleeps are noted and end at once: the first `interruptions` by a signal, the others as if the
+/// time had passed.
+void noteSleeps(int interruptions);
+
+/// Ends that, and tells all that were asked for.
+std::vector<KernelSleep> takeSleeps();
 
 /// Lets the time of day stand at `milliseconds` since the beginning of 1970, UTC.
 void stopTimeOfDayAt(long milliseconds);

@@ -3,7 +3,9 @@
 #include "systemcalls.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <poll.h>
+#include <sched.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/utsname.h>
@@ -14,6 +16,9 @@
 #include <cstdarg>
 
 using VnTest::callFails;
+using VnTest::isUnknownCall;
+
+extern "C" int __clone(int (*body)(void*), void* stack, int flags, void* argument, ...) noexcept;
 
 namespace
 {
@@ -32,6 +37,18 @@ VN_STAND_IN ::pid_t fork() noexcept
     return callFails("fork") ? -1 : VN_REAL(fork)();
 }
 
+/// Processes that share memory.
+VN_STAND_IN int __clone(int (*body)(void*), void* stack, int flags, void* argument, ...) noexcept
+{
+    std::va_list arguments;
+    va_start(arguments, argument);
+    int* const descriptor = va_arg(arguments, int*);
+    va_end(arguments);
+    return isUnknownCall() || callFails("clone")
+               ? -1
+               : real(&__clone, "__clone")(body, stack, flags, argument, descriptor, nullptr, nullptr);
+}
+
 /// Those that are made by their number bear the names of their numbers.
 VN_STAND_IN long syscall(long number, ...) noexcept
 {
@@ -41,9 +58,28 @@ VN_STAND_IN long syscall(long number, ...) noexcept
     for (long& value : values)
         value = va_arg(arguments, long);
     va_end(arguments);
-    if ((number == SYS_clone && callFails("clone")) || (number == SYS_pidfd_open && callFails("pidfd_open")))
+    if ((number == SYS_close_range && (isUnknownCall() || callFails("close_range"))) ||
+        (number == SYS_openat && callFails("openat")) || (number == SYS_getppid && callFails("getppid")) ||
+        (number == SYS_unshare && callFails("unshare")))
         return -1;
     return VN_REAL(syscall)(number, values[0], values[1], values[2], values[3], values[4], values[5]);
+}
+
+VN_STAND_IN int execve(char const* path, char* const* argv, char* const* environment) noexcept
+{
+    return callFails("execve") ? -1 : VN_REAL(execve)(path, argv, environment);
+}
+
+VN_STAND_IN int pipe2(int* ends, int flags) noexcept
+{
+    return callFails("pipe2") ? -1 : VN_REAL(pipe2)(ends, flags);
+}
+
+VN_STAND_IN int waitid(::idtype_t type, ::id_t process, ::siginfo_t* state, int options)
+{
+    return (type == P_PIDFD && isUnknownCall()) || callFails("waitid")
+               ? -1
+               : VN_REAL(waitid)(type, process, state, options);
 }
 
 VN_STAND_IN int socketpair(int domain, int type, int protocol, int* ends) noexcept
@@ -69,11 +105,6 @@ VN_STAND_IN int poll(::pollfd* files, ::nfds_t count, int timeout)
 VN_STAND_IN ::pid_t waitpid(::pid_t process, int* status, int options)
 {
     return callFails("waitpid") ? -1 : VN_REAL(waitpid)(process, status, options);
-}
-
-VN_STAND_IN int close_range(unsigned first, unsigned last, int flags) noexcept
-{
-    return callFails("close_range") ? -1 : VN_REAL(close_range)(first, last, flags);
 }
 
 VN_STAND_IN int uname(::utsname* names) noexcept

@@ -25,10 +25,12 @@ struct Plan
     int after = 0;
     int times = 0;
     int failures = 0;
+    void (*action)() = nullptr;  ///< instead of the error
 };
 
 thread_local Plan plan;
 thread_local bool areTransfersShort = false;
+thread_local bool isSystemOld = false;
 
 /// True if this call is to fail; the error is then the last one.
 bool fails(char const* name)
@@ -43,6 +45,10 @@ bool fails(char const* name)
         return false;
     --plan.times;
     ++plan.failures;
+    if (plan.action != nullptr) {
+        plan.action();
+        return false;
+    }
     errno = plan.error;
     return true;
 }
@@ -202,12 +208,29 @@ VN_STAND_IN int setenv(char const* name, char const* value, int replaces) noexce
 
 void VnTest::failCall(char const* name, int error, int after, int times)
 {
-    plan = {name, error, after, times, 0};
+    plan = {name, error, after, times, 0, nullptr};
+}
+
+void VnTest::interruptCall(char const* name, void (*action)(), int after)
+{
+    plan = {name, 0, after, 1, 0, action};
 }
 
 bool VnTest::callFails(char const* name)
 {
     return fails(name);
+}
+
+void VnTest::makeSystemOld(bool isOld)
+{
+    isSystemOld = isOld;
+}
+
+bool VnTest::isUnknownCall()
+{
+    if (isSystemOld)
+        errno = ENOSYS;
+    return isSystemOld;
 }
 
 int VnTest::stopFailingCalls()

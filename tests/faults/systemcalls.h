@@ -9,11 +9,21 @@ namespace VnTest
 /// by their names, "close" only for descriptors that are really closed, as the system does it whatever it reports.
 void failCall(char const* name, int error, int after = 0, int times = 1);
 
-/// Ends that, and tells how many calls have failed.
+/// Runs `action` in place of the failure, before the call is made: in the process that makes it.
+void interruptCall(char const* name, void (*action)(), int after = 0);
+
+/// Ends either, and tells how many calls have failed.
 int stopFailingCalls();
+
+/// Lets the system know none of the calls by which a process is started beside this one's memory and watched by its
+/// descriptor, nor those that close many descriptors at once. Children of fork are on the same system.
+void makeSystemOld(bool isOld);
 
 /// For stand-ins: true if this call is to fail; the error is then the last one.
 bool callFails(char const* name);
+
+/// For stand-ins: true if the system is an old one; the last error is then that of an unknown call.
+bool isUnknownCall();
 
 /// Lets reading and writing move one byte at a time, or as many as they like.
 void makeTransfersShort(bool areShort);

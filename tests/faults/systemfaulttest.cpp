@@ -4,6 +4,9 @@
 #include "systemcalls.h"
 
 #include "child.h"
+#include "expectchild.h"
+#include "gate.h"
+#include "pidnamespace.h"
 #include "systemerror.h"
 #include "tempfolder.h"
 
@@ -18,6 +21,8 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -26,6 +31,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -36,6 +42,7 @@ using VnTest::contentOf;
 using VnTest::countDescriptors;
 using VnTest::FailingCall;
 using VnTest::failsWithoutMemory;
+using VnTest::Gate;
 using VnTest::getProgramFolder;
 using VnTest::getProgramPath;
 using VnTest::systemErrorOf;
@@ -186,126 +193,177 @@ VN_CHILD(faultyLeavesAFile)
 
 namespace
 {
-class ProcessFaults : public testing::Test
+enum System
 {
-protected:
-    ProcessFaults() : _file(_folder.path("file")), _program(getProgramPath())
+    current,
+    old  ///< lacks what was added to Linux since its version 5
+};
+
+char const* const sourceOfStart = "src/base/osprocesswindows";
+
+/// Starts of a program that leaves a file.
+class Starter
+{
+public:
+    Starter() : _file(_folder.path("file")), _program(getProgramPath())
     {
         _command[0] = _program.c_str();
+        _command[1] = "--child";
         _command[3] = _file.c_str();
     }
 
-    /// What the start throws while a call fails; the child's file and the state of this process tell the rest.
+    void start(char const* body = "faultyLeavesAFile") { startIn(process, body); }
+
+    void startIn(OsProcess& other, char const* body)
+    {
+        _command[2] = body;
+        other.start(_command);
+    }
+
+    /// What the start throws while a call fails; -1 if nothing.
     int errorOfStart(char const* call, int error, int after)
     {
         const FailingCall failing(call, error, after);
-        return systemErrorOf([this] { _process.start(_command); }, "src/base/osprocesswindows");
+        return systemErrorOf([this] { start(); }, sourceOfStart);
     }
+
+    /// What the program has left; takes it away.
+    std::string take()
+    {
+        const std::string content = hasRun() ? contentOf(_file) : "nothing";
+        std::filesystem::remove(_file);
+        return content;
+    }
+
+    bool hasRun() const { return std::filesystem::exists(_file); }
+
+    std::string path(char const* name) const { return _folder.path(name); }
+
+    OsProcess process;
+
+private:
+    TempFolder _folder;
+    std::string _file;
+    std::string _program;
+    char const* _command[5] = {};
+};
+
+class ProcessFaults : public testing::TestWithParam<System>, protected Starter
+{
+protected:
+    ProcessFaults() { VnTest::makeSystemOld(GetParam() == old); }
+    ~ProcessFaults() override { VnTest::makeSystemOld(false); }
 
     void expectNothingLeft(int descriptors) const
     {
         EXPECT_EQ(countDescriptors(), descriptors);
         EXPECT_TRUE(hasNoChildren());
-        EXPECT_FALSE(std::filesystem::exists(_file)) << "the program ran all the same";
+        EXPECT_FALSE(hasRun()) << "the program ran all the same";
     }
 
-    /// Starts it undisturbed, or while `call` is disturbed.
-    void expectRuns()
+    void expectRuns(char const* body = "faultyLeavesAFile", char const* expected = "there")
     {
-        _process.start(_command);
-        _process.wait();
-        EXPECT_EQ(contentOf(_file), "there");
-        std::filesystem::remove(_file);
+        start(body);
+        process.wait();
+        EXPECT_EQ(take(), expected);
+        EXPECT_TRUE(hasNoChildren());
     }
-
-    TempFolder _folder;
-    std::string _file;
-    std::string _program;
-    char const* _command[5] = {nullptr, "--child", "faultyLeavesAFile", nullptr, nullptr};
-    OsProcess _process;
 };
+
+INSTANTIATE_TEST_SUITE_P(Systems, ProcessFaults, testing::Values(current, old),
+                         [](auto const& test) { return test.param == old ? "old" : "current"; });
 }  // namespace
 
-TEST_F(ProcessFaults, eachCallThatFailsIsThrownAndLeavesNothing)
+TEST_P(ProcessFaults, eachCallThatFailsIsThrownAndLeavesNothing)
 {
     expectRuns();  // the record of an earlier child, which stays
     const int descriptors = countDescriptors();
     const struct
     {
+        System system;
         char const* call;
         int error;
         int after;
         int expected;
+        bool mayHaveRun = false;
     } table[] = {
-        {"socketpair", EMFILE, 0, EMFILE}, {"socketpair", ENFILE, 0, ENFILE}, {"fork", EAGAIN, 0, EAGAIN},
-        {"fork", ENOMEM, 0, ENOMEM},       {"clone", EAGAIN, 0, EAGAIN},  // in the process between, which tells
-        {"clone", ENOMEM, 0, ENOMEM},      {"pidfd_open", EMFILE, 0, EMFILE}, {"pidfd_open", ENOSYS, 0, ENOSYS},
-        {"send", ENOBUFS, 0, ECHILD},  // the new process can't say that it is there
-        {"recv", ENOMEM, 0, ECHILD},   // nobody hears it
-        {"recv", ENOMEM, 1, ECHILD},   // the program may have started by then
+        {current, "clone", ENOMEM, 0, ENOMEM},  {current, "clone", EMFILE, 0, EMFILE},
+        {current, "clone", EAGAIN, 1, EAGAIN},  // in the process between, which tells
+        {current, "clone", EMFILE, 1, EMFILE},  {current, "execve", E2BIG, 0, E2BIG},  // in the new process
+        {current, "execve", EINVAL, 0, EINVAL},                                        // not for want of calls
+        {old, "socketpair", EMFILE, 0, EMFILE}, {old, "socketpair", ENFILE, 0, ENFILE},
+        {old, "fork", EAGAIN, 0, EAGAIN},       {old, "fork", ENOMEM, 1, ENOMEM},  // in the process between
+        {old, "fork", EAGAIN, 2, EAGAIN},                                          // in the keeper
+        {old, "pipe2", EMFILE, 0, EMFILE},      {old, "execve", E2BIG, 0, E2BIG},
+        {old, "send", ENOBUFS, 0, ECHILD},  // the keeper can't say that it is there
+        {old, "recv", ENOMEM, 0, ECHILD},   // nobody hears it
+        {old, "recv", ENOMEM, 1, ECHILD, true},
     };
     for (auto const& row : table) {
-        SCOPED_TRACE(row.call);
+        if (row.system != GetParam())
+            continue;
+        SCOPED_TRACE(std::string(row.call) + " after " + std::to_string(row.after));
         EXPECT_EQ(errorOfStart(row.call, row.error, row.after), row.expected);
-        if (row.after == 0) {
+        if (!row.mayHaveRun)
             expectNothingLeft(descriptors);
-        }
         EXPECT_EQ(countDescriptors(), descriptors);
         EXPECT_TRUE(hasNoChildren());
-        _process.wait();  // of the earlier child, which has ended
+        process.wait();  // of the earlier child, which has ended
     }
 }
 
-TEST_F(ProcessFaults, aProgramThatCantBeStartedLeavesNothing)
+TEST_P(ProcessFaults, aProgramThatCantBeStartedLeavesNothing)
 {
     expectRuns();
     const int descriptors = countDescriptors();
     char const* const missing[] = {"/missing", nullptr};
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(systemErrorOf([&] { _process.start(missing); }, "src/base/osprocesswindows"), ENOENT);
+        EXPECT_EQ(systemErrorOf([&] { process.start(missing); }, sourceOfStart), ENOENT);
         expectNothingLeft(descriptors);
     }
-    _process.wait();
+    process.wait();
 }
 
-TEST_F(ProcessFaults, interruptedCallsAreRepeated)
+TEST_P(ProcessFaults, interruptedCallsAreRepeated)
 {
-    for (char const* call : {"recv", "send", "waitpid", "poll"}) {
+    for (char const* call : {"recv", "send", "waitpid", "waitid", "poll"}) {
+        const bool isForCopies = std::string(call) != "waitid" && std::string(call) != "poll";
+        if (isForCopies && GetParam() != old)
+            continue;
         SCOPED_TRACE(call);
         VnTest::failCall(call, EINTR, 0, 3);
-        _process.start(_command);
-        _process.wait();
-        EXPECT_EQ(VnTest::stopFailingCalls(), 3);
-        EXPECT_EQ(contentOf(_file), "there");
+        start();
+        process.wait();
+        EXPECT_EQ(VnTest::stopFailingCalls(), std::string(call) == "waitid" && GetParam() == old ? 0 : 3);
+        EXPECT_EQ(take(), "there");
         EXPECT_TRUE(hasNoChildren());
-        std::filesystem::remove(_file);
     }
 }
 
-TEST_F(ProcessFaults, aWaitThatFailsIsThrownAndCanBeRepeated)
+TEST_P(ProcessFaults, aWaitThatFailsIsThrownAndCanBeRepeated)
 {
-    _process.start(_command);
+    start();
     {
         const FailingCall failing("poll", ENOMEM);
-        EXPECT_EQ(systemErrorOf([this] { _process.wait(); }, "src/base/osprocesswindows"), ENOMEM);
+        EXPECT_EQ(systemErrorOf([this] { process.wait(); }, sourceOfStart), ENOMEM);
     }
-    _process.wait();
-    EXPECT_EQ(contentOf(_file), "there");
+    process.wait();
+    EXPECT_EQ(take(), "there");
 }
 
-TEST_F(ProcessFaults, aStartThatHasNoMemoryLeavesNothing)
+TEST_P(ProcessFaults, aStartThatHasNoMemoryLeavesNothing)
 {
     expectRuns();
     const int descriptors = countDescriptors();
     int n = 0;
-    for (; failsWithoutMemory(n, [this] { _process.start(_command); }); ++n)
+    for (; failsWithoutMemory(n, [this] { start(); }); ++n)
         expectNothingLeft(descriptors);
-    EXPECT_GE(n, 1);
-    _process.wait();
-    EXPECT_EQ(contentOf(_file), "there");
+    EXPECT_GE(n, 3);
+    process.wait();
+    EXPECT_EQ(take(), "there");
 }
 
-/// Tells by its exit whether a descriptor beyond the standard ones is open.
+/// Tells whether a descriptor beyond the standard ones is open.
 VN_CHILD(faultyHasDescriptors)
 {
     bool hasMore = false;
@@ -315,7 +373,7 @@ VN_CHILD(faultyHasDescriptors)
     return 0;
 }
 
-TEST_F(ProcessFaults, anOlderSystemClosesDescriptorsOneByOne)
+TEST_P(ProcessFaults, withoutACallThatClosesManyTheSystemsListIsReadAndWithoutThatTheLimit)
 {
     ::rlimit limit;
     ::getrlimit(RLIMIT_NOFILE, &limit);
@@ -323,15 +381,182 @@ TEST_F(ProcessFaults, anOlderSystemClosesDescriptorsOneByOne)
     ::setrlimit(RLIMIT_NOFILE, &limit);
     for (int number : {30, 4000})
         ::dup2(1, number);
-    _command[2] = "faultyHasDescriptors";
-    for (int error : {ENOSYS, EINVAL}) {
-        const FailingCall failing("close_range", error);
-        _process.start(_command);
-        _process.wait();
-        EXPECT_EQ(contentOf(_file), "three");
+    for (char const* call : {"close_range", "openat"})
+        for (int error : {ENOSYS, EINVAL}) {
+            SCOPED_TRACE(call);
+            const FailingCall failing(call, error);
+            expectRuns("faultyHasDescriptors", "three");
+        }
+    for (int number = 60; number < 400; ++number)  // more than fit into one reading of the list
+        ::dup2(1, number);
+    {
+        const FailingCall failing("close_range", ENOSYS);
+        expectRuns("faultyHasDescriptors", "three");
     }
-    for (int number : {30, 4000})
+    for (int number = 30; number < 4096; ++number)
+        if (number < 400 || number == 4000)
+            ::close(number);
+}
+
+/// Waits at a gate.
+VN_CHILD(faultyWaits)
+{
+    Gate::wait(std::string(argv[1]) + "-gate");
+    std::ofstream(argv[1]) << "there";
+    return 0;
+}
+
+TEST_P(ProcessFaults, whatStaysForTheProgramHoldsNothingOfOurs)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    Gate gate(path("file-gate"));
+    start("faultyWaits");
+    ::close(ends[1]);
+    char nothing;
+    EXPECT_EQ(::read(ends[0], &nothing, 1), 0);  // for ever if somebody else holds the other end
+    ::close(ends[0]);
+    gate.open();
+    process.wait();
+    EXPECT_EQ(take(), "there");
+}
+
+TEST_P(ProcessFaults, aWaitWhoseDescriptorSomebodyElseHasClosedIsThrown)
+{
+    const int first = ::dup(1), second = ::dup(1), third = ::dup(1);  // the numbers that the start will use
+    for (int number : {first, second, third})
         ::close(number);
+    Gate gate(path("file-gate"));
+    start("faultyWaits");
+    for (int number : {first, second, third})
+        ::close(number);
+    EXPECT_EQ(systemErrorOf([this] { process.wait(); }, sourceOfStart), EBADF);
+    gate.open();
+}
+
+TEST(ProcessStart, aSystemThatLacksACallOrItsFlagsStartsByCopies)
+{
+    const struct
+    {
+        char const* call;
+        int error;
+        int after;
+    } table[] = {
+        {"waitid", EINVAL, 0}, {"waitid", ENOSYS, 0}, {"clone", ENOSYS, 0},
+        {"clone", EINVAL, 0},  {"clone", EPERM, 0},   {"clone", EINVAL, 1},
+    };
+    Starter starter;
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.call);
+        EXPECT_EQ(starter.errorOfStart(row.call, row.error, row.after), -1);
+        starter.process.wait();
+        EXPECT_EQ(starter.take(), "there");
+        EXPECT_TRUE(hasNoChildren());
+    }
+}
+
+namespace
+{
+void endThisProcess()
+{
+    ::kill(::getpid(), SIGKILL);
+}
+
+void quitThisProcess()
+{
+    ::kill(::getpid(), SIGQUIT);
+}
+
+volatile ::sig_atomic_t quits = 0;
+}  // namespace
+
+TEST(ProcessStart, aProcessBetweenThatIsKilledIsAnErrorAndLeavesNothing)
+{
+    Starter starter;
+    const int descriptors = countDescriptors();
+    VnTest::interruptCall("clone", endThisProcess, 1);
+    EXPECT_EQ(systemErrorOf([&] { starter.start(); }, sourceOfStart), ECHILD);
+    EXPECT_EQ(VnTest::stopFailingCalls(), 1);  // it shares our memory
+    EXPECT_EQ(countDescriptors(), descriptors);
+    EXPECT_TRUE(hasNoChildren());
+    EXPECT_FALSE(starter.hasRun());
+}
+
+/// A system before 5.16 ends all processes that share memory when it writes a core of one of them.
+TEST(ProcessStart, aSignalThatEndsTheNewProcessMakesNoCoreOfOurMemoryAndRunsNoHandlerOfOurs)
+{
+    Starter starter;
+    ::signal(SIGQUIT, [](int) { quits = quits + 1; });
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+    VnTest::interruptCall("execve", quitThisProcess);
+    starter.start();
+    VnTest::stopFailingCalls();
+    ::siginfo_t end = {};
+    EXPECT_EQ(::waitid(P_ALL, 0, &end, WEXITED | WNOWAIT), 0);
+    EXPECT_EQ(end.si_code, CLD_EXITED);
+    EXPECT_EQ(quits, 0);
+    starter.process.wait();
+    EXPECT_TRUE(hasNoChildren());
+    EXPECT_FALSE(starter.hasRun());
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0, 0, 0, 0);
+}
+
+VN_CHILD(takesInOrphansOnAnOldSystem)
+{
+    VnTest::makeSystemOld(true);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+    Starter starter;
+    const int descriptors = countDescriptors();
+    starter.start();
+    starter.process.wait();
+    std::cout << starter.take() << hasNoChildren();
+    starter.process.wait();  // at once
+    char const* const missing[] = {"/missing", nullptr};
+    std::cout << systemErrorOf([&] { starter.process.start(missing); }, sourceOfStart) << hasNoChildren();
+    Gate gate(starter.path("file-gate"));
+    {
+        OsProcess gone;
+        starter.startIn(gone, "faultyWaits");
+    }
+    gate.open();
+    ::siginfo_t unread;
+    std::cout << ::waitid(P_ALL, 0, &unread, WEXITED | WNOWAIT) << starter.take();
+    starter.start();
+    starter.process.wait();
+    std::cout << starter.take() << hasNoChildren() << countDescriptors() - descriptors << "\n";
+    return 0;
+}
+
+TEST(ProcessStart, anOldSystemsKeepersAreCollectedWhereThisProcessTakesInOrphans)
+{
+    VnTest::expectOutput("takesInOrphansOnAnOldSystem",
+                         "there1" + std::to_string(ENOENT) + "10there" + "there1" + "1\n");
+}
+
+VN_CHILD(startsInAnotherNamespaceOnAnOldSystem)
+{
+    VnTest::makeSystemOld(true);
+    if (!VnTest::enterPidNamespace())
+        return VnTest::notAllowed;
+    Starter starter;
+    Gate gate(starter.path("file-gate"));
+    starter.start("faultyWaits");
+    Starter other;
+    other.start();
+    other.process.wait();
+    std::cout << other.take() << starter.hasRun();
+    gate.open();
+    starter.process.wait();
+    std::cout << starter.take() << hasNoChildren() << "\n";
+    VnTest::leavePidNamespace();
+}
+
+TEST(ProcessStart, anOldSystemStartsProgramsInAnotherPidNamespace)
+{
+    const VnTest::ChildRun run = VnTest::Child("startsInAnotherNamespaceOnAnOldSystem").run();
+    if (run.exitCode == VnTest::notAllowed)
+        GTEST_SKIP() << "only root, or a user who may have user namespaces, may have PID namespaces";
+    EXPECT_EQ(run.out, "there0there1\n");
 }
 
 // --- environment -----------------------------------------------------------------------------------------------------

@@ -10,6 +10,7 @@
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
 #include <base/inpackages.h>
+#include <base/osutils.h>
 #include <base/periodictimer.h>
 #include <base/sleeper.h>
 
@@ -19,18 +20,26 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <iostream>
 #include <string>
+#include <vector>
 
 using namespace Vn;
 using VnTest::countDescriptors;
 using VnTest::expectOutput;
 using VnTest::failsWithoutMemory;
+using VnTest::systemErrorOf;
+
+namespace
+{
+char const* const sourceOfBeat = "src/base/periodictimerlinux";
+}
 
 TEST(TimerFault, aTimerThatTheSystemHasNotIsRefused)
 {
     VnTest::failTimerWith(EMFILE);
-    EXPECT_EQ(VnTest::systemErrorOf([] { PeriodicTimer::create(1.0); }, "src/base/periodictimerlinux"), EMFILE);
+    EXPECT_EQ(systemErrorOf([] { PeriodicTimer::create(1.0); }, sourceOfBeat), EMFILE);
     VnTest::failTimerWith(0);
     EXPECT_FALSE(PeriodicTimer::create(1.0)->stop());
 }
@@ -60,7 +69,7 @@ TEST(TimerFault, neitherASleepNorABeatTakesMemory)
     }));
 }
 
-TEST(TimerFault, inAChildOfForkThatHasNoDescriptorLeftATimerStillCounts)
+TEST(TimerFault, inAChildOfForkThatHasNoDescriptorLeftATimerIsRefused)
 {
     VnTest::startOnce();
     ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.001);
@@ -68,16 +77,118 @@ TEST(TimerFault, inAChildOfForkThatHasNoDescriptorLeftATimerStillCounts)
     VnTest::failTimerWith(EMFILE);
     const ::pid_t child = ::fork();
     if (child == 0) {
-        if (timer->getCurrentCount() != 0 || timer->stop() || !timer->start())
+        if (timer->getCurrentCount() != 0 || timer->stop())
             ::_exit(1);
-        Sleeper::getInstance().sleep(0.002);
-        ::_exit(timer->getCurrentCount() != 0 && timer->stop() ? 0 : 2);
+        if (systemErrorOf([&] { timer->start(); }, sourceOfBeat) != EBADF || timer->stop())
+            ::_exit(2);
+        ::_exit(systemErrorOf([&] { timer->wait(); }, sourceOfBeat) == EBADF ? 0 : 3);
     }
     VnTest::failTimerWith(0);
     int status = -1;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(timer->stop());
+}
+
+TEST(TimerFault, aBeatThatCantBeginIsThrownAndTheTimerStaysStopped)
+{
+    VnTest::startOnce();
+    ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.001);
+    VnTest::failTimerSettingWith(ENOMEM);
+    EXPECT_EQ(systemErrorOf([&] { timer->start(); }, sourceOfBeat), ENOMEM);
+    EXPECT_EQ(timer->getCurrentCount(), 0u);
+    EXPECT_FALSE(timer->stop());
+    VnTest::failTimerSettingWith(0);
+    EXPECT_TRUE(timer->start());
+    timer->wait();
+}
+
+TEST(TimerFault, aBeatThatCantEndIsThrownAndTheTimerIsStopped)
+{
+    VnTest::startOnce();
+    ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.001);
+    timer->start();
+    VnTest::failTimerSettingWith(ENOMEM);
+    EXPECT_EQ(systemErrorOf([&] { timer->stop(); }, sourceOfBeat), ENOMEM);
+    EXPECT_FALSE(timer->stop());
+    VnTest::failTimerSettingWith(0);
+    EXPECT_TRUE(timer->start());
+    VnTest::failTimerSettingWith(ENOMEM);
+    EXPECT_EQ(systemErrorOf([&] { timer->setInterval(0.002); }, sourceOfBeat), ENOMEM);
+    EXPECT_EQ(timer->getInterval(), 0.001);
+    VnTest::failTimerSettingWith(0);
+    EXPECT_EQ(timer->setInterval(0.002), 0.002);
+    EXPECT_FALSE(timer->stop());
+}
+
+TEST(TimerFault, aWaitForABeatThatFailsIsThrownAndAnInterruptedOneGoesOn)
+{
+    VnTest::startOnce();
+    ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.001);
+    timer->start();
+    VnTest::failPollsWith(ENOMEM);
+    EXPECT_EQ(systemErrorOf([&] { timer->wait(); }, sourceOfBeat), ENOMEM);
+    VnTest::failPollsWith(EINTR, 3);
+    timer->wait();
+    EXPECT_EQ(VnTest::getPollsToFail(), 0);
+}
+
+TEST(TimerFault, aTimerWhoseDescriptorSomebodyElseHasClosedIsRefused)
+{
+    VnTest::startOnce();
+    const int number = ::dup(1);  // which the timer takes next
+    ::close(number);
+    ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.001);
+    timer->start();
+    ::close(number);
+    EXPECT_EQ(systemErrorOf([&] { timer->wait(); }, sourceOfBeat), EBADF);
+    EXPECT_EQ(systemErrorOf([&] { timer->stop(); }, sourceOfBeat), EBADF);
+    EXPECT_EQ(systemErrorOf([&] { timer->start(); }, sourceOfBeat), EBADF);
+    EXPECT_FALSE(timer->stop());
+}
+
+namespace
+{
+/// A time in nanoseconds.
+std::int64_t nanoseconds(::timespec const& time)
+{
+    return std::int64_t(time.tv_sec) * 1000000000 + time.tv_nsec;
+}
+
+std::int64_t now()
+{
+    ::timespec time;
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return nanoseconds(time);
+}
+
+/// Expects that `sleep`, which is to take that long, asks for one moment however often it is interrupted.
+template <class Sleep>
+void expectOneMoment(std::int64_t duration, Sleep const& sleep)
+{
+    VnTest::noteSleeps(2000);
+    const std::int64_t before = now();
+    sleep();
+    const std::int64_t after = now();
+    const std::vector<VnTest::KernelSleep> sleeps = VnTest::takeSleeps();
+    ASSERT_EQ(sleeps.size(), 2001u);
+    EXPECT_GE(nanoseconds(sleeps.front().time), before + duration);
+    EXPECT_LE(nanoseconds(sleeps.front().time), after + duration);
+    for (VnTest::KernelSleep const& asked : sleeps) {
+        ASSERT_EQ(asked.clock, CLOCK_MONOTONIC);
+        ASSERT_EQ(asked.flags, TIMER_ABSTIME);
+        ASSERT_EQ(nanoseconds(asked.time), nanoseconds(sleeps.front().time));
+    }
+}
+}  // namespace
+
+TEST(TimerFault, anInterruptedSleepGoesOnToTheSameMoment)
+{
+    expectOneMoment(1000000000, [] { OsUtils::sleep(1); });
+    expectOneMoment(4294967295 * 1000000000, [] { OsUtils::sleep(4294967295U); });
+    VnTest::startOnce();
+    expectOneMoment(1000000, [] { Sleeper::getInstance().sleep(0.001); });
+    expectOneMoment(1999000000, [] { Sleeper::getInstance().sleep(1.9999); });
 }
 
 VN_CHILD(clockBreaksBeforeTheSleeper)
