@@ -84,7 +84,7 @@ private:
         return static_cast<::UINT>(std::min(SleeperMath::wholeMilliseconds(getInterval()), most));
     }
 
-    ::UINT _period;  ///< milliseconds
+    ::UINT _period;   ///< milliseconds
     ::UINT _timerId;  ///< valid while the timer is running
     ::HANDLE _event;
 };

@@ -134,7 +134,7 @@ private:
     }
 
     double _secondsPerCount;
-    ::UINT _period;  ///< milliseconds
+    ::UINT _period;                        ///< milliseconds
     Vector<ThreadRecord*> _threadRecords;  ///< of all threads, freed by the destructor
     CriticalSection _lock;                 ///< guards _threadRecords
     ::DWORD _tlsIndex;                     ///< the slot with the calling thread's record
