@@ -18,6 +18,7 @@ constexpr char const* sourceName = "src/base/lmlibraries";
 /// The list, filled anew; its storage is reused. Empty after an exception, so that no caller sees half a list.
 std::vector<LmLibrary>& rebuild()
 {
+    // Allocated and never freed: a static vector would be destroyed before the last code that may ask for it.
     static std::vector<LmLibrary>& libraries = *new std::vector<LmLibrary>;
     libraries.clear();
     try {
@@ -38,7 +39,7 @@ std::vector<LmLibrary> const& LmLibraries::getList()
 
 void LmLibraries::dumpList()
 {
-    std::cout << LmText::of(rebuild());
+    std::cout << LmText::of(rebuild());  // the whole text is made first: an exception prints nothing
 }
 
 }  // namespace Vn

@@ -53,6 +53,7 @@ static_assert(sizeof(::MEMORY_BASIC_INFORMATION) == 48);
 
 bool addLoadedModules(std::vector<LmLibrary>& libraries)
 {
+    // Always true: the walk ends at the first query that fails, and that is the end of the address space.
     static const OwnAddressSpace space;
     LmWalk(space).addModules(libraries);
     return true;

@@ -12,7 +12,7 @@ namespace Vn
 {
 namespace
 {
-constexpr char unknownPath[] = "Unknown";
+constexpr char unknownPath[] = "Unknown";  ///< of a module whose file nobody has told
 }  // namespace
 
 LmBlock::LmBlock(std::uintptr_t address, std::uintptr_t size, unsigned flags)
@@ -32,6 +32,7 @@ LmLibrary::LmLibrary(LmLibrary const& other)
 
 LmLibrary& LmLibrary::operator=(LmLibrary other) noexcept
 {
+    // Assigning the path transfers it from `other`, which is a copy already.
     _baseAddress = other._baseAddress;
     _address = other._address;
     _path = other._path;
@@ -46,6 +47,7 @@ void LmLibrary::setPath(char const* path)
     _path = duplicateString(path != nullptr ? path : unknownPath);
 }
 
+// The paths by their text: two lists that were made one after the other have arrays of their own.
 bool operator==(LmLibrary const& left, LmLibrary const& right)
 {
     return left._baseAddress == right._baseAddress && left._address == right._address &&

@@ -79,6 +79,7 @@ private:
         return stretches;
     }
 
+    /// `value` or 0, as a number that can be added up.
     static unsigned flag(bool isSet, LmBlock::Flags value) { return isSet ? static_cast<unsigned>(value) : 0u; }
 
     /// "begin-end rwxp offset major:minor inode path"; all numbers but the inode are hexadecimal, and the path may be

@@ -108,7 +108,8 @@ public:
 private:
     using Region = LmAddressSpace::Region;
 
-    /// The block at an address and the allocation that it belongs to.
+    /// The block at an address and the allocation that it belongs to: its base, its size in bytes and its number of
+    /// blocks. Free memory is an allocation of no blocks.
     struct Found
     {
         std::uintptr_t blockBase, blockSize;

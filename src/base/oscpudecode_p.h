@@ -150,7 +150,7 @@ private:
         }
     }
 
-    OsCpuid const& _cpuid;
+    OsCpuid const& _cpuid;  ///< outlives this object
 };
 
 }  // namespace Vn

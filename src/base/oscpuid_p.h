@@ -32,7 +32,8 @@ OsCpuid::Registers queryCpuid(std::uint32_t leaf);
 
 }  // namespace System
 
-/// The processor that runs this.
+/// The processor that runs this. Threads may move between processors, which answer alike for the leaves that are
+/// read.
 class OsOwnCpuid final : public OsCpuid
 {
 public:

@@ -24,6 +24,7 @@ void System::throwCounterError(int line)
     throw ExSysErrorANSI(sourceName, line);
 }
 
+// Constant-initialised, so they hold these values before any constructor of the program runs.
 OsCpuInfo::Type OsCpuInfo::_type = OsCpuInfo::Unknown;
 bool OsCpuInfo::_hasMMX = false;
 bool OsCpuInfo::_hasSSE = false;
@@ -34,12 +35,14 @@ void OsCpuInfo::initialize()
     _type = typeOfArchitecture(System::getArchitecture());
     _hasMMX = System::hasFeature(System::CpuFeature::mmx);
     _hasSSE = System::hasFeature(System::CpuFeature::sse);
+    // A local number first, so that a refusal leaves the field at 0.
     std::uint64_t frequency;
     if (!System::readCounterFrequency(frequency))
         System::throwCounterError(__LINE__);
     _hwCounterFrequency = frequency;
 }
 
+// The answers stay: they hold nothing that would have to be released.
 void OsCpuInfo::finalize() {}
 
 char const* OsCpuInfo::getTypeName()
@@ -74,6 +77,7 @@ std::uint64_t OsCpuInfo::getHwCounterValue()
     return value;
 }
 
+// A stored number and no call of the system: it is asked for with every conversion of an interval to seconds.
 std::uint64_t OsCpuInfo::getHwCounterFrequency()
 {
     return _hwCounterFrequency;

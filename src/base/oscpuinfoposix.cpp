@@ -19,7 +19,7 @@ namespace Vn::System
 namespace
 {
 constexpr std::uint64_t nanosecondsPerSecond = 1000000000;
-constexpr unsigned unknownArchitecture = 0xFFFF;
+constexpr unsigned unknownArchitecture = 0xFFFF;  ///< as Windows has it
 }  // namespace
 
 bool readCounter(std::uint64_t& value)
@@ -33,6 +33,7 @@ bool readCounter(std::uint64_t& value)
 
 bool readCounterFrequency(std::uint64_t& frequency)
 {
+    // The resolution isn't used; the call shows whether the system has this clock at all.
     ::timespec resolution;
     if (::clock_getres(CLOCK_MONOTONIC, &resolution) != 0)
         return false;

@@ -13,6 +13,7 @@ namespace Vn::System
 
 bool readCounter(std::uint64_t& value)
 {
+    // Monotonic and the same on all processors; the system chooses the hardware behind it.
     ::LARGE_INTEGER counter;
     if (!::QueryPerformanceCounter(&counter))
         return false;
@@ -32,12 +33,13 @@ bool readCounterFrequency(std::uint64_t& frequency)
 unsigned getArchitecture()
 {
     ::SYSTEM_INFO info;
-    ::GetSystemInfo(&info);
+    ::GetSystemInfo(&info);  // of the processor as this process sees it: that of an emulation, if there is one
     return info.wProcessorArchitecture;
 }
 
 bool hasFeature(CpuFeature feature)
 {
+    // The enumeration has the call's own numbers.
     return ::IsProcessorFeaturePresent(static_cast<::DWORD>(feature)) != 0;
 }
 

@@ -47,6 +47,7 @@ OsDateTypes::DateRep OsDateUtil::getCurrentTime()
 {
     OsCalendarTime now;
     std::uint64_t ticks;
+    // By way of the fields, which have milliseconds: a finer date would not survive convertToDateStruct().
     if (!System::readCalendar(now) || !System::calendarToTicks(now, ticks))
         throw ExSysErrorWindows(sourceName, __LINE__);
     return OsDateTypes::DateRep::fromTicks(ticks);
@@ -72,6 +73,7 @@ bool OsDateUtil::makeTime(int year, int month, int day, int hour, int minute, do
     std::uint64_t ticks;
     if (!System::calendarToTicks(time, ticks))
         return false;
+    // `result` is written only after the last test, so a refusal leaves it as it was.
     if (mode == OsDateTypes::LocalTime && !System::localToTicks(ticks, ticks))
         return false;
     result = OsDateTypes::DateRep::fromTicks(ticks);
@@ -87,7 +89,7 @@ OsDateTypes::DateStruct OsDateUtil::convertToDateStruct(OsDateTypes::DateRep con
     if (!System::ticksToCalendar(ticks, time))
         throw OsDateEx::ExInvalidDate(sourceName, __LINE__);
     if (mode == OsDateTypes::LocalTime) {
-        System::ticksToLocal(ticks, ticks);  // without an answer the moment stays in UTC
+        System::ticksToLocal(ticks, ticks);  // Intended: on failure the moment stays in UTC. Do not mend.
         if (!System::ticksToCalendar(ticks, time))
             throw OsDateEx::ExInvalidDate(sourceName, __LINE__);
     }
@@ -95,6 +97,7 @@ OsDateTypes::DateStruct OsDateUtil::convertToDateStruct(OsDateTypes::DateRep con
             time.dayOfWeek};
 }
 
+// As unsigned numbers, so what is no date, with its top bit set, is later than every date.
 int OsDateUtil::compare(OsDateTypes::DateRep const& a, OsDateTypes::DateRep const& b)
 {
     return (a.getTicks() > b.getTicks()) - (a.getTicks() < b.getTicks());
@@ -105,6 +108,7 @@ OsDateTypes::DateRep OsDateUtil::add(OsDateTypes::DateRep const& date, double se
     return plus(date, seconds * 1e7);
 }
 
+// The product is negated, not the seconds: both ways round alike, and add() undoes it as far as a double can.
 OsDateTypes::DateRep OsDateUtil::diff(OsDateTypes::DateRep const& date, double seconds)
 {
     return plus(date, -(seconds * 1e7));

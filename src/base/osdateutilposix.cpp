@@ -61,6 +61,7 @@ bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local)
     return true;
 }
 
+// mktime() takes fields and not seconds, so the local seconds become fields first, as if they were UTC.
 bool localToTicks(std::uint64_t local, std::uint64_t& ticks)
 {
     const UnixTime time(local);

@@ -14,6 +14,7 @@ namespace Vn::System
 {
 namespace
 {
+/// FILETIME has only the alignment of 32-bit numbers, so no cast to and from 64 bits: the halves are put together.
 ::FILETIME toFileTime(std::uint64_t ticks)
 {
     return {static_cast<::DWORD>(ticks), static_cast<::DWORD>(ticks >> 32)};
@@ -24,6 +25,7 @@ std::uint64_t toTicks(::FILETIME const& time)
     return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
+/// The same fields in the order of our type, which the tests use on every system.
 OsCalendarTime toCalendar(::SYSTEMTIME const& time)
 {
     return {time.wYear,   time.wMonth,  time.wDay,          time.wHour,
@@ -34,7 +36,7 @@ OsCalendarTime toCalendar(::SYSTEMTIME const& time)
 bool readCalendar(OsCalendarTime& now)
 {
     ::SYSTEMTIME time;
-    ::GetSystemTime(&time);
+    ::GetSystemTime(&time);  // UTC, to the millisecond; cannot fail
     now = toCalendar(time);
     return true;
 }
@@ -56,6 +58,7 @@ bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks)
     return true;
 }
 
+// The call refuses ticks with the top bit set, as OsCalendar does.
 bool ticksToCalendar(std::uint64_t ticks, OsCalendarTime& time)
 {
     const ::FILETIME given = toFileTime(ticks);
@@ -76,6 +79,7 @@ bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local)
     return true;
 }
 
+// A local time that the clock skips or repeats is no special case here: one offset holds for all dates.
 bool localToTicks(std::uint64_t local, std::uint64_t& ticks)
 {
     const ::FILETIME given = toFileTime(local);

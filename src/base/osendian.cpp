@@ -18,7 +18,8 @@ namespace Vn
 {
 namespace
 {
-/// Moves bytes through a buffer, never through arithmetic on the value: a floating-point bit pattern stays one.
+/// The value with its bytes in reverse order. Every access is a copy of bytes, which the language allows for any
+/// type.
 template <class T>
 T reversed(T value)
 {
@@ -39,11 +40,15 @@ T reversedIf(bool condition, T value)
 
 bool OsEndian::isBigEndian()
 {
+    // Read through bytes and not through a cast pointer, which would break the aliasing rules.
     const std::uint32_t one = 1;
     unsigned char bytes[sizeof one];
     std::memcpy(bytes, &one, sizeof one);
     return bytes[sizeof one - 1] == 1;  // the least significant byte comes last
 }
+
+// invert(): one byte each. The value comes back as it is; the overloads exist so that generic code needs no
+// exception.
 
 signed char OsEndian::invert(signed char value)
 {
@@ -54,6 +59,9 @@ unsigned char OsEndian::invert(unsigned char value)
 {
     return reversed(value);
 }
+
+// Two, four and eight bytes. The floating-point overloads return the reversed pattern in a register of their type,
+// which may quiet a signalling NaN on some processors.
 
 short OsEndian::invert(short value)
 {
@@ -80,6 +88,8 @@ float OsEndian::invert(float value)
     return reversed(value);
 }
 
+// Eight bytes on Linux, four on Windows.
+
 long OsEndian::invert(long value)
 {
     return reversed(value);
@@ -104,6 +114,8 @@ double OsEndian::invert(double value)
 {
     return reversed(value);
 }
+
+// invertIf(): for data that may be in either order; the condition is the result of comparing that order with ours.
 
 signed char OsEndian::invertIf(bool condition, signed char value)
 {

@@ -17,7 +17,7 @@ constexpr char sourceName[] = "src/base/osenv";
 
 char const* OsEnv::getVariable(char const* name)
 {
-    return name != nullptr ? std::getenv(name) : nullptr;
+    return name != nullptr ? std::getenv(name) : nullptr;  // getenv() of null is undefined behaviour
 }
 
 void OsEnv::putVariable(char const* setting)
@@ -26,6 +26,7 @@ void OsEnv::putVariable(char const* setting)
         throw ExInternalError(sourceName, __LINE__, "Could not set environment variable");
 }
 
+// A variable that must not be trusted looks the same as one that isn't set, so callers need no second path.
 char const* System::getOwnVariable(char const* name)
 {
     return hasMoreRightsThanItsCaller() ? nullptr : OsEnv::getVariable(name);

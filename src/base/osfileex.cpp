@@ -9,6 +9,7 @@ namespace Vn
 {
 namespace
 {
+// Within the 1,023 characters of a reason, the longest text included.
 constexpr int pathLimit = 256;  ///< bytes of a path that a message shows
 
 /// The text that two of the classes share.

@@ -13,6 +13,7 @@ namespace Vn
 
 OsFileFilter::~OsFileFilter() = default;
 
+// Listings recognise the class by its type and don't call it; a caller of its own may.
 bool OsPassThroughFilter::filter(OsFilePath const&) const
 {
     return true;
@@ -23,6 +24,7 @@ bool OsDirectoryFilter::filter(OsFilePath const& path) const
     return OsFsUtils::isDirectory(path.getChars());
 }
 
+// A null suffix differs from "", but both let every name pass: each name ends in the empty text.
 OsLeafFileFilter::OsLeafFileFilter() : OsLeafFileFilter(nullptr) {}
 
 OsLeafFileFilter::OsLeafFileFilter(char const* suffix) : _suffixLength(0)
@@ -30,6 +32,7 @@ OsLeafFileFilter::OsLeafFileFilter(char const* suffix) : _suffixLength(0)
     if (suffix == nullptr)
         return;
     _suffix = duplicateString(suffix);
+    // Taken once: the filter is asked for each child.
     _suffixLength = static_cast<std::int32_t>(std::strlen(suffix));
 }
 

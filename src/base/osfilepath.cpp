@@ -44,6 +44,7 @@ OsFilePath::OsFilePath(OsFilePath const& other) : _path(duplicateString(other.ge
 
 OsFilePath& OsFilePath::operator=(OsFilePath const& other)
 {
+    // set() would cope with its own text; the test saves the copy.
     if (this != &other)
         set(other.getChars());
     return *this;
@@ -66,6 +67,7 @@ bool OsFilePath::isAbsolute() const
     return isAbsolute(_path);
 }
 
+// Through a pointer to the rule, so that the tests can ask for the other system's.
 bool OsFilePath::isAbsolute(char const* path)
 {
     return System::getPathGrammar().isAbsolute(path);
@@ -73,6 +75,8 @@ bool OsFilePath::isAbsolute(char const* path)
 
 int OsFilePath::compare(char const* a, char const* b)
 {
+    // Intended: by bytes, so "A" and "a" differ even where the file system takes them for one name. Do not mend: the
+    // order is the same on every system.
     return OsFilePathGrammars::compare(a != nullptr ? a : "", b != nullptr ? b : "");
 }
 
@@ -93,6 +97,7 @@ OsFilePath& OsFilePath::operator+=(OsFilePath const& other)
 
 OsFilePath OsFilePath::operator+(OsFilePath const& other) const
 {
+    // By way of +=, so that both forms refuse the same operands.
     OsFilePath joined(*this);
     joined += other;
     return joined;
@@ -128,6 +133,7 @@ void OsFilePath::concatenate(char const* tail)
     _path = joined;
 }
 
+// Empty if the resolved path ends in a separator: "pass/" names what is in the directory, not the directory itself.
 OsFilePath OsFilePath::getBaseName() const
 {
     const System::ResolvedPath resolved = System::resolvePath(_path);
@@ -143,6 +149,7 @@ OsFilePath OsFilePath::getDirectoryName() const
 
 ArrayPtrRet<char> OsFilePath::getExtension() const
 {
+    // Of the base name only: a dot in a directory's name starts no extension.
     const OsFilePath name = getBaseName();
     const std::string extension(OsFilePathGrammars::extensionOf(name.getChars()));
     return duplicateString(extension.c_str());
@@ -178,6 +185,7 @@ void OsFilePath::getTempDir(char* buffer)
     System::getTempDir(buffer, bufferSize);
 }
 
+// On Windows the root of the current drive, so it changes with the drive.
 OsFilePath OsFilePath::getRootDir()
 {
     char buffer[bufferSize];
@@ -192,6 +200,7 @@ void OsFilePath::getRootDir(char* buffer)
 
 char const* OsFilePath::getSeparator()
 {
+    // A text of one character, made at the first call; later calls from any thread find it ready.
     static const char separator[] = {System::getPathGrammar().separator, '\0'};
     return separator;
 }

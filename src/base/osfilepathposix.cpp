@@ -56,6 +56,7 @@ void getTempDir(char* buffer, std::size_t size)
     // Not for a program with more rights than its caller, who could lead its files elsewhere by the variable.
     char const* const directory = getOwnVariable("TMPDIR");
     const bool isSet = directory != nullptr && directory[0] != '\0';
+    // A directory that doesn't exist is returned all the same: using it then fails, and names it.
     std::snprintf(buffer, size, "%s", isSet ? directory : "/tmp");
 }
 

@@ -31,7 +31,7 @@ ResolvedPath resolvePath(char const* path)
     const DWORD length = ::GetFullPathNameA(path, bufferSize, buffer, &last);
     if (length == 0)
         throw ExSysErrorWindows(sourceName, __LINE__);
-    if (length >= bufferSize) {  // it tells the size that it needs, and leaves the buffer undefined
+    if (length >= bufferSize) {  // the result is then the size that it needs, and the buffer is undefined
         ::SetLastError(ERROR_FILENAME_EXCED_RANGE);
         throw ExSysErrorWindows(sourceName, __LINE__);
     }

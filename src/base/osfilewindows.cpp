@@ -65,6 +65,7 @@ private:
 /// Others may read and write the file while we look at it.
 constexpr DWORD sharedWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
+/// One of the file's times in UTC. False, with the last error set, if the file can't be opened for reading.
 bool readFileTime(char const* path, FileTime which, FILETIME& time)
 {
     const OpenFile file(path, GENERIC_READ, sharedWithAll);
@@ -110,6 +111,7 @@ FileKind getFileKind(char const* path)
     return (attributes & specialAttributes) != 0 ? FileKind::SpecialFile : FileKind::RegularFile;
 }
 
+// Intended: reparse points are no symlinks here, but special files. Do not mend.
 bool isSymLink(char const*)
 {
     return false;
@@ -155,6 +157,7 @@ void deleteFile(char const* path)
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+// Permissions are ignored: a new element inherits those of its directory.
 bool makeDirectory(char const* path, OsFileTypes::Permissions const&)
 {
     return ::CreateDirectoryA(path, nullptr);
@@ -189,6 +192,8 @@ bool readOwner(char const*, std::string& owner)
 bool readSize(char const* path, std::uint32_t& size)
 {
     const OpenFile file(path, GENERIC_READ, sharedWithAll);
+    // Without the high half: the low one with all bits set is then the failure, and a size that ends in it is
+    // refused.
     size = file.isOpen() ? ::GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
     return size != INVALID_FILE_SIZE;
 }

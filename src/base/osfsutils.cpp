@@ -14,12 +14,14 @@ namespace
 {
 constexpr char sourceName[] = "src/base/osfsutilswindows";
 
+/// The empty path names nothing on every system, and each call refuses it.
 char const* orEmpty(char const* path)
 {
     return path != nullptr ? path : "";
 }
 }  // namespace
 
+// A path that the system does not let us look at counts as missing: these questions have no way to report an error.
 bool OsFsUtils::fileExists(char const* path)
 {
     return System::getFileKind(orEmpty(path)) != System::FileKind::Missing;
@@ -61,6 +63,7 @@ void OsFsUtils::removeDir(char const* path)
     System::removeDirectory(orEmpty(path));
 }
 
+// Tested here, because an empty path has an exception of its own; the system's error would be ENOENT.
 void OsFsUtils::createFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists)
 {
     if (orEmpty(path)[0] == '\0')
@@ -69,6 +72,7 @@ void OsFsUtils::createFile(char const* path, OsFileTypes::Permissions const& per
         throw OsFileEx::ExFileExists(sourceName, __LINE__);
 }
 
+// The tolerance is in the platform's form, which alone can tell a missing file from a missing directory.
 void OsFsUtils::deleteFile(char const* path)
 {
     System::deleteFile(orEmpty(path));

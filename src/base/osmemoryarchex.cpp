@@ -5,6 +5,7 @@
 namespace Vn
 {
 
+// No code of the library raises these: they are for programs that need a known processor.
 OsMemoryArchEx::OsMemoryArchEx(char const* file, int line) : ExBase(file, line) {}
 
 OsMemoryArchEx::ExUnknownCPU::ExUnknownCPU(char const* file, int line)

@@ -27,6 +27,7 @@ public:
           _pageSize(static_cast<unsigned>(pageSize))
     {}
 
+    // Signed numbers of the decoder become unsigned ones; none of its table is negative.
     unsigned getMemorySize() const override { return _memorySize; }
     unsigned getL1Size() const override { return _l1Size; }
     unsigned getL2Size() const override { return _l2Size; }

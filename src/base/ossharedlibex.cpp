@@ -8,6 +8,7 @@ namespace Vn
 {
 namespace
 {
+// In bytes. Together with the fixed words they stay below the 1,023 characters of a reason.
 constexpr int longestPath = 256;
 constexpr int longestSystemText = 512;
 constexpr int longestFunction = 64;

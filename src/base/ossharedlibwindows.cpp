@@ -24,6 +24,7 @@ public:
 
     void load()
     {
+        // The path as it was given; the system's search asks for "\" and not "/" as the separator.
         _module = ::LoadLibraryA(getPath().getChars());
         if (_module == nullptr)
             throwCantOpen(::GetLastError());
@@ -46,6 +47,7 @@ private:
     [[noreturn]] void throwCantOpen(::DWORD error) const
     {
         char text[256] = "";  // stays empty if the system has no text for the error, or a longer one
+        // The error was taken before: the allocations of an exception may change it. Language 0 is the user's.
         ::FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text, sizeof text, nullptr);
         throw OsSharedLibEx::ExCantOpenLib(sourceName, __LINE__, getPath().getChars(), text);
     }

@@ -22,12 +22,13 @@ constexpr DWORD userNameSize = 257;
 ArrayPtrRet<char> OsUtils::getHostName()
 {
     ArrayPtrRet<char> name(new char[hostNameSize]);
-    DWORD size = hostNameSize;
+    DWORD size = hostNameSize;  // in: with the terminator; out: without it
     if (!::GetComputerNameA(name.get(), &size))
         throw ExSysErrorANSI(sourceName, __LINE__);
     return name;
 }
 
+// Intended: the flag is not looked at. Do not mend: no meaning of it can be told from its callers.
 ArrayPtrRet<char> OsUtils::getUserName(bool)
 {
     ArrayPtrRet<char> name(new char[userNameSize]);

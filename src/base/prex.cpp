@@ -17,6 +17,7 @@ PrEx::ExUnsupported::ExUnsupported(char const* file, int line) : std::runtime_er
 
 VN_EX_DEFINE_MEMBERS(PrEx::ExUnsupported);
 
+// The cast makes the argument what "%d" expects; passing the unsigned number would be undefined behaviour.
 PrEx::ExBadCounterIndex::ExBadCounterIndex(char const* file, int line, unsigned int index)
     : std::runtime_error(""), PrEx(file, line)
 {
