@@ -119,10 +119,12 @@ public:
     /// Everything taken up so far, in start order.
     Entries _packagesSaved;
     bool _cycleDetected = false;
+    /// Packages in the batch. The matrix has as many rows.
     int _nbPckgs = 0;
     /// Row i, bit j: package i of the batch depends on package j. Kept after a cycle, for the report.
     ObjPtr<InBitMatrix> _dependencyMatrix;
     bool _initialized = false;
+    /// Set once and never cleared: a process initialises once.
     bool _finalized = false;
     bool _initializing = false;
     bool _finalizing = false;
@@ -153,6 +155,7 @@ private:
     std::size_t _leftToStop = 0;  ///< entries of `_packagesSaved` that the running stop has yet to see
 };
 
+/// A null vector with a count would be read without a check later on, hence the assertion here.
 void InInitMgr::State::takeArguments(int argc, char const* const* argv)
 {
     if (argc > 0 && argv == nullptr)
@@ -265,6 +268,8 @@ void InInitMgr::State::startBatch()
 
     // From here on hooks run.
     const FlagScope initializing(_initializing);
+    // A guard that ends in a hook starts another batch in `_packagesToInit` while this loop is under way: then
+    // `_batch` has changed.
     const unsigned batch = _batch;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         const PackageEntry entry = _packagesToInit[i];
@@ -369,6 +374,7 @@ void InInitMgr::State::forget(InPackageInit const* package) noexcept
     }
 }
 
+/// "1 packages" and "waiting to be initialize" are part of the interface: programs compare the text.
 void InInitMgr::State::printEntries(std::ostream& stream, Entries const& entries, char const* title) const
 {
     stream << std::to_string(entries.size()) << title << std::endl;
@@ -461,6 +467,7 @@ void InInitMgr::finalize()
     _state->stopAll();
 }
 
+/// Plain reads: the flags belong to the thread that drives the start.
 bool InInitMgr::isInitializing() const
 {
     return _state->_initializing;
@@ -503,6 +510,7 @@ std::ostream& InInitMgr::dumpGraph(std::ostream& stream) const
     return stream;
 }
 
+/// Reads the copy, so it is safe while another thread changes the environment.
 char const* InInitMgr::getEnv(char const* name)
 {
     if (name == nullptr)
@@ -525,6 +533,7 @@ void InInitMgr::decReinitCount()
         _state->startWaiting();
 }
 
+/// A type that runs already needs no entry: the package has a second object, in another library.
 void InInitMgr::registerPackage(InPackageInit* package)
 {
     if (_state->_initialized && _state->_reinitCount == 0)
@@ -548,6 +557,8 @@ std::ostream& operator<<(std::ostream& stream, InInitMgr const& manager)
     return manager.dump(stream);
 }
 
+/// Intended: only an InEx is handled, since the dump explains it. After any other exception the packages keep running;
+/// do not mend.
 InInitGuard::InInitGuard(int& argc, char const* const*& argv)
 {
     InInitMgr& manager = InInitMgr::getInstance();

@@ -1,3 +1,5 @@
+// A package's name, dependencies and variables. The lists of packages and the order of start are the manager's
+// (ininitmgr.cpp); a package only knows what it depends on itself.
 #include <base/inpackageinit.h>
 
 #include <base/assertions.h>
@@ -26,6 +28,7 @@ void printHook(InPackageInit const& package, char const* hook)
 
 InPackageInitBase::~InPackageInitBase() = default;
 
+/// Reads at most 127 characters, so a name without a terminator in reach does no harm.
 InPackageInit::InPackageInit(char const* name)
 {
     const std::size_t length = name != nullptr ? ::strnlen(name, sizeof _name - 1) : 0;
@@ -48,6 +51,7 @@ void InPackageInit::addDependency(InVariableBase* variable)
     _variables.push_back(variable);
 }
 
+/// The first equal entry only, as the constructor of a variable adds one.
 void InPackageInit::removeDependency(InVariableBase* variable)
 {
     const auto found = std::find(_variables.begin(), _variables.end(), variable);
