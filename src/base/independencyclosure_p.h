@@ -78,15 +78,15 @@ struct InDependencyGraph
 /// The graph once dependencies of dependencies are dependencies.
 struct InDependencyClosure
 {
-    InBitMatrix needs;        ///< bit (i, i) stands for a node on a ring, or one that lists itself
-    std::vector<int> counts;  ///< per node: needs as listed, plus those that are only inherited, itself left out
-    bool isCyclic;            ///< some node needs itself through others and doesn't list itself
+    InBitMatrix needs;        ///< bit (i, i): node i is in a cycle or lists itself
+    std::vector<int> counts;  ///< per node: dependencies as listed plus inherited ones, without itself
+    bool isCyclic;            ///< some node depends on itself through others and doesn't list itself
 };
 
 /// Closes the graph in one pass over its strongly connected components.
 ///
 /// The result is that of Warshall's algorithm on the same bits, where only what a pass adds is counted and only a
-/// diagonal bit that a pass adds is a cycle. So a ring all of whose members list themselves is none.
+/// diagonal bit that a pass adds is a cycle. So a cycle in which every node lists itself is not reported.
 /// R. Tarjan, "Depth-first search and linear graph algorithms", SIAM J. Comput. 1 (1972).
 /// Tests: tests/base/inrandomgraphtest.cpp.
 InDependencyClosure closeDependencies(InDependencyGraph const& graph);

@@ -43,6 +43,7 @@ std::string_view tagOf(std::string_view type)
 /// programs compare them.
 InEx::InEx(char const* file, int line) : ExBase(file, line) {}
 
+/// `package` comes from the compiler's type information and can be long: hence the limit.
 InEx::ExPackageNotRegistered::ExPackageNotRegistered(char const* file, int line, char const* package)
     : std::runtime_error(""), InEx(file, line)
 {
@@ -58,6 +59,7 @@ ArrayPtrRet<char> InEx::ExPackageNotRegistered::getPackageTag() const
 
 VN_EX_DEFINE_MEMBERS(InEx::ExPackageNotRegistered);
 
+/// Intended: this text has no full stop, unlike the others. Programs compare it; do not mend.
 InEx::ExDependencyCycle::ExDependencyCycle(char const* file, int line) : std::logic_error(""), InEx(file, line)
 {
     setReason("Init dependencies contain cycle(s)");
@@ -73,6 +75,7 @@ InEx::ExPackageInitError::ExPackageInitError(char const* file, int line, char co
 
 VN_EX_DEFINE_MEMBERS(InEx::ExPackageInitError);
 
+/// Thrown by clients only, as ExDoubleInit: the library allows what both name. They stay part of the interface.
 InEx::ExRegAfterInit::ExRegAfterInit(char const* file, int line) : std::runtime_error(""), InEx(file, line)
 {
     setReason("Package registered after initialize().");

@@ -122,10 +122,12 @@ public:
     Entries _packagesToInit;
     Entries _packagesSaved;
     bool _cycleDetected = false;
+    /// Packages in the batch. The matrix has as many rows.
     int _nbPckgs = 0;
     /// Row i, bit j: package i of the batch depends on package j. Kept after a cycle, for the report.
     ObjPtr<InBitMatrix> _dependencyMatrix;
     bool _initialized = false;
+    /// Set once and never cleared: a process initialises once.
     bool _finalized = false;
     bool _initializing = false;
     bool _finalizing = false;
@@ -171,6 +173,7 @@ void InInitMgr::State::drop(Entries& entries) noexcept
     entries.clear();
 }
 
+/// A null vector with a count would be read without a check later on, hence the assertion here.
 void InInitMgr::State::takeArguments(int argc, char const* const* argv)
 {
     if (argc > 0 && argv == nullptr)
@@ -297,6 +300,8 @@ void InInitMgr::State::startBatch()
 
     // From here on hooks run.
     const FlagScope initializing(_initializing);
+    // A guard that ends in a hook starts another batch in `_packagesToInit` while this loop is under way: then
+    // `_batch` has changed.
     const unsigned batch = _batch;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         const PackageEntry entry = _packagesToInit[i];
@@ -422,6 +427,7 @@ void InInitMgr::State::forget(InPackageInit* package) noexcept
                       [](PackageEntry const& moved, std::size_t to) { moved.package->_savedAt = to; });
 }
 
+/// "1 packages" and "waiting to be initialize" are part of the interface: programs compare the text.
 void InInitMgr::State::printWaiting(std::ostream& stream) const
 {
     printEntries(stream, _packagesWaiting, _holesWaiting, " packages waiting to be initialize:");
@@ -532,6 +538,7 @@ void InInitMgr::finalize()
     _state->stopAll();
 }
 
+/// Plain reads: the flags belong to the thread that drives the start.
 bool InInitMgr::isInitializing() const
 {
     return _state->_initializing;
@@ -574,6 +581,7 @@ std::ostream& InInitMgr::dumpGraph(std::ostream& stream) const
     return stream;
 }
 
+/// Reads the copy, so it is safe while another thread changes the environment.
 char const* InInitMgr::getEnv(char const* name)
 {
     if (name == nullptr)
@@ -596,6 +604,7 @@ void InInitMgr::decReinitCount()
         _state->startWaiting();
 }
 
+/// A type that runs already needs no entry: the package has a second object, in another library.
 void InInitMgr::registerPackage(InPackageInit* package)
 {
     if (_state->_initialized && _state->_reinitCount == 0)
@@ -619,6 +628,8 @@ std::ostream& operator<<(std::ostream& stream, InInitMgr const& manager)
     return manager.dump(stream);
 }
 
+/// Intended: only an InEx is handled, since the dump explains it. After any other exception the packages keep running;
+/// do not mend.
 InInitGuard::InInitGuard(int& argc, char const* const*& argv)
 {
     InInitMgr& manager = InInitMgr::getInstance();

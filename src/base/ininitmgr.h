@@ -19,7 +19,7 @@ class InPackageInit;
 /// The order: a package with fewer dependencies, direct and transitive, comes first; among equals `strcmp` of the
 /// names decides. Given the same packages, the order is the same whatever order they were registered in.
 ///
-///     base needs 12, logger needs 3, osal needs 1, heapMgr needs 1  ->  heapMgr, osal, logger, base
+///     base: 12 dependencies, logger: 3, osal: 1, heapMgr: 1  ->  heapMgr, osal, logger, base
 ///
 /// A process initialises once: after finalize() nothing that needs a package of before can start. The manager owns no
 /// package, and is never destroyed, and neither are the library's own packages: the stop may come from the destructor of

@@ -1,3 +1,5 @@
+// A package's name, dependencies and variables. The lists of packages and the order of start are the manager's
+// (ininitmgr.cpp); a package only knows what it depends on itself.
 #include <base/inpackageinit.h>
 
 #include <base/assertions.h>
@@ -41,6 +43,7 @@ private:
 
 InPackageInitBase::~InPackageInitBase() = default;
 
+/// Reads at most 127 characters, so a name without a terminator in reach does no harm.
 InPackageInit::InPackageInit(char const* name)
 {
     const std::size_t length = name != nullptr ? ::strnlen(name, sizeof _name - 1) : 0;
@@ -67,6 +70,7 @@ void InPackageInit::addDependency(InVariableBase* variable)
         variable->_place = _variables.size() - 1;
 }
 
+/// The first equal entry only, as the constructor of a variable adds one.
 void InPackageInit::removeDependency(InVariableBase* variable)
 {
     const std::size_t place = variable != nullptr ? placeOf(variable) : nowhere;

@@ -1,3 +1,5 @@
+// The exceptions of InSingleton. A singleton is a template, so its name is run-time type information that the caller
+// passes.
 #include <base/insingletonex.h>
 
 #include <base/exreasontext_p.h>

@@ -54,6 +54,7 @@ void LockWindows::unlock()
 }
 }  // namespace
 
+/// Not owned initially: the first lock() takes it, in whichever process comes first.
 LgInterProcessLock* LgInterProcessLock::create(char const* name)
 {
     ::HANDLE const handle = ::CreateMutexA(nullptr, FALSE, name);

@@ -40,7 +40,7 @@ char* profilePath = nullptr;
 char* eventsPath = nullptr;
 
 /// The queue function until the program brings one. Its queue is in no registry, so no reader sees it: that is
-/// required of a program without a thread layer, which has nobody to read.
+/// required of a program without a thread layer, which has no reader.
 LgQueue* getSharedQueue()
 {
     static LgQueue& queue = *new LgQueue(0);
@@ -101,8 +101,9 @@ std::string makeStartBanner(bool hasTime)
         return text.str();
     const std::time_t now = std::time(nullptr);
     // ctime() brings a line end of its own, so an empty line follows.
-    text << "===== Started on " << std::ctime(&now) << '\n';  // the date brings a line end of its own
-    // Intended: under this title stands the resolution, in seconds for each count. It is part of the interface; do not mend.
+    text << "===== Started on " << std::ctime(&now) << '\n';
+    // Intended: the number behind this title is the resolution, in seconds for each count. Part of the interface; do
+    // not mend.
     text << "===== Clock Frequency: " << std::fixed << std::setprecision(9) << HwCounter::resolution() << '\n';
     return text.str();
 }
@@ -112,7 +113,7 @@ void writeStartBanner(LgFile& file, bool hasTime)
 {
     file.writeLines(makeStartBanner(hasTime));
     if (hasTime)
-        file << std::fixed;  // part of the interface: whoever writes numbers to the stream relies on it
+        file << std::fixed;  // stays set; part of the interface
 }
 
 /// Every level's stream is an LgFile; only the type of the field is the interface's.
@@ -223,11 +224,13 @@ void LgLog::openOutput(LevelInfo* level)
 {
     if (level->fileName == nullptr)
         return;
+    // The same name needs no second opening.
     for (LevelInfo const* lower = _level; lower != level; ++lower)
         if (lower->fileName != nullptr && std::strcmp(lower->fileName, level->fileName) == 0) {
             level->output = lower->output;
             return;
         }
+    // A default file is opened only if it is our own; see LgFile::Origin.
     const LgFile::Origin origin = isDefaultPath(level->fileName) ? LgFile::Origin::Default : LgFile::Origin::Named;
     ObjPtr<LgFile> file(new LgFile(level->fileName, origin, _interprocessLock.get() != nullptr));
     for (LevelInfo const* lower = _level; lower != level; ++lower)
@@ -240,6 +243,7 @@ void LgLog::openOutput(LevelInfo* level)
     level->output = file.release();
     // From here on other processes that write this file wait.
     const LgInterProcessLockGuard guard(_interprocessLock.get());
+    // Emptied under the lock: no other process is within a line.
     if (!level->append)
         opened.beginAnew();
     writeStartBanner(opened, isTimeStampsEnabled());
@@ -252,16 +256,19 @@ void LgLog::destroy()
     for (LevelInfo& level : _level) {
         if (level.output == nullptr)
             continue;
+        // The stream is closed once: the levels that share it forget it first.
         for (LevelInfo* higher = &level + 1; higher != _level + levelCount; ++higher)
             if (higher->output == level.output)
                 higher->output = nullptr, higher->fileName = nullptr;
         const LgInterProcessLockGuard guard(_interprocessLock.get());
         LgFile& file = getFile(level);
         constexpr std::string_view banner = "===== Message Logger Stopped =====\n";
+        // The count of dropped lines goes before the banner, which is the file's last line.
         file.tellDropped(HwCounter::timeStamp() - _start, 0, isTimeStampsEnabled(), banner.size());
         file.writeLines(banner);
         closeOutput(&level);
     }
+    // Names from the environment stay, for displaySetup(); the default paths are about to be freed.
     for (LevelInfo& level : _level)
         if (level.fileName != nullptr && isDefaultPath(level.fileName))
             level.fileName = nullptr;
@@ -301,13 +308,14 @@ void LgLog::displaySetup()
     std::cout << "===== End Setup =====" << std::endl;
 }
 
-/// Relaxed: whoever switches the logger on afterwards publishes the function too (setLoggerActivation()).
+/// Relaxed: setLoggerActivation(), called afterwards, publishes the function with release.
 void LgLog::setQueueFunction(LgQueue* (*function)())
 {
     std::atomic_ref(_queueFunction)
         .store(function != nullptr ? function : getSharedQueue, std::memory_order_relaxed);
 }
 
+/// These two are for the reader. They take no lock: the caller holds the output lock, or doesn't care for a stop.
 bool LgLog::isLevelEchoed(LgTypes::Level level)
 {
     return isLevel(level) && _level[level].echo;
@@ -318,6 +326,7 @@ std::ostream* LgLog::getLevelOutput(LgTypes::Level level)
     return isLevel(level) ? _level[level].output : nullptr;
 }
 
+/// The switches are set by init() and then by the program at any time; the reader looks at them for each line.
 void LgLog::enableTimeStamps()
 {
     flip(_logTimeStamps, true);
@@ -333,6 +342,7 @@ bool LgLog::isTimeStampsEnabled()
     return look(_logTimeStamps);
 }
 
+/// Written by init() alone.
 std::uint64_t LgLog::getStart()
 {
     return _start;

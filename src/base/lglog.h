@@ -68,7 +68,7 @@ public:
 
     /// `function` finds the calling thread's queue and never returns null; it is called for each message, on the
     /// thread that logs. Null restores the library's own, which has one queue of number 0 that no reader sees: after
-    /// 1,022 messages it is full for ever.
+    /// 1,022 messages it is full and stays so.
     static void setQueueFunction(LgQueue* (*function)());
 
     /// @{

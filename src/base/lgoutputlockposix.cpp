@@ -26,6 +26,7 @@ void startChild()
 }
 }  // namespace
 
+/// Blocks while another thread writes a line or changes outputs.
 LgOutputLock::LgOutputLock()
 {
     // Registered once. It fails only for want of memory; then a child that was forked during a line can't write.

@@ -29,6 +29,7 @@ LgQueue::LgQueue(unsigned long threadId)
 LgQueue::LgQueue(LgQueue& source) = default;
 LgQueue& LgQueue::operator=(LgQueue& source) = default;
 
+/// Not virtual: a queue has no derived classes, and the layout begins with the stream.
 LgQueue::~LgQueue()
 {
     delete[] _entries;
@@ -106,6 +107,7 @@ void LgQueue::addEntry()
         _observer->entryAdded(*this);
 }
 
+/// The one call that may block. Without an observer it returns, and a message that doesn't fit is lost.
 void LgQueue::waitForSpace(int size) const
 {
     if (_observer)
@@ -139,6 +141,7 @@ void LgQueue::removeEntry()
         _observer->entryRemoved(*this);
 }
 
+/// Without a lock: an observer is installed before the queue is registered.
 ObjPtrRet<LgQueue::Observer> LgQueue::changeObserver(ObjPtr<Observer> observer)
 {
     ObjPtrRet<Observer> before(_observer.release());

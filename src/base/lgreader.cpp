@@ -2,7 +2,7 @@
 //
 // flushEarliest() takes a copy of the registry's list, finds the queue whose first entry has the smallest time
 // stamp, and writes that one entry. Each queue is in time order, so the heads are enough. flushQueue() makes the
-// line on the stack, under the output lock (nobody closes the file meanwhile) and the inter-process lock (no other
+// line on the stack, under the output lock (no thread closes the file meanwhile) and the inter-process lock (no other
 // process writes), and hands it over in one piece. The text is taken off the ring even if no output wants it;
 // otherwise each later message would come out with the text of the one before.
 //
@@ -125,6 +125,7 @@ void resetFormat(std::ostream& stream, LgLine const& line)
 }
 }  // namespace
 
+/// May be stale at once: writers go on. A message that is there stays there until this thread flushes.
 bool LgReader::eventsPending()
 {
     const List<LgQueue*> queues = getQueues();
@@ -140,6 +141,7 @@ bool LgReader::flushEarliest()
     return true;
 }
 
+/// A fresh copy of the list for each message, so a queue that registers meanwhile is seen.
 void LgReader::flushAll()
 {
     while (flushEarliest())

@@ -101,7 +101,7 @@ bool LgStream::isFull() const
 }
 
 /// Relaxed, here and in setOverflowed(): writer and reader both change the mark, and no other memory is read because
-/// of it. A value seen late misleads nobody but its reader.
+/// of it. A value seen late only changes what hasOverflowed() says.
 bool LgStream::hasOverflowed() const
 {
     return std::atomic_ref(const_cast<bool&>(_overflowed)).load(std::memory_order_relaxed);
@@ -266,10 +266,11 @@ LgStream::Index LgStream::findNext() const
     return _buffer[_readIndex.get()] == '\0' ? _readIndex + 1 : _readIndex;
 }
 
-/// Characters up to the next terminator. There is one; if somebody wrote past the protocol, the search still ends
-/// after one turn.
+/// Characters up to the next terminator. There is one, unless the calling order was broken; the search ends after one
+/// turn of the ring in any case.
 std::uint32_t LgStream::getLengthFrom(Index first) const
 {
+    // At most two parts, each searched with memchr().
     const auto lengthIn = [](char const* text, std::size_t size) {
         auto const* const end = static_cast<char const*>(std::memchr(text, '\0', size));
         return static_cast<std::uint32_t>(end != nullptr ? static_cast<std::size_t>(end - text) : size);

@@ -30,7 +30,7 @@ public:
     /// What the writer has done since resetOutputFlags().
     enum OutputFlags
     {
-        textWritten = 0x1,      ///< text was written since the last reset, be it an empty one
+        textWritten = 0x1,      ///< text was written since the last reset, even an empty one
         stringTerminated = 0x2  ///< the string has ended, by completeString() or because the ring was full
     };
 

@@ -2,7 +2,7 @@
 //
 // Without blocking trace a text takes the way of any message: no room, no message. With it, the writer waits in the
 // queue's observer until the whole text has room, and a text longer than the ring is cut into pieces that fit, since
-// it would wait for ever otherwise. A queue without an observer never waits.
+// it would never stop waiting otherwise. A queue without an observer never waits.
 #include <base/lgtrace.h>
 
 #include <base/lglog.h>
@@ -35,6 +35,7 @@ void printInPieces(char const* text, std::size_t length)
 }
 }  // namespace
 
+/// Without the active logger a text goes to standard output, as a log statement's message does.
 void LgTrace::print(char const* text)
 {
     if (text == nullptr || *text == '\0')

@@ -82,8 +82,8 @@ public:
 ///     group.setLogThreshold(Vn::LgTypes::Informational, false);
 ///
 /// Groups can be found from the start of the package `logger` to its stop: take them in a package's hook, not in
-/// static constructors. References to them hold for ever. From the stop on a group enables nothing, so that a message
-/// of a late thread or of a static object's destructor is dropped.
+/// static constructors. References stay valid until the process ends. From the stop on a group enables nothing, so
+/// that a message of a late thread or of a static object's destructor is dropped.
 ///
 /// Finding groups isn't locked. A set may be changed while other threads log; they see the change a little later.
 /// Tests: tests/base/lgtypestest.cpp.
