@@ -1,5 +1,8 @@
-// pointsets FOLDER: draws point sets and scenes of histograms for docs/sampling.md (tools/drawsampling.sh runs it). Each
-// sample of that page is a piece of this file.
+// pointsets FOLDER: draws the pictures of docs/sampling.md, point sets and histogram scenes, as SVG files.
+//
+// drawPoints() shows 256 points of each of six sources. drawScenes() fills six histograms, has each dump itself as an Open
+// Inventor scene, reads the vertices back from the text and projects them. All code on that page is taken from this file;
+// tools/drawsampling.sh runs the program.
 #include <base/rncosinehemisphericalrng.h>
 #include <base/rngaussianrng.h>
 #include <base/rnhaltonbirng.h>
@@ -15,8 +18,10 @@
 #include <base/rnseparablemultirng.h>
 #include <base/rnuniformsphericalrng.h>
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <fstream>
 #include <functional>
@@ -32,7 +37,7 @@ constexpr int pointCount = 256;
 constexpr int side = 150;  ///< of a panel, in pixels
 constexpr int gap = 20;
 
-/// A drawing of panels side by side, three in a row.
+/// An SVG drawing of panels, three in a row.
 class Drawing
 {
 public:
@@ -45,7 +50,7 @@ public:
                  "fill=\"white\"/>\n";
     }
 
-    /// Begins the next panel.
+    /// Begins the next panel. Close it before you open another one.
     void open(std::string const& title)
     {
         const int x = gap + _panels % 3 * (side + gap), y = gap + _panels / 3 * (side + 2 * gap);
@@ -56,7 +61,8 @@ public:
 
     void close() { _text << "</svg>\n"; }
 
-    /// Dots, or lines from each even point to the one after it; in pixels of the panel, y downward.
+    /// Draws dots, or with `areLines` a line from each even point to the next. Coordinates are pixels from the panel's upper left
+    /// corner.
     void draw(std::vector<std::pair<double, double>> const& points, bool areLines)
     {
         _text << "<path stroke-linecap=\"round\" fill=\"none\" "
@@ -83,7 +89,7 @@ public:
         file << _text.str() << "</svg>\n";
         file.close();
         if (file.fail())
-            throw std::runtime_error("can't write " + path);
+            throw std::runtime_error("cannot write '" + path + "': " + std::strerror(errno));
     }
 
 private:
@@ -137,7 +143,7 @@ struct Vertex
     double x, y, z;
 };
 
-/// The vertices behind the `number`th "vertex [" of a scene.
+/// The vertices in the `number`th list of a scene, counted from 1: points first, then the frame.
 std::vector<Vertex> verticesOf(std::string const& scene, int number)
 {
     std::size_t at = 0;
@@ -152,12 +158,12 @@ std::vector<Vertex> verticesOf(std::string const& scene, int number)
     return vertices;
 }
 
-/// How a scene is seen: pixels to a unit along the ground and upward, and what stands in the middle of the panel.
+/// How a scene is projected: pixels per unit along the ground and upward, and the point in the middle of the panel.
 struct View
 {
     double scale, upScale;
     Vertex middle;
-    bool isFlat;  ///< y is up; otherwise z, and the eye is a little above the ground
+    bool isFlat;  ///< y is up; otherwise z is up and the view is from a little above the ground
 };
 
 void addScene(Drawing& drawing, std::string const& title, std::string const& scene, View const& view)
@@ -176,7 +182,7 @@ void addScene(Drawing& drawing, std::string const& title, std::string const& sce
     drawing.open(title);
     std::vector<Vertex> frame = verticesOf(scene, 2);
     if (scene.find("orderedRGBA") != std::string::npos)
-        frame.resize(8);  // its two last vertices are in no line
+        frame.resize(8);  // no line uses the last two vertices
     drawing.draw(project(frame), true);
     drawing.draw(project(verticesOf(scene, 1)), false);
     drawing.close();
@@ -240,7 +246,7 @@ void drawScenes(std::string const& path)
 int main(int argc, char** argv)
 {
     if (argc != 2) {
-        std::cerr << "pointsets FOLDER: draws pointsets.svg and scenes.svg\n";
+        std::cerr << "usage: pointsets FOLDER\nWrites pointsets.svg and scenes.svg to FOLDER, which must exist.\n";
         return 2;
     }
     try {

@@ -9,26 +9,31 @@
 namespace Skylight
 {
 
-/// What the program tells of its work: messages and times in the library's log, and on the standard error stream, for whoever
-/// waits, how far it is. One at a time, while the library is up.
+/// Reports on the program's work: messages and times go to the library's log, progress to standard error.
+///
+/// Create at most one at a time, between the start and the stop of the library. One thread.
 class Journal
 {
 public:
-    /// `isQuiet`: nothing on the standard error stream.
+    /// Sets up logging. With `isQuiet` nothing goes to standard error.
     explicit Journal(bool isQuiet);
 
-    /// Writes what was logged.
+    /// Writes what is still queued, and takes logging down.
     ~Journal();
 
     Journal(Journal const&) = delete;
     Journal& operator=(Journal const&) = delete;
 
+    /// Logs a message at the level Informational.
     void tell(std::string const& message);
 
+    /// The two ends of a pass. endPass() logs its time, and writes what is queued.
+    /// @{
     void startPass();
     void endPass(unsigned int pass, unsigned int count);
+    /// @}
 
-    /// Logs how long the passes took.
+    /// Logs the total time of all passes, the shortest and the longest.
     void tellTimes();
 
 private:

@@ -1,5 +1,11 @@
-// skylight: spheres on a plane under an open sky, lit by directions from any source of points behind any sampler of
-// directions. Shows what a quasi-random source buys, as a picture and as a table of errors.
+// skylight: a small renderer that shows how much a quasi-random source reduces noise.
+//
+// Spheres lie on a plane under an open sky. Each pixel estimates the light on one point by a number of directions, which
+// come from a sampler over a source of points; both are options. The result is a picture, a table of errors for all
+// sources, or a histogram of the directions.
+//
+// settings.cpp has the options, sources.cpp the sources of points, render.cpp the estimate, world.cpp the scene, journal.cpp
+// the log. The files picture*.cpp write the picture in the format that the platform offers.
 #include "journal.h"
 #include "picture.h"
 #include "render.h"
@@ -10,6 +16,7 @@
 #include <base/rnhistogramspherical.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <exception>
 #include <fstream>
@@ -25,7 +32,8 @@ constexpr int success = 0;
 constexpr int failed = 1;
 constexpr int wronglyUsed = 2;
 
-/// All passes of a picture.
+/// Renders all directions of a picture in eight passes, so that the log shows progress; fewer than eight directions take
+/// one pass.
 void renderAll(Render& render, unsigned int samples, Journal& journal)
 {
     const unsigned int passes = samples < 8 ? 1 : 8;
@@ -37,6 +45,7 @@ void renderAll(Render& render, unsigned int samples, Journal& journal)
     }
 }
 
+/// Prints a hash of the picture's floats. Equal options print equal hashes on every platform.
 void printFingerprint(std::vector<Vec> const& light)
 {
     std::cout << "bits " << std::hex << std::setw(16) << std::setfill('0') << fingerprintOf(light) << std::dec
@@ -48,26 +57,32 @@ void makePicture(Journal& journal)
     const unsigned int width = static_cast<unsigned int>(Settings::width.getValue());
     const unsigned int samples = static_cast<unsigned int>(Settings::samples.getValue());
     Render render(width, Settings::source.getValue(), Settings::sampler.getValue(), samples);
-    journal.tell("picture by " + std::string(Settings::source.getValue()) + " and " + Settings::sampler.getValue());
+    journal.tell("picture from source " + std::string(Settings::source.getValue()) + " and sampler " +
+                 Settings::sampler.getValue());
     renderAll(render, samples, journal);
     journal.tellTimes();
     std::cout << render.getWidth() << " x " << render.getHeight() << " pixels, " << samples << " directions each, "
               << Settings::source.getValue() << ", " << Settings::sampler.getValue() << "\n";
     printFingerprint(render.getLight());
     const std::string path = Settings::picture.getValue();
-    if (!path.empty() && !writePicture(path, render.getWidth(), render.getHeight(), render.getBytes()))
-        throw std::runtime_error("can't write " + path);
+    if (!path.empty())
+        writePicture(path, render.getWidth(), render.getHeight(), render.getBytes());
 }
 
-/// Errors against a picture of many directions by a source that is good at it; small, as they are many pictures.
+/// Directions for each pixel of the picture that errors are measured against. With its source the remaining error is far
+/// below all errors of the table.
+constexpr unsigned int referenceDirections = 32768;
+
+/// Prints the root of the mean squared error for each source and for 4 to 4096 directions. The pictures are small, because
+/// there are many.
 void printTable(Journal& journal)
 {
-    constexpr unsigned int most = 4096, many = 32768;
+    constexpr unsigned int most = 4096;
     const unsigned int width = std::min(48u, static_cast<unsigned int>(Settings::width.getValue()));
     const std::string sampler = Settings::sampler.getValue();
-    journal.tell("table of errors for " + sampler);
-    Render reference(width, "niederreiter", sampler, many);
-    renderAll(reference, many, journal);
+    journal.tell("table of errors for sampler " + sampler);
+    Render reference(width, "niederreiter", sampler, referenceDirections);
+    renderAll(reference, referenceDirections, journal);
     std::cout << "directions";
     for (std::string const& source : PixelSource::getNames())
         std::cout << std::setw(14) << source;
@@ -84,18 +99,18 @@ void printTable(Journal& journal)
     std::cout << std::defaultfloat << std::setprecision(6);
 }
 
-template <class Histogram>
-void writeHistogram(Histogram const& histogram, std::string const& name)
+/// Writes one dump of a histogram to a file. Throws std::runtime_error with the path and the reason.
+template <class Write>
+void writeFile(std::string const& path, Write write)
 {
-    std::ofstream text(name + ".txt"), scene(name + ".iv");
-    histogram.dump(text);
-    histogram.dumpInventor(scene);
-    text.close();
-    scene.close();
-    if (text.fail() || scene.fail())
-        throw std::runtime_error("can't write " + name + ".txt and " + name + ".iv");
+    std::ofstream file(path);
+    write(file);
+    file.close();
+    if (file.fail())
+        throw std::runtime_error("cannot write '" + path + "': " + std::strerror(errno));
 }
 
+/// Draws directions, counts them by hand and writes both dumps. addSamples() would take the cosine of a cosine.
 template <class Histogram>
 void countDirections(Vn::RnSphericalRng<float>& sampler, unsigned int count, std::string const& name)
 {
@@ -105,7 +120,8 @@ void countDirections(Vn::RnSphericalRng<float>& sampler, unsigned int count, std
         sampler.getSampleCosine(cosine, phi);
         histogram.addSampleCosine(cosine, phi);
     }
-    writeHistogram(histogram, name);
+    writeFile(name + ".txt", [&histogram](std::ostream& stream) { histogram.dump(stream); });
+    writeFile(name + ".iv", [&histogram](std::ostream& stream) { histogram.dumpInventor(stream); });
 }
 
 void makeHistogram(Journal& journal)
@@ -126,8 +142,9 @@ int run()
     const std::string fault = Settings::getFault();
     const bool hasOperand = Vn::InContextAliasMgrBase::getUnboundArgs().size() > 1;
     if (hasOperand || !fault.empty()) {
-        std::cerr << "skylight: " << (hasOperand ? "there is nothing to name but options" : fault)
-                  << "; -h tells what there is\n";
+        const std::string operand = hasOperand ? Vn::InContextAliasMgrBase::getUnboundArgs()[1] : "";
+        std::cerr << "skylight: " << (hasOperand ? "unexpected argument '" + operand + "'" : fault)
+                  << "; skylight --help lists the options\n";
         return wronglyUsed;
     }
     Journal journal(Settings::quiet.getValue());
@@ -138,20 +155,22 @@ int run()
     if (*Settings::histogram.getValue() != '\0')
         makeHistogram(journal);
     if (!std::cout.flush())
-        throw std::runtime_error("the standard output stream can't be written");
+        throw std::runtime_error("cannot write to standard output");
     return success;
 }
 
 void printHelp()
 {
-    std::cout << "skylight [OPTION]...: spheres under an open sky, lit by directions of your choice.\n\n";
+    std::cout << "usage: skylight [OPTION]...\n"
+                 "Renders spheres under an open sky from directions of your choice.\n\n";
     Settings::printHelp(std::cout);
     std::cout
-        << "  -h, --help   this text\n\n"
-           "An option counts more than its variable, and that more than the default. The same options give the\n"
-           "same bits on all platforms, but for the source \"system\", which is the platform's own. Messages and\n"
-           "times are in events.log and prof.log, in T4Q_TEST_DIR or the folder for temporary files.\n"
-           "Exit code: 0 for success, 1 for a failure, 2 for wrong use.\n";
+        << "  -h, --help   show this help\n\n"
+           "An option overrides its environment variable, which overrides the default. Equal options give the\n"
+           "same bits on all platforms, except with the source \"system\", which is the platform's rand().\n"
+           "Messages go to events.log and times to prof.log, in the folder that T4Q_TEST_DIR names or else in\n"
+           "the folder for temporary files.\n"
+           "Exit code: 0 for success, 1 for a failure, 2 for wrong usage.\n";
 }
 }  // namespace
 

@@ -7,11 +7,13 @@
 namespace Skylight
 {
 
-/// The ending of this platform's picture files: "png", or "ppm" where Debian has no libpng to build with.
+/// The suffix of this platform's picture files: "png", or "ppm" where the build has no libpng.
 char const* getPictureSuffix();
 
-/// Writes bytes of red, green and blue, row by row from the top. False if the file can't be written.
-bool writePicture(std::string const& path, unsigned int width, unsigned int height,
+/// Writes a picture to `path`, whatever its suffix: bytes of red, green and blue, row by row from the top.
+///
+/// Throws std::runtime_error with the path and the reason if the file cannot be written.
+void writePicture(std::string const& path, unsigned int width, unsigned int height,
                   std::vector<std::uint8_t> const& bytes);
 
 }  // namespace Skylight

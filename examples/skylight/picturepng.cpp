@@ -1,7 +1,9 @@
-// The form with libpng (where there is none: pictureppm.cpp).
+// The form with libpng (without it: pictureppm.cpp).
 #include "picture.h"
 
 #include <png.h>
+
+#include <stdexcept>
 
 namespace Skylight
 {
@@ -11,7 +13,7 @@ char const* getPictureSuffix()
     return "png";
 }
 
-bool writePicture(std::string const& path, unsigned int width, unsigned int height,
+void writePicture(std::string const& path, unsigned int width, unsigned int height,
                   std::vector<std::uint8_t> const& bytes)
 {
     png_image image{};
@@ -19,7 +21,8 @@ bool writePicture(std::string const& path, unsigned int width, unsigned int heig
     image.width = width;
     image.height = height;
     image.format = PNG_FORMAT_RGB;
-    return png_image_write_to_file(&image, path.c_str(), 0, bytes.data(), 0, nullptr) != 0;
+    if (png_image_write_to_file(&image, path.c_str(), 0, bytes.data(), 0, nullptr) == 0)
+        throw std::runtime_error("cannot write '" + path + "': " + image.message);
 }
 
 }  // namespace Skylight

@@ -1,7 +1,10 @@
-// The form without libpng (with it: picturepng.cpp): a portable pixmap, which most viewers show.
+// The form without libpng (with it: picturepng.cpp). It writes a portable pixmap, which most viewers can show.
 #include "picture.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
+#include <stdexcept>
 
 namespace Skylight
 {
@@ -11,7 +14,7 @@ char const* getPictureSuffix()
     return "ppm";
 }
 
-bool writePicture(std::string const& path, unsigned int width, unsigned int height,
+void writePicture(std::string const& path, unsigned int width, unsigned int height,
                   std::vector<std::uint8_t> const& bytes)
 {
     std::ofstream file(path, std::ios::binary);
@@ -19,7 +22,8 @@ bool writePicture(std::string const& path, unsigned int width, unsigned int heig
     for (std::uint8_t byte : bytes)
         file.put(static_cast<char>(byte));
     file.close();
-    return !file.fail();
+    if (file.fail())
+        throw std::runtime_error("cannot write '" + path + "': " + std::strerror(errno));
 }
 
 }  // namespace Skylight

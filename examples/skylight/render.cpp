@@ -40,8 +40,8 @@ void Render::addPass(unsigned int first, unsigned int count)
     _done += count;
 }
 
-/// What a matt surface gets of the sky: each direction's light by the cosine law, divided by how dense the sampler makes such
-/// directions.
+/// An estimate, by importance sampling, of the light that a matt surface receives: each direction's light times the cosine of
+/// its angle, divided by the sampler's density in that direction.
 Vec Render::gather(Pixel const& pixel, unsigned int count)
 {
     _sampler->getSequenceXYZ(count, _x.data(), _y.data(), _z.data());

@@ -10,31 +10,32 @@
 namespace Skylight
 {
 
-/// A picture that gathers light pass by pass: each pass adds the same number of directions to every pixel.
+/// A picture that gathers light pass by pass. Each pass adds the same number of directions to every pixel.
 class Render
 {
 public:
-    /// `samples` is the number that a pixel takes in all passes together.
+    /// `width` in pixels; the height is 5/8 of it. `source` and `sampler` are names from sources.h. `samples` is the number of
+    /// directions that a pixel takes in all passes together.
     Render(unsigned int width, std::string const& source, std::string const& sampler, unsigned int samples);
 
-    /// Adds the directions from number `first` on.
+    /// Adds `count` directions to each pixel, starting with number `first`.
     void addPass(unsigned int first, unsigned int count);
 
     unsigned int getWidth() const { return _width; }
     unsigned int getHeight() const { return _height; }
     std::size_t getPixelCount() const { return _pixels.size(); }
 
-    /// The light of each pixel as it is so far.
+    /// The light of each pixel so far, row by row from the top.
     std::vector<Vec> getLight() const;
 
-    /// The same as bytes of red, green and blue, row by row from the top.
+    /// getLight() as bytes of red, green and blue, brightened for a screen.
     std::vector<std::uint8_t> getBytes() const;
 
 private:
     struct Pixel
     {
         Hit hit;
-        Vec sum;  ///< over all directions; the sky itself where nothing was hit
+        Vec sum;  ///< over all directions; the colour of the sky where the ray hit nothing
     };
 
     Vec gather(Pixel const& pixel, unsigned int count);
@@ -48,10 +49,10 @@ private:
     std::vector<float> _x, _y, _z;
 };
 
-/// Root of the mean squared difference of two pictures' light.
+/// The root of the mean squared difference between two pictures of equal size.
 double differenceOf(std::vector<Vec> const& left, std::vector<Vec> const& right);
 
-/// A number that tells pictures apart to the bit (FNV-1a).
+/// A hash of a picture's bits (FNV-1a). Equal pictures have equal hashes.
 std::uint64_t fingerprintOf(std::vector<Vec> const& light);
 
 }  // namespace Skylight

@@ -27,28 +27,28 @@ const Option samplesOption("n:", "-n COUNT     directions for each pixel, 1 to 6
 const Variable samplesVariable("SKYLIGHT_SAMPLES", "SKYLIGHT_SAMPLES");
 const Default samplesDefault("64", "64");
 
-const Option sourceOption("s:", "-s SOURCE    where points come from");
+const Option sourceOption("s:", "-s SOURCE    source of the points, one of the following");
 const Variable sourceVariable("SKYLIGHT_SOURCE", "SKYLIGHT_SOURCE");
 const Default sourceDefault("halton", "halton");
 
-const Option samplerOption("d:", "-d SAMPLER   how they become directions");
+const Option samplerOption("d:", "-d SAMPLER   sampler that makes directions of points, one of the following");
 const Variable samplerVariable("SKYLIGHT_SAMPLER", "SKYLIGHT_SAMPLER");
 const Default samplerDefault("cosine", "cosine");
 
-const Option pictureOption("o:", "-o FILE      picture");
+const Option pictureOption("o:", "-o FILE      write the picture to FILE");
 const Variable pictureVariable("SKYLIGHT_PICTURE", "SKYLIGHT_PICTURE");
 const Default pictureDefault("", "none");
 
-const Option histogramOption("H:", "-H NAME      histogram of directions, to NAME.txt and NAME.iv");
+const Option histogramOption("H:", "-H NAME      write a histogram of the directions to NAME.txt and NAME.iv");
 const Variable histogramVariable("SKYLIGHT_HISTOGRAM", "SKYLIGHT_HISTOGRAM");
 const Default histogramDefault("", "none");
 
-const Option tableOption("t",
-                         "-t           table of errors by source and number of directions, instead of a picture");
+const Option
+    tableOption("t", "-t           print errors by source and number of directions instead of making a picture");
 const Variable tableVariable("SKYLIGHT_TABLE", "SKYLIGHT_TABLE");
 const Default tableDefault("false", "false");
 
-const Option quietOption("q", "-q           no progress and no times");
+const Option quietOption("q", "-q           do not print progress and times");
 const Variable quietVariable("SKYLIGHT_QUIET", "SKYLIGHT_QUIET");
 const Default quietDefault("false", "false");
 
@@ -91,7 +91,7 @@ void printHelp(std::ostream& stream)
     printRow(stream, samplerOption, samplerVariable, samplerDefault);
     stream << "               " << listOf(getSamplerNames()) << "\n";
     printRow(stream, pictureOption, pictureVariable, pictureDefault);
-    stream << "               written as " << getPictureSuffix() << " on this platform, whatever the name\n";
+    stream << "               in the format " << getPictureSuffix() << " on this platform, whatever the suffix\n";
     printRow(stream, histogramOption, histogramVariable, histogramDefault);
     printRow(stream, tableOption, tableVariable, tableDefault);
     printRow(stream, quietOption, quietVariable, quietDefault);
@@ -100,13 +100,13 @@ void printHelp(std::ostream& stream)
 std::string getFault()
 {
     if (width.getValue() < 16 || width.getValue() > 4096)
-        return "the width must be from 16 to 4096";
+        return "width " + std::to_string(width.getValue()) + " is not in the range 16 to 4096";
     if (samples.getValue() < 1 || samples.getValue() > 65536)
-        return "the number of directions must be from 1 to 65536";
+        return std::to_string(samples.getValue()) + " directions are not in the range 1 to 65536";
     if (!isOneOf(source.getValue(), PixelSource::getNames()))
-        return std::string("there is no source ") + source.getValue();
+        return std::string("unknown source '") + source.getValue() + "'";
     if (!isOneOf(sampler.getValue(), getSamplerNames()))
-        return std::string("there is no sampler ") + sampler.getValue();
+        return std::string("unknown sampler '") + sampler.getValue() + "'";
     return "";
 }
 

@@ -13,14 +13,14 @@ class skylight
 {};
 }  // namespace VnInit
 
-/// The program's package: it comes up when the whole library is up, log included.
+/// The program's package. It starts after all packages of the library, the log included.
 template <>
 class Vn::InInit<VnInit::skylight> : public Vn::InPackageInit
 {
     VN_PACKAGE_MEMBERS();
 };
 
-/// What the user has chosen, by option, environment or default.
+/// The user's settings. Each comes from an option, an environment variable or a default, in this order.
 namespace Skylight::Settings
 {
 
@@ -28,9 +28,10 @@ extern Vn::InVariable<int> width, samples;
 extern Vn::InVariable<char const*> source, sampler, picture, histogram;
 extern Vn::InVariable<bool> table, quiet;
 
+/// Prints one line for each option.
 void printHelp(std::ostream& stream);
 
-/// What is wrong with the settings; empty if nothing is.
+/// The first invalid setting and what is allowed instead, as one line; empty if all settings are valid.
 std::string getFault();
 
 }  // namespace Skylight::Settings

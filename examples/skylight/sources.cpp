@@ -17,7 +17,7 @@ namespace Skylight
 {
 namespace
 {
-/// A number from 0 to below 1 that looks like chance (S. Vigna's splitmix64).
+/// A hash of `n` as a number from 0 to below 1 (S. Vigna's splitmix64).
 float hashed(std::uint64_t n)
 {
     n *= 0x9E3779B97F4A7C15;
@@ -47,7 +47,8 @@ private:
     Vn::RnSeparableBiRng<float> _pairs{&_uniform};
 };
 
-/// Base 2 on both axes, the second one run ahead: what a sequence gives that isn't made for two dimensions.
+/// One sequence on both axes, the second seven points ahead. This is what goes wrong with a sequence for one dimension: the
+/// points lie on a few lines.
 class OneDimensionalSource : public PixelSource
 {
 public:
@@ -155,7 +156,7 @@ void PixelSource::getSample(float& x, float& y)
 
 void PixelSource::getSequence(unsigned int n, float* x, float* y)
 {
-    // Point by point: a Hammersley source would begin its set anew in each sequence.
+    // Single draws, because a Hammersley source begins its set anew in each sequence.
     for (unsigned int i = 0; i < n; ++i)
         PixelSource::getSample(x[i], y[i]);
 }

@@ -10,19 +10,22 @@
 namespace Skylight
 {
 
-/// A source of points of the unit square for one pixel after the other: points of one sequence, or set, moved by an offset of
-/// the pixel's own and wrapped round, so that neighbours don't share their error (R. Cranley and T. N. L. Patterson,
-/// Randomization of number theoretic methods for multiple integration, SIAM J. Numer. Anal. 13, 1976).
+/// A source of points in the unit square, used for one pixel after another.
+///
+/// All pixels take the same points, each shifted by an offset of the pixel's own and wrapped around. Without the shift
+/// neighbouring pixels would have the same error, which shows as a pattern (R. Cranley and T. N. L. Patterson, Randomization
+/// of number theoretic methods for multiple integration, SIAM J. Numer. Anal. 13, 1976).
 class PixelSource : public Vn::RnBiRng<float>
 {
 public:
-    /// The names that make() knows.
+    /// The names that make() accepts.
     static std::vector<std::string> getNames();
 
-    /// A source by its name; `length` is the number of points that a pixel will take in all.
+    /// Makes the source with this name; any other name makes "halton". `length` is the number of points that a pixel will take
+    /// in all, which "hammersley" needs beforehand.
     static std::unique_ptr<PixelSource> make(std::string const& name, unsigned int length);
 
-    /// Goes to a pixel's points from number `first` on. A random source has no such place and goes on.
+    /// Goes to point number `first` of a pixel. A random source cannot jump and continues its sequence.
     void goTo(unsigned int pixel, unsigned int first);
 
     void getSample(float& x, float& y) override;
@@ -35,7 +38,7 @@ public:
     void restart() override;
 
 protected:
-    /// The sequence's own next point, and a jump in it.
+    /// The next point before the shift, and a jump to point `index`.
     virtual void draw(float& x, float& y) = 0;
     virtual void jump(unsigned int index) = 0;
 
@@ -44,8 +47,10 @@ private:
     float _yOffset = 0.0f;
 };
 
-/// A sampler of directions, by one of getSamplerNames(), over a source that must outlive it.
+/// Makes the sampler of directions with this name; any other name makes "cosine". The source must outlive it.
 std::unique_ptr<Vn::RnSphericalRng<float>> makeSampler(std::string const& name, Vn::RnBiRng<float>* source);
+
+/// The names that makeSampler() accepts.
 std::vector<std::string> getSamplerNames();
 
 }  // namespace Skylight

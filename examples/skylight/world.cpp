@@ -19,9 +19,10 @@ const Sphere spheres[] = {
     {{1.15f, -0.85f, 0.22f}, 0.22f, {0.95f, 0.75f, 0.3f}},
 };
 
-constexpr float nearest = 1e-3f;  ///< a ray doesn't meet what it starts from
+constexpr float nearest =
+    1e-3f;  ///< closer hits are ignored, so that a ray does not hit the surface it starts from
 
-/// How far along the ray the sphere lies; 0 if it is missed.
+/// The distance to the sphere along the ray; 0 if the ray misses it.
 float distanceTo(Sphere const& sphere, Vec from, Vec direction)
 {
     const Vec offset = sphere.centre - from;
@@ -81,7 +82,7 @@ Vec getSky(Vec direction)
     const float near = dot(direction, sun);
     float glow = near > 0.0f ? near : 0.0f;
     for (int i = 0; i < 4; ++i)
-        glow *= glow;  // its 16th power
+        glow *= glow;  // the 16th power in the end
     return (1.0f - height) * horizon + height * zenith + 5.0f * glow * Vec{1.0f, 0.85f, 0.6f};
 }
 

@@ -5,7 +5,7 @@
 namespace Skylight
 {
 
-/// Where a ray meets something.
+/// Where a ray hits a surface.
 struct Hit
 {
     bool isThere = false;
@@ -14,19 +14,25 @@ struct Hit
     Vec colour{};
 };
 
-/// A few spheres on a plane under an open sky. Only sums, products, quotients and roots: the same bits everywhere.
+/// A few spheres on a plane under an open sky. Only additions, multiplications, divisions and square roots are used, so that
+/// pictures have the same bits on every platform.
 namespace World
 {
 
+/// The first surface that a ray hits.
 Hit meet(Vec from, Vec direction);
+
+/// Whether a ray reaches the sky.
 bool isFree(Vec from, Vec direction);
 
-/// The light that comes from a direction of the sky.
+/// The light from a direction of the sky.
 Vec getSky(Vec direction);
 
-/// Where the camera stands, and its ray through a point of the picture; both coordinates from -1 to 1, right and up, with
-/// the height less by `aspect`.
+/// The camera's position.
 Vec getEye();
+
+/// The camera's ray through a point of the picture. Coordinates go from -1 to 1, to the right and up; `aspect` is the height
+/// divided by the width.
 Vec getRay(float right, float up, float aspect);
 
 }  // namespace World

@@ -150,7 +150,8 @@ TEST_F(SkylightTest, logsWhatItDoesAndHowLongItTook)
     const ChildRun result = run({"-w", "16", "-n", "8"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_NE(result.err.find("pass 8 of 8: "), std::string::npos);
-    EXPECT_NE(contentOf(folder / "events.log").find("Informational: Render picture by halton and cosine\n"),
+    EXPECT_NE(contentOf(folder / "events.log")
+                  .find("Informational: Render picture from source halton and sampler cosine\n"),
               std::string::npos);
     const std::string times = contentOf(folder / "prof.log");
     EXPECT_NE(times.find("Profiling: Render pass 8 of 8: "), std::string::npos);
@@ -164,24 +165,27 @@ TEST_F(SkylightTest, refusesWhatItCantDo)
         std::vector<std::string> arguments;
         char const* fault;
     } table[] = {
-        {{"-w", "15"}, "the width must be from 16 to 4096"},
-        {{"-w", "4097"}, "the width must be from 16 to 4096"},
-        {{"-n", "0"}, "the number of directions must be from 1 to 65536"},
-        {{"-n", "65537"}, "the number of directions must be from 1 to 65536"},
-        {{"-s", "dice"}, "there is no source dice"},
-        {{"-d", "cube"}, "there is no sampler cube"},
-        {{"file"}, "there is nothing to name but options"},
+        {{"-w", "15"}, "width 15 is not in the range 16 to 4096"},
+        {{"-w", "4097"}, "width 4097 is not in the range 16 to 4096"},
+        {{"-n", "0"}, "0 directions are not in the range 1 to 65536"},
+        {{"-n", "65537"}, "65537 directions are not in the range 1 to 65536"},
+        {{"-s", "dice"}, "unknown source 'dice'"},
+        {{"-d", "cube"}, "unknown sampler 'cube'"},
+        {{"file"}, "unexpected argument 'file'"},
     };
     for (auto const& row : table) {
         const ChildRun result = run(row.arguments);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.out, "");
-        EXPECT_EQ(result.err, std::string("skylight: ") + row.fault + "; -h tells what there is\n");
+        EXPECT_EQ(result.err, std::string("skylight: ") + row.fault + "; skylight --help lists the options\n");
     }
     const std::string nowhere = (folder / "missing" / "picture").string();
-    const ChildRun result = run({"-q", "-w", "16", "-n", "1", "-o", nowhere});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.err, "skylight: can't write " + nowhere + "\n");
+    for (char const* option : {"-o", "-H"}) {
+        const ChildRun result = run({"-q", "-w", "16", "-n", "1", option, nowhere});
+        EXPECT_EQ(result.exitCode, 1);
+        const std::string file = option[1] == 'H' ? nowhere + ".txt" : nowhere;
+        EXPECT_EQ(result.err, "skylight: cannot write '" + file + "': No such file or directory\n");
+    }
 }
 
 TEST_F(SkylightTest, helpTellsOfSourcesAndSamplers)
@@ -190,6 +194,16 @@ TEST_F(SkylightTest, helpTellsOfSourcesAndSamplers)
     EXPECT_EQ(result.exitCode, 0);
     for (char const* word : {"niederreiter", "hemisphere", "SKYLIGHT_SAMPLES", "on this platform", "same bits"})
         EXPECT_NE(result.out.find(word), std::string::npos) << word;
+}
+
+TEST(Pointsets, namesTheFileThatItCannotWriteAndWhy)
+{
+    const std::string nowhere = (fs::current_path() / "pointsets.missing").string();
+    Child child = Child::program("pointsets");
+    const ChildRun result = child.arguments({nowhere}).run();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(withPlainLines(result.err),
+              "pointsets: cannot write '" + nowhere + "/pointsets.svg': No such file or directory\n");
 }
 
 TEST(Pointsets, drawsTheDocumentsPictures)
