@@ -67,6 +67,7 @@ public:
 
     /// Depth 0.
     Trace();
+
     /// Not while an Entry of this object exists.
     virtual ~Trace();
 
@@ -138,6 +139,7 @@ public:
     /// Prints "+ FUNCTION" and increases the depth by 2; without indenting, ">>> FUNCTION". Null texts count as
     /// empty.
     Entry(Trace& trace, TraceLevel const& level, char const* function, char const* file, int line);
+
     /// Prints "/" and decreases the depth by 2; without indenting, "<<< FUNCTION".
     ~Entry();
 
