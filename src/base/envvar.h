@@ -96,6 +96,7 @@ public:
 
     /// Copies name, value and default. The copy does not enter the registry, so it isn't listed.
     EnvVar(EnvVar const& other);
+
     /// Copies name, value and default; both objects stay registered as they were.
     EnvVar& operator=(EnvVar const&) = default;
 
@@ -154,6 +155,7 @@ public:
 
     /// Looks the variable up and converts it again.
     void refresh() override;
+
     /// As EnvVar::dump(), with the numbers in place of the quoted texts: ` value 12 default 5`.
     std::ostream& dump(std::ostream& stream) const override;
 
@@ -181,6 +183,7 @@ public:
 
     /// Looks the variable up and converts it again.
     void refresh() override;
+
     /// As EnvIntVar::dump(), with the numbers in the stream's own format.
     std::ostream& dump(std::ostream& stream) const override;
 

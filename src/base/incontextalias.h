@@ -77,12 +77,15 @@ private:
 /// beats an option, which beats the environment, which beats a default.
 class InInitOvr
 {};
+
 /// An option on the command line.
 class InInitArg
 {};
+
 /// An environment variable.
 class InInitEnv
 {};
+
 /// A text in the program.
 class InInitDef
 {};
@@ -120,6 +123,7 @@ public:
     /// Both texts are copied; null counts as empty. Throws InEx::ExContextAliasAlreadyDefined for a second
     /// declaration of a key of InInitArg or InInitEnv, and InEx::ExNoNewContextAliasAfterInit.
     InContextAlias(char const* key, char const* description);
+
     /// Leaves the manager. A key is free again once its declaration and all clones are destroyed.
     ~InContextAlias() override;
 

@@ -48,6 +48,7 @@ private:
 
     /// Appends the strings and takes them over: all of them or (if there is no memory) none.
     static void addArgs(std::vector<ArrayPtr<char>>& strings);
+
     /// Deletes the strings and empties the list.
     static void clearArgs();
 
@@ -74,6 +75,7 @@ public:
     /// Options take their elements out of the argument list; an unknown option ends the parsing without a message,
     /// and a repeated option keeps its last value. Keys that share their first character are one option.
     static void initialize();
+
     /// Calls finalize() of every alias. They can be given their values again, but no new ones can be made.
     static void finalize();
 

@@ -18,11 +18,14 @@ public:
         : _wordsPerRow((size + bitsPerWord - 1) / bitsPerWord), _words(size * _wordsPerRow)
     {}
 
+    /// @{
+    /// Reads or sets bit (i, j), both below the size.
     bool test(std::size_t i, std::size_t j) const { return (word(i, j) >> (j % bitsPerWord) & 1) != 0; }
 
     void set(std::size_t i, std::size_t j) { _words[offset(i, j)] |= std::uint64_t{1} << (j % bitsPerWord); }
+    /// @}
 
-    /// Sets in row `to` all that is set in row `from`.
+    /// Sets in row `to` everything that is set in row `from`.
     void merge(std::size_t to, std::size_t from)
     {
         // In local variables, which the words written can't alias.

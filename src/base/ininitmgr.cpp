@@ -195,6 +195,7 @@ void InInitMgr::State::startWaiting()
         _packagesToInit.swap(_packagesWaiting);
         _holesWaiting = 0;
         ++_batch;
+        // Either may throw, and the batch stays where it is for the report.
         closeMatrix(buildDependencies());
         if (_cycleDetected)
             throw InEx::ExDependencyCycle(sourceName, __LINE__);
@@ -277,7 +278,8 @@ InDependencyGraph InInitMgr::State::buildDependencies()
     return graph;
 }
 
-/// Replaces the counts of listed dependencies by those of the closure.
+/// Replaces the counts of listed dependencies by those of the closure. The matrix is only kept for the report of a
+/// cycle; the order itself needs no more than the counts.
 void InInitMgr::State::closeMatrix(InDependencyGraph const& graph)
 {
     InDependencyClosure closure = closeDependencies(graph);
@@ -549,6 +551,7 @@ bool InInitMgr::isFinalizing() const
     return _state->_finalizing;
 }
 
+/// The texts are part of the interface, grammar included.
 std::ostream& InInitMgr::dump(std::ostream& stream) const
 {
     if (_state->_packagesWaiting.empty())
@@ -628,8 +631,8 @@ std::ostream& operator<<(std::ostream& stream, InInitMgr const& manager)
     return manager.dump(stream);
 }
 
-/// Intended: only an InEx is handled, since the dump explains it. After any other exception the packages keep running;
-/// do not mend.
+/// Intended: only an InEx is handled, since the dump explains it. After any other exception the packages keep
+/// running; do not mend.
 InInitGuard::InInitGuard(int& argc, char const* const*& argv)
 {
     InInitMgr& manager = InInitMgr::getInstance();
@@ -662,6 +665,8 @@ InReinitGuard::InReinitGuard()
     InInitMgr::getInstance().incReinitCount();
 }
 
+/// The same rule for exceptions as in InInitGuard: a failed start must be seen, but must not end the program while
+/// another exception is unwinding.
 InReinitGuard::~InReinitGuard() noexcept(false)
 {
     try {

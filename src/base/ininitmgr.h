@@ -142,6 +142,7 @@ public:
     InInitGuard(int& argc, char const* const*& argv);
     InInitGuard(InInitGuard const&) = delete;
     InInitGuard& operator=(InInitGuard const&) = delete;
+
     /// Calls InInitMgr::finalize() and lets its exception out, unless another exception is unwinding already: then it
     /// is dropped.
     ~InInitGuard() noexcept(false);
@@ -164,6 +165,7 @@ public:
     InReinitGuard();
     InReinitGuard(InReinitGuard const&) = delete;
     InReinitGuard& operator=(InReinitGuard const&) = delete;
+
     /// The last guard starts what waits, even if InInitMgr::initialize() has never been called. Throws what that
     /// throws, unless another exception is unwinding already: then it is dropped.
     ~InReinitGuard() noexcept(false);

@@ -21,8 +21,10 @@ class VN_BASE_EXPORT InPackageInitBase
 public:
     /// Nothing to destroy here.
     virtual ~InPackageInitBase();
+
     /// Called by the variable's constructor. `variable` isn't complete yet: keep its address, call nothing.
     virtual void addDependency(InVariableBase* variable) = 0;
+
     /// Called by the variable's destructor, and by its constructor after a failure.
     virtual void removeDependency(InVariableBase* variable) = 0;
 };
@@ -52,6 +54,7 @@ public:
 
     /// Appends a variable. Throws ExInternalError ("variable != 0") for null.
     void addDependency(InVariableBase* variable) override;
+
     /// Removes the first entry equal to `variable`; one that isn't there is no error.
     void removeDependency(InVariableBase* variable) override;
 

@@ -49,6 +49,7 @@ namespace Vn
 {
 namespace
 {
+/// The managers of the four kinds of sources.
 using OverrideMgr = InContextAliasMgr<InContextAlias<InInitOvr, 0>>;
 using ArgumentMgr = InContextAliasMgr<InContextAlias<InInitArg, 1>>;
 using EnvironmentMgr = InContextAliasMgr<InContextAlias<InInitEnv, 1>>;

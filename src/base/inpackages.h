@@ -71,6 +71,7 @@ public:
     /// Applies the trace options, makes the build-information log group, and reads two settings:
     /// `VN_BUILDINFO_NO_VALIDATE` and `VN_BUILDINFO_CHECK_STAMPS`, each off at 0.
     void performInitialize() override;
+
     /// Destroys the build-information list and its log group.
     void performFinalize() override;
 };
@@ -95,6 +96,7 @@ class VN_BASE_EXPORT InInit<VnInit::heapMgr> : public InPackageInit
 public:
     /// Creates the HmHeapMgr, and prints its state to standard output if the environment asks for that.
     void performInitialize() override;
+
     /// Destroys the HmHeapMgr.
     void performFinalize() override;
 };
@@ -109,6 +111,7 @@ public:
     /// Parses the arguments and takes the options out of the list; the rest is
     /// InContextAliasMgrBase::getUnboundArgs().
     void performInitialize() override;
+
     /// Takes the values away from the options; the argument list stays.
     void performFinalize() override;
 };
@@ -122,6 +125,7 @@ class VN_BASE_EXPORT InInit<VnInit::initialize> : public InPackageInit
 public:
     /// Gives the sources their values. The environment is read here, once; overrides are refused from here on.
     void performInitialize() override;
+
     /// Takes the values away from the sources.
     void performFinalize() override;
 };
@@ -142,6 +146,7 @@ class VN_BASE_EXPORT InInit<VnInit::logger> : public InPackageInit
 public:
     /// LgLog::init(): reads the environment and opens the log files. Throws what that throws.
     void performInitialize() override;
+
     /// LgLog::destroy(): closes the log files. What is still in the queues is not written.
     void performFinalize() override;
 };
@@ -155,6 +160,7 @@ class VN_BASE_EXPORT InInit<VnInit::osal> : public InPackageInit
 public:
     /// OsCpuInfo::initialize() and OsMemoryArch::getInstance(): asks the system about processor and memory.
     void performInitialize() override;
+
     /// OsCpuInfo::finalize().
     void performFinalize() override;
 };
@@ -168,6 +174,7 @@ class VN_BASE_EXPORT InInit<VnInit::profiling> : public InPackageInit
 public:
     /// Chooses the engine of the hardware counter and creates the Sleeper singleton.
     void performInitialize() override;
+
     /// Destroys the Sleeper singleton; the hardware counter's engine stays.
     void performFinalize() override;
 };

@@ -25,7 +25,8 @@ class InTypeTable
 public:
     static constexpr unsigned none = 0xFFFFFFFF;
 
-    /// Adds `type` with its position; false, and nothing changed, if it is there already.
+    /// Adds `type` with its position; false, and nothing changed, if it is there already. By address first: that
+    /// answers most second insertions without a look at the name.
     bool insert(std::type_info const& type, unsigned position)
     {
         if (findByAddress(type) != none)
@@ -128,6 +129,7 @@ private:
         ++table.used;
     }
 
+    /// Moves all slots to a table of `slots` places, a power of two.
     static void resize(Table& table, std::size_t slots)
     {
         std::vector<Slot> larger(slots);
@@ -149,6 +151,7 @@ private:
 
     /// One slot for each type.
     Table _byName;
+
     /// One slot for each address asked for.
     Table _byAddress;
 };

@@ -36,6 +36,7 @@ public:
 
     /// Takes a pending override and chooses the source. For the owning package, before its performInitialize().
     void initialize();
+
     /// Releases the source: reading throws from here on. For the owning package, after its performFinalize().
     void finalize();
 
@@ -74,6 +75,7 @@ protected:
     public:
         /// Its description is "InVariableBase::_dummy".
         InContextAliasDummy();
+
         /// @{
         /// Aborts the program: nothing may call these.
         InContextAliasBase* clone() const override;

@@ -42,6 +42,7 @@ class VN_BASE_EXPORT LgInterProcessLockGuard
 public:
     /// Blocks until `lock` is free; null does nothing. Throws what lock() throws.
     explicit LgInterProcessLockGuard(LgInterProcessLock* lock);
+
     /// Unlocks. Throws what unlock() throws, unless another exception is unwinding already: then that is dropped.
     ~LgInterProcessLockGuard() noexcept(false);
 

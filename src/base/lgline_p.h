@@ -91,6 +91,7 @@ private:
         _size += width;
     }
 
+    /// Not initialised: 32 KiB of zeros for each line would cost more than the line.
     char _text[64 + 32768];  ///< the longest prefix, the longest text and the line end
     std::size_t _size = 0;
     bool _hasPrefix = false;

@@ -44,6 +44,7 @@ bool LgQueue::reserveEntry(LgTypes::Level level)
         countLoss();
         return false;
     }
+    // Beyond what the reader may look at, until addEntry().
     Entry& entry = _entries[_writeIndex.get()];
     entry.setTimeStamp(HwCounter::timeStamp());
     entry.setOverflowEntry(false);

@@ -48,6 +48,7 @@ public:
         /// The messages lost, of an overflow entry. It can be too high, as an entry keeps the count of its last use
         /// until it is used for a message; it may rise while it is read.
         std::int32_t getOverflowCount() const { return load(); }
+
         /// One more is lost. For the writer.
         void incOverflowCount() { store(load() + 1); }
 
@@ -93,6 +94,7 @@ public:
     LgQueue(LgQueue& source);
     LgQueue& operator=(LgQueue& source);
     /// @}
+
     /// Frees both rings and the observer. Neither side may use the queue any more.
     ~LgQueue();
 
@@ -138,12 +140,16 @@ public:
     /// Whether there is nothing to read. May be stale: a message that the writer adds meanwhile shows at the next
     /// call.
     bool isEmpty() const { return _writeIndex.watch() == _readIndex.watch(); }
+
     /// Entries that the ring can hold, the count of losses included: 1,023.
     static std::uint32_t getMaxSize() { return ringSize - 1; }
+
     /// The number given to the constructor, its low 32 bits.
     unsigned long getThreadId() const { return _threadId; }
+
     /// False once creatorExit() was called. If it is false and isEmpty() is true after that, no message will follow.
     bool isCreatorAlive() const;
+
     /// @{
     /// The text of the messages: the writer writes to it, the reader reads from it.
     LgStream& getStream() { return _stream; }

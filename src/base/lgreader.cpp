@@ -104,7 +104,7 @@ bool recoverEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
 }
 
 /// Writes to standard output, which is tried again with each line: a pipe may be read again, a disk may have room
-/// again.
+/// again. A stream that failed for another reason than the device keeps its state.
 void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId)
 {
     if (std::cout.bad())
@@ -166,7 +166,7 @@ void LgReader::flushQueue(LgQueue* queue)
     else
         line.putText(queue->getStream());
     try {
-        // In one piece, so that a crash in between can't tear it.
+        // In one piece, so that a crash in between can't cut it.
         if (std::ostream* const output = LgLog::getLevelOutput(level)) {
             LgFile& file = static_cast<LgFile&>(*output);  // no level has another kind
             file.tellDropped(ticks, queue->getThreadId(), hasPrefix, line.getText().size());

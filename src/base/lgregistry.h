@@ -24,6 +24,7 @@ public:
 
     /// Makes `queue` known to the reader. Called by the thread layer, as a rule on the queue's own thread.
     virtual void registerQueue(LgQueue* queue) = 0;
+
     /// Makes the reader forget `queue`. Called by the reader before it deletes a queue whose thread has ended.
     virtual void deregisterQueue(LgQueue* queue) = 0;
 

@@ -26,6 +26,7 @@ public:
 
     /// Position 0.
     constexpr LgRingIndex() = default;
+
     /// `value` modulo `size`.
     constexpr explicit LgRingIndex(std::uint32_t value) : _value(value & mask) {}
 

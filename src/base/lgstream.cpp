@@ -156,6 +156,7 @@ void LgStream::refuse()
 /// The slow form of the inline operator.
 void LgStream::writeCharacter(char character)
 {
+    // Loaded once, so that all decisions of this step see the same room; it can only have grown since.
     const Index readIndex = _readIndex.watch();
     if (!prepareWriting(readIndex))
         return;

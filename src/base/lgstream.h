@@ -36,11 +36,13 @@ public:
 
     /// An empty ring; allocates its 32 KiB. Throws `std::bad_alloc`.
     LgStream();
+
     /// @{
     /// Shares the ring with the source; only one of the two may be used and destroyed.
     LgStream(LgStream const&) = default;
     LgStream& operator=(LgStream const&) = default;
     /// @}
+
     /// Frees the ring.
     ~LgStream();
 
@@ -144,6 +146,7 @@ public:
 
     /// Characters that fit, 0 to 32,767. Exact for the writer until the reader takes a string, which only makes room.
     std::uint32_t getNumCharacters() const;
+
     /// Whether not even one character fits.
     bool isFull() const;
 

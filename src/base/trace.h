@@ -69,6 +69,7 @@ public:
 
     /// Depth 0.
     Trace();
+
     /// Not while an Entry of this object exists.
     virtual ~Trace();
 
@@ -140,6 +141,7 @@ public:
     /// Prints "+ FUNCTION" and increases the depth by 2; without indenting, ">>> FUNCTION". Null texts count as
     /// empty.
     Entry(Trace& trace, TraceLevel const& level, char const* function, char const* file, int line);
+
     /// Prints "/" and decreases the depth by 2; without indenting, "<<< FUNCTION".
     ~Entry();
 
