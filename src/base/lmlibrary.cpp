@@ -12,7 +12,7 @@ namespace Vn
 {
 namespace
 {
-constexpr char unknownPath[] = "Unknown";  ///< of a module whose file nobody has told
+constexpr char unknownPath[] = "Unknown";  ///< of a module whose file is not known
 }  // namespace
 
 LmBlock::LmBlock(std::uintptr_t address, std::uintptr_t size, unsigned flags)

@@ -63,6 +63,7 @@ private:
     {
         const std::uintptr_t begin = std::max(object.begin, stretch.begin);
         const std::uintptr_t end = std::min(object.end, stretch.end);
+        // Empty for a stretch beside the object.
         if (begin < end)
             library.addBlock(LmBlock(begin, end - begin, stretch.flags));
     }

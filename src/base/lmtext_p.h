@@ -70,6 +70,7 @@ private:
     }
 
     /// As the platform's own "%p" writes it: "0x7f00" on Linux, "0000000000007F00" on Windows.
+    // By printf and not by a stream, whose format a program may have changed.
     static std::string pointer(std::uintptr_t address)
     {
         char text[32];

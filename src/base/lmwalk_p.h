@@ -165,6 +165,7 @@ private:
     {
         const std::size_t count = block.blocks;
         library.reserveBlocks(count);
+        // The first block has been found already; each further one is asked for at its own address.
         for (std::size_t i = 0; i < count; ++i) {
             library.addBlock(LmBlock(block.blockBase, block.blockSize, flagsOf(block.blockProtection)));
             address += block.blockSize;

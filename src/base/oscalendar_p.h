@@ -29,6 +29,7 @@ struct OsCalendarTime
 class OsCalendar
 {
 public:
+    // Days have 86,400 seconds: leap seconds don't exist in this count, as on either system.
     static constexpr std::uint64_t ticksPerMillisecond = 10000;
     static constexpr std::uint64_t ticksPerSecond = 1000 * ticksPerMillisecond;
     static constexpr std::uint64_t ticksPerDay = 86400 * ticksPerSecond;

@@ -52,6 +52,7 @@ public:
     /// by its ways. The line size then stays as it was, and so does what a later descriptor does not overwrite.
     void readMemory(CacheInfo& data, CacheInfo& instruction, CacheInfo& level2, int& pageSize) const
     {
+        // One way, not none: the caller divides by it.
         for (CacheInfo* cache : {&data, &instruction, &level2}) {
             cache->size = 0;
             cache->associativity = 1;

@@ -69,6 +69,7 @@ void OsCpuInfo::getDetailedType(Type* type, int* family, int* model, int* steppi
         OsCpuDecode(ownCpuid).readSignature(family, model, stepping);
 }
 
+// Works before initialize(): the reading needs no frequency.
 std::uint64_t OsCpuInfo::getHwCounterValue()
 {
     std::uint64_t value;

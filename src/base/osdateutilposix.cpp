@@ -37,6 +37,7 @@ bool readCalendar(OsCalendarTime& now)
     ::timespec time;
     if (::clock_gettime(CLOCK_REALTIME, &time) != 0)
         return false;
+    // The nanoseconds below a tick are cut, and fromTicks() cuts to the millisecond.
     return OsCalendar::fromTicks(toTicks(time.tv_sec, static_cast<std::uint64_t>(time.tv_nsec) / 100), now);
 }
 

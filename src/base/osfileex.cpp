@@ -57,6 +57,7 @@ OsFileEx::ExFileExists::ExFileExists(char const* file, int line) : std::runtime_
 
 VN_EX_DEFINE_MEMBERS(OsFileEx::ExFileExists);
 
+// `path` is copied into the reason, cut; it need not outlive this call.
 OsFileEx::ExInvalidPath::ExInvalidPath(char const* file, int line, char const* path)
     : std::invalid_argument(""), ExBase(file, line)
 {

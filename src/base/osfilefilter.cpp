@@ -19,6 +19,7 @@ bool OsPassThroughFilter::filter(OsFilePath const&) const
     return true;
 }
 
+// Follows symlinks, so a link to a directory passes.
 bool OsDirectoryFilter::filter(OsFilePath const& path) const
 {
     return OsFsUtils::isDirectory(path.getChars());

@@ -148,6 +148,7 @@ bool createFile(char const* path, OsFileTypes::Permissions const&, bool failIfEx
     return true;
 }
 
+// A missing directory in the path has an error of its own here, unlike on Linux: ERROR_PATH_NOT_FOUND.
 void deleteFile(char const* path)
 {
     if (::DeleteFileA(path))
@@ -198,6 +199,7 @@ bool readSize(char const* path, std::uint32_t& size)
     return size != INVALID_FILE_SIZE;
 }
 
+// By the drive's letter alone; a path that begins with two separators gives a root that is not known as remote.
 bool readPlace(char const* path, std::string& place, bool& isRemote)
 {
     // The first two characters as they are: a relative path gives a root that the system doesn't know, thus no remote

@@ -58,6 +58,7 @@ void OsFsUtils::createDir(char const* path, bool)
         throw ExInternalError(sourceName, __LINE__, "A regular file with the same path name exists.");
 }
 
+// Unlike deleteFile(), a directory that does not exist is a failure.
 void OsFsUtils::removeDir(char const* path)
 {
     System::removeDirectory(orEmpty(path));

@@ -16,7 +16,7 @@ namespace
 {
 constexpr char const* sourceName = "src/base/osprocesswindows";
 
-/// A child's handles. The exit code is available through the first one, and nobody asks for it.
+/// Owner of a child's two handles. The exit code is not asked for.
 class OsProcessWindows : public OsProcessImp
 {
 public:

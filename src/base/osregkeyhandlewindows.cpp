@@ -30,6 +30,7 @@ long OsRegKeyHandle::queryInfo(char* className, unsigned long* classLength, unsi
                               longestValueName, longestValue, securityDescriptorSize, lastWriteTime);
 }
 
+// The narrow forms of the calls: names and texts are in the code page of the process.
 long OsRegKeyHandle::queryValue(char const* name, unsigned long* reserved, unsigned long* type, unsigned char* data,
                                 unsigned long* size) const
 {

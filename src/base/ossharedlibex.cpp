@@ -26,6 +26,7 @@ OsSharedLibEx::ExCantOpenLib::ExCantOpenLib(char const* file, int line, char con
 
 VN_EX_DEFINE_MEMBERS(OsSharedLibEx::ExCantOpenLib);
 
+// The function comes first in the text and second in the arguments, as the path is what both classes have.
 OsSharedLibEx::ExFunctionNotFound::ExFunctionNotFound(char const* file, int line, char const* path,
                                                       char const* function)
     : OsSharedLibEx(file, line), std::runtime_error("")

@@ -41,7 +41,7 @@ public:
     void* getFunction(char const* name) override
     {
         char const* const known = ExReasonText::orEmpty(name);
-        // A symbol whose address is null counts as missing: nobody could call it.
+        // A symbol whose address is null counts as missing: it could not be called.
         void* const function = ::dlsym(_module, known);
         if (function == nullptr)
             throw OsSharedLibEx::ExFunctionNotFound(sourceName, __LINE__, getPath().getChars(), known);

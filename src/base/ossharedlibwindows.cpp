@@ -24,7 +24,7 @@ public:
 
     void load()
     {
-        // The path as it was given; the system's search asks for "\" and not "/" as the separator.
+        // As it was given; the system's search asks for "\" and not "/" as the separator.
         _module = ::LoadLibraryA(getPath().getChars());
         if (_module == nullptr)
             throwCantOpen(::GetLastError());

@@ -45,8 +45,9 @@ struct PrPerfLayout
     };
 };
 
-/// A block of performance data as it came, which nobody vouches for: whatever its records say of their lengths,
-/// nothing is read outside the block and each walk ends. A record that isn't whole counts as none.
+/// Reads a block of performance data, trusting none of its numbers. Libraries of other makers fill it, so whatever
+/// its records say of their lengths, nothing outside the block is read and each walk ends. An incomplete record
+/// counts as none.
 ///
 ///     PrPerfData(bytes, size).getValue(238, 6, "_");
 ///
@@ -93,6 +94,7 @@ private:
     std::uint64_t findObject(unsigned int index) const
     {
         const std::uint64_t end = at32(PrPerfLayout::DataBlock::totalByteLength);
+        // Lengths are relative to the start of their record; a length of 0 would repeat the same record for ever.
         std::uint64_t object = at32(PrPerfLayout::DataBlock::headerLength);
         while (object < end && holds(object, PrPerfLayout::Object::size)) {
             if (at32(object + PrPerfLayout::Object::nameTitleIndex) == index)
@@ -192,6 +194,7 @@ struct PrPerfBuffer
 template <class Query>
 PrPerfBuffer fetchPerfData(Query const& query, std::uint32_t limit = 16U << 20)
 {
+    // The size that is needed changes from call to call, as processes come and go; so it is not asked for but tried.
     constexpr std::uint32_t firstSize = 8192, growth = 1024;
     constexpr long moreData = 234;
     for (std::uint32_t size = firstSize; size <= limit; size += growth) {
