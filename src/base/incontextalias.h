@@ -36,7 +36,7 @@ public:
     void finalize();
 
     /// Whether there is a value to read.
-    bool isValid() const;
+    bool isValid() const { return _initialized && _value; }
 
     /// Throws InEx::ExUninitializedObject outside the life of its kind, and InEx::ExInvalidObject without a value;
     /// both name the description.
@@ -48,9 +48,21 @@ protected:
     InContextAliasBase(InContextAliasBase const& other);
 
 private:
+    friend class InVariableBase;
+    template <class T>
+    friend class InVariable;
+
+    [[noreturn]] void throwNotValid() const;
+    void convert();
+
     bool _initialized;
     ArrayPtr<char> _value;
     ArrayPtr<char> _description;
+
+    // What the value says to a variable of another type, once one has chosen this source; follows the value from then on.
+    bool _isConverted = false;
+    bool _truth = false;
+    int _number = 0;
 };
 
 /// The kinds of sources. From the strongest: override 4294967295, option 15, environment 10, default 0.

@@ -10,6 +10,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <type_traits>
 
 namespace Vn
 {
@@ -33,7 +34,7 @@ public:
     void finalize();
 
     /// Whether a source is chosen.
-    bool isValid() const;
+    bool isValid() const { return _contextAlias != nullptr; }
 
     char const* getHandle() const;
 
@@ -75,13 +76,16 @@ protected:
                    InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                    InContextAliasBase const& alias10 = _dummy);
 
-    InContextAliasBase const* contextAlias() const;
+    InContextAliasBase const* contextAlias() const { return _contextAlias; }
 
-    /// Text of the chosen source. Throws InEx::ExUninitializedObject if there is none.
-    char const* getText() const;
-
-    /// Whether `text` says no: "0", or "false" in any case.
-    static bool isFalse(char const* text);
+    /// The chosen source, which has a value. Throws InEx::ExUninitializedObject if there is none, and what
+    /// InContextAliasBase::getValue() throws.
+    InContextAliasBase const& getSource() const
+    {
+        if (_contextAlias == nullptr || !_contextAlias->isValid())
+            throwNoSource();
+        return *_contextAlias;
+    }
 
     /// Deletes the overrides that no variable has taken.
     static void clearPendingOverrides();
@@ -104,6 +108,7 @@ private:
     using Registry = std::map<std::string, InVariableBase*, std::less<>>;
     using Overrides = std::map<std::string, Override*, std::less<>>;
 
+    [[noreturn]] void throwNoSource() const;
     void initialize(bool isTelling);
     void enterRegistry();
     void leaveRegistry() noexcept;
@@ -138,10 +143,20 @@ public:
                InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                InContextAliasBase const& alias10 = _dummy);
 
-    /// Converts the text anew at each read: `int` as `atoi` does, so that text that is no number gives 0; `bool` is
-    /// false for "0" and for "false" in any case, and true for all else, the empty text included; `char const*` is the
-    /// text itself, valid while the source lives. Throws InEx::ExUninitializedObject without a source.
-    T getValue() const;
+    /// What the source's text says: `int` as `atoi` reads it, so that text that is no number gives 0; `bool` is false for
+    /// "0" and for "false" in any case, and true for all else, the empty text included; `char const*` is the text itself,
+    /// valid while the source lives. Throws InEx::ExUninitializedObject without a source. A read is a few loads: the text is
+    /// converted when the source is chosen, and again when it gets another text.
+    T getValue() const
+    {
+        InContextAliasBase const& source = getSource();
+        if constexpr (std::is_same_v<T, int>)
+            return source._number;
+        else if constexpr (std::is_same_v<T, bool>)
+            return source._truth;
+        else
+            return source._value;
+    }
 
 private:
     [[maybe_unused]] T _unused;  ///< part of the interface's layout
