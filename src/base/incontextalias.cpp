@@ -7,11 +7,27 @@
 #include <base/incontextaliasmgr.h>
 #include <base/inex.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
 namespace Vn
 {
 namespace
 {
 constexpr char sourceName[] = "src/base/incontextalias";
+
+/// Whether `text` says no: "0", or "false" in any case. Compares ASCII letters only, so that no locale changes what a
+/// setting means.
+bool isFalse(char const* text)
+{
+    constexpr std::string_view word = "false";
+    const std::string_view given = text;
+    if (given == "0")
+        return true;
+    const auto isSameLetter = [](char left, char right) { return (left | 0x20) == right; };
+    return std::equal(given.begin(), given.end(), word.begin(), word.end(), isSameLetter);
+}
 }  // namespace
 
 InContextAliasBase::InContextAliasBase(char const* description)
@@ -36,6 +52,8 @@ void InContextAliasBase::initialize(char const* value)
     if (value != nullptr) {
         ArrayPtr<char> copy = duplicateString(value);  // first, as `value` may be the old one
         _value = copy;
+        if (_isConverted)
+            convert();
     }
     _initialized = true;
 }
@@ -45,18 +63,26 @@ void InContextAliasBase::finalize()
     _initialized = false;
 }
 
-bool InContextAliasBase::isValid() const
+char const* InContextAliasBase::getValue() const
 {
-    return _initialized && _value;
+    if (!isValid())
+        throwNotValid();
+    return _value;
 }
 
-char const* InContextAliasBase::getValue() const
+void InContextAliasBase::throwNotValid() const
 {
     if (!_initialized)
         throw InEx::ExUninitializedObject(sourceName, __LINE__, _description);
-    if (!_value)
-        throw InEx::ExInvalidObject(sourceName, __LINE__, _description);
-    return _value;
+    throw InEx::ExInvalidObject(sourceName, __LINE__, _description);
+}
+
+/// Not at each read, as that would take longer than all the rest of it.
+void InContextAliasBase::convert()
+{
+    _number = std::atoi(_value);
+    _truth = !isFalse(_value);
+    _isConverted = true;
 }
 
 char const* InContextAliasBase::getDescription() const

@@ -50,7 +50,7 @@ public:
     void finalize();
 
     /// Whether the alias is initialised and has a value. The empty text is a value.
-    bool isValid() const;
+    bool isValid() const { return _initialized && _value; }
 
     /// The value; valid until the next initialize() with a text.
     ///
@@ -68,9 +68,21 @@ protected:
     InContextAliasBase(InContextAliasBase const& other);
 
 private:
+    friend class InVariableBase;
+    template <class T>
+    friend class InVariable;
+
+    [[noreturn]] void throwNotValid() const;
+    void convert();
+
     bool _initialized;
     ArrayPtr<char> _value;
     ArrayPtr<char> _description;
+
+    // What the value says to a variable of another type, once one has chosen this source; follows the value from then on.
+    bool _isConverted = false;
+    bool _truth = false;
+    int _number = 0;
 };
 
 /// The kinds of sources and their ranks: override 4294967295, option 15, environment 10, default 0. So an override

@@ -93,8 +93,9 @@ void InVariableBase::initialize()
 void InVariableBase::initialize(bool isTelling)
 {
     takeOverride();
-    for (InContextAliasBase const* alias : _aliases) {
+    for (InContextAliasBase* alias : _aliases) {
         if (alias->isValid()) {
+            alias->convert();
             _contextAlias = alias;
             break;
         }
@@ -112,11 +113,6 @@ void InVariableBase::initialize(bool isTelling)
 void InVariableBase::finalize()
 {
     _contextAlias = nullptr;
-}
-
-bool InVariableBase::isValid() const
-{
-    return _contextAlias != nullptr;
 }
 
 char const* InVariableBase::getHandle() const
@@ -171,16 +167,11 @@ bool InVariableBase::isOverridden(char const* const handle)
     return _pendingOverrides != nullptr && _pendingOverrides->contains(viewOf(handle));
 }
 
-InContextAliasBase const* InVariableBase::contextAlias() const
-{
-    return _contextAlias;
-}
-
-char const* InVariableBase::getText() const
+void InVariableBase::throwNoSource() const
 {
     if (_contextAlias == nullptr)
         throw InEx::ExUninitializedObject(sourceName, __LINE__, _handle);
-    return _contextAlias->getValue();
+    _contextAlias->throwNotValid();
 }
 
 void InVariableBase::clearPendingOverrides()
@@ -246,22 +237,6 @@ void InVariableBase::takeOverride()
     _aliases.insert(found->second);
     _pendingOverrides->erase(found);
     dropIfEmpty(_pendingOverrides);
-}
-
-int InVariableBase::toNumber(char const* text)
-{
-    return wholeNumberOf<int>(text);
-}
-
-/// Compares ASCII letters only, so that no locale changes what a setting means.
-bool InVariableBase::isFalse(char const* text)
-{
-    constexpr std::string_view word = "false";
-    const std::string_view given = text;
-    if (given == "0")
-        return true;
-    const auto isSameLetter = [](char left, char right) { return (left | 0x20) == right; };
-    return std::equal(given.begin(), given.end(), word.begin(), word.end(), isSameLetter);
 }
 
 template class InVariable<int>;

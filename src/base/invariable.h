@@ -10,6 +10,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <type_traits>
 
 namespace Vn
 {
@@ -41,7 +42,7 @@ public:
     void finalize();
 
     /// Whether a source is chosen, so that the variable can be read.
-    bool isValid() const;
+    bool isValid() const { return _contextAlias != nullptr; }
 
     /// The unique name. Never null.
     char const* getHandle() const;
@@ -100,23 +101,16 @@ protected:
                    InContextAliasBase const& alias10 = _dummy);
 
     /// The chosen source, or null.
-    InContextAliasBase const* contextAlias() const;
+    InContextAliasBase const* contextAlias() const { return _contextAlias; }
 
-    /// Text of the chosen source. Throws InEx::ExUninitializedObject, with the handle, if there is none.
-    char const* getText() const;
-
-    /// The whole number that `text` begins with; beyond an `int` the nearest limit.
-    ///
-    ///     "17 levels"    ->  17
-    ///     "many", ""     ->  0
-    ///     "99999999999"  ->  2147483647
-    static int toNumber(char const* text);
-
-    /// Whether `text` says no, in ASCII letters, whatever the locale.
-    ///
-    ///     "0", "false", "FALSE"    ->  true
-    ///     "", "00", "no", "false " ->  false
-    static bool isFalse(char const* text);
+    /// The chosen source, which has a value. Throws InEx::ExUninitializedObject if there is none, and what
+    /// InContextAliasBase::getValue() throws.
+    InContextAliasBase const& getSource() const
+    {
+        if (_contextAlias == nullptr || !_contextAlias->isValid())
+            throwNoSource();
+        return *_contextAlias;
+    }
 
     /// Deletes the overrides that no variable has taken.
     static void clearPendingOverrides();
@@ -139,6 +133,7 @@ private:
     using Registry = std::map<std::string, InVariableBase*, std::less<>>;
     using Overrides = std::map<std::string, Override*, std::less<>>;
 
+    [[noreturn]] void throwNoSource() const;
     void initialize(bool isTelling);
     void enterRegistry();
     void leaveRegistry() noexcept;
@@ -176,15 +171,25 @@ public:
                InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                InContextAliasBase const& alias10 = _dummy);
 
-    /// Converts the text anew at each read.
+    /// What the text of the chosen source says.
     ///
     ///     char const*  the text itself, valid while the source lives
     ///     int          as `atoi` does: "12abc" is 12, "abc" is 0; beyond an `int` the nearest limit
     ///     bool         false for "0" and for "false" in any case; true for all else, "" and "no" included
     ///
     /// Throws InEx::ExUninitializedObject, with the handle, before the package's start, after its stop, and if no
-    /// source has a value.
-    T getValue() const;
+    /// source has a value. A read is a few loads: the text is converted when the source is chosen, and again when it gets
+    /// another text.
+    T getValue() const
+    {
+        InContextAliasBase const& source = getSource();
+        if constexpr (std::is_same_v<T, int>)
+            return source._number;
+        else if constexpr (std::is_same_v<T, bool>)
+            return source._truth;
+        else
+            return source._value;
+    }
 
 private:
     [[maybe_unused]] T _unused;  ///< part of the interface's layout

@@ -541,6 +541,123 @@ TEST(InVariable, dummySourceAborts)
     }
 }
 
+// ---- reads follow their source
+
+namespace
+{
+/// A source of a client's own, which can reach the clone that its variable holds.
+class OwnSource : public InContextAliasBase
+{
+public:
+    OwnSource() : InContextAliasBase("own source") {}
+    InContextAliasBase* clone() const override { return _last = new OwnSource(*this); }
+    unsigned long getPriority() const override { return 20; }
+    char const* getKey() const override { return "own"; }
+    InContextAliasBase& getClone() const { return *_last; }
+
+private:
+    OwnSource(OwnSource const&) = default;
+
+    mutable InContextAliasBase* _last = nullptr;
+};
+
+struct ReadValues
+{
+    ReadValues(InPackageInit& package, InContextAliasBase const& source, InContextAliasBase const& fallback)
+        : number("number", package, source, fallback),
+          truth("truth", package, source, fallback),
+          text("text", package, source, fallback)
+    {}
+
+    void initialize()
+    {
+        number.initialize();
+        truth.initialize();
+        text.initialize();
+    }
+
+    void finalize()
+    {
+        number.finalize();
+        truth.finalize();
+        text.finalize();
+    }
+
+    InVariable<int> number;
+    InVariable<bool> truth;
+    InVariable<char const*> text;
+};
+}  // namespace
+
+VN_CHILD(sourceWithNewText)
+{
+    SettingsPackage package;
+    OwnSource source;
+    InVariable<int> number("number", package, source);
+    InContextAliasBase& ofNumber = source.getClone();
+    InVariable<bool> truth("truth", package, source);
+    InContextAliasBase& ofTruth = source.getClone();
+    InVariable<char const*> text("text", package, source);
+    InContextAliasBase& ofText = source.getClone();
+    const auto give = [&](char const* value) {
+        for (InContextAliasBase* alias : {&ofNumber, &ofTruth, &ofText})
+            alias->initialize(value);
+    };
+    const auto print = [&] {
+        report("", [&] { std::cout << number.getValue() << ' ' << truth.getValue() << ' ' << text.getValue(); });
+    };
+    give("12");
+    start();
+    print();
+    for (char const* value : {"0", "false", "-3 apples", static_cast<char const*>(nullptr), ""}) {
+        give(value);
+        print();
+    }
+    for (InContextAliasBase* alias : {&ofNumber, &ofTruth, &ofText})
+        alias->finalize();
+    print();
+    give(nullptr);
+    print();
+    give("7");
+    print();
+    return 0;
+}
+
+TEST(InVariable, aReadFollowsItsSource)
+{
+    expectOutput("sourceWithNewText",
+                 "start settings\n12 1 12: ok\n0 0 0: ok\n0 0 false: ok\n-3 1 -3 apples: ok\n"
+                 "-3 1 -3 apples: ok\n0 1 : ok\n: Trying to access an object that is not fully "
+                 "initialized: 'own source'.\n0 1 : ok\n7 1 7: ok\n");
+}
+
+VN_CHILD(variableChoosesAgain)
+{
+    SettingsPackage package;
+    const Default fallback("5", "d");
+    OwnSource source;
+    ReadValues values(package, source, fallback);
+    const auto print = [&] {
+        std::cout << values.number.getValue() << values.truth.getValue() << values.text.getValue() << " ";
+    };
+    start();
+    print();
+    values.finalize();
+    source.getClone().initialize("false");  // of the last one, the text
+    values.initialize();
+    print();
+    values.finalize();
+    source.getClone().finalize();
+    values.initialize();
+    print();
+    return 0;
+}
+
+TEST(InVariable, chosenAgainItReadsWhatItHasChosen)
+{
+    expectOutput("variableChoosesAgain", "start settings\n515 51false 515 ");
+}
+
 // ---- threads
 
 VN_CHILD(readOnManyThreads)
