@@ -51,10 +51,10 @@ void runBody(char const* body, std::string const& argument)
     process.wait();
 }
 
-/// This process has neither a running child nor one that waits to be collected.
+/// This process has neither a running child nor one that waits to be collected, whatever signal that has for its end.
 bool hasNoChildren()
 {
-    return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
+    return ::waitpid(-1, nullptr, WNOHANG | __WALL) == -1 && errno == ECHILD;
 }
 
 /// Blocks while all children run, and leaves them as they are; false without any.
@@ -120,6 +120,9 @@ VN_CHILD(startsOneAmongDescriptors)
     for (int number : {3, 4, 17, 1000})
         ::dup2(1, number);
     runBody("processListsDescriptors", folder.path("all"));
+    for (int number : {3, 4, 17, 1000})
+        std::cout << (::fcntl(number, F_GETFD) == 0);  // here they are as they were
+    std::cout << "\n";
     ::close(0);  // what the start needs meanwhile may take that number
     runBody("processListsDescriptors", folder.path("without0"));
     std::cout << contentOf(folder.path("all")) << "\n" << contentOf(folder.path("without0")) << "\n";
@@ -128,7 +131,7 @@ VN_CHILD(startsOneAmongDescriptors)
 
 TEST(OsProcessChild, hasTheStandardDescriptorsAndNoOthers)
 {
-    VnTest::expectOutput("startsOneAmongDescriptors", "0 1 2 \n1 2 \n");
+    VnTest::expectOutput("startsOneAmongDescriptors", "1111\n0 1 2 \n1 2 \n");
 }
 
 VN_CHILD(processShowsSignals)
@@ -327,9 +330,11 @@ VN_CHILD(startsInAnotherNamespace)
     Gate gate(folder.path("gate"));
     char const* const command[] = {program.c_str(), "--child",           "processTellsItsNumber",
                                    file.c_str(),    gate.name().c_str(), nullptr};
+    const int ours = ::dup(1);  // which isn't to be closed at an exec of ours
     OsProcess first;
     first.start(command);
     runBody("processTellsItsNumber", folder.path("second"));
+    std::cout << (::fcntl(ours, F_GETFD) == 0);
     std::cout << (std::stoi(contentOf(folder.path("second"))) > 1) << (::waitpid(-1, nullptr, WNOHANG) == 0);
     gate.open();
     first.wait();
@@ -371,7 +376,7 @@ VN_CHILD(leavesOneInAnotherNamespace)
 
 TEST(OsProcessChild, runsInTheNamespaceOfOurChildrenAndIsCollected)
 {
-    EXPECT_OUTPUT_IN_NAMESPACE("startsInAnotherNamespace", "111111\n");
+    EXPECT_OUTPUT_IN_NAMESPACE("startsInAnotherNamespace", "1111111\n");
 }
 
 TEST(OsProcessChild, thatOutlivesItsObjectInAnotherNamespaceIsCollectedLater)

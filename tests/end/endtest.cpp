@@ -114,13 +114,11 @@ TEST_F(End, whatCanBeListedIsThereAfterEverything)
 #if !defined(_WIN32)
 TEST_F(End, aReaderMayBeWritingWhenMainReturns)
 {
+    lock.emplace(folder);
     for (char const* scenario : {"reader", "stoppedReader"}) {
         SCOPED_TRACE(scenario);
-        lock.emplace(folder);
-        for (int i = 0; i < 20; ++i)
+        for (int i = 0; i < 3; ++i)  // the thread sanitizer waits a second at the end of each
             expectEnd("endings", scenario, "");
-        lock.reset();
-        expectEnd("endings", scenario, "");
     }
 }
 #endif

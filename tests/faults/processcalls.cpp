@@ -30,7 +30,12 @@ Function* real(Function*, char const* name)
 }  // namespace
 
 #define VN_STAND_IN extern "C" __attribute__((visibility("default")))
-#define VN_REAL(NAME) (real(&::NAME, #NAME))
+/// Looked up once: two processes that share memory must not look up at the same time.
+#define VN_REAL(NAME)                                       \
+    ([] {                                                   \
+        static auto* const function = real(&::NAME, #NAME); \
+        return function;                                    \
+    }())
 
 VN_STAND_IN ::pid_t fork() noexcept
 {
@@ -44,9 +49,10 @@ VN_STAND_IN int __clone(int (*body)(void*), void* stack, int flags, void* argume
     va_start(arguments, argument);
     int* const descriptor = va_arg(arguments, int*);
     va_end(arguments);
-    return isUnknownCall() || callFails("clone")
-               ? -1
-               : real(&__clone, "__clone")(body, stack, flags, argument, descriptor, nullptr, nullptr);
+    if (!isUnknownCall() && !callFails("clone"))
+        return VN_REAL(__clone)(body, stack, flags, argument, descriptor, nullptr, nullptr);
+    *descriptor = 1;  // the system may have written there before it fails, and the number means nothing any more
+    return -1;
 }
 
 /// Those that are made by their number bear the names of their numbers.

@@ -67,7 +67,12 @@ Size transferable(Size size)
 }  // namespace
 
 #define VN_STAND_IN extern "C" __attribute__((visibility("default")))
-#define VN_REAL(NAME) (real(&::NAME, #NAME))
+/// Looked up once: two processes that share memory must not look up at the same time.
+#define VN_REAL(NAME)                                       \
+    ([] {                                                   \
+        static auto* const function = real(&::NAME, #NAME); \
+        return function;                                    \
+    }())
 
 VN_STAND_IN int open(char const* path, int flags, ...)
 {

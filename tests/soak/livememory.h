@@ -9,4 +9,8 @@ namespace VnSoak
 /// allocation counts in part, so a steady program moves by some kilobytes.
 std::size_t getLiveMemory();
 
+/// Whether that stays the same when a library comes and goes. The address sanitizer keeps an entry of its own for each
+/// static object of each load; it tells of leaks instead when the program ends.
+bool isFlatWithoutLeaks();
+
 }  // namespace VnSoak

@@ -3,8 +3,9 @@
 
 #include <malloc.h>
 
-/// Of the sanitizers, which have an allocator of their own.
+/// Of the sanitizers, which have an allocator of their own, and of the address sanitizer.
 extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_bytes();
+extern "C" __attribute__((weak)) int __asan_address_is_poisoned(void const volatile* address);
 
 namespace VnSoak
 {
@@ -15,6 +16,11 @@ std::size_t getLiveMemory()
         return __sanitizer_get_current_allocated_bytes();
     const struct ::mallinfo2 counted = ::mallinfo2();
     return counted.uordblks + counted.hblkhd;
+}
+
+bool isFlatWithoutLeaks()
+{
+    return __asan_address_is_poisoned == nullptr;
 }
 
 }  // namespace VnSoak
