@@ -6,9 +6,9 @@
 
 #include <base/incontextaliasmgr.h>
 #include <base/inex.h>
+#include <base/wholenumber_p.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 
 namespace Vn
@@ -80,7 +80,7 @@ void InContextAliasBase::throwNotValid() const
 /// Not at each read, as that would take longer than all the rest of it.
 void InContextAliasBase::convert()
 {
-    _number = std::atoi(_value);
+    _number = wholeNumberOf<int>(_value);
     _truth = !isFalse(_value);
     _isConverted = true;
 }

@@ -3,7 +3,6 @@
 #include <base/duplicatestring.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
-#include <base/wholenumber_p.h>
 
 #include <algorithm>
 #include <cstdlib>

@@ -24,6 +24,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -103,22 +104,54 @@ void giveUpAll(void* files)
         file->giveUp();
 }
 
-/// The system's key to what each thread holds. Throws if there is none left.
-::pthread_key_t getHeldFilesKey()
+/// The system's key to what each thread holds. It goes when the process ends or the library is unloaded, since the system
+/// would call code that isn't there; a thread that takes a lock even later makes another one.
+///
+/// No mutex: a thread may hold it when another one forks.
+class HeldFilesKey
 {
-    static const ::pthread_key_t key = [] {
+public:
+    /// Throws if the system has no key left.
+    static ::pthread_key_t get()
+    {
+        std::int64_t key = _key.load(std::memory_order_relaxed);
+        if (key != none)
+            return static_cast<::pthread_key_t>(key);
         ::pthread_key_t made;
         if (const int error = ::pthread_key_create(&made, giveUpAll))
             refuse(error, __LINE__);
-        return made;
-    }();
-    return key;
-}
+        // Relaxed: the key is all there is to publish.
+        if (_key.compare_exchange_strong(key, made, std::memory_order_relaxed))
+            return made;
+        ::pthread_key_delete(made);
+        return static_cast<::pthread_key_t>(key);  // another thread was faster
+    }
+
+    static void remove()
+    {
+        const std::int64_t key = _key.exchange(none, std::memory_order_relaxed);
+        if (key != none)
+            ::pthread_key_delete(static_cast<::pthread_key_t>(key));
+    }
+
+    /// Null if the calling thread has held none.
+    static HeldFiles* find()
+    {
+        const std::int64_t key = _key.load(std::memory_order_relaxed);
+        return key != none ? static_cast<HeldFiles*>(::pthread_getspecific(static_cast<::pthread_key_t>(key)))
+                           : nullptr;
+    }
+
+private:
+    static constexpr std::int64_t none = -1;
+
+    static inline constinit std::atomic<std::int64_t> _key = none;
+};
 
 /// Those of the calling thread; null if it has held none.
 HeldFiles* findHeldFiles()
 {
-    return static_cast<HeldFiles*>(::pthread_getspecific(getHeldFilesKey()));
+    return HeldFilesKey::find();
 }
 
 /// Those of the calling thread. Also works while it ends: the system then calls us once more.
@@ -127,7 +160,7 @@ HeldFiles& getHeldFiles()
     if (HeldFiles* const files = findHeldFiles())
         return *files;
     auto files = std::make_unique<HeldFiles>();
-    if (const int error = ::pthread_setspecific(getHeldFilesKey(), files.get()))
+    if (const int error = ::pthread_setspecific(HeldFilesKey::get(), files.get()))
         refuse(error, __LINE__);
     return *files.release();
 }
@@ -311,6 +344,7 @@ struct RemovalAtExit
 {
     ~RemovalAtExit()
     {
+        HeldFilesKey::remove();
         OpenFiles& open = getOpenFiles();
         const std::unique_lock guard(open.mutex, std::try_to_lock);  // a thread may have stopped within it
         if (!guard.owns_lock())
@@ -326,7 +360,7 @@ std::shared_ptr<LockFile> getLockFile(char const* name)
     static const int isWatchingForks = ::pthread_atfork(prepareFork, continueAfterFork, startChild);
     if (isWatchingForks != 0)
         refuse(isWatchingForks, __LINE__);
-    getHeldFilesKey();
+    HeldFilesKey::get();
     static const RemovalAtExit removalAtExit;
     // A lock without a name has an entry as well, so that forks find it; its key is no file's.
     static std::atomic<unsigned> unnamed = 0;

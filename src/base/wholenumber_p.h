@@ -1,4 +1,4 @@
-// Private to envvar.cpp, hmheapmgr.cpp and invariable.cpp.
+// Private to envvar.cpp, hmheapmgr.cpp and incontextalias.cpp.
 #pragma once
 
 #include <algorithm>
