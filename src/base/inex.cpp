@@ -49,12 +49,15 @@ InEx::ExPackageNotRegistered::ExPackageNotRegistered(char const* file, int line,
 {
     setReason(
         ExReasonText("Init Package not registered: '%.*s'.", nameLimit, ExReasonText::orEmpty(package)).get());
-    std::snprintf(_package, sizeof _package, "%s", ExReasonText::orEmpty(package));
 }
 
+/// The name stands in the reason, between its quotes: another field would change the layout of the class.
 ArrayPtrRet<char> InEx::ExPackageNotRegistered::getPackageTag() const
 {
-    return duplicateString(std::string(tagOf(readableName(_package))).c_str());
+    const std::string reason = getReason();
+    const std::size_t first = reason.find('\'') + 1;
+    const std::string typeName = reason.substr(first, reason.rfind('\'') - first);
+    return duplicateString(std::string(tagOf(readableName(typeName.c_str()))).c_str());
 }
 
 VN_EX_DEFINE_MEMBERS(InEx::ExPackageNotRegistered);

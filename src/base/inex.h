@@ -48,7 +48,8 @@ protected:
 
 /// A package depends on a package that nobody registered: its library isn't loaded, or its object doesn't exist.
 ///
-/// The reason has the run-time type name; getPackageTag() has the name for people. Thrown by InInitMgr::initialize() before any package of the batch has started.
+/// The reason has the run-time type name; getPackageTag() has the name for people. Thrown by InInitMgr::initialize()
+/// before any package of the batch has started.
 class VN_BASE_EXPORT InEx::ExPackageNotRegistered : public std::runtime_error, public InEx
 {
 public:
@@ -58,13 +59,10 @@ public:
     ExPackageNotRegistered(char const* file, int line, char const* package);
 
     /// The missing package as sources write its tag, for a program's message: "VnInit::palette". A type that is no
-    /// InInit<Tag> has its own name; what is no run-time type name, or one of over 511 characters, stays as it is.
+    /// InInit<Tag> has its own name; what is no run-time type name, or one of over 256 characters, stays as the reason has it.
     ArrayPtrRet<char> getPackageTag() const;
 
     VN_EX_MEMBERS();
-
-private:
-    char _package[512];
 };
 
 /// Packages depend on each other in a cycle. InInitMgr::reportCycles() tells which ones.

@@ -1,4 +1,4 @@
-// Private to rnhistogram_p.imp, rnhistogrambi_p.imp, rnhistogrambirng_p.imp, rnhistogramrng_p.imp and rnhistogramspherical_p.imp.
+// Private to rnhistogram.imp, rnhistogrambi.imp, rnhistogrambirng.imp, rnhistogramrng.imp and rnhistogramspherical.imp.
 //
 // How a number finds its bin. There are three ways:
 //

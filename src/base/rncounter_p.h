@@ -1,4 +1,4 @@
-// Private to rnhistogram_p.imp and rnhistogrambi_p.imp.
+// Private to rnhistogram.imp and rnhistogrambi.imp.
 #pragma once
 
 #include <cstdint>

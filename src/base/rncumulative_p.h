@@ -1,4 +1,4 @@
-// Private to rnhistogrambirng_p.imp and rnhistogramrng_p.imp.
+// Private to rnhistogrambirng.imp and rnhistogramrng.imp.
 #pragma once
 
 #include <base/vector.h>

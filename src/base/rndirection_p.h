@@ -1,4 +1,4 @@
-// Private to rncosinehemisphericalrng_p.imp, rnhistogramspherical_p.imp and rnuniformsphericalrng_p.imp.
+// Private to rncosinehemisphericalrng.imp, rnhistogramspherical.imp and rnuniformsphericalrng.imp.
 //
 // Directions from points of the unit square. All samplers take phi = 2 pi u1 and differ only in the
 // cosine of the polar angle that they make of u0, so RnDirections has everything but that function.

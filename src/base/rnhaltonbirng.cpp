@@ -1,6 +1,6 @@
 // The instances of RnHaltonBiRng. Their bodies are compiled here and nowhere else, with those of
 // the generators inside them in sight.
-#include <base/rnhaltonbirng_p.imp>
+#include <base/rnhaltonbirng.imp>
 
 namespace Vn
 {

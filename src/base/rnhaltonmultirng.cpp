@@ -1,6 +1,6 @@
 // The instances of RnHaltonMultiRng. Two and three dimensions are part of the interface; for four
 // there is RnNiederreiterMultiRng.
-#include <base/rnhaltonmultirng_p.imp>
+#include <base/rnhaltonmultirng.imp>
 
 namespace Vn
 {

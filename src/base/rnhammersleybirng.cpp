@@ -1,6 +1,6 @@
 // The instances of RnHammersleyBiRng. Their bodies are compiled here and nowhere else, with those
 // of the generators inside them in sight.
-#include <base/rnhammersleybirng_p.imp>
+#include <base/rnhammersleybirng.imp>
 
 namespace Vn
 {

@@ -1,6 +1,6 @@
 // The instances of RnHammersleyMultiRng: two and three dimensions, of which the ramp is one. Their
 // bodies are compiled here and nowhere else.
-#include <base/rnhammersleymultirng_p.imp>
+#include <base/rnhammersleymultirng.imp>
 
 namespace Vn
 {

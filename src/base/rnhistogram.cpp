@@ -1,6 +1,6 @@
 // The instances of both one-dimensional histograms, which know each other: addSample() spares
 // RnUniformHistogram the virtual call.
-#include <base/rnhistogram_p.imp>
+#include <base/rnhistogram.imp>
 
 namespace Vn
 {

@@ -1,6 +1,6 @@
 // The instances of both two-dimensional histograms, which know each other: addSample() spares
 // RnUniformHistogramBi the virtual call.
-#include <base/rnhistogrambi_p.imp>
+#include <base/rnhistogrambi.imp>
 
 namespace Vn
 {

@@ -1,6 +1,6 @@
 // The instances of both histograms over directions. They are no relatives; they share the functions
 // at the top of the .imp.
-#include <base/rnhistogramspherical_p.imp>
+#include <base/rnhistogramspherical.imp>
 
 namespace Vn
 {

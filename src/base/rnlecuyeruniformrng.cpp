@@ -1,6 +1,6 @@
 // The instances of RnLecuyerUniformRng. Their bodies are compiled here and nowhere else, with the
 // library's floating-point options, so that every program draws the same bits.
-#include <base/rnlecuyeruniformrng_p.imp>
+#include <base/rnlecuyeruniformrng.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-// Private to rnlecuyeruniformrng_p.imp.
+// Private to rnlecuyeruniformrng.imp.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Private to rndirection_p.h and rngaussianrng_p.imp.
+// Private to rndirection_p.h and rngaussianrng.imp.
 //
 // Sine, cosine and logarithm with the same bits on every platform. The C libraries' functions
 // differ in the last place, and samples must not. Every step here is an addition, a multiplication,

@@ -1,6 +1,6 @@
 // The instances of RnNiederreiterMultiRng. Their tables, some 20 kilobytes, are computed at compile
 // time, here and nowhere else.
-#include <base/rnniederreitermultirng_p.imp>
+#include <base/rnniederreitermultirng.imp>
 
 namespace Vn
 {

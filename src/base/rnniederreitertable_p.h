@@ -1,4 +1,4 @@
-// Private to rnniederreitermultirng_p.imp.
+// Private to rnniederreitermultirng.imp.
 #pragma once
 
 #include <array>

@@ -1,4 +1,4 @@
-// Private to rnnumrecuniformrng_p.imp.
+// Private to rnnumrecuniformrng.imp.
 #pragma once
 
 #include <base/assertions.h>

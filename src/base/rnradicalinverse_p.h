@@ -1,4 +1,4 @@
-// Private to rnvandercorputrng_p.imp.
+// Private to rnvandercorputrng.imp.
 //
 // Radical inverses by the rule of RnVanDerCorputRng, and the same bits faster.
 //

@@ -1,4 +1,4 @@
-// Private to rnhistogram_p.imp, rnhistogrambi_p.imp and rnhistogramspherical_p.imp.
+// Private to rnhistogram.imp, rnhistogrambi.imp and rnhistogramspherical.imp.
 #pragma once
 
 #include <ostream>

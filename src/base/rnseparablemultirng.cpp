@@ -1,6 +1,6 @@
 // The instances of the three separable generators. Of RnSeparableMultiRng three dimensions are part
 // of the interface, and no others.
-#include <base/rnseparablemultirng_p.imp>
+#include <base/rnseparablemultirng.imp>
 
 namespace Vn
 {

@@ -1,6 +1,6 @@
 // The instances of the uniform samplers of directions, on the sphere and on the hemisphere. Both
 // name this source in their exceptions.
-#include <base/rnuniformsphericalrng_p.imp>
+#include <base/rnuniformsphericalrng.imp>
 
 namespace Vn
 {

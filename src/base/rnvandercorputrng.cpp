@@ -1,6 +1,6 @@
 // The instances of RnVanDerCorputRng. The Halton and Hammersley generators include the same bodies,
 // so that their own draws need no call.
-#include <base/rnvandercorputrng_p.imp>
+#include <base/rnvandercorputrng.imp>
 
 namespace Vn
 {

@@ -1,4 +1,4 @@
-// Private to rnbins_p.h, rndirection_p.h, rngaussianrng_p.imp and rnlecuyeruniformrng_p.imp.
+// Private to rnbins_p.h, rndirection_p.h, rngaussianrng.imp and rnlecuyeruniformrng.imp.
 #pragma once
 
 // Not on Windows: the compiler does not align the stack there for 32-byte registers.

@@ -80,7 +80,7 @@ TEST(InEx, aMissingPackageIsNamedByItsTag)
     EXPECT_EQ(tagOf("not a type's name"), "not a type's name");
     EXPECT_EQ(tagOf(""), "");
     EXPECT_EQ(tagOf(nullptr), "");
-    EXPECT_EQ(tagOf(std::string(3000, '?').c_str()), std::string(511, '?'));
+    EXPECT_EQ(tagOf(std::string(3000, '?').c_str()), std::string(256, '?'));
     const InEx::ExPackageNotRegistered failure(file, 1, typeid(Vn::InInit<VnInit::base>).name());
     EXPECT_EQ(failure.getReason(),
               std::string("Init Package not registered: '") + typeid(Vn::InInit<VnInit::base>).name() + "'.");

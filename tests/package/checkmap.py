@@ -69,7 +69,9 @@ for wing, (_, kinds) in WINGS.items():
 FILES = sorted(path.name for path in BASE.iterdir() if path.suffix in ('.cpp', '.h', '.imp'))
 TEXT = {file: (BASE / file).read_text() for file in FILES}
 INCLUDES = {file: re.findall(r'#include <base/([^>]+)>', TEXT[file]) for file in FILES}
-PRIVATE = [file for file in FILES if re.search(r'_p\.(h|imp)$', file)]
+# Bodies of templates that the library alone compiles keep the name of their class.
+PRIVATE_BODIES = [file for _, kinds in WINGS.values() for file in kinds.get('PRIVATE', []) if file.endswith('.imp')]
+PRIVATE = [file for file in FILES if file.endswith('_p.h')] + PRIVATE_BODIES
 
 
 def layer_of(file):
