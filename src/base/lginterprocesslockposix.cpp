@@ -29,6 +29,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -96,10 +97,15 @@ private:
     int _depth = 0;
 };
 
+/// The list is one that a thread has. Throws without memory.
+void remember(HeldFiles const* files);
+void forget(HeldFiles const* files);
+
 /// Called by the system at the end of a thread that has held a lock.
 void giveUpAll(void* files)
 {
     const std::unique_ptr<HeldFiles> held(static_cast<HeldFiles*>(files));
+    forget(held.get());
     for (std::shared_ptr<LockFile> const& file : *held)
         file->giveUp();
 }
@@ -160,8 +166,11 @@ HeldFiles& getHeldFiles()
     if (HeldFiles* const files = findHeldFiles())
         return *files;
     auto files = std::make_unique<HeldFiles>();
-    if (const int error = ::pthread_setspecific(HeldFilesKey::get(), files.get()))
+    remember(files.get());
+    if (const int error = ::pthread_setspecific(HeldFilesKey::get(), files.get())) {
+        forget(files.get());
         refuse(error, __LINE__);
+    }
     return *files.release();
 }
 
@@ -309,12 +318,29 @@ struct OpenFiles
 {
     std::mutex mutex;
     std::map<std::string, std::weak_ptr<LockFile>> files;
+
+    /// What each thread holds. The system forgets it with its key while threads still run; here it isn't lost.
+    std::set<HeldFiles const*> held;
 };
 
 OpenFiles& getOpenFiles()
 {
     static OpenFiles& files = *new OpenFiles;
     return files;
+}
+
+void remember(HeldFiles const* files)
+{
+    OpenFiles& open = getOpenFiles();
+    const std::lock_guard guard(open.mutex);
+    open.held.insert(files);
+}
+
+void forget(HeldFiles const* files)
+{
+    OpenFiles& open = getOpenFiles();
+    const std::lock_guard guard(open.mutex);
+    open.held.erase(files);
 }
 
 void prepareFork()

@@ -243,7 +243,7 @@ VN_CHILD(lgLockUntilSeen)
 
 VN_CHILD(lgLockNeverDestroyed)
 {
-    LgInterProcessLock* const lock = LgInterProcessLock::create(argv[1]);
+    static LgInterProcessLock* const lock = LgInterProcessLock::create(argv[1]);
     const LgInterProcessLockGuard guard(lock);
     return ::access(argv[2], F_OK) == 0 ? 0 : 1;
 }

@@ -484,7 +484,8 @@ TEST(ProcessStart, aProcessBetweenThatIsKilledIsAnErrorAndLeavesNothing)
     EXPECT_FALSE(starter.hasRun());
 }
 
-#if !defined(__SANITIZE_THREAD__)  // two processes would use the sanitizer's notes about one thread
+// Two processes would use the sanitizers' notes about one thread and its stack.
+#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
 namespace
 {
 int goOn[2];
