@@ -59,9 +59,9 @@ public:
     /// @}
 
     /// Restarts the source.
-    void restart() override { _rng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "Cosine hemispherical"; }
+    char const* getName() const override;
 
     /// The direction of the point (`u0`, `u1`), both from 0 to 1. Nothing is drawn.
     ///

@@ -73,7 +73,7 @@ public:
     /// out first.
     void restart() override;
 
-    char const* getName() const override { return "Gaussian"; }
+    char const* getName() const override;
 
     /// The mean as given to the constructor.
     T getMean() const { return _mean; }

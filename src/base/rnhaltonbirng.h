@@ -40,17 +40,17 @@ public:
 
     /// The efficient range is [0, 1] in both coordinates, with all of the probability in it.
     /// @{
-    void getEfficientWidth(T& x, T& y) const override { x = y = T(1); }
-    void getEfficientMin(T& x, T& y) const override { x = y = T(0); }
-    void getEfficientMax(T& x, T& y) const override { x = y = T(1); }
-    T getEfficientFraction() const override { return T(1); }
+    void getEfficientWidth(T& x, T& y) const override;
+    void getEfficientMin(T& x, T& y) const override;
+    void getEfficientMax(T& x, T& y) const override;
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 where both coordinates are from 0 up to below 1; otherwise 0.
     T getPdf(T x, T y) const override;
 
     /// Goes back to the start: the next point is point 1, (1 / prime0, 1 / prime1).
-    void restart() override { _multiRng.restart(); }
+    void restart() override;
     /// Goes to any place: the next point is point `index` + 1. This is how several threads share
     /// one sequence: each has a generator of its own that starts at another index.
     ///
@@ -58,7 +58,7 @@ public:
     ///     restart(4294967295)  ->  (0, 0), then point 1
     void restart(unsigned int index) { _multiRng.restart(index); }
 
-    char const* getName() const override { return _multiRng.getName(); }
+    char const* getName() const override;
 
     /// Writes the bases in use to `prime0`, for x, and `prime1`, for y.
     void getPrimeNumbers(unsigned int& prime0, unsigned int& prime1) const;

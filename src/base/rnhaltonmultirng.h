@@ -45,21 +45,21 @@ public:
     void getEfficientWidth(T* const width) const override;
     void getEfficientMin(T* const min) const override;
     void getEfficientMax(T* const max) const override;
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 where every coordinate is from 0 up to below 1; otherwise 0, also for not-a-number.
     T getPdf(T* const point) const override;
 
     /// Goes back to the start: the next point is point 1.
-    void restart() override { restart(0); }
+    void restart() override;
     /// Goes to any place: the next point is point `index` + 1, in all dimensions.
     ///
     ///     restart(2)           ->  (0.75, 1/9, 0.6) comes next
     ///     restart(4294967295)  ->  0 in all dimensions, then point 1
     void restart(unsigned int index);
 
-    char const* getName() const override { return "Halton"; }
+    char const* getName() const override;
 
     /// Writes the N bases in use to `primes`.
     void getPrimeNumbers(unsigned int* const primes) const;

@@ -44,24 +44,24 @@ public:
 
     /// The efficient range is [0, 1] in both coordinates, with all of the probability in it.
     /// @{
-    void getEfficientWidth(T& x, T& y) const override { x = y = T(1); }
-    void getEfficientMin(T& x, T& y) const override { x = y = T(0); }
-    void getEfficientMax(T& x, T& y) const override { x = y = T(1); }
-    T getEfficientFraction() const override { return T(1); }
+    void getEfficientWidth(T& x, T& y) const override;
+    void getEfficientMin(T& x, T& y) const override;
+    void getEfficientMax(T& x, T& y) const override;
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 where both coordinates are from 0 up to below 1; otherwise 0.
     T getPdf(T x, T y) const override;
 
     /// Takes the ramp and the radical inverse back to their starts.
-    void restart() override { _multiRng.restart(); }
+    void restart() override;
     /// Sets the position in both coordinates to `index`, which is not checked against the length.
     ///
     ///     length 4, restart(2)  ->  (0.625, 0.75)
     ///     length 4, restart(5)  ->  (1.375, 0.375), beyond the ramp's upper end
     void restart(unsigned int index) { _multiRng.restart(index); }
 
-    char const* getName() const override { return _multiRng.getName(); }
+    char const* getName() const override;
 
     /// Writes the base in use to `prime`.
     void getPrimeNumbers(unsigned int& prime) const { _multiRng.getPrimeNumbers(&prime); }

@@ -57,14 +57,14 @@ public:
     void getEfficientWidth(T* const width) const override;
     void getEfficientMin(T* const min) const override;
     void getEfficientMax(T* const max) const override;
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 where every coordinate is from 0 up to below 1; otherwise 0, also for not-a-number.
     T getPdf(T* const point) const override;
 
     /// Takes the ramp and the radical inverses back to their starts.
-    void restart() override { restart(0); }
+    void restart() override;
 
     /// Sets the position of all dimensions to `index`, which is not checked. From the length on,
     /// the next point lies beyond the upper end of the ramp, and the one after it is back on the
@@ -74,7 +74,7 @@ public:
     ///     length 4, restart(5)  ->  (1.375, 0.375), then the ramp goes on at 0.625
     void restart(unsigned int index);
 
-    char const* getName() const override { return "Hammersley"; }
+    char const* getName() const override;
 
     /// Writes the N - 1 bases in use to `primes`.
     void getPrimeNumbers(unsigned int* const primes) const;

@@ -50,7 +50,7 @@ public:
     void getEfficientWidth(T& x, T& y) const override;
     void getEfficientMin(T& x, T& y) const override;
     void getEfficientMax(T& x, T& y) const override;
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientFraction() const override;
     /// @}
 
     /// The share of the point's bin, which is not divided by the bin's area: a probability, other
@@ -60,9 +60,9 @@ public:
     T getPdf(T x, T y) const override;
 
     /// Restarts the source.
-    void restart() override { _rng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "HistogramBi"; }
+    char const* getName() const override;
 
 private:
     std::uint32_t _xCount;

@@ -52,9 +52,9 @@ public:
     /// The efficient range is that of the histogram's edges, with all of the probability in it.
     /// @{
     T getEfficientWidth() const override;
-    T getEfficientMin() const override { return _edges.front(); }
-    T getEfficientMax() const override { return _edges.back(); }
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientMin() const override;
+    T getEfficientMax() const override;
+    T getEfficientFraction() const override;
     /// @}
 
     /// The bin's share divided by its width: a density, other than RnHistogramBiRng::getPdf(). 0
@@ -64,9 +64,9 @@ public:
     T getPdf(T x) const override;
 
     /// Restarts the source.
-    void restart() override { _rng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "Histogram"; }
+    char const* getName() const override;
 
     /// The source as given to the constructor. Never null; not owned.
     RnRng<T> const* getSource() const { return _rng; }

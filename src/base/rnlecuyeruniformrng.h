@@ -46,7 +46,7 @@ public:
     ~RnLecuyerUniformRng() override;
 
     /// The next number of the sequence.
-    T operator()() override { return eval(); }
+    T operator()() override;
     /// A draw times `max`: from 0 to below `max`. Neither bound is checked here or below.
     ///
     ///     draw 0.25: uniform(8.0) -> 2, uniform(-8.0) -> -2
@@ -58,16 +58,16 @@ public:
     /// The next number, or the next `n` numbers. From 128 on a sequence is computed in vector
     /// registers; the numbers and the state afterwards are the same.
     /// @{
-    void getSample(T& sample) override { sample = eval(); }
+    void getSample(T& sample) override;
     void getSequence(unsigned int n, T* samples) override;
     /// @}
 
     /// The efficient range is [0, 1], with all of the probability in it.
     /// @{
-    T getEfficientWidth() const override { return T(1); }
-    T getEfficientMin() const override { return T(0); }
-    T getEfficientMax() const override { return T(1); }
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientWidth() const override;
+    T getEfficientMin() const override;
+    T getEfficientMax() const override;
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 from 0 up to below 1; otherwise 0, also for not-a-number.
@@ -79,7 +79,7 @@ public:
     /// Stores new seeds, then does as restart(). `seed1` is without effect, as in the constructor.
     void restart(unsigned int seed1, unsigned int seed2);
 
-    char const* getName() const override { return "Lecuyer"; }
+    char const* getName() const override;
 
     /// The draw itself. operator()() and getSample() call it.
     T eval();

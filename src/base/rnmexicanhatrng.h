@@ -49,10 +49,10 @@ public:
 
     /// The efficient range is the support, with all of the probability in it.
     /// @{
-    T getEfficientWidth() const override { return _width; }
+    T getEfficientWidth() const override;
     T getEfficientMin() const override;
     T getEfficientMax() const override;
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientFraction() const override;
     /// @}
 
     /// 2 / width at the centre; 0 at the ends of the support and beyond.
@@ -61,9 +61,9 @@ public:
     T getPdf(T x) const override;
 
     /// Restarts the source.
-    void restart() override { _uniRng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "Mexican Hat"; }
+    char const* getName() const override;
 
     /// The source as given to the constructor. Never null; not owned.
     RnRng<T> const* getSource() const { return _uniRng; }

@@ -47,7 +47,7 @@ public:
     void getEfficientWidth(T* const width) const override;
     void getEfficientMin(T* const min) const override;
     void getEfficientMax(T* const max) const override;
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 where every coordinate is from 0 up to below 1; otherwise 0, also for not-a-number.
@@ -64,7 +64,7 @@ public:
     ///     restart(n)  ->  what follows n draws of a new object
     void restart(unsigned int index);
 
-    char const* getName() const override { return "Niederreiter"; }
+    char const* getName() const override;
 
 private:
     void moveTo(std::uint32_t index);

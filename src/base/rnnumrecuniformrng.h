@@ -45,7 +45,7 @@ public:
     ~RnNumRecUniformRng() override;
 
     /// The next number of the sequence.
-    T operator()() override { return eval(); }
+    T operator()() override;
     /// A draw times `max`: from 0 to below `max`. Neither bound is checked here or below.
     ///
     ///     draw 0.25: uniform(8.0f) -> 2, uniform(-8.0f) -> -2
@@ -57,16 +57,16 @@ public:
     /// The next number, or the next `n` numbers. All forms of drawing share one sequence and one
     /// table.
     /// @{
-    void getSample(T& sample) override { sample = eval(); }
+    void getSample(T& sample) override;
     void getSequence(unsigned int n, T* samples) override;
     /// @}
 
     /// The efficient range is [0, 1], with all of the probability in it.
     /// @{
-    T getEfficientWidth() const override { return T(1); }
-    T getEfficientMin() const override { return T(0); }
-    T getEfficientMax() const override { return T(1); }
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientWidth() const override;
+    T getEfficientMin() const override;
+    T getEfficientMax() const override;
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 from 0 up to below 1; otherwise 0, also for not-a-number.
@@ -74,11 +74,11 @@ public:
 
     /// Repeats the sequence from its start: the numbers are those after construction, or after the
     /// last restart with a seed.
-    void restart() override { restart(_seed); }
+    void restart() override;
     /// Starts the sequence of `seed`, as a new object with that seed would.
     void restart(unsigned int seed);
 
-    char const* getName() const override { return "Numerical Recipes RAN2"; }
+    char const* getName() const override;
 
     /// The draw itself. operator()() and getSample() call it.
     ///

@@ -43,9 +43,9 @@ public:
 
     /// The efficient range of the source, in both coordinates.
     /// @{
-    void getEfficientWidth(T& x, T& y) const override { x = y = _uniRng->getEfficientWidth(); }
-    void getEfficientMin(T& x, T& y) const override { x = y = _uniRng->getEfficientMin(); }
-    void getEfficientMax(T& x, T& y) const override { x = y = _uniRng->getEfficientMax(); }
+    void getEfficientWidth(T& x, T& y) const override;
+    void getEfficientMin(T& x, T& y) const override;
+    void getEfficientMax(T& x, T& y) const override;
     /// @}
 
     /// The square of the source's fraction: the coordinates are independent.
@@ -57,9 +57,9 @@ public:
     T getPdf(T x, T y) const override;
 
     /// Restarts the source.
-    void restart() override { _uniRng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "Symmetrical Bi Separable"; }
+    char const* getName() const override;
 
 private:
     RnRng<T>* _uniRng;
@@ -158,9 +158,9 @@ public:
     T getPdf(T* const point) const override;
 
     /// Restarts the source.
-    void restart() override { _uniRng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "Multi Separable"; }
+    char const* getName() const override;
 
 private:
     RnRng<T>* _uniRng;

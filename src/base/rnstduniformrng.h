@@ -51,16 +51,16 @@ public:
     /// The next number, or the next `n` numbers, one call of `rand()` for each: a sequence is no
     /// faster than single draws.
     /// @{
-    void getSample(T& sample) override { sample = RnStdUniformRng::operator()(); }
+    void getSample(T& sample) override;
     void getSequence(unsigned int n, T* samples) override;
     /// @}
 
     /// The efficient range is [0, 1], with all of the probability in it.
     /// @{
-    T getEfficientWidth() const override { return T(1); }
-    T getEfficientMin() const override { return T(0); }
-    T getEfficientMax() const override { return T(1); }
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientWidth() const override;
+    T getEfficientMin() const override;
+    T getEfficientMax() const override;
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 from 0 up to below 1; otherwise 0. At 1 it is 0 as for all uniform generators, although 1
@@ -70,7 +70,7 @@ public:
     /// Calls `srand()` with the seed, whichever constructor set it.
     void restart() override;
 
-    char const* getName() const override { return "Std OS-specific generator"; }
+    char const* getName() const override;
 
 private:
     std::uint32_t _seed;

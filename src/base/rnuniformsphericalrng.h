@@ -53,9 +53,9 @@ public:
     /// @}
 
     /// Restarts the source.
-    void restart() override { _rng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "Uniform spherical"; }
+    char const* getName() const override;
 
     /// The direction of the point (`u0`, `u1`), both from 0 to 1. Nothing is drawn.
     ///
@@ -113,9 +113,9 @@ public:
     /// @}
 
     /// Restarts the source.
-    void restart() override { _rng->restart(); }
+    void restart() override;
 
-    char const* getName() const override { return "Uniform hemispherical"; }
+    char const* getName() const override;
 
     /// The direction of the point (`u0`, `u1`), both from 0 to 1. Nothing is drawn.
     ///

@@ -51,30 +51,30 @@ public:
     /// The next point, or the next `n` points, with the same bits. Sequences are fastest for the
     /// bases 2, 3 and 5, and gain from tables for any base up to 1024.
     /// @{
-    void getSample(T& sample) override { sample = RnVanDerCorputRng::operator()(); }
+    void getSample(T& sample) override;
     void getSequence(unsigned int n, T* samples) override;
     /// @}
 
     /// The efficient range is [0, 1], with all of the probability in it.
     /// @{
-    T getEfficientWidth() const override { return T(1); }
-    T getEfficientMin() const override { return T(0); }
-    T getEfficientMax() const override { return T(1); }
-    T getEfficientFraction() const override { return T(1); }
+    T getEfficientWidth() const override;
+    T getEfficientMin() const override;
+    T getEfficientMax() const override;
+    T getEfficientFraction() const override;
     /// @}
 
     /// 1 from 0 up to below 1; otherwise 0, also for not-a-number.
     T getPdf(T x) const override;
 
     /// Goes back to the start: the next point is point 1. Point 0 is not drawn.
-    void restart() override { _index = 0; }
+    void restart() override;
     /// Goes to any place: the next point is point `index` + 1.
     ///
     ///     restart(1)           ->  0.25 comes next in base 2
     ///     restart(4294967295)  ->  0, then 0.5
     void restart(unsigned int index) { _index = index; }
 
-    char const* getName() const override { return "Van der Corput"; }
+    char const* getName() const override;
 
     /// Goes on from the same index in another base; as in the constructor any is accepted.
     void setPrimeNumber(unsigned int base);
