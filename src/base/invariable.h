@@ -180,7 +180,8 @@ public:
     /// Throws InEx::ExUninitializedObject, with the handle, before the package's start, after its stop, and if no
     /// source has a value. A read is a few loads: the text is converted when the source is chosen, and again when it gets
     /// another text.
-    T getValue() const
+    // Always inline: on Windows an instance that the library exports lacks what stands in the class.
+    [[gnu::always_inline]] T getValue() const
     {
         InContextAliasBase const& source = getSource();
         if constexpr (std::is_same_v<T, int>)

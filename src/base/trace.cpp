@@ -126,7 +126,7 @@ private:
 class TraceOptions
 {
 public:
-    static TraceOptions& get();
+    static TraceOptions& get() noexcept;
 
     bool isOn() const { return look(_on); }
     bool isIndenting() const { return _indent; }
@@ -195,7 +195,9 @@ private:
     TraceOptions& _options;
 };
 
-TraceOptions& TraceOptions::get()
+/// A bad VN_TRACE_OPTIONS ends the program here, whichever static object comes first: no loader can come between the
+/// exception and its message.
+TraceOptions& TraceOptions::get() noexcept
 {
     // Never destroyed: lines are traced until the last static object is gone.
     static TraceOptions& options = *new TraceOptions;
@@ -405,7 +407,7 @@ void TraceLevel::addFile(char const* file)
 
 namespace
 {
-/// A bad VN_TRACE_OPTIONS ends the program here, where no loader can come between the exception and its message.
+/// Ends the program without memory, as TraceOptions::get() does for a bad VN_TRACE_OPTIONS.
 TraceLevel* registerMainLevel() noexcept
 {
     return Trace::registerLevel("Main", sourceName);
