@@ -7,6 +7,9 @@
 extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_bytes();
 extern "C" __attribute__((weak)) int __asan_address_is_poisoned(void const volatile* address);
 
+/// Of Clang's coverage, whose runtime is in each library that comes.
+extern "C" __attribute__((weak)) int __llvm_profile_write_file();
+
 namespace VnSoak
 {
 
@@ -20,7 +23,7 @@ std::size_t getLiveMemory()
 
 bool isFlatWithoutLeaks()
 {
-    return __asan_address_is_poisoned == nullptr;
+    return __asan_address_is_poisoned == nullptr && __llvm_profile_write_file == nullptr;
 }
 
 }  // namespace VnSoak
