@@ -755,7 +755,6 @@ TEST(RnHammersley, isUsedAsItsCommentShows)
     RnHammersleyBiRng<double> empty(0);
     empty.getSample(x[0], y[0]);
     EXPECT_EQ(x[0], std::numeric_limits<double>::infinity());
-
 }
 
 TEST(RnHammersleyBi, isUsedAsItsCommentShows)

@@ -123,6 +123,13 @@ TEST_F(End, aReaderMayBeWritingWhenMainReturns)
 }
 #endif
 
+TEST_F(End, aThreadThatTookALockOutlivesTheLibrary)
+{
+    lock.emplace(folder);
+    expectEnd("unloadhost", "released", "loaded 00\nthread ended\ntaken again\n");
+    expectEnd("unloadhost", "held", "loaded 00\nthread ended\n");
+}
+
 VN_CHILD(unloadedLevels)
 {
     std::ostringstream text;

@@ -7,12 +7,14 @@
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/inpackages.h>
+#include <base/lginterprocesslock.h>
 #include <base/lglog.h>
 #include <base/lgreader.h>
 #include <base/lmlibraries.h>
 #include <base/testgroup.h>
 #include <base/trace.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <future>
 #include <iostream>
@@ -287,4 +289,14 @@ LATE_EXPORT void lateEnd()
     std::cout << "static objects gone: " << areStaticsGone << std::endl;
 #endif
     chosen->end();
+}
+
+/// Takes the lock that the environment names, in the calling thread, and gives it back or not. The lock itself stays.
+LATE_EXPORT void lateTakeLock(bool gives)
+{
+    Vn::LgInterProcessLock& lock =
+        *Vn::LgInterProcessLock::create(std::getenv("VN_INTERNAL_INTERPROCESS_LOG_LOCK"));
+    lock.lock();
+    if (gives)
+        lock.unlock();
 }
