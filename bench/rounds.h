@@ -1,8 +1,8 @@
 #pragma once
 
-#include <algorithm>
+#include "rows.h"
+
 #include <chrono>
-#include <cstdio>
 #include <functional>
 #include <string>
 #include <utility>
@@ -28,37 +28,24 @@ public:
 
     void add(std::string who, Measure measure) { _contestants.push_back({std::move(who), std::move(measure), {}}); }
 
-    /// The contestant that was added first is ours; `ratio` is its best time over that of another one.
+    /// The contestant that was added first is ours.
     void run(int rounds)
     {
         for (int i = 0; i < rounds; ++i)
             for (Contestant& contestant : _contestants)
-                contestant.times.push_back(contestant.measure());
-        for (Contestant& contestant : _contestants)
-            std::sort(contestant.times.begin(), contestant.times.end());
-        const double ours = _contestants.front().times.front();
-        for (Contestant const& contestant : _contestants) {
-            std::vector<double> const& times = contestant.times;
-            std::printf("%-32s %-28s %9.3f %9.3f %9.3f %-3s", _what.c_str(), contestant.who.c_str(), times.front(),
-                        times[times.size() / 2], times[times.size() * 9 / 10], _unit.c_str());
-            if (&contestant != &_contestants.front())
-                std::printf("%9.2f", ours / times.front());
-            std::printf("\n");
-        }
-        std::fflush(stdout);
+                contestant.times.add(contestant.measure());
+        for (std::size_t i = 1; i < _contestants.size(); ++i)
+            printRow(_what, _contestants[i].who, _unit, _contestants.front().times, _contestants[i].times);
     }
 
-    static void printHead()
-    {
-        std::printf("%-32s %-28s %9s %9s %9s %-3s%9s\n", "", "", "best", "median", "9 of 10", "", "ratio");
-    }
+    static void printHead() { printRowsHead(); }
 
 private:
     struct Contestant
     {
         std::string who;
         Measure measure;
-        std::vector<double> times;
+        Times times;
     };
 
     std::string _what;

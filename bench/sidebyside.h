@@ -1,8 +1,9 @@
 #pragma once
 
+#include "rows.h"
+
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
 #include <functional>
 #include <map>
 #include <string>
@@ -12,13 +13,14 @@
 namespace VnBench
 {
 
-/// Runs each of ours beside its peer and prints the ratio of their times: above 1 we are the faster one.
+/// Runs each of ours beside its peer and prints the ratio of their times: below 1 we are the faster one.
 ///
 ///     VnBench::SideBySide comparison(1000);    // operations in one iteration
 ///     comparison.add("floor", benchOurs, "std::floor", benchTheirs);
 ///     return comparison.run(argc, argv);
 ///
-/// All options of the benchmark library work. With --benchmark_repetitions the ratio is that of the medians.
+/// Both sides run in 15 short rounds each, in random order, and the best round of each counts. All options of the benchmark
+/// library work, and come before ours.
 class SideBySide
 {
 public:
@@ -49,18 +51,24 @@ public:
 
     int run(int argc, char** argv)
     {
-        benchmark::Initialize(&argc, argv);
-        if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        std::string rounds = "--benchmark_repetitions=15";
+        std::string time = "--benchmark_min_time=0.01";
+        std::string order = "--benchmark_enable_random_interleaving=true";
+        std::vector<char*> arguments(argv, argv + argc);
+        arguments.insert(arguments.begin() + 1, {rounds.data(), time.data(), order.data()});
+        arguments.push_back(nullptr);
+        int count = static_cast<int>(arguments.size()) - 1;
+        benchmark::Initialize(&count, arguments.data());
+        if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
             return 2;
-        Times times(_isByTheClock);
-        benchmark::RunSpecifiedBenchmarks(&times);
-        std::printf("\n%-28s %-28s %9s %9s %7s\n", "", "beside", "ours ns", "peer ns", "ratio");
+        Collector collector(_isByTheClock, _operations);
+        benchmark::RunSpecifiedBenchmarks(&collector);
+        printRowsHead();
         for (Pair const& pair : _pairs) {
-            const double ours = times.of(pair.oursName) / _operations;
-            const double theirs = times.of(pair.theirsName) / _operations;
-            if (ours > 0 && theirs > 0)
-                std::printf("%-28s %-28s %9.2f %9.2f %7.2f\n", pair.what.c_str(), pair.peer.c_str(), ours, theirs,
-                            theirs / ours);
+            Times const& ours = collector.of(pair.oursName);
+            Times const& theirs = collector.of(pair.theirsName);
+            if (!ours.isEmpty() && !theirs.isEmpty())
+                printRow(pair.what, pair.peer, "ns", ours, theirs);
         }
         return 0;
     }
@@ -71,30 +79,28 @@ private:
         std::string what, peer, oursName, theirsName;
     };
 
-    class Times : public benchmark::ConsoleReporter
+    /// Keeps the time of each round and prints nothing.
+    class Collector : public benchmark::BenchmarkReporter
     {
     public:
-        explicit Times(bool isByTheClock) : _isByTheClock(isByTheClock) {}
+        Collector(bool isByTheClock, double operations) : _isByTheClock(isByTheClock), _operations(operations) {}
+
+        bool ReportContext(Context const&) override { return true; }
 
         void ReportRuns(std::vector<Run> const& runs) override
         {
-            ConsoleReporter::ReportRuns(runs);
-            for (Run const& run : runs) {
-                if (run.run_type == Run::RT_Iteration || run.aggregate_name == "median")
-                    _times[run.run_name.function_name] =
-                        _isByTheClock ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
-            }
+            for (Run const& run : runs)
+                if (run.run_type == Run::RT_Iteration)
+                    _times[run.run_name.function_name].add(
+                        (_isByTheClock ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime()) / _operations);
         }
 
-        double of(std::string const& name) const
-        {
-            auto const found = _times.find(name);
-            return found != _times.end() ? found->second : 0;
-        }
+        Times const& of(std::string const& name) { return _times[name]; }
 
     private:
         bool _isByTheClock;
-        std::map<std::string, double> _times;  ///< nanoseconds; the median comes last and stays
+        double _operations;
+        std::map<std::string, Times> _times;  ///< nanoseconds
     };
 
     double _operations;
