@@ -1,6 +1,8 @@
 // Private to the library.
 #pragma once
 
+#include <base/baseexport.h>
+
 #include <cstdarg>
 #include <cstdio>
 
@@ -12,11 +14,7 @@ namespace Vn
 class ExReasonText
 {
 public:
-#if defined(__MINGW32__)
-    __attribute__((format(gnu_printf, 2, 3)))
-#else
-    __attribute__((format(printf, 2, 3)))
-#endif
+    VN_BASE_PRINTF(2, 3)
     explicit ExReasonText(char const* format, ...)
     {
         std::va_list arguments;
