@@ -23,16 +23,10 @@ public:
         va_end(arguments);
     }
 
-    char const* get() const
-    {
-        return _text;
-    }
+    char const* get() const { return _text; }
 
     /// For a "%s", which must not meet a null pointer.
-    static char const* orEmpty(char const* text)
-    {
-        return text != nullptr ? text : "";
-    }
+    static char const* orEmpty(char const* text) { return text != nullptr ? text : ""; }
 
 private:
     char _text[1024];

@@ -93,7 +93,7 @@ private:
     bool _line = false;
     bool _pid = false;
     bool _indent = true;
-    std::int32_t _fnDirs = 0;   ///< folders shown before a file's name
+    std::int32_t _fnDirs = 0;  ///< folders shown before a file's name
     std::int32_t _fnWidth = defaultFileWidth;
     bool _printLevels = false;
     bool _writeProtect = false;
