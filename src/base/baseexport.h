@@ -13,3 +13,12 @@
 #else
 #    define VN_BASE_EXPORT __attribute__((visibility("default")))
 #endif
+
+/// Marks a function whose parameter number FORMAT is a format as std::printf takes it, so that the compiler compares it with the
+/// arguments from number FIRST on. Members count the object as number 1. On Windows the format is still that of the C
+/// standard, which MinGW implements itself, and not the one of the system's own library.
+#if defined(__MINGW32__)
+#    define VN_BASE_PRINTF(FORMAT, FIRST) __attribute__((format(gnu_printf, FORMAT, FIRST)))
+#else
+#    define VN_BASE_PRINTF(FORMAT, FIRST) __attribute__((format(printf, FORMAT, FIRST)))
+#endif

@@ -1,6 +1,8 @@
 // Private to the library.
 #pragma once
 
+#include <base/baseexport.h>
+
 #include <cstdarg>
 #include <cstdio>
 
@@ -12,11 +14,7 @@ namespace Vn
 class ExReasonText
 {
 public:
-#if defined(__MINGW32__)
-    __attribute__((format(gnu_printf, 2, 3)))
-#else
-    __attribute__((format(printf, 2, 3)))
-#endif
+    VN_BASE_PRINTF(2, 3)
     explicit ExReasonText(char const* format, ...)
     {
         std::va_list arguments;
@@ -25,16 +23,10 @@ public:
         va_end(arguments);
     }
 
-    char const* get() const
-    {
-        return _text;
-    }
+    char const* get() const { return _text; }
 
     /// For a "%s", which must not meet a null pointer.
-    static char const* orEmpty(char const* text)
-    {
-        return text != nullptr ? text : "";
-    }
+    static char const* orEmpty(char const* text) { return text != nullptr ? text : ""; }
 
 private:
     char _text[1024];

@@ -31,7 +31,7 @@ public:
 
     ~Buffer() override
     {
-        // The last line of a shared file was written under the lock, which nobody may hold by now.
+        // Not into a shared file: this thread may not hold the lock now, and would write into another process's line.
         if (!_isShared)
             send();
     }
@@ -44,14 +44,15 @@ public:
     /// Writes what waits. False if the system doesn't take all of it.
     bool send();
 
-    /// Lines that were dropped and not told of yet.
+    /// Lines that were dropped and not reported yet.
     std::int32_t getDropped() const { return _dropped; }
-    void forgetDropped() { _dropped = 0; }
+    void clearDropped() { _dropped = 0; }
 
-    /// What can wait besides what does so already.
+    /// Bytes that the buffer can still take.
     std::size_t getRoom() const { return static_cast<std::size_t>(epptr() - pptr()); }
 
 protected:
+    /// For those who write to the stream and not by lines: the buffer is full.
     int_type overflow(int_type character) override
     {
         if (!send())
@@ -73,9 +74,9 @@ protected:
     }
 
 private:
-    bool startLine();
+    bool endTornLine();
     std::size_t write(std::string_view text);
-    void keepOrDrop(std::string_view text);
+    void bufferOrDrop(std::string_view text);
 
     System::LogOutput _output;
     const bool _isShared;
@@ -84,8 +85,9 @@ private:
     char _waiting[65536];                  ///< the longest line twice; read and written by the stream's pointers
 };
 
-/// Sees to it that the next byte of a shared file begins a line. False if the system refuses.
-bool LgFile::Buffer::startLine()
+/// Ends the line that a killed writer has left, so that the next byte begins a line. False if the system refuses. The size is
+/// asked first: as a rule it is the one that our own last write left, and the end needs no look.
+bool LgFile::Buffer::endTornLine()
 {
     const std::optional<std::uint64_t> size = _output.getSize();
     if (!size || *size == 0 || size == _ownEnd || _output.endsLineAt(*size))
@@ -93,16 +95,17 @@ bool LgFile::Buffer::startLine()
     return _output.append("\n") == 1;
 }
 
-/// How much of `text` the file has got.
+/// Returns how much of `text` is in the file. In a shared file that is whole lines: what the system took of a further line is
+/// removed again, as other processes would write behind it.
 std::size_t LgFile::Buffer::write(std::string_view text)
 {
     const bool isWatched = _isShared && _output.isRegular();
-    if (isWatched && !startLine())
+    if (isWatched && !endTornLine())
         return 0;
     std::size_t done = _output.append(text);
     if (isWatched && done != text.size()) {
         const std::size_t wholeLines = text.substr(0, done).rfind('\n') + 1;
-        if (_output.takeBack(done - wholeLines))
+        if (_output.removeFromEnd(done - wholeLines))
             done = wholeLines;
     }
     if (isWatched)
@@ -110,6 +113,7 @@ std::size_t LgFile::Buffer::write(std::string_view text)
     return done;
 }
 
+/// What the system refuses stays at the front of the buffer, in its order.
 bool LgFile::Buffer::send()
 {
     const std::size_t size = static_cast<std::size_t>(pptr() - pbase());
@@ -122,8 +126,9 @@ bool LgFile::Buffer::send()
     return left == 0;
 }
 
-/// All or nothing. Behind a line that was dropped nothing is kept: the count of the dropped ones stands in their place.
-void LgFile::Buffer::keepOrDrop(std::string_view text)
+/// All or nothing. Once a line was dropped, later ones are dropped as well until reportDropped() has found room: the count
+/// stands in the place of all of them, so it must come before the next line.
+void LgFile::Buffer::bufferOrDrop(std::string_view text)
 {
     if (_dropped == 0 && text.size() <= getRoom()) {
         std::memcpy(pptr(), text.data(), text.size());
@@ -132,16 +137,17 @@ void LgFile::Buffer::keepOrDrop(std::string_view text)
         ++_dropped;
 }
 
+/// Nothing overtakes what waits: it is sent first, and the text waits behind it if that fails.
 bool LgFile::Buffer::writeLines(std::string_view text)
 {
     if (_dropped != 0 || !send()) {
-        keepOrDrop(text);
+        bufferOrDrop(text);
         return false;
     }
     const std::size_t done = write(text);
     if (done == text.size())
         return true;
-    keepOrDrop(text.substr(done));
+    bufferOrDrop(text.substr(done));
     return false;
 }
 
@@ -173,6 +179,8 @@ std::optional<System::FileIdentity> LgFile::getIdentity() const
     return _buffer->getOutput().getIdentity();
 }
 
+/// A stream that has failed for another reason than a refused write stays failed: it could not be opened, or the program has
+/// said so.
 void LgFile::writeLines(std::string_view text)
 {
     if (bad() && isOpen())
@@ -183,7 +191,8 @@ void LgFile::writeLines(std::string_view text)
         setstate(badbit);
 }
 
-void LgFile::tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize)
+/// Sends what waits first, which may make the room. The line of the count may wait in the buffer itself.
+void LgFile::reportDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize)
 {
     if (_buffer->getDropped() == 0)
         return;
@@ -193,8 +202,8 @@ void LgFile::tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPr
         line.putPrefix(ticks, threadId, LgTypes::Informational);
     line.putOverflow(_buffer->getDropped());
     if (line.getText().size() + nextSize > _buffer->getRoom())
-        return;  // the next one will be dropped as well
-    _buffer->forgetDropped();
+        return;  // the next line will be dropped as well, and counted
+    _buffer->clearDropped();
     writeLines(line.getText());
 }
 

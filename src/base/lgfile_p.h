@@ -45,9 +45,9 @@ public:
     /// killed writer has left, and a line of which the system takes a part only is taken back.
     void writeLines(std::string_view text);
 
-    /// Tells of dropped lines, if there are any and there is room for that and a line of `nextSize` behind it: as the
-    /// event of a queue that was full.
-    void tellDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize);
+    /// Writes how many lines were dropped, if any were and there is room for that and for a line of `nextSize` behind it. The
+    /// line is that of a full queue: "Event overflow [12]".
+    void reportDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize);
 
 private:
     class Buffer;
@@ -91,8 +91,9 @@ public:
     /// Appends, and returns how much of the text was written before the system refused.
     std::size_t append(std::string_view text);
 
-    /// Takes the last `size` characters off the file, which are no line ends.
-    bool takeBack(std::size_t size);
+    /// Shortens the file by `size` characters, of which none is a line end. False if the system refuses, and if the file is
+    /// shorter than that.
+    bool removeFromEnd(std::size_t size);
 
 private:
     static constexpr std::intptr_t closed = -1;

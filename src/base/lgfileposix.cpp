@@ -3,6 +3,14 @@
 // Every file is opened for appending: the kernel then moves to the end and writes in one step, so that two processes never
 // write over each other. A file that is begun anew is emptied in a step of its own, once it is known that no other level
 // of this process has it open under another name.
+//
+// Opening takes up to three steps. The file is opened for writing alone, without waiting: a pipe that nobody reads refuses.
+// Its status is read from the descriptor and not from the path, which could lead elsewhere by then; a default file must be a
+// regular file of our own. A regular file is then opened once more for reading as well, since the end of a shared file has to
+// be looked at; if that gives another file, or none, the first descriptor stays.
+//
+// Pipes and devices differ in two ways: they have no size and no end to look at, and a pipe whose reader has gone would end the
+// process with SIGPIPE, which NoPipeSignal prevents around the write.
 #include <base/lgfile_p.h>
 
 #include <base/osposix_p.h>
@@ -29,39 +37,41 @@ FileIdentity identityOf(struct ::stat const& status)
     return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
 }
 
-bool readStatus(int file, struct ::stat& status)
+std::optional<struct ::stat> readStatus(int file)
 {
-    return Posix::retry([&] { return ::fstat(file, &status); }) == 0;
+    struct ::stat status = {};
+    if (Posix::retry([&] { return ::fstat(file, &status); }) != 0)
+        return {};
+    return status;
 }
 
-/// In a folder for temporary files anybody can put a link, a pipe, or a second name of a file that is worth more.
+/// In a folder for temporary files anybody can put a symlink, a pipe, or a hard link to a file that must not be emptied.
 bool isOurOwn(struct ::stat const& status)
 {
     return S_ISREG(status.st_mode) && status.st_uid == ::geteuid() && status.st_nlink == 1;
 }
 
-/// The same file open for reading as well, so that its end can be looked at; the one for writing if we may not read it.
-int openToRead(char const* path, int flags, int file, struct ::stat const& status)
+/// Reopens a regular file for reading as well; returns `file` itself if that is refused or the path leads to another file by now.
+int reopenToRead(char const* path, int flags, int file, struct ::stat const& status)
 {
     const int both = Posix::openFile(path, (flags & ~(O_WRONLY | O_CREAT)) | O_RDWR);
-    struct ::stat found = {};
-    if (both != -1 && readStatus(both, found) && identityOf(found) == identityOf(status)) {
-        ::close(file);
-        return both;
-    }
-    if (both != -1)
-        ::close(both);
-    return file;
+    if (both == -1)
+        return file;
+    const std::optional<struct ::stat> found = readStatus(both);
+    const bool isSame = found && identityOf(*found) == identityOf(status);
+    ::close(isSame ? file : both);
+    return isSame ? both : file;
 }
 
-/// Opening mustn't wait for the reader of a pipe; writing to it may.
-void letWritesWait(int file)
+/// Opening must not wait for the reader of a pipe; writing to it may.
+void makeBlocking(int file)
 {
     const int flags = ::fcntl(file, F_GETFL);
     if (flags != -1)
         ::fcntl(file, F_SETFL, flags & ~O_NONBLOCK);
 }
 
+/// True as well if the byte can't be read: a line end too many is not worth a look that fails.
 bool isLineEnd(int file, ::off_t place)
 {
     char byte = '\n';
@@ -69,8 +79,8 @@ bool isLineEnd(int file, ::off_t place)
     return byte == '\n';
 }
 
-/// Keeps a pipe whose reader has gone from ending the process: the signal is for this thread alone, is blocked meanwhile,
-/// and taken away if it wasn't waiting before.
+/// Keeps a pipe whose reader has gone from ending the process. The kernel sends SIGPIPE to the writing thread, which blocks it
+/// meanwhile, and afterwards takes it off the pending signals; unless one was pending before, which is the program's.
 class NoPipeSignal
 {
 public:
@@ -80,14 +90,14 @@ public:
         ::sigemptyset(&_pipeSignal);
         ::sigaddset(&_pipeSignal, SIGPIPE);
         ::sigpending(&pending);
-        _waited = ::sigismember(&pending, SIGPIPE) == 1;
-        if (!_waited)
+        _wasPending = ::sigismember(&pending, SIGPIPE) == 1;
+        if (!_wasPending)
             ::pthread_sigmask(SIG_BLOCK, &_pipeSignal, &_before);
     }
 
     ~NoPipeSignal()
     {
-        if (_waited)
+        if (_wasPending)
             return;
         const int error = errno;
         if (_isBroken) {
@@ -101,16 +111,17 @@ public:
     NoPipeSignal(NoPipeSignal const&) = delete;
     NoPipeSignal& operator=(NoPipeSignal const&) = delete;
 
-    void pipeIsBroken() { _isBroken = true; }
+    /// The write has failed with EPIPE, so a signal is pending.
+    void setBroken() { _isBroken = true; }
 
 private:
     ::sigset_t _pipeSignal;
     ::sigset_t _before;
-    bool _waited = false;
+    bool _wasPending = false;
     bool _isBroken = false;
 };
 
-/// As much as the system takes.
+/// Returns how much the system took. A short write is no error: the rest follows, until the system refuses.
 std::size_t writeAll(int file, std::string_view text)
 {
     std::size_t done = 0;
@@ -138,21 +149,22 @@ bool LogOutput::open(char const* path, LgFile::Origin origin)
     int file = Posix::openFile(path, flags, 0666);
     if (file == -1)
         return false;
-    struct ::stat status = {};
-    if (!readStatus(file, status) || (isDefault && !isOurOwn(status))) {
+    const std::optional<struct ::stat> status = readStatus(file);
+    if (!status || (isDefault && !isOurOwn(*status))) {
         ::close(file);
         return false;
     }
-    _isRegular = S_ISREG(status.st_mode);
+    _isRegular = S_ISREG(status->st_mode);
     if (_isRegular)
-        file = openToRead(path, flags, file, status);
+        file = reopenToRead(path, flags, file, *status);
     else
-        letWritesWait(file);
+        makeBlocking(file);
     _handle = file;
-    _identity = identityOf(status);
+    _identity = identityOf(*status);
     return true;
 }
 
+/// The next write begins at the new end, as the file is open for appending.
 bool LogOutput::makeEmpty()
 {
     return !_isRegular || Posix::retry([&] { return ::ftruncate(descriptorOf(_handle), 0); }) == 0;
@@ -160,10 +172,10 @@ bool LogOutput::makeEmpty()
 
 std::optional<std::uint64_t> LogOutput::getSize() const
 {
-    struct ::stat status = {};
-    if (!_isRegular || !readStatus(descriptorOf(_handle), status))
+    if (!_isRegular)
         return {};
-    return static_cast<std::uint64_t>(status.st_size);
+    const std::optional<struct ::stat> status = readStatus(descriptorOf(_handle));
+    return status ? std::optional(static_cast<std::uint64_t>(status->st_size)) : std::nullopt;
 }
 
 bool LogOutput::endsLineAt(std::uint64_t size) const
@@ -171,6 +183,7 @@ bool LogOutput::endsLineAt(std::uint64_t size) const
     return isLineEnd(descriptorOf(_handle), static_cast<::off_t>(size) - 1);
 }
 
+/// A regular file can't raise SIGPIPE, and lines to files should not cost three more system calls each.
 std::size_t LogOutput::append(std::string_view text)
 {
     const int file = descriptorOf(_handle);
@@ -179,11 +192,12 @@ std::size_t LogOutput::append(std::string_view text)
     NoPipeSignal guard;
     const std::size_t done = writeAll(file, text);
     if (done != text.size() && errno == EPIPE)
-        guard.pipeIsBroken();
+        guard.setBroken();
     return done;
 }
 
-bool LogOutput::takeBack(std::size_t size)
+/// Under the inter-process lock, so nobody writes between the question for the size and the cut.
+bool LogOutput::removeFromEnd(std::size_t size)
 {
     const std::optional<std::uint64_t> whole = getSize();
     return whole && *whole >= size &&
@@ -191,15 +205,16 @@ bool LogOutput::takeBack(std::size_t size)
                0;
 }
 
+/// Where the end can't be looked at, a line counts as torn: an empty line does less harm than two lines in one.
 bool isStandardOutputInsideLine()
 {
-    struct ::stat status = {};
-    if (!readStatus(STDOUT_FILENO, status) || !S_ISREG(status.st_mode))
+    const std::optional<struct ::stat> status = readStatus(STDOUT_FILENO);
+    if (!status || !S_ISREG(status->st_mode))
         return false;
     const ::off_t place = ::lseek(STDOUT_FILENO, 0, SEEK_CUR);
     if (place <= 0)
         return false;
-    // It is rarely open for reading itself.
+    // The descriptor itself is rarely open for reading; the system has another way to the same file.
     const Posix::Descriptor readable(
         Posix::openFile("/proc/self/fd/1", O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     return !readable.isOpen() || !isLineEnd(readable.get(), place - 1);

@@ -1,7 +1,14 @@
 // lgfilewindows.cpp (Linux form: lgfileposix.cpp)
 //
 // Every write names the end of the file as its place, so that the system moves there and writes in one step, and two
-// processes never write over each other. Files hold CR LF at the ends of lines.
+// processes never write over each other. The file is shared for reading and writing: several processes may have it open.
+//
+// Files hold CR LF at the ends of lines, so a text is translated before it is written, and a count of written bytes is translated
+// back into characters of the text. A disk that takes the CR of a line end and refuses the LF gets the CR removed again: it is
+// no character of the text, and the rest would begin with another one.
+//
+// Devices and pipes have no size and no end. The folder for temporary files is the user's own here, where nobody else can put a
+// symlink, so a default file is opened like any other.
 #include <base/lgfile_p.h>
 
 #include <windows.h>
@@ -24,7 +31,7 @@ constexpr ::DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE;
     return ::CreateFileA(path, access, sharing, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-/// As much as the system takes, at the end of a file, or to a device.
+/// Returns how much the system took. An offset of all ones means the end of the file; a device gets none.
 std::size_t writeAll(::HANDLE file, std::string_view text, bool isFile)
 {
     std::size_t done = 0;
@@ -41,6 +48,7 @@ std::size_t writeAll(::HANDLE file, std::string_view text, bool isFile)
     return done;
 }
 
+/// True as well if the byte can't be read.
 bool isLineEnd(::HANDLE file, std::uint64_t place)
 {
     ::OVERLAPPED at = {};
@@ -58,6 +66,7 @@ LogOutput::~LogOutput()
         ::CloseHandle(handleOf(_handle));
 }
 
+/// A file that may be written but not read is opened all the same: its end then counts as the end of a line.
 bool LogOutput::open(char const* path, LgFile::Origin)
 {
     ::HANDLE file = openFile(path, GENERIC_READ | GENERIC_WRITE);
@@ -71,11 +80,13 @@ bool LogOutput::open(char const* path, LgFile::Origin)
         _identity = {information.dwVolumeSerialNumber,
                      std::uint64_t(information.nFileIndexHigh) << 32 | information.nFileIndexLow};
     else
-        _identity = {~std::uint64_t(0), reinterpret_cast<std::uintptr_t>(file)};  // each device for itself
+        // No number tells two devices apart, so each opening counts as a file of its own.
+        _identity = {~std::uint64_t(0), reinterpret_cast<std::uintptr_t>(file)};
     _handle = reinterpret_cast<std::intptr_t>(file);
     return true;
 }
 
+/// Moves the file pointer, which no write uses.
 bool LogOutput::makeEmpty()
 {
     if (!_isRegular)
@@ -97,6 +108,7 @@ bool LogOutput::endsLineAt(std::uint64_t size) const
     return isLineEnd(handleOf(_handle), size - 1);
 }
 
+/// Without memory for the translation nothing is written, and the text waits as on a full disk.
 std::size_t LogOutput::append(std::string_view text)
 {
     try {
@@ -107,13 +119,14 @@ std::size_t LogOutput::append(std::string_view text)
             _fileText += character;
         }
     } catch (std::bad_alloc const&) {
-        return 0;  // it waits, as on a full disk
+        return 0;
     }
     const std::size_t written = writeAll(handleOf(_handle), _fileText, _isRegular);
     if (written == _fileText.size())
         return text.size();
     if (written > 0 && _fileText[written - 1] == '\r' && _fileText[written] == '\n')
-        takeBack(1);
+        removeFromEnd(1);
+    // How many characters of the text are wholly in the file.
     std::size_t done = 0;
     for (std::size_t inFile = 0; done < text.size(); ++done) {
         inFile += text[done] == '\n' ? 2 : 1;
@@ -123,7 +136,8 @@ std::size_t LogOutput::append(std::string_view text)
     return done;
 }
 
-bool LogOutput::takeBack(std::size_t size)
+/// In characters of the file: the caller's have no line end among them, so they are as many there.
+bool LogOutput::removeFromEnd(std::size_t size)
 {
     const std::optional<std::uint64_t> whole = getSize();
     if (!whole || *whole < size)
@@ -133,6 +147,7 @@ bool LogOutput::takeBack(std::size_t size)
     return ::SetFilePointerEx(handleOf(_handle), end, nullptr, FILE_BEGIN) && ::SetEndOfFile(handleOf(_handle));
 }
 
+/// Where the end can't be looked at, a line counts as torn: an empty line does less harm than two lines in one.
 bool isStandardOutputInsideLine()
 {
     ::HANDLE const output = ::GetStdHandle(STD_OUTPUT_HANDLE);
@@ -140,7 +155,7 @@ bool isStandardOutputInsideLine()
     if (::GetFileType(output) != FILE_TYPE_DISK || !::SetFilePointerEx(output, {}, &place, FILE_CURRENT) ||
         place.QuadPart <= 0)
         return false;
-    // It is rarely open for reading itself.
+    // The handle itself is rarely open for reading; the system makes another one of the same file.
     ::HANDLE const readable = ::ReOpenFile(output, GENERIC_READ, sharing | FILE_SHARE_DELETE, 0);
     if (readable == INVALID_HANDLE_VALUE)
         return true;

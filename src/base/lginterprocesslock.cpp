@@ -1,3 +1,4 @@
+// What the lock has in common on both platforms: the guard, which does nothing without a lock.
 #include <base/lginterprocesslock.h>
 
 #include <exception>

@@ -4,11 +4,15 @@
 // belongs to the opened file, so a process opens each file once, and a mutex beside it keeps its own threads apart.
 //
 // A file is removed when it is closed, and at the end of the process, unless another process holds its lock at that moment.
-// Only the holder of a file's lock removes the file. So whoever gets the lock looks whether the file is still where it was
-// opened, and opens the one that stands there now if it isn't; two processes can't hold two files of one name.
+// Only the holder of a file's lock removes the file. So a process that gets the lock checks that the path still leads to the
+// file that it has opened, and opens the new one if it doesn't; two processes can't hold two files of one name.
 //
-// A thread that ends gives up what it holds. The system calls us for that through a key of its own: a thread_local object
+// A thread that ends releases what it holds. The system calls us for that through a thread-specific key: a thread_local object
 // would do as well, but ends the process if there is no memory when a thread first uses it.
+//
+// lock() takes the mutex first and the file's lock behind it; unlock() goes the other way. In a child of `fork` nothing is
+// held: the descriptors are closed, since the parent's lock belongs to the opened file that both share, and mutexes and holders
+// are made anew.
 #include <base/lginterprocesslock.h>
 
 #include <base/exsyserror.h>
@@ -44,7 +48,8 @@ constexpr char sourceName[] = "src/base/lginterprocesslock";
 // Not the folder for temporary files: two processes may have different ones.
 constexpr char folder[] = "/tmp/";
 
-[[noreturn]] void refuse(int error, int line)
+/// For calls that return their error, and for errors of our own.
+[[noreturn]] void throwError(int error, int line)
 {
     errno = error;
     throw ExSysErrorWindows(sourceName, line);
@@ -55,10 +60,11 @@ class LockFile;
 /// The lock files that a thread holds.
 using HeldFiles = std::vector<std::shared_ptr<LockFile>>;
 
+/// The calling thread's list: null if it has held none, or made if it hasn't.
 HeldFiles* findHeldFiles();
 HeldFiles& getHeldFiles();
 
-/// One opened file, for all locks of its name in this process. Without a path it keeps only threads apart.
+/// One opened file, for all locks of its name in this process. Without a path it excludes only threads.
 class LockFile : public std::enable_shared_from_this<LockFile>
 {
 public:
@@ -75,14 +81,14 @@ public:
     void openFile();
     void lock();
     void unlock();
-    void giveUp();
-    void startAfresh();
+    void releaseAtThreadEnd();
+    void resetInChild();
     void removeUnlessHeld();
 
 private:
     bool isMine() const { return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
     bool unlockFile();
-    void letThreadsIn();
+    void releaseMutex();
     void closeFile();
     void removeFile();
     void lockFile();
@@ -97,17 +103,17 @@ private:
     int _depth = 0;
 };
 
-/// The list is one that a thread has. Throws without memory.
-void remember(HeldFiles const* files);
-void forget(HeldFiles const* files);
+/// Enter a thread's list into OpenFiles::held, and take it out. Entering throws `std::bad_alloc`.
+void addHeldFiles(HeldFiles const* files);
+void removeHeldFiles(HeldFiles const* files);
 
 /// Called by the system at the end of a thread that has held a lock.
-void giveUpAll(void* files)
+void releaseHeldFiles(void* files)
 {
     const std::unique_ptr<HeldFiles> held(static_cast<HeldFiles*>(files));
-    forget(held.get());
+    removeHeldFiles(held.get());
     for (std::shared_ptr<LockFile> const& file : *held)
-        file->giveUp();
+        file->releaseAtThreadEnd();
 }
 
 /// The system's key to what each thread holds. It goes when the process ends or the library is unloaded, since the system
@@ -124,8 +130,8 @@ public:
         if (key != none)
             return static_cast<::pthread_key_t>(key);
         ::pthread_key_t made;
-        if (const int error = ::pthread_key_create(&made, giveUpAll))
-            refuse(error, __LINE__);
+        if (const int error = ::pthread_key_create(&made, releaseHeldFiles))
+            throwError(error, __LINE__);
         // Relaxed: the key is all there is to publish.
         if (_key.compare_exchange_strong(key, made, std::memory_order_relaxed))
             return made;
@@ -154,27 +160,26 @@ private:
     static inline constinit std::atomic<std::int64_t> _key = none;
 };
 
-/// Those of the calling thread; null if it has held none.
 HeldFiles* findHeldFiles()
 {
     return HeldFilesKey::find();
 }
 
-/// Those of the calling thread. Also works while it ends: the system then calls us once more.
+/// Works as well in a destructor of a thread that ends: the system then calls releaseHeldFiles() once more.
 HeldFiles& getHeldFiles()
 {
     if (HeldFiles* const files = findHeldFiles())
         return *files;
     auto files = std::make_unique<HeldFiles>();
-    remember(files.get());
+    addHeldFiles(files.get());
     if (const int error = ::pthread_setspecific(HeldFilesKey::get(), files.get())) {
-        forget(files.get());
-        refuse(error, __LINE__);
+        removeHeldFiles(files.get());
+        throwError(error, __LINE__);
     }
     return *files.release();
 }
 
-/// Undone if the file closes, which it does here where it can't be unlocked: the lock then goes with it.
+/// False, with errno set, if the system refuses. The file is closed then, which releases its lock as well.
 bool LockFile::unlockFile()
 {
     if (_descriptor == -1)
@@ -189,7 +194,8 @@ bool LockFile::unlockFile()
     return true;
 }
 
-/// Takes the file away if nobody holds its lock; whoever waits for that finds it gone and makes a new one.
+/// Removes the file unless a process holds its lock. A process that waits for the lock finds the file gone when it gets it, and
+/// makes a new one.
 void LockFile::removeFile()
 {
     if (_descriptor == -1 || ::flock(_descriptor, LOCK_EX | LOCK_NB) != 0)
@@ -199,6 +205,7 @@ void LockFile::removeFile()
     unlockFile();
 }
 
+/// At the end of the process. Doesn't wait: a thread of ours that holds the lock may have stopped for good.
 void LockFile::removeUnlessHeld()
 {
     const std::unique_lock guard(_mutex, std::try_to_lock);
@@ -212,7 +219,8 @@ void LockFile::closeFile()
         ::close(std::exchange(_descriptor, -1));
 }
 
-/// Follows no link, and takes no file of somebody else's, who could read along, or hold it for ever.
+/// Follows no symlink and refuses another user's file: its owner could hold the lock for ever. A file with several hard links
+/// may be one that the user needs for something else.
 void LockFile::openFile()
 {
     if (_path.empty())
@@ -225,10 +233,10 @@ void LockFile::openFile()
     if (::fstat(descriptor, &status) != 0)
         throw ExSysErrorWindows(sourceName, __LINE__);
     if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid() || status.st_nlink > 1)
-        refuse(EPERM, __LINE__);
+        throwError(EPERM, __LINE__);
 }
 
-/// Whether the path still leads to the opened file: who cleans the folder up may have removed it.
+/// Whether the path still leads to the opened file: another process, or a cleaner of the folder, may have removed it.
 bool LockFile::isFileInPlace() const
 {
     struct ::stat opened = {};
@@ -237,6 +245,7 @@ bool LockFile::isFileInPlace() const
            opened.st_dev == found.st_dev && opened.st_ino == found.st_ino;
 }
 
+/// Repeats until the file that it has locked is the one at the path; see the overview.
 void LockFile::lockFile()
 {
     while (!_path.empty()) {
@@ -251,6 +260,8 @@ void LockFile::lockFile()
     }
 }
 
+/// Blocks without a time limit. The list of the thread grows before the file is locked, so that a lack of memory leaves nothing
+/// locked.
 void LockFile::lock()
 {
     if (isMine()) {
@@ -272,10 +283,11 @@ void LockFile::lock()
     _depth = 1;
 }
 
+/// A file that can't be unlocked is closed, so the lock is released in any case; the failure is thrown behind that.
 void LockFile::unlock()
 {
     if (!isMine())
-        refuse(EPERM, __LINE__);
+        throwError(EPERM, __LINE__);
     if (_depth > 1) {
         --_depth;
         return;
@@ -283,21 +295,22 @@ void LockFile::unlock()
     const bool isUnlocked = unlockFile();
     const int error = errno;
     std::erase(getHeldFiles(), shared_from_this());
-    letThreadsIn();
+    releaseMutex();
     if (!isUnlocked)
-        refuse(error, __LINE__);
+        throwError(error, __LINE__);
 }
 
 /// What unlock() does, for a thread that ends.
-void LockFile::giveUp()
+void LockFile::releaseAtThreadEnd()
 {
     if (!isMine())
         return;
     unlockFile();
-    letThreadsIn();
+    releaseMutex();
 }
 
-void LockFile::letThreadsIn()
+/// The holder is cleared first: behind unlock() it is another thread's to write.
+void LockFile::releaseMutex()
 {
     _depth = 0;
     _holder.store(std::thread::id(), std::memory_order_relaxed);
@@ -305,7 +318,7 @@ void LockFile::letThreadsIn()
 }
 
 /// In a child of `fork`: the opened file is the parent's too, and the mutex may be locked by a thread that isn't here.
-void LockFile::startAfresh()
+void LockFile::resetInChild()
 {
     closeFile();
     ::new (static_cast<void*>(&_mutex)) std::mutex;
@@ -329,43 +342,45 @@ OpenFiles& getOpenFiles()
     return files;
 }
 
-void remember(HeldFiles const* files)
+void addHeldFiles(HeldFiles const* files)
 {
     OpenFiles& open = getOpenFiles();
     const std::lock_guard guard(open.mutex);
     open.held.insert(files);
 }
 
-void forget(HeldFiles const* files)
+void removeHeldFiles(HeldFiles const* files)
 {
     OpenFiles& open = getOpenFiles();
     const std::lock_guard guard(open.mutex);
     open.held.erase(files);
 }
 
+/// Held across the fork, so that the child's copy of the map isn't half changed.
 void prepareFork()
 {
     getOpenFiles().mutex.lock();
 }
 
-void continueAfterFork()
+void finishFork()
 {
     getOpenFiles().mutex.unlock();
 }
 
+/// The child's only thread is the one that forked.
 void startChild()
 {
     for (auto const& [path, entry] : getOpenFiles().files)
         if (std::shared_ptr<LockFile> const file = entry.lock())
-            file->startAfresh();
-    // Behind that, as this may destroy one, which must not remove the parent's file.
+            file->resetInChild();
+    // After that: this may destroy a LockFile, whose destructor would remove the parent's file if it were still open.
     if (HeldFiles* const held = findHeldFiles())
         held->clear();
     getOpenFiles().mutex.unlock();
 }
 
-/// Leaves no files behind when the process ends: the logger's lock, for one, is never destroyed. What uses a lock after
-/// that makes its file anew.
+/// Removes the files when the process ends, which locks that are never destroyed, as the logger's, would leave behind. A lock
+/// that is used even later makes its file again.
 struct RemovalAtExit
 {
     ~RemovalAtExit()
@@ -381,11 +396,13 @@ struct RemovalAtExit
     }
 };
 
+/// The file behind a name, opened by the first lock of the name. What later locks and forks need is made before anything is
+/// opened.
 std::shared_ptr<LockFile> getLockFile(char const* name)
 {
-    static const int isWatchingForks = ::pthread_atfork(prepareFork, continueAfterFork, startChild);
-    if (isWatchingForks != 0)
-        refuse(isWatchingForks, __LINE__);
+    static const int forkFailure = ::pthread_atfork(prepareFork, finishFork, startChild);
+    if (forkFailure != 0)
+        throwError(forkFailure, __LINE__);
     HeldFilesKey::get();
     static const RemovalAtExit removalAtExit;
     // A lock without a name has an entry as well, so that forks find it; its key is no file's.
@@ -408,6 +425,7 @@ std::shared_ptr<LockFile> getLockFile(char const* name)
     return file;
 }
 
+/// A lock is no more than a share in the file of its name.
 class LockPosix : public LgInterProcessLock
 {
 public:

@@ -15,7 +15,7 @@ constexpr char sourceName[] = "src/base/lginterprocesslock";
 class LockWindows : public LgInterProcessLock
 {
 public:
-    explicit LockWindows(::HANDLE handle) : _handle(handle) {}
+    explicit LockWindows(char const* name);
     ~LockWindows() noexcept(false) override;
 
     void lock() override;
@@ -25,7 +25,15 @@ private:
     ::HANDLE _handle;
 };
 
-/// Throws from a destructor on purpose: a handle that can't be closed is a mistake of the program.
+/// Not owned initially: the first lock() takes it, in whichever process comes first.
+LockWindows::LockWindows(char const* name) : _handle(::CreateMutexA(nullptr, FALSE, name))
+{
+    if (_handle == nullptr)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+}
+
+/// Intended: throws from a destructor; do not mend. A handle that can't be closed is a mistake of the program, which
+/// nothing else would show.
 LockWindows::~LockWindows() noexcept(false)
 {
     if (!::CloseHandle(_handle))
@@ -54,18 +62,10 @@ void LockWindows::unlock()
 }
 }  // namespace
 
-/// Not owned initially: the first lock() takes it, in whichever process comes first.
+/// The system gives all processes that use one name the same mutex.
 LgInterProcessLock* LgInterProcessLock::create(char const* name)
 {
-    ::HANDLE const handle = ::CreateMutexA(nullptr, FALSE, name);
-    if (handle == nullptr)
-        throw ExSysErrorWindows(sourceName, __LINE__);
-    try {
-        return new LockWindows(handle);
-    } catch (...) {
-        ::CloseHandle(handle);
-        throw;
-    }
+    return new LockWindows(name);
 }
 
 }  // namespace Vn

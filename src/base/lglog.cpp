@@ -20,6 +20,7 @@
 #include <base/osenv_p.h>
 #include <base/osfilepath.h>
 #include <base/osfsutils.h>
+#include <base/relaxed_p.h>
 
 #include <algorithm>
 #include <cstring>
@@ -51,17 +52,6 @@ LgQueue* getSharedQueue()
 bool isLevel(LgTypes::Level level)
 {
     return level >= 0 && level < levelCount;
-}
-
-/// Relaxed: a switch stands for itself; no other memory is read because of its value, so no order can break.
-void flip(bool& flag, bool value)
-{
-    std::atomic_ref(flag).store(value, std::memory_order_relaxed);
-}
-
-bool look(bool& flag)
-{
-    return std::atomic_ref(flag).load(std::memory_order_relaxed);
 }
 
 /// Takes both paths over; null twice frees what there is.
@@ -116,10 +106,11 @@ void writeStartBanner(LgFile& file, bool hasTime)
         file << std::fixed;  // stays set; part of the interface
 }
 
-/// Every level's stream is an LgFile; only the type of the field is the interface's.
-LgFile& getFile(LgLog::LevelInfo const& level)
+/// The one downcast of the logger: openOutput() makes every stream, and makes it as an LgFile; the type of the field is that
+/// of the interface.
+LgFile* fileOf(LgLog::LevelInfo const& level)
 {
-    return static_cast<LgFile&>(*level.output);
+    return static_cast<LgFile*>(level.output);
 }
 
 /// By address: a user who names the same file has chosen it, links and all.
@@ -131,7 +122,7 @@ bool isDefaultPath(char const* path)
 
 /// All zero before init(): messages of a logger that hasn't started go to no file.
 LgLog::LevelInfo LgLog::_level[levelCount] = {};
-std::atomic<bool> LgLog::_loggerActive = false;
+bool LgLog::_loggerActive = false;
 bool LgLog::_blockingTrace = false;
 bool LgLog::_logTimeStamps = true;
 std::uint64_t LgLog::_start = 0;
@@ -145,8 +136,8 @@ void LgLog::init()
 {
     const LgOutputLock outputs;
     _registry.reset(new LgSimpleRegistry);
-    // What an earlier init() left, including paths that are about to be freed.
-    for (LevelInfo& level : _level) {  // what an earlier init() has left, paths that are about to be freed included
+    // What an earlier init() has left, names that point to paths about to be freed included.
+    for (LevelInfo& level : _level) {
         closeOutput(&level);
         level = {};
     }
@@ -235,7 +226,7 @@ void LgLog::openOutput(LevelInfo* level)
     ObjPtr<LgFile> file(new LgFile(level->fileName, origin, _interprocessLock.get() != nullptr));
     for (LevelInfo const* lower = _level; lower != level; ++lower)
         if (lower->output != nullptr && file->getIdentity() &&
-            getFile(*lower).getIdentity() == file->getIdentity()) {
+            fileOf(*lower)->getIdentity() == file->getIdentity()) {
             level->output = lower->output;
             return;
         }
@@ -258,13 +249,15 @@ void LgLog::destroy()
             continue;
         // The stream is closed once: the levels that share it forget it first.
         for (LevelInfo* higher = &level + 1; higher != _level + levelCount; ++higher)
-            if (higher->output == level.output)
-                higher->output = nullptr, higher->fileName = nullptr;
+            if (higher->output == level.output) {
+                higher->output = nullptr;
+                higher->fileName = nullptr;
+            }
         const LgInterProcessLockGuard guard(_interprocessLock.get());
-        LgFile& file = getFile(level);
+        LgFile& file = *fileOf(level);
         constexpr std::string_view banner = "===== Message Logger Stopped =====\n";
         // The count of dropped lines goes before the banner, which is the file's last line.
-        file.tellDropped(HwCounter::timeStamp() - _start, 0, isTimeStampsEnabled(), banner.size());
+        file.reportDropped(HwCounter::timeStamp() - _start, 0, isTimeStampsEnabled(), banner.size());
         file.writeLines(banner);
         closeOutput(&level);
     }
@@ -308,14 +301,15 @@ void LgLog::displaySetup()
     std::cout << "===== End Setup =====" << std::endl;
 }
 
-/// Relaxed: setLoggerActivation(), called afterwards, publishes the function with release.
+/// Relaxed: setLoggerActivation(), called afterwards, stores with release, so a site that finds the logger active finds this
+/// function as well.
 void LgLog::setQueueFunction(LgQueue* (*function)())
 {
-    std::atomic_ref(_queueFunction)
-        .store(function != nullptr ? function : getSharedQueue, std::memory_order_relaxed);
+    storeRelaxed(_queueFunction, function != nullptr ? function : getSharedQueue);
 }
 
-/// These two are for the reader. They take no lock: the caller holds the output lock, or doesn't care for a stop.
+/// This and the next two take no lock. The reader holds the output lock; another caller may see a stream that a stop is about
+/// to close.
 bool LgLog::isLevelEchoed(LgTypes::Level level)
 {
     return isLevel(level) && _level[level].echo;
@@ -326,20 +320,26 @@ std::ostream* LgLog::getLevelOutput(LgTypes::Level level)
     return isLevel(level) ? _level[level].output : nullptr;
 }
 
-/// The switches are set by init() and then by the program at any time; the reader looks at them for each line.
+LgFile* LgLog::getFile(LgTypes::Level level)
+{
+    return isLevel(level) ? fileOf(_level[level]) : nullptr;
+}
+
+/// Relaxed, this and the switches below: a switch stands for itself, and no other memory is read because of it. init() sets
+/// them, and then the program at any time; the reader looks at them for each line.
 void LgLog::enableTimeStamps()
 {
-    flip(_logTimeStamps, true);
+    storeRelaxed(_logTimeStamps, true);
 }
 
 void LgLog::disableTimeStamps()
 {
-    flip(_logTimeStamps, false);
+    storeRelaxed(_logTimeStamps, false);
 }
 
 bool LgLog::isTimeStampsEnabled()
 {
-    return look(_logTimeStamps);
+    return loadRelaxed(_logTimeStamps);
 }
 
 /// Written by init() alone.
@@ -350,12 +350,12 @@ std::uint64_t LgLog::getStart()
 
 void LgLog::setBlockingTrace(bool blocking)
 {
-    flip(_blockingTrace, blocking);
+    storeRelaxed(_blockingTrace, blocking);
 }
 
 bool LgLog::getBlockingTrace()
 {
-    return look(_blockingTrace);
+    return loadRelaxed(_blockingTrace);
 }
 
 LgInterProcessLock* LgLog::getInterProcessLock()

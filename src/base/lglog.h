@@ -6,12 +6,13 @@
 #include <base/lgtypes.h>
 #include <base/objptr.h>
 
-#include <atomic>
 #include <cstdint>
 #include <iostream>
 
 namespace Vn
 {
+
+class LgFile;
 
 /// The outputs of the seven levels, and the switches between a message and its queue.
 ///
@@ -64,7 +65,8 @@ public:
     static void displaySetup();
 
     /// The calling thread's queue, as the queue function finds it.
-    static LgQueue& getQueue() { return *std::atomic_ref(_queueFunction).load(std::memory_order_relaxed)(); }
+    // Relaxed: isLoggerActive(), which a site asks before, acquires the function.
+    static LgQueue& getQueue() { return *__atomic_load_n(&_queueFunction, __ATOMIC_RELAXED)(); }
 
     /// `function` finds the calling thread's queue and never returns null; it is called for each message, on the
     /// thread that logs. Null restores the library's own, which has one queue of number 0 that no reader sees: after
@@ -77,9 +79,9 @@ public:
     {
         // Release, and acquire in isLoggerActive(): without them a site could find the logger active and still call
         // the queue function that was installed before.
-        _loggerActive.store(active, std::memory_order_release);
+        __atomic_store_n(&_loggerActive, active, __ATOMIC_RELEASE);
     }
-    static bool isLoggerActive() { return _loggerActive.load(std::memory_order_acquire); }
+    static bool isLoggerActive() { return __atomic_load_n(&_loggerActive, __ATOMIC_ACQUIRE); }
     /// @}
 
     /// Whether a message goes to standard output while the logger isn't active: true for all but `Profiling`.
@@ -126,6 +128,9 @@ public:
 private:
     friend class LgReader;
 
+    /// The level's file as the logger made it; null without one.
+    static LgFile* getFile(LgTypes::Level level);
+
     static LevelInfo parseEnvVar(char const* value);
 
     static void readOutputs(bool hasDirectory);
@@ -134,7 +139,7 @@ private:
     static void closeOutput(LevelInfo* level);
 
     static LevelInfo _level[7];
-    static std::atomic<bool> _loggerActive;
+    static bool _loggerActive;
     static bool _blockingTrace;
     static bool _logTimeStamps;
     static std::uint64_t _start;

@@ -1,4 +1,6 @@
 // lgoutputlockposix.cpp (Windows form: lgoutputlockwindows.cpp)
+//
+// A mutex that survives both ends of a process: static destruction leaves it alone, and a child of `fork` gets a new one.
 #include <base/lgoutputlock_p.h>
 
 #include <pthread.h>
@@ -29,9 +31,10 @@ void startChild()
 /// Blocks while another thread writes a line or changes outputs.
 LgOutputLock::LgOutputLock()
 {
-    // Registered once. It fails only for want of memory; then a child that was forked during a line can't write.
+    // Registered once. It fails only if there is no memory; a child that was forked while a line was written then waits for
+    // ever when it writes one itself.
     static const int failure = ::pthread_atfork(nullptr, nullptr, startChild);
-    (void)failure;  // for want of memory: then a child that forked during a line can't write
+    (void)failure;
     getMutex().lock();
 }
 

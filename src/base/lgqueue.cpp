@@ -96,7 +96,7 @@ void LgQueue::addEntry()
         // `ends` alone has left an empty string that belongs to no entry: the next entry would get it as its text,
         // and each later one the text of the entry before.
         if ((flags & LgStream::stringTerminated) != 0)
-            _stream.takeBack(_open);
+            _stream.removeEmptyString(_open);
         return;
     }
     // A ring that became full has set the flag and written a zero, but without moving the string's end: the reader

@@ -115,6 +115,21 @@ void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId)
         droppedFromEcho += droppedFromEcho != std::numeric_limits<std::int32_t>::max() ? 1 : 0;
 }
 
+/// Removes the head of a queue whose text has been taken, also if an output throws: standard output does if the program has
+/// asked it to. Left in the queue, the entry would come out again with the text of the next one.
+class EntryRemoval
+{
+public:
+    explicit EntryRemoval(LgQueue& queue) : _queue(queue) {}
+    ~EntryRemoval() { _queue.removeEntry(); }
+
+    EntryRemoval(EntryRemoval const&) = delete;
+    EntryRemoval& operator=(EntryRemoval const&) = delete;
+
+private:
+    LgQueue& _queue;
+};
+
 /// The state of the stream after a prefix is part of the interface: decimal, and blanks as fill characters.
 void resetFormat(std::ostream& stream, LgLine const& line)
 {
@@ -165,23 +180,17 @@ void LgReader::flushQueue(LgQueue* queue)
         line.putOverflow(entry.getOverflowCount());
     else
         line.putText(queue->getStream());
-    try {
-        // In one piece, so that a crash in between can't cut it.
-        if (std::ostream* const output = LgLog::getLevelOutput(level)) {
-            LgFile& file = static_cast<LgFile&>(*output);  // no level has another kind
-            file.tellDropped(ticks, queue->getThreadId(), hasPrefix, line.getText().size());
-            file.writeLines(line.getText());
-            resetFormat(file, line);
-        }
-        if (LgLog::isLevelEchoed(level)) {
-            echo(line, ticks, queue->getThreadId());
-            resetFormat(std::cout, line);
-        }
-    } catch (...) {
-        queue->removeEntry();  // its text has been taken
-        throw;
+    const EntryRemoval removal(*queue);
+    // In one piece, so that a crash in between can't cut it.
+    if (LgFile* const file = LgLog::getFile(level)) {
+        file->reportDropped(ticks, queue->getThreadId(), hasPrefix, line.getText().size());
+        file->writeLines(line.getText());
+        resetFormat(*file, line);
     }
-    queue->removeEntry();
+    if (LgLog::isLevelEchoed(level)) {
+        echo(line, ticks, queue->getThreadId());
+        resetFormat(std::cout, line);
+    }
 }
 
 }  // namespace Vn

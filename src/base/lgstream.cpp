@@ -222,7 +222,7 @@ bool LgStream::isStringOpen() const
 
 /// Removes an empty string that was terminated since the mark was taken. The reader hasn't been told of it, as no
 /// entry has been published.
-void LgStream::takeBack(Mark const& mark)
+void LgStream::removeEmptyString(Mark const& mark)
 {
     if (mark.pendingAdvance)
         return;  // only the step over the zero of the string before has been made

@@ -205,7 +205,7 @@ private:
     Index findNext() const;
     std::uint32_t getLengthFrom(Index first) const;
     Mark getMark() const { return {_writeIndex, _stringEnd, _pendingAdvance}; }
-    void takeBack(Mark const& mark);
+    void removeEmptyString(Mark const& mark);
     bool hasRoom() const { return _writeIndex.get() + 1 < _directEnd || !isFull(); }
     void setOverflowed(bool overflowed);
 

@@ -2,7 +2,6 @@
 
 #include <base/exbase.h>
 
-#include <atomic>
 #include <cstdint>
 #include <iosfwd>
 #include <stdexcept>
@@ -142,8 +141,8 @@ public:
     /// The enabled levels, as bits: 0x80 for `InternalError` down to 0x04 for `Tracing`, and 0x02 for `Profiling`.
     std::uint32_t getLogLevels() const
     {
-        // Relaxed: a mask stands for itself, nothing else is read on its account.
-        return std::atomic_ref(const_cast<std::uint32_t&>(_mask)).load(std::memory_order_relaxed);
+        // Relaxed: a mask stands for itself, and no other memory is read because of it.
+        return __atomic_load_n(&_mask, __ATOMIC_RELAXED);
     }
 
     /// Enables the levels up to `level` and no others; `InternalError` counts as `FatalError`.

@@ -101,13 +101,8 @@ public:
 
     /// Writes a line from a format as std::printf takes it, without a line end; the text is cut to 1,023 characters.
     /// One thread at a time, across all objects: the text is formed in one buffer for the process.
-#if defined(__MINGW32__)
-    __attribute__((format(gnu_printf, 5, 6)))
-#else
-    __attribute__((format(printf, 5, 6)))
-#endif
-    void
-    print(std::ostream& stream, char const* file, int line, char const* format, ...);
+    VN_BASE_PRINTF(5, 6)
+    void print(std::ostream& stream, char const* file, int line, char const* format, ...);
 
     /// Hands "Throwing exception " and the detailed reason to the manager, if the level "Exceptions" is on, which it
     /// is unless an option says otherwise. Call it before the throw, with the throw's file and line.

@@ -1,0 +1,380 @@
+// The options of the trace, and the levels that they switch.
+//
+// TraceOptions::get() makes the one object, as a rule during static construction, when the first level registers: the
+// defaults first, then VN_TRACE_OPTIONS. setOptions() of the program comes later and has the last word, unless
+// "writeprotect" has frozen the options before.
+//
+// A text of options is split in place, in a copy, and each token takes effect before the next is looked at; so what stands
+// before an unknown token has taken effect when that one throws. Options for single levels switch them at once. Options for
+// all levels only leave a number, and AllLevelsUpdate applies the last one when the text ends, to the levels that no later
+// option has switched by name.
+//
+// A level may be named by an option before any code registers it. Both ways lead to findLevel(), so it is made once, with
+// the setting that the option gave it.
+#include <base/trace_p.h>
+
+#include <base/arrayptr.h>
+#include <base/duplicatestring.h>
+#include <base/exinternalerror.h>
+#include <base/exreasontext_p.h>
+#include <base/inoptionparser.h>
+#include <base/osenv_p.h>
+#include <base/osutils.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <string_view>
+
+namespace Vn
+{
+namespace
+{
+constexpr char defaultOptions[] = "show=Main,show=Exceptions";
+
+/// Not below 0: `fallback` stands for that. A number beyond an int is the largest int, which std::atoi leaves undefined.
+int toCount(char const* text, int fallback)
+{
+    const long number = std::strtol(text, nullptr, 10);
+    return number < 0 ? fallback : static_cast<int>(std::min(number, 0x7FFFFFFFL));
+}
+
+/// `text` with blanks behind it up to `width`; a longer text stays whole.
+std::string padRight(std::string text, std::size_t width)
+{
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
+}  // namespace
+
+/// In the order of the table below; getSubOption() returns the position of a token, and the position is the enumerator.
+enum class TraceOptions::Token
+{
+    off,
+    noLine,
+    show,
+    hide,
+    noIndent,
+    fnDirs,
+    fnWidth,
+    printLevels,
+    line,
+    indent,
+    on,
+    writeProtect,
+    prefix,
+    noPrefix,
+    reset,
+    pid,
+    noPid,
+    count  ///< no token: their number
+};
+
+/// The words of the tokens.
+struct TraceOptions::TokenTable
+{
+    struct Row
+    {
+        Token token;
+        char const* word;
+    };
+
+    static constexpr Row rows[] = {
+        {Token::off, "off"},
+        {Token::noLine, "noline"},
+        {Token::show, "show"},
+        {Token::hide, "hide"},
+        {Token::noIndent, "noindent"},
+        {Token::fnDirs, "fndirs"},
+        {Token::fnWidth, "fnwidth"},
+        {Token::printLevels, "printlevels"},
+        {Token::line, "line"},
+        {Token::indent, "indent"},
+        {Token::on, "on"},
+        {Token::writeProtect, "writeprotect"},
+        {Token::prefix, "prefix"},
+        {Token::noPrefix, "noprefix"},
+        {Token::reset, "reset"},
+        {Token::pid, "pid"},
+        {Token::noPid, "nopid"},
+    };
+
+    static constexpr std::size_t size = std::size(rows);
+
+    /// Whether each row stands at the place of its token, and no token is missing.
+    static constexpr bool isInOrder()
+    {
+        for (std::size_t i = 0; i < size; ++i)
+            if (rows[i].token != static_cast<Token>(i))
+                return false;
+        return size == static_cast<std::size_t>(Token::count);
+    }
+
+    /// The words alone, ended by a null, as the option parser takes them. Not const for its sake: it takes what getsubopt()
+    /// does, and changes nothing.
+    static char* const* getWords()
+    {
+        static constexpr auto words = [] {
+            static_assert(isInOrder(), "the option parser's positions stand for tokens");
+            std::array<char const*, size + 1> made{};
+            for (std::size_t i = 0; i < size; ++i)
+                made[i] = rows[i].word;
+            return made;
+        }();
+        return const_cast<char* const*>(words.data());
+    }
+};
+
+/// Applies the last option for all levels, if one waits, when a text of options ends, be it by an exception.
+class TraceOptions::AllLevelsUpdate
+{
+public:
+    explicit AllLevelsUpdate(TraceOptions& options) : _options(options) {}
+    ~AllLevelsUpdate()
+    {
+        if (_options._allSwitch == 0)
+            return;
+        for (auto const& [name, level] : _options._levels)
+            if (level->_switchedAt < _options._allSwitch)
+                storeRelaxed(level->_enabled, _options._allOn);
+        _options._allSwitch = 0;
+    }
+
+    AllLevelsUpdate(AllLevelsUpdate const&) = delete;
+    AllLevelsUpdate& operator=(AllLevelsUpdate const&) = delete;
+
+private:
+    TraceOptions& _options;
+};
+
+TraceOptions& TraceOptions::get() noexcept
+{
+    static TraceOptions& options = *new TraceOptions;
+    return options;
+}
+
+/// The environment comes after the defaults, and before any setOptions() of the program.
+TraceOptions::TraceOptions()
+{
+    // At most nine digits; a longer number loses its last ones.
+    std::ostringstream pid;
+    pid << OsUtils::getPid();
+    const std::string text = pid.str().substr(0, sizeof _pidText - 1);
+    std::memcpy(_pidText, text.c_str(), text.size() + 1);
+    reset();
+    parse(System::getOwnVariable("VN_TRACE_OPTIONS"));
+}
+
+/// Intended: `_writeProtect` itself is not reset, so once set it stays for the rest of the run. Do not mend.
+void TraceOptions::reset()
+{
+    if (_writeProtect)
+        return;
+    storeRelaxed(_on, true);
+    _prefix = true;
+    _line = false;
+    _pid = false;
+    _indent = true;
+    _fnDirs = 0;
+    _fnWidth = defaultFileWidth;
+    _printLevels = false;
+    switchAll(false);
+    _allLevels = 0;
+    applyAll(defaultOptions);
+}
+
+TraceLevel* TraceOptions::findLevel(char const* name)
+{
+    const auto found = _levels.find(name);
+    if (found != _levels.end())
+        return found->second;
+    std::unique_ptr<TraceLevel> level(new TraceLevel(name));
+    level->_enabled = _allLevels == 1;
+    // Numbered like an option of its own: an earlier option for all levels, which may still wait, is already in
+    // `_allLevels` and must not reach this level again.
+    level->_switchedAt = ++_switches;
+    _levels.emplace(level->_name.get(), level.get());
+    return level.release();
+}
+
+char const* TraceOptions::internFile(char const* file)
+{
+    const auto found = _files.find(std::string_view(file));
+    return (found != _files.end() ? found : _files.emplace(file).first)->c_str();
+}
+
+/// "show" and "hide" without a name have no effect.
+void TraceOptions::switchLevel(char const* name, bool enabled)
+{
+    if (name == nullptr)
+        return;
+    if (std::strcmp(name, "all") == 0) {
+        switchAll(enabled);
+        _allLevels = enabled ? 1 : 2;
+        return;
+    }
+    TraceLevel* const level = findLevel(name);
+    storeRelaxed(level->_enabled, enabled);
+    level->_switchedAt = ++_switches;
+}
+
+/// Leaves the rule for future levels as it is: reset() has one of its own.
+void TraceOptions::switchAll(bool enabled)
+{
+    _allSwitch = ++_switches;
+    _allOn = enabled;
+}
+
+/// One update for the whole text, nested calls of applyAll() by "reset" included.
+void TraceOptions::parse(char const* options)
+{
+    const AllLevelsUpdate update(*this);
+    applyAll(options);
+}
+
+void TraceOptions::applyAll(char const* options)
+{
+    const ArrayPtr<char> copy = duplicateString(options);
+    char* rest = copy.get();
+    while (*rest != '\0') {
+        char* value = nullptr;
+        const int token = InOptionParser::getSubOption(&rest, TokenTable::getWords(), &value);
+        if (token < 0)  // `value` is then the whole token
+            throw ExInternalError(traceSourceName, __LINE__,
+                                  ExReasonText("Unknown token \"%s\" in trace options.", value).get());
+        apply(static_cast<Token>(token), value);
+    }
+}
+
+/// These three act even after "writeprotect"; reset() looks at that itself.
+void TraceOptions::apply(Token token, char const* value)
+{
+    switch (token) {
+    case Token::printLevels:
+        _printLevels = true;
+        break;
+    case Token::writeProtect:
+        _writeProtect = true;
+        break;
+    case Token::reset:
+        reset();
+        break;
+    default:
+        if (!_writeProtect)
+            applyUnprotected(token, value);
+    }
+}
+
+/// Intended: without a value "fndirs" and "fnwidth" change nothing, and with a negative one they go to 0 and 20. Do not mend.
+void TraceOptions::applyUnprotected(Token token, char const* value)
+{
+    switch (token) {
+    case Token::on:
+    case Token::off:
+        storeRelaxed(_on, token == Token::on);
+        break;
+    case Token::line:
+    case Token::noLine:
+        _line = token == Token::line;
+        break;
+    case Token::indent:
+    case Token::noIndent:
+        _indent = token == Token::indent;
+        break;
+    case Token::prefix:
+    case Token::noPrefix:
+        _prefix = token == Token::prefix;
+        break;
+    case Token::pid:
+    case Token::noPid:
+        _pid = token == Token::pid;
+        break;
+    case Token::show:
+    case Token::hide:
+        switchLevel(value, token == Token::show);
+        break;
+    case Token::fnDirs:
+        _fnDirs = value != nullptr ? toCount(value, 0) : _fnDirs;
+        break;
+    case Token::fnWidth:
+        _fnWidth = value != nullptr ? toCount(value, defaultFileWidth) : _fnWidth;
+        break;
+    default:
+        break;
+    }
+}
+
+/// The last component of a path, and `_fnDirs` folders before it. Only "/" separates: the texts come from __FILE__.
+///
+///     _fnDirs 0   "src/base/trace.cpp"  ->  "trace.cpp"
+///     _fnDirs 1   "src/base/trace.cpp"  ->  "base/trace.cpp"
+///     _fnDirs 9   "src/base/trace.cpp"  ->  "src/base/trace.cpp"
+char const* TraceOptions::getShownName(char const* file) const
+{
+    char const* name = file + std::strlen(file);
+    // 64 bits: the option may be the largest int.
+    for (std::int64_t separators = std::int64_t(_fnDirs) + 1; name != file; --name)
+        if (name[-1] == '/' && --separators == 0)
+            break;
+    return name;
+}
+
+void TraceOptions::printPid(std::ostream& stream) const
+{
+    if (_pid)
+        stream << padRight(_pidText, 10);
+}
+
+/// Intended: a name that is too wide loses its end, not its beginning. Do not mend.
+///
+///     fnwidth=10, line 7   ->  "palette.cp (   7) "
+void TraceOptions::printLocation(std::ostream& stream, char const* file, int line) const
+{
+    if (!_line)
+        return;
+    const auto width = static_cast<std::size_t>(_fnWidth);
+    const std::string number = std::to_string(line);
+    stream << padRight(std::string(getShownName(file)).substr(0, width), width) << " ("
+           << std::string(4 - std::min<std::size_t>(number.size(), 4), ' ') << number << ") ";
+}
+
+/// A name of more than 30 characters pushes its files to the right; the second and later files stand in column 33 whatever
+/// the name.
+void TraceOptions::printLevels(std::ostream& stream) const
+{
+    const StreamFormatGuard guard(stream);
+    stream << "\nRegistered trace levels:\n\n";
+    for (auto const& [name, level] : _levels) {
+        stream << (loadRelaxed(level->_enabled) ? "X " : "  ") << std::left << std::setw(30) << name << ' ';
+        bool isFirst = true;
+        for (std::size_t i = 0; i < level->_files.size(); ++i)
+            for (std::size_t repeat = 0; repeat < level->_repeats[i]; ++repeat) {
+                if (!isFirst)
+                    stream << '\n' << std::string(33, ' ');
+                stream << getShownName(level->_files[i]);
+                isFirst = false;
+            }
+        stream << '\n';
+    }
+    stream << std::endl;
+}
+
+TraceLevel::TraceLevel(char const* name) : _name(duplicateString(name)), _enabled(false) {}
+
+/// `file` is interned, so its address stands for its text.
+void TraceLevel::addFile(char const* file)
+{
+    if (!_files.empty() && _files.back() == file) {
+        ++_repeats.back();
+        return;
+    }
+    // Reserved first: if there is no memory, both lists stay of one length.
+    _repeats.reserve(_files.size() + 1);
+    _files.push_back(file);
+    _repeats.push_back(1);
+}
+
+}  // namespace Vn
