@@ -29,7 +29,7 @@ private:
 /// Prints one comparison: the best and the median round of both sides, and our best over the other's. Below 1 we are the
 /// faster one.
 ///
-/// Also appends it, as a line of JSON, to the file that the variable VNBASE_BENCH_ROWS names; tools/bench.sh makes its page
+/// Also appends it, as a line of JSON, to the file that the variable VNBASE_BENCH_ROWS names; a page can be made
 /// of them. The texts hold neither quotes nor backslashes.
 inline void printRow(std::string const& what, std::string const& peer, std::string const& unit, Times const& ours,
                      Times const& theirs)
