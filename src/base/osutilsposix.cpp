@@ -30,12 +30,12 @@ ArrayPtrRet<char> OsUtils::getHostName()
 
 ArrayPtrRet<char> OsUtils::getUserName(bool)
 {
-    std::string found;
-    if (!Posix::findUserName(::geteuid(), found))
+    const std::optional<std::string> found = Posix::findUserName(::geteuid());
+    if (!found)
         throw ExSysErrorANSI(sourceName, __LINE__);
     ArrayPtrRet<char> name(new char[userNameSize]);
-    const std::size_t length = std::min(found.size(), userNameSize - 1);
-    found.copy(name.get(), length);
+    const std::size_t length = std::min(found->size(), userNameSize - 1);
+    found->copy(name.get(), length);
     name[static_cast<std::ptrdiff_t>(length)] = '\0';
     return name;
 }
