@@ -1,4 +1,7 @@
 // osutilsposix.cpp (Windows form: osutilswindows.cpp)
+//
+// The names come in arrays of the system's largest size, as on Windows, so that a caller may write into one up to that
+// size. The failures are thrown as the C library's, ExSysErrorANSI.
 #include <base/osutils.h>
 
 #include <base/exsyserror.h>
@@ -16,7 +19,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/osutilswindows";
 constexpr std::size_t hostNameSize = HOST_NAME_MAX + 1;
-constexpr std::size_t userNameSize = 257;
+constexpr std::size_t userNameSize = 257;  ///< as on Windows; a longer name is cut
 }  // namespace
 
 ArrayPtrRet<char> OsUtils::getHostName()
@@ -24,10 +27,12 @@ ArrayPtrRet<char> OsUtils::getHostName()
     ArrayPtrRet<char> name(new char[hostNameSize]);
     if (::gethostname(name.get(), hostNameSize) != 0)
         throw ExSysErrorANSI(sourceName, __LINE__);
-    name[hostNameSize - 1] = '\0';  // a name that doesn't fit comes without
+    name[hostNameSize - 1] = '\0';  // the system does not terminate a name that it cuts
     return name;
 }
 
+// Intended: the flag is ignored. Do not mend: both values have always been treated alike. The effective user, who has
+// the rights; a user without an entry has a number for a name.
 ArrayPtrRet<char> OsUtils::getUserName(bool)
 {
     const std::optional<std::string> found = Posix::findUserName(::geteuid());
@@ -45,6 +50,7 @@ std::uint32_t OsUtils::getPid()
     return static_cast<std::uint32_t>(::getpid());
 }
 
+// Up to a moment on the monotonic clock, so that signals do not make it shorter or longer.
 void OsUtils::sleep(unsigned int seconds)
 {
     ::timespec due = Posix::now();
