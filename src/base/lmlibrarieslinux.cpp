@@ -104,6 +104,7 @@ bool readMap(std::string& map)
 
 bool addLoadedModules(std::vector<LmLibrary>& libraries)
 {
+    // The loader first: see above.
     std::vector<LmMap::Object> objects = loadedObjects();
     std::string map;
     if (!readMap(map))

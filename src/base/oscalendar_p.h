@@ -1,8 +1,9 @@
-// Private to osdateutil.cpp; implemented in osdateutilposix.cpp and osdateutilwindows.cpp.
+// Private to osdateutil.cpp and osdateutil_p.h; implemented in osdateutilposix.cpp, osdateutilwindows.cpp and osfilewindows.cpp.
 #pragma once
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 
 namespace Vn
 {
@@ -35,27 +36,27 @@ public:
     static constexpr std::uint64_t ticksPerDay = 86400 * ticksPerSecond;
     static constexpr std::int64_t secondsTo1970 = 11644473600;  ///< since the beginning of 1601
 
-    /// False, with `ticks` as they were, if the fields name no moment: 30 February, hour 24, second 60.
-    static bool toTicks(OsCalendarTime const& time, std::uint64_t& ticks)
+    /// Nothing if the fields name no moment: 30 February, hour 24, second 60.
+    static std::optional<std::uint64_t> toTicks(OsCalendarTime const& time)
     {
         if (!isMoment(time))
-            return false;
+            return std::nullopt;
         const std::int64_t days = (std::chrono::sys_days(dateOf(time)) - epoch()).count();
         const std::uint64_t milliseconds =
             ((std::uint64_t{time.hour} * 60 + time.minute) * 60 + time.second) * 1000 + time.milliseconds;
-        ticks = static_cast<std::uint64_t>(days) * ticksPerDay + milliseconds * ticksPerMillisecond;
-        return true;
+        return static_cast<std::uint64_t>(days) * ticksPerDay + milliseconds * ticksPerMillisecond;
     }
 
-    /// False, with `time` as it was, from 0x8000000000000000 on: as on Windows, which takes the ticks for a signed
-    /// number. What exceeds the millisecond is cut off.
-    static bool fromTicks(std::uint64_t ticks, OsCalendarTime& time)
+    /// Nothing from 0x8000000000000000 on: as on Windows, which takes the ticks for a signed number. What exceeds the
+    /// millisecond is cut off.
+    static std::optional<OsCalendarTime> fromTicks(std::uint64_t ticks)
     {
         if (ticks >> 63 != 0)
-            return false;
+            return std::nullopt;
         const std::chrono::sys_days day = epoch() + std::chrono::days(ticks / ticksPerDay);
         const std::chrono::year_month_day date(day);
         const auto milliseconds = static_cast<unsigned>(ticks % ticksPerDay / ticksPerMillisecond);
+        OsCalendarTime time;
         time.year = static_cast<std::uint16_t>(static_cast<int>(date.year()));
         time.month = static_cast<std::uint16_t>(static_cast<unsigned>(date.month()));
         time.day = static_cast<std::uint16_t>(static_cast<unsigned>(date.day()));
@@ -64,7 +65,7 @@ public:
         time.second = static_cast<std::uint16_t>(milliseconds / 1000 % 60);
         time.milliseconds = static_cast<std::uint16_t>(milliseconds % 1000);
         time.dayOfWeek = static_cast<std::uint16_t>(std::chrono::weekday(day).c_encoding());
-        return true;
+        return time;
     }
 
 private:

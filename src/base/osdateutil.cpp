@@ -15,6 +15,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace Vn
 {
@@ -45,12 +46,12 @@ OsDateTypes::DateRep plus(OsDateTypes::DateRep const& date, double ticks)
 
 OsDateTypes::DateRep OsDateUtil::getCurrentTime()
 {
-    OsCalendarTime now;
-    std::uint64_t ticks;
     // By way of the fields, which have milliseconds: a finer date would not survive convertToDateStruct().
-    if (!System::readCalendar(now) || !System::calendarToTicks(now, ticks))
+    const std::optional<OsCalendarTime> now = System::readCalendar();
+    const std::optional<std::uint64_t> ticks = now ? System::calendarToTicks(*now) : std::nullopt;
+    if (!ticks)
         throw ExSysErrorWindows(sourceName, __LINE__);
-    return OsDateTypes::DateRep::fromTicks(ticks);
+    return OsDateTypes::DateRep::fromTicks(*ticks);
 }
 
 bool OsDateUtil::makeTime(int year, int month, int day, int hour, int minute, double second,
@@ -70,31 +71,29 @@ bool OsDateUtil::makeTime(int year, int month, int day, int hour, int minute, do
     time.milliseconds = cut(static_cast<int>((second - std::floor(second)) * 1000 + 0.5));
     time.dayOfWeek = 0;
 
-    std::uint64_t ticks;
-    if (!System::calendarToTicks(time, ticks))
-        return false;
-    // `result` is written only after the last test, so a refusal leaves it as it was.
-    if (mode == OsDateTypes::LocalTime && !System::localToTicks(ticks, ticks))
-        return false;
-    result = OsDateTypes::DateRep::fromTicks(ticks);
-    return true;
+    std::optional<std::uint64_t> ticks = System::calendarToTicks(time);
+    if (ticks && mode == OsDateTypes::LocalTime)
+        ticks = System::localToTicks(*ticks);
+    // A refusal leaves `result` as it was.
+    if (ticks)
+        result = OsDateTypes::DateRep::fromTicks(*ticks);
+    return ticks.has_value();
 }
 
 OsDateTypes::DateStruct OsDateUtil::convertToDateStruct(OsDateTypes::DateRep const& date,
                                                         OsDateTypes::TimeMode mode)
 {
-    std::uint64_t ticks = date.getTicks();
-    OsCalendarTime time;
+    const std::uint64_t ticks = date.getTicks();
     // Tested before the zone's offset is added, which could bring a moment outside the range back into it.
-    if (!System::ticksToCalendar(ticks, time))
+    std::optional<OsCalendarTime> time = System::ticksToCalendar(ticks);
+    if (time && mode == OsDateTypes::LocalTime)
+        // Intended: where the zone has no answer, the moment stays in UTC. Do not mend.
+        time = System::ticksToCalendar(System::ticksToLocal(ticks).value_or(ticks));
+    if (!time)
         throw OsDateEx::ExInvalidDate(sourceName, __LINE__);
-    if (mode == OsDateTypes::LocalTime) {
-        System::ticksToLocal(ticks, ticks);  // Intended: on failure the moment stays in UTC. Do not mend.
-        if (!System::ticksToCalendar(ticks, time))
-            throw OsDateEx::ExInvalidDate(sourceName, __LINE__);
-    }
-    return {time.year,     time.month, time.day, time.hour, time.minute, time.milliseconds * 0.001 + time.second,
-            time.dayOfWeek};
+    return {time->year,     time->month,  time->day,
+            time->hour,     time->minute, time->milliseconds * 0.001 + time->second,
+            time->dayOfWeek};
 }
 
 // As unsigned numbers, so what is no date, with its top bit set, is later than every date.

@@ -1,26 +1,23 @@
-// Private to osdateutil.cpp; implemented in osdateutilposix.cpp and osdateutilwindows.cpp.
+// Private to osdateutil.cpp; implemented in osdateutilposix.cpp, osdateutilwindows.cpp and osfilewindows.cpp.
 #pragma once
 
-#include <cstdint>
+#include <base/oscalendar_p.h>
 
-namespace Vn
-{
-struct OsCalendarTime;
-}
+#include <cstdint>
+#include <optional>
 
 namespace Vn::System
 {
 
-/// The present moment, UTC, to the millisecond. False if the system refuses to tell, with its error set.
-bool readCalendar(OsCalendarTime& now);
+/// The present moment, UTC, to the millisecond. Nothing, with the system's error set, if the system refuses.
+std::optional<OsCalendarTime> readCalendar();
 
-// Fields to ticks of 100 nanoseconds since the beginning of 1601 and back. False, with the result as it was, for what
-// names no moment.
-bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks);
-bool ticksToCalendar(std::uint64_t ticks, OsCalendarTime& time);
+// Fields to ticks of 100 nanoseconds since the beginning of 1601 and back. Nothing for what names no moment.
+std::optional<std::uint64_t> calendarToTicks(OsCalendarTime const& time);
+std::optional<OsCalendarTime> ticksToCalendar(std::uint64_t ticks);
 
-// Between UTC and the zone of the process. False, with the result as it was, where the system knows no answer.
-bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local);
-bool localToTicks(std::uint64_t local, std::uint64_t& ticks);
+// Between UTC and the zone of the process. Nothing where the system has no answer.
+std::optional<std::uint64_t> ticksToLocal(std::uint64_t ticks);
+std::optional<std::uint64_t> localToTicks(std::uint64_t local);
 
 }  // namespace Vn::System

@@ -32,53 +32,51 @@ std::uint64_t toTicks(::time_t seconds, std::uint64_t rest)
 }
 }  // namespace
 
-bool readCalendar(OsCalendarTime& now)
+std::optional<OsCalendarTime> readCalendar()
 {
     ::timespec time;
     if (::clock_gettime(CLOCK_REALTIME, &time) != 0)
-        return false;
+        return std::nullopt;
     // The nanoseconds below a tick are cut, and fromTicks() cuts to the millisecond.
-    return OsCalendar::fromTicks(toTicks(time.tv_sec, static_cast<std::uint64_t>(time.tv_nsec) / 100), now);
+    return OsCalendar::fromTicks(toTicks(time.tv_sec, static_cast<std::uint64_t>(time.tv_nsec) / 100));
 }
 
-bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks)
+std::optional<std::uint64_t> calendarToTicks(OsCalendarTime const& time)
 {
-    return OsCalendar::toTicks(time, ticks);
+    return OsCalendar::toTicks(time);
 }
 
-bool ticksToCalendar(std::uint64_t ticks, OsCalendarTime& time)
+std::optional<OsCalendarTime> ticksToCalendar(std::uint64_t ticks)
 {
-    return OsCalendar::fromTicks(ticks, time);
+    return OsCalendar::fromTicks(ticks);
 }
 
-bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local)
+std::optional<std::uint64_t> ticksToLocal(std::uint64_t ticks)
 {
     const UnixTime time(ticks);
     ::tzset();  // localtime_r() need not notice that TZ has changed; mktime() must
     ::tm fields;
     if (::localtime_r(&time.seconds, &fields) == nullptr)
-        return false;
-    local = toTicks(time.seconds + fields.tm_gmtoff, time.rest);
-    return true;
+        return std::nullopt;
+    return toTicks(time.seconds + fields.tm_gmtoff, time.rest);
 }
 
 // mktime() takes fields and not seconds, so the local seconds become fields first, as if they were UTC.
-bool localToTicks(std::uint64_t local, std::uint64_t& ticks)
+std::optional<std::uint64_t> localToTicks(std::uint64_t local)
 {
     const UnixTime time(local);
     ::tm fields;
     if (::gmtime_r(&time.seconds, &fields) == nullptr)
-        return false;
+        return std::nullopt;
     fields.tm_isdst = -1;  // daylight saving time or not: the library finds out
     fields.tm_wday = -1;   // set on success only: the result -1 can also be the last second of 1969
     const ::time_t utc = ::mktime(&fields);
     if (utc == -1 && fields.tm_wday == -1)
-        return false;
+        return std::nullopt;
     const std::uint64_t found = toTicks(utc, time.rest);
     if (found >> 63 != 0)
-        return false;  // before 1601
-    ticks = found;
-    return true;
+        return std::nullopt;  // before 1601
+    return found;
 }
 
 }  // namespace Vn::System

@@ -33,15 +33,14 @@ OsCalendarTime toCalendar(::SYSTEMTIME const& time)
 }
 }  // namespace
 
-bool readCalendar(OsCalendarTime& now)
+std::optional<OsCalendarTime> readCalendar()
 {
     ::SYSTEMTIME time;
     ::GetSystemTime(&time);  // UTC, to the millisecond; cannot fail
-    now = toCalendar(time);
-    return true;
+    return toCalendar(time);
 }
 
-bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks)
+std::optional<std::uint64_t> calendarToTicks(OsCalendarTime const& time)
 {
     ::SYSTEMTIME fields = {};  // the call ignores the day of the week
     fields.wYear = time.year;
@@ -53,41 +52,37 @@ bool calendarToTicks(OsCalendarTime const& time, std::uint64_t& ticks)
     fields.wMilliseconds = time.milliseconds;
     ::FILETIME result;
     if (!::SystemTimeToFileTime(&fields, &result))
-        return false;
-    ticks = toTicks(result);
-    return true;
+        return std::nullopt;
+    return toTicks(result);
 }
 
 // The call refuses ticks with the top bit set, as OsCalendar does.
-bool ticksToCalendar(std::uint64_t ticks, OsCalendarTime& time)
+std::optional<OsCalendarTime> ticksToCalendar(std::uint64_t ticks)
 {
     const ::FILETIME given = toFileTime(ticks);
     ::SYSTEMTIME fields;
     if (!::FileTimeToSystemTime(&given, &fields))
-        return false;
-    time = toCalendar(fields);
-    return true;
+        return std::nullopt;
+    return toCalendar(fields);
 }
 
-bool ticksToLocal(std::uint64_t ticks, std::uint64_t& local)
+std::optional<std::uint64_t> ticksToLocal(std::uint64_t ticks)
 {
     const ::FILETIME given = toFileTime(ticks);
     ::FILETIME result;
     if (!::FileTimeToLocalFileTime(&given, &result))
-        return false;
-    local = toTicks(result);
-    return true;
+        return std::nullopt;
+    return toTicks(result);
 }
 
 // A local time that the clock skips or repeats is no special case here: one offset holds for all dates.
-bool localToTicks(std::uint64_t local, std::uint64_t& ticks)
+std::optional<std::uint64_t> localToTicks(std::uint64_t local)
 {
     const ::FILETIME given = toFileTime(local);
     ::FILETIME result;
     if (!::LocalFileTimeToFileTime(&given, &result))
-        return false;
-    ticks = toTicks(result);
-    return true;
+        return std::nullopt;
+    return toTicks(result);
 }
 
 }  // namespace Vn::System

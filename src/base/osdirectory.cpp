@@ -1,3 +1,17 @@
+// Everything that lists goes through visitChildren(): it opens the directory, asks the filter about the full path of
+// each child, and hands on what passes, in the system's order. Three results are made of that:
+//
+//     getChildrenPath()   one block of text first (ChildTexts), then the vector of paths, whose length is then known
+//     getChildren()       an object for each child: a directory is told from a file by the listing, which costs no
+//                         question; only for a symlink the system is asked
+//     hasChildren()       ends at the first child
+//
+// A tree is copied by TreeCopy, depth first: it creates the target directory, then lists the source, then copies child
+// by child. It remembers the identities of the directories that it is in the middle of. A symlink to one of these would
+// make the copy endless and is refused as the system refuses a cycle of links; and the root of the target, if it lies
+// inside the source, is passed over. The first failure ends the copy, and what has been copied stays.
+//
+// Failures of the system have the source name of the platform's form on every system.
 #include <base/osdirectory.h>
 
 #include <base/exsyserror.h>
@@ -10,6 +24,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -23,13 +38,18 @@ constexpr char systemSourceName[] = "src/base/osdirectorywindows";
 
 using System::DirectoryListing;
 
+bool isSelfOrParent(char const* name)
+{
+    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+}
+
 void requirePath(OsFilePath const& path, int line)
 {
     if (path.isEmpty())
         throw OsFileEx::ExNullFilePath(sourceName, line);
 }
 
-/// A child as a listing shows it to whoever asks.
+/// A child of a directory. The texts are valid only while it is visited.
 struct Child
 {
     char const* path;
@@ -43,12 +63,12 @@ struct Child
     }
 };
 
-/// Shows each child that passes to `visit`, until that returns false.
+/// Calls `visit` with each child that passes the filter, until it returns false.
 template <class Visit>
 void visitChildren(OsFilePath const& directory, OsFileFilter const& filter, Visit const& visit)
 {
     DirectoryListing listing(directory.getChars());
-    // Asking a filter takes a path made for it; one that lets everything pass need not be asked.
+    // A filter is asked with a path object, made for the purpose; the one that passes everything need not be asked.
     const bool takesAll = typeid(filter) == typeid(OsPassThroughFilter);
     std::string path = System::getPathGrammar().join(directory.getChars(), "");
     const std::size_t folderLength = path.size();
@@ -62,7 +82,7 @@ void visitChildren(OsFilePath const& directory, OsFileFilter const& filter, Visi
     }
 }
 
-/// The children of a directory in one block of text: the vector of paths is made when their number is known.
+/// Collects the texts of paths in one block, so that the vector of paths can be allocated once, at its length.
 class ChildTexts
 {
 public:
@@ -86,7 +106,7 @@ private:
     std::size_t _count = 0;
 };
 
-/// Copies one tree and knows where it came from and where it goes.
+/// Copies one tree. One object for one copy.
 class TreeCopy
 {
 public:
@@ -96,29 +116,31 @@ public:
             OsFile(source).copyTo(target);
             return;
         }
-        System::FileIdentity identity;
-        requireIdentity(source, identity);
+        const System::FileIdentity identity = requireIdentity(source);
         if (!_ancestors.empty() && identity == _targetRoot)
-            return;
+            return;  // the target lies inside the source
         if (std::find(_ancestors.begin(), _ancestors.end(), identity) != _ancestors.end()) {
             System::setLoopError();
             throw ExSysErrorWindows(systemSourceName, __LINE__);
         }
         OsFsUtils::createDir(target.getChars(), true);
         if (_ancestors.empty())
-            requireIdentity(target, _targetRoot);
+            _targetRoot = requireIdentity(target);
         _ancestors.push_back(identity);
         copyChildren(source, target);
         _ancestors.pop_back();
     }
 
 private:
-    static void requireIdentity(OsFilePath const& path, System::FileIdentity& identity)
+    static System::FileIdentity requireIdentity(OsFilePath const& path)
     {
-        if (!System::identify(path.getChars(), identity))
+        const std::optional<System::FileIdentity> identity = System::identify(path.getChars());
+        if (!identity)
             throw ExSysErrorWindows(systemSourceName, __LINE__);
+        return *identity;
     }
 
+    /// The listing is complete before the first child is copied: the target may be created in the same directory.
     void copyChildren(OsFilePath const& source, OsFilePath const& target)
     {
         const ObjPtrRet<Vector<OsFilePath>> names =
@@ -127,10 +149,19 @@ private:
             copy(source + name.getChars(), target + name.getChars());
     }
 
-    std::vector<System::FileIdentity> _ancestors;  ///< of the sources that are being copied, the root first
-    System::FileIdentity _targetRoot;
+    std::vector<System::FileIdentity>
+        _ancestors;                    ///< the source directories that contain the present one, and itself
+    System::FileIdentity _targetRoot;  ///< set with the first directory
 };
 }  // namespace
+
+bool System::DirectoryListing::next()
+{
+    while (readEntry())
+        if (!isSelfOrParent(_name))
+            return true;
+    return false;
+}
 
 OsDirectory::OsDirectory(OsFilePath const& path) : OsFile(path) {}
 
@@ -171,6 +202,7 @@ ObjPtrRet<Vector<OsFile*>> OsDirectory::getChildren(OsFileFilter const& filter) 
                                                : std::make_unique<OsFile>(path));
         return true;
     });
+    // The plain pointers come last, when nothing can throw any more: until then the objects have an owner.
     ObjPtrRet<Vector<OsFile*>> result(new Vector<OsFile*>(children.size()));
     std::transform(children.begin(), children.end(), result->begin(), [](auto& child) { return child.release(); });
     return result;
@@ -190,6 +222,7 @@ ObjPtrRet<Vector<OsFilePath>> OsDirectory::getChildrenPath(OsFileTypes::PathType
     return texts.makePaths();
 }
 
+// Intended: the empty path is no error here, and means the current directory. Do not mend.
 bool OsDirectory::hasChildren(OsFileFilter const& filter) const
 {
     bool isFound = false;
@@ -200,6 +233,8 @@ bool OsDirectory::hasChildren(OsFileFilter const& filter) const
     return isFound;
 }
 
+// Doesn't descend: a directory with children ends it with the system's error. A symlink is removed itself, also one
+// that leads to a directory.
 void OsDirectory::removeChildren(OsFileFilter const& filter)
 {
     const ObjPtrRet<Vector<OsFilePath>> paths = getChildrenPath(OsFileTypes::FullPath, filter);

@@ -6,33 +6,41 @@
 namespace Vn::System
 {
 
-/// One pass over what a directory holds, without "." and "..".
+/// One pass over the children of a directory, without "." and "..", in the system's order.
+///
+///     for (DirectoryListing listing("pass"); listing.next();)
+///         show(listing.getName());
+///
 class DirectoryListing
 {
 public:
+    /// What the listing itself says about a child, without a question of its own.
     enum class Kind
     {
         Directory,
         Other,
-        Unknown  ///< the listing doesn't tell: a symbolic link, or an old file system
+        Unknown  ///< a symlink, or a file system whose listings have no types: ask for the child itself
     };
 
-    /// The empty path is the current directory. Throws ExSysErrorWindows.
+    /// Opens the directory; the empty path is the current one. Throws ExSysErrorWindows.
     explicit DirectoryListing(char const* directory);
     ~DirectoryListing();
 
-    /// Goes to the next child. Throws ExSysErrorWindows.
+    /// Goes to the next child; false at the end. Throws ExSysErrorWindows.
     bool next();
 
-    /// Of the present child.
+    // Of the child that next() has found; valid until the next call of it.
     char const* getName() const { return _name; }
     Kind getKind() const { return _kind; }
 
 private:
     struct State;
 
+    /// The platform's part of next(): goes to the next entry, which may be "." or "..".
+    bool readEntry();
+
     std::unique_ptr<State> _state;
-    char const* _name = nullptr;
+    char const* _name = nullptr;  ///< in the system's buffer
     Kind _kind = Kind::Unknown;
 };
 

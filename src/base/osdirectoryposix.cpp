@@ -1,13 +1,13 @@
 // osdirectoryposix.cpp (Windows form: osdirectorywindows.cpp)
+//
+// opendir() and readdir(). Most file systems put an entry's type into the listing (d_type); those that don't, and symlinks,
+// whose targets the listing doesn't tell, are Unknown.
 #include <base/osdirectory_p.h>
 
 #include <base/exsyserror.h>
-#include <base/osposix_p.h>
-
 #include <dirent.h>
 
 #include <cerrno>
-#include <cstring>
 
 namespace Vn::System
 {
@@ -15,11 +15,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/osdirectorywindows";
 
-bool isSelfOrParent(char const* name)
-{
-    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
-
+/// The type of the entry itself; that of a symlink's target is not known here.
 DirectoryListing::Kind kindOf(::dirent const& entry)
 {
     switch (entry.d_type) {
@@ -57,23 +53,20 @@ DirectoryListing::DirectoryListing(char const* directory) : _state(std::make_uni
 
 DirectoryListing::~DirectoryListing() = default;
 
-bool DirectoryListing::next()
+bool DirectoryListing::readEntry()
 {
-    for (;;) {
-        errno = 0;  // the end and a failure look alike otherwise
-        ::dirent const* const entry = ::readdir(_state->stream);
-        if (entry == nullptr && errno == EINTR)
-            continue;
-        if (entry == nullptr && errno != 0)
-            throw ExSysErrorWindows(sourceName, __LINE__);
-        if (entry == nullptr)
-            return false;
-        if (isSelfOrParent(entry->d_name))
-            continue;
-        _name = entry->d_name;
-        _kind = kindOf(*entry);
-        return true;
-    }
+    ::dirent const* entry;
+    do {
+        errno = 0;  // null is the end or a failure, and only `errno` tells which
+        entry = ::readdir(_state->stream);
+    } while (entry == nullptr && errno == EINTR);
+    if (entry == nullptr && errno != 0)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    if (entry == nullptr)
+        return false;
+    _name = entry->d_name;
+    _kind = kindOf(*entry);
+    return true;
 }
 
 }  // namespace Vn::System

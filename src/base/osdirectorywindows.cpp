@@ -1,23 +1,22 @@
 // osdirectorywindows.cpp (Linux form: osdirectoryposix.cpp)
+//
+// FindFirstFileA() opens the search and returns its first entry together, so that entry waits for the first call of
+// readEntry(). Every entry has its attributes with it: no child's kind is Unknown. A reparse point counts as what it
+// stands for, a directory or not.
 #include <base/osdirectory_p.h>
 
 #include <base/exsyserror.h>
-#include <base/osfilepath.h>
+#include <base/osfilepath_p.h>
 
 #include <windows.h>
 
-#include <cstring>
+#include <string>
 
 namespace Vn::System
 {
 namespace
 {
 constexpr char sourceName[] = "src/base/osdirectorywindows";
-
-bool isSelfOrParent(char const* name)
-{
-    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
 }  // namespace
 
 struct DirectoryListing::State
@@ -30,37 +29,33 @@ struct DirectoryListing::State
 
     HANDLE search = INVALID_HANDLE_VALUE;
     WIN32_FIND_DATAA entry;
-    bool isFresh = true;  ///< the entry has come with the search and wasn't looked at yet
+    bool isFirst = true;  ///< the entry came with the search, and readEntry() has not been called yet
 };
 
 DirectoryListing::DirectoryListing(char const* directory) : _state(std::make_unique<State>())
 {
-    const OsFilePath pattern = OsFilePath(directory) + "*";
-    _state->search = ::FindFirstFileA(pattern.getChars(), &_state->entry);
+    const std::string pattern = getPathGrammar().join(directory, "*");
+    _state->search = ::FindFirstFileA(pattern.c_str(), &_state->entry);
     if (_state->search == INVALID_HANDLE_VALUE && ::GetLastError() != ERROR_NO_MORE_FILES)
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
 DirectoryListing::~DirectoryListing() = default;
 
-bool DirectoryListing::next()
+bool DirectoryListing::readEntry()
 {
-    if (_state->search == INVALID_HANDLE_VALUE)
+    if (_state->search == INVALID_HANDLE_VALUE)  // nothing matches: the listing is empty
         return false;
-    for (;;) {
-        if (!_state->isFresh && !::FindNextFileA(_state->search, &_state->entry)) {
-            if (::GetLastError() != ERROR_NO_MORE_FILES)
-                throw ExSysErrorWindows(sourceName, __LINE__);
-            return false;
-        }
-        _state->isFresh = false;
-        if (isSelfOrParent(_state->entry.cFileName))
-            continue;
-        _name = _state->entry.cFileName;
-        const bool isDirectory = (_state->entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        _kind = isDirectory ? Kind::Directory : Kind::Other;
-        return true;
+    if (!_state->isFirst && !::FindNextFileA(_state->search, &_state->entry)) {
+        if (::GetLastError() != ERROR_NO_MORE_FILES)
+            throw ExSysErrorWindows(sourceName, __LINE__);
+        return false;
     }
+    _state->isFirst = false;
+    _name = _state->entry.cFileName;
+    const bool isDirectory = (_state->entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    _kind = isDirectory ? Kind::Directory : Kind::Other;
+    return true;
 }
 
 }  // namespace Vn::System

@@ -117,6 +117,8 @@ double OsEndian::invert(double value)
 
 // invertIf(): for data that may be in either order; the condition is the result of comparing that order with ours.
 
+// One byte each: the condition makes no difference.
+
 signed char OsEndian::invertIf(bool condition, signed char value)
 {
     return reversedIf(condition, value);
@@ -126,6 +128,8 @@ unsigned char OsEndian::invertIf(bool condition, unsigned char value)
 {
     return reversedIf(condition, value);
 }
+
+// Two and four bytes.
 
 short OsEndian::invertIf(bool condition, short value)
 {
@@ -151,6 +155,8 @@ float OsEndian::invertIf(bool condition, float value)
 {
     return reversedIf(condition, value);
 }
+
+// Eight bytes, and four for `long` on Windows.
 
 long OsEndian::invertIf(bool condition, long value)
 {

@@ -1,7 +1,21 @@
+// An operation has three layers, each with its own part of the rules:
+//
+//     getSize()           checks: the path isn't empty, or something exists there; asked through the virtual exists()
+//     performGetSize()    asks the system, and throws with a source name of its own if that fails
+//     System::readSize()  makes the call: osfile_p.h, osfilehandle_p.h and their two forms
+//
+// The rules are the same on every system; only the last layer differs. Nothing is remembered between two calls, and
+// another process may change the file between the check and the question: the question then fails with the system's
+// error instead of the check's exception.
+//
+// copyTo() is the one operation with rules of its own. It decides where the copy goes, refuses to copy a file onto
+// itself, and only then opens anything; from there on the target is being replaced. A failure leaves the part that has
+// been copied.
 #include <base/osfile.h>
 
 #include <base/duplicatestring.h>
 #include <base/exsyserror.h>
+#include <base/osaccess_p.h>
 #include <base/osfile_p.h>
 #include <base/osfileex.h>
 #include <base/osfilehandle_p.h>
@@ -9,17 +23,22 @@
 #include <base/osfilewriter.h>
 #include <base/osfsutils.h>
 
+#include <optional>
+#include <string>
+#include <utility>
+
 namespace Vn
 {
 namespace
 {
 constexpr char sourceName[] = "src/base/osfile";
 constexpr char systemSourceName[] = "src/base/osfilewindows";
-constexpr std::int32_t readAccess = 1;
-constexpr std::int32_t writeAccess = 2;
-constexpr std::int32_t anyAccess = 7;
-constexpr std::uint32_t largestTransfer = 0x7FFFFFFF;
-constexpr unsigned long blockSize = 0x10000;
+constexpr std::uint32_t largestTransfer = 0x7FFFFFFF;  ///< bytes that a file takes at once without a buffer
+constexpr unsigned long blockSize = 0x10000;           ///< bytes of a copy's buffer, which is on the stack
+
+using System::anyAccess;
+using System::readAccess;
+using System::writeAccess;
 
 void requirePath(OsFilePath const& path, int line)
 {
@@ -27,14 +46,14 @@ void requirePath(OsFilePath const& path, int line)
         throw OsFileEx::ExNullFilePath(sourceName, line);
 }
 
-/// Through the virtual table: a class may know better what exists.
+/// Through the virtual exists(): a derived class may have its own idea of what exists.
 void requireExisting(OsFile const& file, int line)
 {
     if (!file.exists())
         throw OsFileEx::ExInvalidPath(sourceName, line, file.getPath().getChars());
 }
 
-/// The interface lets a subclass keep the answer, so getType() isn't const; what asks by it is.
+/// getType() isn't const, so that a derived class may cache the answer; isFile() and isDirectory() are, and call it.
 OsFileTypes::ElementType typeOf(OsFile const& file)
 {
     return const_cast<OsFile&>(file).getType();
@@ -46,16 +65,22 @@ void requireSuccess(bool isDone, int line)
         throw ExSysErrorWindows(systemSourceName, line);
 }
 
-/// False as well if either is missing.
-bool isSameFile(OsFilePath const& path, OsFilePath const& other)
+/// What the system has answered; throws its error if it has refused.
+template <class T>
+T requireAnswer(std::optional<T> answer, int line)
 {
-    System::FileIdentity identity;
-    System::FileIdentity otherIdentity;
-    return System::identify(path.getChars(), identity) && System::identify(other.getChars(), otherIdentity) &&
-           identity == otherIdentity;
+    requireSuccess(answer.has_value(), line);
+    return std::move(*answer);
 }
 
-/// A writer that takes no byte of what is left has found the device full, and the system's error says so.
+/// False as well if either path leads to nothing.
+bool isSameFile(OsFilePath const& path, OsFilePath const& other)
+{
+    const std::optional<System::FileIdentity> identity = System::identify(path.getChars());
+    return identity && identity == System::identify(other.getChars());
+}
+
+/// Throws if the device is full: the writer then takes no more bytes, and the system's error is still set.
 void writeWhole(OsFileWriter& writer, char const* bytes, std::uint32_t count)
 {
     while (count > 0) {
@@ -108,35 +133,28 @@ ObjPtrRet<OsFileTypes::UnbufferedInfo> OsFile::getUnbufferedInfo()
     return performGetUnbufferedInfo();
 }
 
+// These three have no failure but the empty path: what can't be found out counts as no access.
+
 std::int32_t OsFile::getAccess() const
 {
     requirePath(_path, __LINE__);
-    try {
-        return performGetAccess(anyAccess);
-    } catch (...) {
-        return 0;
-    }
+    return performGetAccess(anyAccess);
 }
 
 bool OsFile::isReadable() const
 {
     requirePath(_path, __LINE__);
-    try {
-        return performGetAccess(readAccess) != 0;
-    } catch (...) {
-        return false;
-    }
+    return performGetAccess(readAccess) != 0;
 }
 
 bool OsFile::isWritable() const
 {
     requirePath(_path, __LINE__);
-    try {
-        return performGetAccess(writeAccess) != 0;
-    } catch (...) {
-        return false;
-    }
+    return performGetAccess(writeAccess) != 0;
 }
+
+// Intended: these three throw for a path at which nothing exists, unlike their namesakes in OsFsUtils. Do not mend:
+// OsFile reports a missing file, OsFsUtils tolerates it.
 
 bool OsFile::isFile() const
 {
@@ -166,6 +184,7 @@ bool OsFile::exists() const
     return OsFsUtils::fileExists(_path.getChars());
 }
 
+// Intended: empty, as nothing is cached. Do not mend: the operation is for derived classes that cache.
 void OsFile::refreshInfo() const {}
 
 void OsFile::remove()
@@ -193,10 +212,11 @@ void OsFile::copyTo(OsFilePath const& target)
         else if (!existing.isWritable())
             throw OsFileEx::ExPathNotWritable(sourceName, __LINE__, target.getChars());
     }
-    // Opening the target would empty the source.
+    // Otherwise opening the target would empty the source.
     if (isSameFile(_path, workingCopy))
         throw OsFileEx::ExFileExists(sourceName, __LINE__);
 
+    // Intended: times, attributes and permissions are not carried over. Do not mend: the copy is a new file.
     OsFileReader reader(*this);
     OsFileWriter writer(workingCopy, OsFileTypes::Permissions(3, 3, 0), false);
     copyBytes(reader, writer);
@@ -218,7 +238,7 @@ std::int64_t OsFile::open(int mode) const
 
 void OsFile::close(std::int64_t handle) const
 {
-    requireSuccess(System::closeFile(handle), __LINE__);
+    requireSuccess(System::closeFile(handle) == System::CloseResult::Closed, __LINE__);
 }
 
 void OsFile::setPath(OsFilePath const& path)
@@ -228,50 +248,46 @@ void OsFile::setPath(OsFilePath const& path)
 
 ArrayPtrRet<char> OsFile::performGetOwner() const
 {
-    std::string owner;
-    requireSuccess(System::readOwner(_path.getChars(), owner), __LINE__);
+    const std::string owner = requireAnswer(System::readOwner(_path.getChars()), __LINE__);
     return duplicateString(owner.c_str());
 }
 
 std::uint32_t OsFile::performGetSize() const
 {
-    std::uint32_t size;
-    requireSuccess(System::readSize(_path.getChars(), size), __LINE__);
-    return size;
+    return requireAnswer(System::readSize(_path.getChars()), __LINE__);
 }
 
 ObjPtrRet<OsDateTypes::DateRep> OsFile::performGetLastModificationTime() const
 {
     return ObjPtrRet<OsDateTypes::DateRep>(
-        System::readTime(_path.getChars(), System::FileTime::LastModification, systemSourceName));
+        System::readTime(_path.getChars(), System::FileTime::LastModification, systemSourceName).release());
 }
 
 ObjPtrRet<OsDateTypes::DateRep> OsFile::performGetLastAccessTime() const
 {
     return ObjPtrRet<OsDateTypes::DateRep>(
-        System::readTime(_path.getChars(), System::FileTime::LastAccess, systemSourceName));
+        System::readTime(_path.getChars(), System::FileTime::LastAccess, systemSourceName).release());
 }
 
 ObjPtrRet<OsFileTypes::UnbufferedInfo> OsFile::performGetUnbufferedInfo() const
 {
-    std::string place;
-    bool isRemote;
-    requireSuccess(System::readPlace(_path.getChars(), place, isRemote), __LINE__);
-    if (isRemote)
-        throw OsFileEx::ExNoRemoteUnbuffered(systemSourceName, __LINE__, place.c_str());
+    const System::FilePlace place = requireAnswer(System::readPlace(_path.getChars()), __LINE__);
+    if (place.isRemote)
+        throw OsFileEx::ExNoRemoteUnbuffered(systemSourceName, __LINE__, place.name.c_str());
+    // Neither system demands an alignment or a block size of those who read and write through it.
     return ObjPtrRet<OsFileTypes::UnbufferedInfo>(new OsFileTypes::UnbufferedInfo(0, 0, largestTransfer));
 }
 
 std::int32_t OsFile::performGetAccess(std::int32_t mask) const
 {
     std::int32_t access = 0;
-    if ((mask & readAccess) != 0 && System::hasAccess(_path.getChars(), readAccess))
-        access += readAccess;
-    if ((mask & writeAccess) != 0 && System::hasAccess(_path.getChars(), writeAccess))
-        access += writeAccess;
+    for (const std::int32_t bit : {readAccess, writeAccess})
+        if (System::hasBit(mask, bit) && System::hasAccess(_path.getChars(), bit))
+            access += bit;
     return access;
 }
 
+// The file may have vanished since the check, and then the system's error is still that of the question.
 OsFileTypes::ElementType OsFile::performGetType() const
 {
     switch (System::getFileKind(_path.getChars())) {
@@ -298,6 +314,7 @@ void OsFile::performRemove()
     requireSuccess(System::removeFile(_path.getChars()), __LINE__);
 }
 
+// From here on the object names the new place.
 void OsFile::performRenameTo(OsFilePath const& target)
 {
     requireSuccess(System::renameFile(_path.getChars(), target.getChars()), __LINE__);

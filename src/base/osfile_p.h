@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 
 /// What the file layer asks of the system; implemented in osfilelinux.cpp and osfilewindows.cpp. Paths are never
@@ -40,10 +42,10 @@ bool createFile(char const* path, OsFileTypes::Permissions const& permissions, b
 /// Accepts that the file does not exist, but not that its directory doesn't.
 void deleteFile(char const* path);
 
-// These answer false and leave the system's error standing for the caller, who throws it with a source name of its
-// own.
+// These return false or nothing if the system refuses, and leave its error for the caller, who throws it with a source
+// name of its own.
 
-/// Whoever may read the directory may search it as well.
+/// Creates a directory. A party that may read it may search it as well.
 bool makeDirectory(char const* path, OsFileTypes::Permissions const& permissions);
 bool removeEmptyDirectory(char const* path);
 bool removeFile(char const* path);
@@ -52,17 +54,23 @@ bool removeFile(char const* path);
 bool renameFile(char const* path, char const* target);
 
 /// Name of the owner, or the number in decimal; "" on Windows.
-bool readOwner(char const* path, std::string& owner);
+std::optional<std::string> readOwner(char const* path);
 
-/// The low 32 bits; all bits set are refused.
-bool readSize(char const* path, std::uint32_t& size);
+/// The low 32 bits of the size. A size whose low half has all bits set is refused.
+std::optional<std::uint32_t> readSize(char const* path);
 
-/// Whether `path` lies on another machine, and what a message calls the place: the path, on Windows the root of its
-/// drive.
-bool readPlace(char const* path, std::string& place, bool& isRemote);
+/// Where a file lies.
+struct FilePlace
+{
+    std::string name;  ///< for messages: the path, on Windows the root of its drive
+    bool isRemote;     ///< on another machine
+};
 
-/// `access`: 1 for reading, 2 for writing. A directory has neither.
-bool hasAccess(char const* path, std::int32_t access);
+std::optional<FilePlace> readPlace(char const* path);
+
+/// Whether the file may be opened for `access`, which is readAccess or writeAccess. False for a directory. Throws
+/// nothing.
+bool hasAccess(char const* path, std::int32_t access) noexcept;
 
 /// Which of a file's times is asked for.
 enum class FileTime
@@ -71,8 +79,9 @@ enum class FileTime
     LastAccess
 };
 
-/// A new date in whole seconds, with all bits set if the file's time is none. Throws with `source`.
-OsDateTypes::DateRep* readTime(char const* path, FileTime which, char const* source);
+/// One of the file's times in whole seconds; all bits set if it is outside the range of dates. Throws
+/// ExSysErrorWindows with the given source name.
+std::unique_ptr<OsDateTypes::DateRep> readTime(char const* path, FileTime which, char const* source);
 
 /// Equal for two paths exactly if they lead to the same file or directory.
 struct FileIdentity
@@ -84,7 +93,7 @@ struct FileIdentity
 };
 
 /// Follows symlinks.
-bool identify(char const* path, FileIdentity& identity);
+std::optional<FileIdentity> identify(char const* path);
 
 /// Sets the system's last error to "cycle of links".
 void setLoopError();

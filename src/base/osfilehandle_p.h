@@ -4,9 +4,10 @@
 #include <base/osfiletypes.h>
 
 #include <cstdint>
+#include <optional>
 
-/// Open files of the system. What fails leaves the system's error standing for the caller, who throws it with a source
-/// name of its own.
+/// Open files of the system. A function that fails leaves the system's error for the caller, who throws it with a
+/// source name of its own.
 namespace Vn::System
 {
 
@@ -25,11 +26,11 @@ constexpr int originOf(OsFileTypes::SeekMode mode)
     }
 }
 
-/// Opens what exists; `mode` is a sum of 1 (read) and 2 (write). Never waits, and never a directory. closedHandle if
-/// that fails.
+/// Opens an existing file; `mode` is a sum of readAccess and writeAccess. Does not wait for the other end of a pipe.
+/// closedHandle if that fails, also for a directory.
 std::int64_t openFile(char const* path, int mode);
 
-/// Makes a file for writing, or empties the one that is there.
+/// Creates a file for writing, or empties an existing one. closedHandle if that fails.
 std::int64_t openNewFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists);
 
 /// One call each, or as many as the system's limit takes. The number of bytes or -1; sizes beyond 32 bits are refused.
@@ -39,16 +40,22 @@ std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size);
 /// Goes on until all is written. A device that is full takes fewer bytes and is no failure.
 std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long size);
 
-/// The low 32 bits of the new position go to `position`. Positions beyond 32 bits are refused and nothing moves.
-bool seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode, std::int32_t& position);
+/// The low 32 bits of the new position. Nothing, and the position stays, for one beyond 32 bits.
+std::optional<std::int32_t> seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode);
 
 /// Sets the length, and the position to it.
 bool setFileSize(std::int64_t handle, unsigned long size);
 
-/// False for what closing has to report; `handle` is then kept, open or unknown to the system, and else closedHandle.
-bool closeFile(std::int64_t& handle);
+enum class CloseResult
+{
+    Closed,
+    ClosedWithError,  ///< the handle is gone, and a delayed write has failed
+    Kept              ///< with an error; the handle is open, or the system doesn't know it
+};
 
-/// For destructors: closes an open handle, whatever comes of it.
+CloseResult closeFile(std::int64_t handle);
+
+/// For destructors: closes an open handle and ignores errors.
 void dropFile(std::int64_t handle) noexcept;
 
 }  // namespace Vn::System

@@ -1,6 +1,18 @@
 // osfilehandlelinux.cpp (Windows form: osfilehandlewindows.cpp)
+//
+// A handle is a descriptor above 2. Each function is one call of the system, with four additions:
+//
+//     open      O_NONBLOCK, so that opening a pipe does not wait for its other end; removed again after opening,
+//               because reading and writing shall wait. A directory is refused, as on Windows.
+//     read      goes on only after a call that the limit of one call cut short: asked again, a pipe or terminal would
+//               wait for bytes that nobody has promised
+//     write     goes on after every short count; a full device ends it with what has been written
+//     close     through a duplicate, so that a failed one leaves the file open: see closeFile()
+//
+// Positions and sizes have 32 bits in the interface. What the system could do beyond that is refused with EOVERFLOW.
 #include <base/osfilehandle_p.h>
 
+#include <base/osaccess_p.h>
 #include <base/osposix_p.h>
 
 #include <fcntl.h>
@@ -15,75 +27,73 @@ namespace Vn::System
 namespace
 {
 constexpr std::int64_t positionLimit = 0xFFFFFFFF;
-constexpr unsigned long sizeLimit = 0xFFFFFFFF;  ///< of one reading or writing
-/// For one call: less than the system moves at once, which depends on the size of its pages.
+constexpr unsigned long sizeLimit = 0xFFFFFFFF;  ///< bytes of one reading or writing
+/// Bytes of one call. The system's own limit, just below 2 GiB, depends on the size of its pages.
 constexpr unsigned long callLimit = 0x40000000;
-constexpr int waitsForNobody = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr int openFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 int descriptorOf(std::int64_t handle)
 {
     return static_cast<int>(handle);
 }
 
-/// Gives the open file back with `error` as the last one.
-std::int64_t refuse(int file, int error)
+/// Closes a file that was opened in vain; `errno` becomes `error`.
+std::int64_t closeWithError(int file, int error)
 {
     ::close(file);
     errno = error;
     return closedHandle;
 }
 
-/// Opening mustn't wait for the other end of a pipe; reading and writing may, as anybody's do.
-bool letWait(int file)
+/// Removes O_NONBLOCK. A file that was opened as a mere path (O_PATH) has no such flag.
+bool makeBlocking(int file)
 {
     const int flags = ::fcntl(file, F_GETFL);
     return flags != -1 && ((flags & O_PATH) != 0 || ::fcntl(file, F_SETFL, flags & ~O_NONBLOCK) != -1);
 }
 
-std::int64_t settle(int file)
+/// The second half of opening, `file` being what open() returned: refuses a directory, and lets a pipe or device block.
+std::int64_t finishOpening(int file)
 {
     if (file == -1)
         return closedHandle;
     struct ::stat status;
     if (Posix::retry([&] { return ::fstat(file, &status); }) != 0)
-        return refuse(file, errno);
+        return closeWithError(file, errno);
     if (S_ISDIR(status.st_mode))
-        return refuse(file, EISDIR);
-    if (!S_ISREG(status.st_mode) && !letWait(file))
-        return refuse(file, errno);
+        return closeWithError(file, EISDIR);
+    if (!S_ISREG(status.st_mode) && !makeBlocking(file))
+        return closeWithError(file, errno);
     return file;
 }
 
-bool refuseOverflow()
+/// What the caller returns after an operation beyond 32 bits.
+template <class Result>
+Result refuseOverflow(Result failure)
 {
     errno = EOVERFLOW;
-    return false;
-}
-
-std::int64_t refuseSize()
-{
-    errno = EOVERFLOW;
-    return -1;
+    return failure;
 }
 }  // namespace
 
 std::int64_t openFile(char const* path, int mode)
 {
-    constexpr int accesses[] = {O_PATH, O_RDONLY, O_WRONLY, O_RDWR};
-    const int flags = accesses[mode & 3] | waitsForNobody;
-    return settle(Posix::openFile(path, flags));
+    static_assert(System::readAccess == 1 && System::writeAccess == 2);
+    constexpr int accesses[] = {O_PATH, O_RDONLY, O_WRONLY, O_RDWR};  // O_PATH: to have the file, with no access
+    const int flags = accesses[mode & 3] | openFlags;
+    return finishOpening(Posix::openFile(path, flags));
 }
 
 std::int64_t openNewFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists)
 {
-    const int flags = O_WRONLY | O_CREAT | (failIfExists ? O_EXCL : O_TRUNC) | waitsForNobody;
-    return settle(Posix::openFile(path, flags, Posix::modeOf(permissions)));
+    const int flags = O_WRONLY | O_CREAT | (failIfExists ? O_EXCL : O_TRUNC) | openFlags;
+    return finishOpening(Posix::openFile(path, flags, Posix::modeOf(permissions)));
 }
 
 std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size)
 {
     if (size > sizeLimit)
-        return refuseSize();
+        return refuseOverflow(std::int64_t{-1});
     char* const bytes = static_cast<char*>(buffer);
     unsigned long done = 0;
     for (;;) {
@@ -92,7 +102,7 @@ std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size)
         if (count == -1)
             return -1;
         done += static_cast<unsigned long>(count);
-        // Asked again, a pipe would wait for bytes that nobody promised.
+        // A short count is the end of the file, or all that a pipe has: it would wait if it were asked again.
         if (static_cast<unsigned long>(count) < wanted || done == size)
             return static_cast<std::int64_t>(done);
     }
@@ -101,7 +111,7 @@ std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size)
 std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long size)
 {
     if (size > sizeLimit)
-        return refuseSize();
+        return refuseOverflow(std::int64_t{-1});
     char const* const bytes = static_cast<char const*>(buffer);
     unsigned long done = 0;
     for (;;) {
@@ -117,44 +127,47 @@ std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long si
     }
 }
 
-bool seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode, std::int32_t& position)
+// The position is asked for first, so that a move beyond the limit can be taken back.
+std::optional<std::int32_t> seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode)
 {
+    constexpr std::optional<std::int32_t> failure;
     if (offset > positionLimit || offset < INT32_MIN)
-        return refuseOverflow();
+        return refuseOverflow(failure);
     const int file = descriptorOf(handle);
     const ::off_t before = ::lseek(file, 0, SEEK_CUR);
     const ::off_t after = before != -1 ? ::lseek(file, offset, originOf(mode)) : -1;
     if (after == -1)
-        return false;
+        return failure;
     if (after > positionLimit) {
         ::lseek(file, before, SEEK_SET);
-        return refuseOverflow();
+        return refuseOverflow(failure);
     }
-    position = static_cast<std::int32_t>(static_cast<std::uint32_t>(after));
-    return true;
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(after));
 }
 
 bool setFileSize(std::int64_t handle, unsigned long size)
 {
-    if (size >= positionLimit)  // the last one is how the interface's call tells a failure
-        return refuseOverflow();
+    // Intended: 0xFFFFFFFF itself is refused too, on every system. Do not mend: that position stands for a failure.
+    if (size >= positionLimit)
+        return refuseOverflow(false);
     const int file = descriptorOf(handle);
     const ::off_t length = static_cast<::off_t>(size);
     return ::lseek(file, length, SEEK_SET) != -1 && Posix::retry([&] { return ::ftruncate(file, length); }) == 0;
 }
 
-bool closeFile(std::int64_t& handle)
+// close() reports the error of a delayed write, but releases the descriptor all the same. So a duplicate is closed
+// first: if that reports an error, our descriptor is still open, and the caller can throw and try again. Without a free
+// descriptor for the duplicate the file is closed directly, and an error can no longer keep it open.
+CloseResult closeFile(std::int64_t handle)
 {
-    // Closing reports what a delayed write ran into, and the number is gone whatever it reports. So a second number is
-    // closed first, and the file stays open behind ours if that has something to say.
     const int file = descriptorOf(handle);
-    const int twin = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
-    const bool isUnknown = twin == -1 && errno == EBADF;
-    if (isUnknown || (twin != -1 && ::close(twin) != 0 && errno != EINTR))
-        return false;
-    handle = closedHandle;
+    const int duplicate = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
+    const bool isUnknown = duplicate == -1 && errno == EBADF;
+    // EINTR: the system has released the descriptor and has nothing to report.
+    if (isUnknown || (duplicate != -1 && ::close(duplicate) != 0 && errno != EINTR))
+        return CloseResult::Kept;
     const bool isClosed = ::close(file) == 0 || errno == EINTR;
-    return twin != -1 || isClosed;
+    return duplicate != -1 || isClosed ? CloseResult::Closed : CloseResult::ClosedWithError;
 }
 
 void dropFile(std::int64_t handle) noexcept

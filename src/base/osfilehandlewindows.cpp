@@ -1,5 +1,10 @@
 // osfilehandlewindows.cpp (Linux form: osfilehandlelinux.cpp)
+//
+// Each function is one call of the system, whose limits are the interface's: sizes have 32 bits, as `unsigned long` has
+// here. Files are opened shared, so other readers and writers may have them at the same time.
 #include <base/osfilehandle_p.h>
+
+#include <base/osaccess_p.h>
 
 #include <windows.h>
 
@@ -12,6 +17,7 @@ constexpr DWORD sharedWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
 static_assert(originOf(OsFileTypes::FromCurrent) == FILE_CURRENT &&
               originOf(OsFileTypes::FromBegin) == FILE_BEGIN && originOf(OsFileTypes::FromEnd) == FILE_END);
 
+/// Our number is the handle's value, signed, so that INVALID_HANDLE_VALUE is closedHandle.
 HANDLE systemHandle(std::int64_t handle)
 {
     return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(handle));
@@ -26,15 +32,18 @@ std::int64_t open(char const* path, DWORD access, DWORD disposition)
 
 std::int64_t openFile(char const* path, int mode)
 {
-    const DWORD access = ((mode & 1) != 0 ? GENERIC_READ : 0U) | ((mode & 2) != 0 ? GENERIC_WRITE : 0U);
+    const DWORD access =
+        (hasBit(mode, readAccess) ? GENERIC_READ : 0U) | (hasBit(mode, writeAccess) ? GENERIC_WRITE : 0U);
     return open(path, access, OPEN_EXISTING);
 }
 
+// Permissions are ignored: a new file inherits those of its directory.
 std::int64_t openNewFile(char const* path, OsFileTypes::Permissions const&, bool failIfExists)
 {
     return open(path, GENERIC_WRITE, failIfExists ? CREATE_NEW : CREATE_ALWAYS);
 }
 
+// The end of a file is no failure, in whichever way the system reports it.
 std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size)
 {
     DWORD count = 0;
@@ -43,6 +52,7 @@ std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size)
     return count;
 }
 
+// A full disk is no failure: the count is short.
 std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long size)
 {
     DWORD count = 0;
@@ -52,13 +62,14 @@ std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long si
     return count;
 }
 
-bool seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode, std::int32_t& position)
+std::optional<std::int32_t> seekFile(std::int64_t handle, long offset, OsFileTypes::SeekMode mode)
 {
-    // Success leaves an earlier error standing, and every result is a position.
+    // Only the last error tells a failure, since every result can be a position; and a success doesn't reset it.
     ::SetLastError(0);
     const DWORD low = ::SetFilePointer(systemHandle(handle), offset, nullptr, static_cast<DWORD>(originOf(mode)));
-    position = static_cast<std::int32_t>(low);
-    return ::GetLastError() == 0;
+    if (::GetLastError() != 0)
+        return std::nullopt;
+    return static_cast<std::int32_t>(low);
 }
 
 bool setFileSize(std::int64_t handle, unsigned long size)
@@ -68,12 +79,9 @@ bool setFileSize(std::int64_t handle, unsigned long size)
            ::SetEndOfFile(systemHandle(handle));
 }
 
-bool closeFile(std::int64_t& handle)
+CloseResult closeFile(std::int64_t handle)
 {
-    if (!::CloseHandle(systemHandle(handle)))
-        return false;
-    handle = closedHandle;
-    return true;
+    return ::CloseHandle(systemHandle(handle)) ? CloseResult::Closed : CloseResult::Kept;
 }
 
 void dropFile(std::int64_t handle) noexcept

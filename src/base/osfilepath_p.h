@@ -1,4 +1,4 @@
-// Private to osdirectory.cpp and osfilepath.cpp; implemented in osfilepathposix.cpp and osfilepathwindows.cpp.
+// Private to osdirectory.cpp and osfilepath.cpp; implemented in osdirectorywindows.cpp, osfilepathposix.cpp and osfilepathwindows.cpp.
 #pragma once
 
 #include <base/osfilepathgrammar_p.h>

@@ -1,6 +1,13 @@
+// Each public operation checks that the file is open, and then a private one makes the call of the system:
+//
+//     read()  ->  performRead()  ->  System::readFile()        osfilehandlelinux.cpp, osfilehandlewindows.cpp
+//
+// The two layers throw with source names of their own. There is no buffer: programs that read in small pieces should
+// read a block and take the pieces from it.
 #include <base/osfilereader.h>
 
 #include <base/exsyserror.h>
+#include <base/osaccess_p.h>
 #include <base/osfile.h>
 #include <base/osfileex.h>
 #include <base/osfilehandle_p.h>
@@ -12,6 +19,9 @@ namespace
 constexpr char sourceName[] = "src/base/osfilereader";
 constexpr char systemSourceName[] = "src/base/osfilereaderwindows";
 
+/// Throws ExSysErrorANSI for a closed handle.
+// Intended: the class differs from that of the system's failures, and the code is whatever `errno` holds. Do not mend:
+// callers tell their own mistakes from the system's by the class.
 void requireOpen(std::int64_t handle, int line)
 {
     if (handle == System::closedHandle)
@@ -53,7 +63,7 @@ void OsFileReader::close()
 
 std::int64_t OsFileReader::performOpen()
 {
-    const std::int64_t handle = System::openFile(_path.getChars(), 1);
+    const std::int64_t handle = System::openFile(_path.getChars(), System::readAccess);
     if (handle == System::closedHandle)
         throw ExSysErrorWindows(systemSourceName, __LINE__);
     return handle;
@@ -69,15 +79,19 @@ std::uint32_t OsFileReader::performRead(void* buffer, unsigned long size)
 
 std::int32_t OsFileReader::performSeek(long offset, OsFileTypes::SeekMode mode)
 {
-    std::int32_t position;
-    if (!System::seekFile(_handle, offset, mode, position))
+    const std::optional<std::int32_t> position = System::seekFile(_handle, offset, mode);
+    if (!position)
         throw ExSysErrorWindows(systemSourceName, __LINE__);
-    return position;
+    return *position;
 }
 
+// The handle is kept if the system has not closed the file, so that the caller can try again.
 void OsFileReader::performClose()
 {
-    if (!System::closeFile(_handle))
+    const System::CloseResult result = System::closeFile(_handle);
+    if (result != System::CloseResult::Kept)
+        _handle = System::closedHandle;
+    if (result != System::CloseResult::Closed)
         throw ExSysErrorWindows(systemSourceName, __LINE__);
 }
 

@@ -3,18 +3,20 @@
 // What OsFile, OsDirectory and OsFsUtils ask of Windows. Two families of functions:
 //
 //     throw themselves               those of OsFsUtils: createDirectory, removeDirectory, createFile, deleteFile
-//     return false                   the others; the caller throws with a source name of its own, from GetLastError()
+//     return false or nothing        the others; the caller throws with a source name of its own, from GetLastError()
 //
 // So nothing may change the last error between a failing call and the caller's throw: OpenFile restores it when it
 // closes its handle. The questions about size and times open the file for reading first, shared with readers and
 // writers; a directory does not open this way, so they refuse it. Identity is asked without any access, which works
 // for directories and for files that are open exclusively.
 //
-// File times go through local time and OsDateUtil::makeTime() to a date in whole seconds.
+// File times go through local time to a date in whole seconds, and back to UTC by the seam of OsDateUtil.
 #include <base/osfile_p.h>
 
 #include <base/exsyserror.h>
-#include <base/osdateutil.h>
+#include <base/osaccess_p.h>
+#include <base/oscalendar_p.h>
+#include <base/osdateutil_p.h>
 
 #include <windows.h>
 
@@ -77,9 +79,8 @@ bool readFileTime(char const* path, FileTime which, FILETIME& time)
 /// False as well if either is missing.
 bool isSameElement(char const* path, char const* other)
 {
-    FileIdentity identity;
-    FileIdentity otherIdentity;
-    return identify(path, identity) && identify(other, otherIdentity) && identity == otherIdentity;
+    const std::optional<FileIdentity> identity = identify(path);
+    return identity && identity == identify(other);
 }
 
 /// What stands behind the last separator that has a name behind it.
@@ -184,40 +185,40 @@ bool renameFile(char const* path, char const* target)
     return ::rename(path, target) == 0;
 }
 
-bool readOwner(char const*, std::string& owner)
+// Intended: no owner on Windows. Do not mend: programs show the empty text as "not told".
+std::optional<std::string> readOwner(char const*)
 {
-    owner.clear();
-    return true;
+    return std::string();
 }
 
-bool readSize(char const* path, std::uint32_t& size)
+std::optional<std::uint32_t> readSize(char const* path)
 {
     const OpenFile file(path, GENERIC_READ, sharedWithAll);
     // Without the high half: the low one with all bits set is then the failure, and a size that ends in it is
     // refused.
-    size = file.isOpen() ? ::GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
-    return size != INVALID_FILE_SIZE;
+    const DWORD size = file.isOpen() ? ::GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
+    if (size == INVALID_FILE_SIZE)
+        return std::nullopt;
+    return size;
 }
 
 // By the drive's letter alone; a path that begins with two separators gives a root that is not known as remote.
-bool readPlace(char const* path, std::string& place, bool& isRemote)
+std::optional<FilePlace> readPlace(char const* path)
 {
     // The first two characters as they are: a relative path gives a root that the system doesn't know, thus no remote
     // one.
     const char root[] = {path[0], path[0] != '\0' ? path[1] : '\0', '\\', '\0'};
-    place = root;
-    isRemote = ::GetDriveTypeA(root) == DRIVE_REMOTE;
-    return true;
+    return FilePlace{root, ::GetDriveTypeA(root) == DRIVE_REMOTE};
 }
 
-bool hasAccess(char const* path, std::int32_t access)
+bool hasAccess(char const* path, std::int32_t access) noexcept
 {
     // Intended: asked for exclusively, so a file that another handle has open counts as not accessible. Do not mend:
     // the question is whether we can have the file to ourselves.
-    return OpenFile(path, access == 1 ? GENERIC_READ : GENERIC_WRITE, 0).isOpen();
+    return OpenFile(path, access == readAccess ? GENERIC_READ : GENERIC_WRITE, 0).isOpen();
 }
 
-OsDateTypes::DateRep* readTime(char const* path, FileTime which, char const* source)
+std::unique_ptr<OsDateTypes::DateRep> readTime(char const* path, FileTime which, char const* source)
 {
     FILETIME time;
     FILETIME local;
@@ -225,23 +226,23 @@ OsDateTypes::DateRep* readTime(char const* path, FileTime which, char const* sou
     if (!readFileTime(path, which, time) || !::FileTimeToLocalFileTime(&time, &local) ||
         !::FileTimeToSystemTime(&local, &fields))
         throw ExSysErrorWindows(source, __LINE__);
-    auto date = std::make_unique<OsDateTypes::DateRep>(0xFFFFFFFF, 0xFFFFFFFF);
-    // The milliseconds are dropped, and a failure is not tested: the date then keeps all its bits set.
-    OsDateUtil::makeTime(fields.wYear, fields.wMonth, fields.wDay, fields.wHour, fields.wMinute, fields.wSecond,
-                         OsDateTypes::LocalTime, *date);
-    return date.release();
+    // Without the milliseconds and the day of the week. A failure is not tested: the date then keeps all bits set.
+    const std::optional<std::uint64_t> ticks = calendarToTicks(
+        {fields.wYear, fields.wMonth, fields.wDay, fields.wHour, fields.wMinute, fields.wSecond, 0, 0});
+    const std::optional<std::uint64_t> utc = ticks ? localToTicks(*ticks) : std::nullopt;
+    return std::make_unique<OsDateTypes::DateRep>(utc ? OsDateTypes::DateRep::fromTicks(*utc)
+                                                      : OsDateTypes::DateRep(0xFFFFFFFF, 0xFFFFFFFF));
 }
 
-bool identify(char const* path, FileIdentity& identity)
+std::optional<FileIdentity> identify(char const* path)
 {
     // Without any access no other handle's sharing mode can refuse us; the flag opens directories as well.
     const OpenFile file(path, 0, sharedWithAll | FILE_SHARE_DELETE, FILE_FLAG_BACKUP_SEMANTICS);
     BY_HANDLE_FILE_INFORMATION information;
     if (!file.isOpen() || !::GetFileInformationByHandle(file.get(), &information))
-        return false;
-    identity.volume = information.dwVolumeSerialNumber;
-    identity.index = std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow;
-    return true;
+        return std::nullopt;
+    return FileIdentity{information.dwVolumeSerialNumber,
+                        std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
 }
 
 void setLoopError()

@@ -1,3 +1,6 @@
+// Built like OsFileReader: a public operation checks, a private one makes the call (osfilehandle_p.h), and the two throw
+// with source names of their own. There is no buffer, so what write() has returned is in the system's hands and
+// survives the death of the process, though not that of the machine.
 #include <base/osfilewriter.h>
 
 #include <base/exsyserror.h>
@@ -12,6 +15,9 @@ namespace
 constexpr char sourceName[] = "src/base/osfilewriter";
 constexpr char systemSourceName[] = "src/base/osfilewriterwindows";
 
+/// Throws ExSysErrorANSI for a closed handle.
+// Intended: the class differs from that of the system's failures, and the code is whatever `errno` holds. Do not mend:
+// callers tell their own mistakes from the system's by the class.
 void requireOpen(std::int64_t handle, int line)
 {
     if (handle == System::closedHandle)
@@ -68,6 +74,7 @@ std::int64_t OsFileWriter::performOpen(OsFileTypes::Permissions const& permissio
     return handle;
 }
 
+// A full device is no failure here: the count is then short, and the caller compares it with the size.
 std::uint32_t OsFileWriter::performWrite(void const* buffer, unsigned long size)
 {
     const std::int64_t count = System::writeFile(_handle, buffer, size);
@@ -78,12 +85,13 @@ std::uint32_t OsFileWriter::performWrite(void const* buffer, unsigned long size)
 
 std::int32_t OsFileWriter::performSeek(long offset, OsFileTypes::SeekMode mode)
 {
-    std::int32_t position;
-    if (!System::seekFile(_handle, offset, mode, position))
+    const std::optional<std::int32_t> position = System::seekFile(_handle, offset, mode);
+    if (!position)
         throw ExSysErrorWindows(systemSourceName, __LINE__);
-    return position;
+    return *position;
 }
 
+// Sets the length both ways, and the position with it.
 void OsFileWriter::performReserve(unsigned long size)
 {
     if (!System::setFileSize(_handle, size))
@@ -92,7 +100,10 @@ void OsFileWriter::performReserve(unsigned long size)
 
 void OsFileWriter::performClose()
 {
-    if (!System::closeFile(_handle))
+    const System::CloseResult result = System::closeFile(_handle);
+    if (result != System::CloseResult::Kept)
+        _handle = System::closedHandle;
+    if (result != System::CloseResult::Closed)
         throw ExSysErrorWindows(systemSourceName, __LINE__);
 }
 

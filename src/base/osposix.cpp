@@ -4,6 +4,8 @@
 // changes it between the failure and the return.
 #include <base/osposix_p.h>
 
+#include <base/osaccess_p.h>
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pwd.h>
@@ -22,10 +24,11 @@ bool meansUnknownUser(int error)
     return error == ENOENT || error == ESRCH || error == EBADF || error == EPERM;
 }
 
-/// The mode of one party, 1 for read and 2 for write, as the system's bits, 4 for read and 2 for write.
+/// The mode of one party as the system's bits, 4 for read and 2 for write.
 ::mode_t bitsOf(std::int32_t mode)
 {
-    return ((mode & 1) != 0 ? 4U : 0U) | ((mode & 2) != 0 ? 2U : 0U);
+    return (System::hasBit(mode, System::readAccess) ? 4U : 0U) |
+           (System::hasBit(mode, System::writeAccess) ? 2U : 0U);
 }
 }  // namespace
 
@@ -51,7 +54,7 @@ int openFile(char const* path, int flags, ::mode_t mode)
            bitsOf(permissions.getOtherMode());
 }
 
-bool findUserName(::uid_t user, std::string& name)
+std::optional<std::string> findUserName(::uid_t user)
 {
     std::vector<char> buffer(1024);
     ::passwd entry;
@@ -63,10 +66,9 @@ bool findUserName(::uid_t user, std::string& name)
             buffer.resize(buffer.size() * 2);
         } else if (error != 0 && error != EINTR && !meansUnknownUser(error)) {
             errno = error;
-            return false;
+            return std::nullopt;
         } else if (error != EINTR) {
-            name = found != nullptr ? found->pw_name : std::to_string(user);
-            return true;
+            return found != nullptr ? found->pw_name : std::to_string(user);
         }
     }
 }

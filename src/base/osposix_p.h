@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 #include <string>
 
 namespace Vn::Posix
@@ -95,8 +96,8 @@ int openFile(char const* path, int flags, ::mode_t mode = 0);
 /// The mode bits of a new file: Permissions(3, 1, 0) gives 0640. Never executable.
 ::mode_t modeOf(OsFileTypes::Permissions const& permissions);
 
-/// Name of the user, or the number in decimal where it has none. False, with `errno` set, if the system can't tell.
-bool findUserName(::uid_t user, std::string& name);
+/// Name of the user, or the number in decimal where it has none. Nothing, with `errno` set, if the system can't tell.
+std::optional<std::string> findUserName(::uid_t user);
 
 /// dlopen(), and for a name without a directory a second try in this library's own directory. The system looks there
 /// by itself for a call from this library ($ORIGIN); but a sanitizer replaces dlopen(), and the system then takes the

@@ -1,16 +1,20 @@
-// osprocesskeeperlinux.cpp: osprocesslinux.cpp where the system lacks what a start without copies takes.
+// osprocesskeeperlinux.cpp: the fallback of osprocesslinux.cpp, for systems without pidfds (before Linux 5.4).
 //
-// A program is started through two copies of this process:
+// A start forks three times:
 //
-//     this process  --fork-->  the one between  --fork-->  the keeper  --fork-->  the new one, which becomes the program
+//     this process  --fork-->  intermediate  --fork-->  keeper  --fork-->  new process, which runs the program
 //
-// The one between ends at once, so the keeper is an orphan and leaves no zombie. The keeper stays until the program
-// has ended, holding nothing of ours but its end of a socket; that the socket hangs up is how we learn of the end. Where
-// our children live in another PID namespace the first of them must not end before the others, so the one between is
-// then the keeper. The new process tells the keeper by a pipe why it can't become the program; the system closes that
-// when it does.
+//     1. The intermediate process exits at once. The keeper is then an orphan and leaves no zombie.
+//     2. The keeper reports by a socket that it is ready, and waits for our answer.
+//     3. The new process runs the program. If that fails, it sends `errno` to the keeper through a pipe; if it
+//        succeeds, the system closes the pipe (O_CLOEXEC).
+//     4. The keeper reports the result. It closes everything else, keeps its end of the socket open, and exits when the
+//        program has ended. The socket then hangs up, and so we learn of the end.
 //
-// A start costs three copies of our page tables, and each keeper holds the memory that we change after it.
+// Where our children live in another PID namespace, all processes there die with the first one. There the intermediate
+// process must not exit, and is the keeper itself.
+//
+// Costs: each fork copies our page tables, and a keeper holds on to memory that we change afterwards.
 #include <base/osprocesslinux_p.h>
 
 #include <fcntl.h>
@@ -24,20 +28,20 @@ namespace
 {
 using Posix::Descriptor;
 
-/// What the processes that take part in a start say to each other.
+/// What the processes of a start send to each other.
 struct Message
 {
     enum Kind
     {
-        isReady,  ///< from the keeper: it is there and waits for `go`; `value` is true if it is the first copy
-        go,       ///< to the keeper, when the one between is gone
+        isReady,  ///< from the keeper: it waits for `go`; `value` is 1 if it is the intermediate process itself
+        go,       ///< to the keeper, when the intermediate process is gone
         failed,   ///< `value` is the errno
         isRunning
     };
 
     Kind kind;
     int value = 0;
-    ::pid_t keeper = 0;  ///< with the last two: the keeper's number if it has become our own child
+    ::pid_t keeper = 0;  ///< with the last two: the keeper's process number if it is our own child
 };
 
 bool send(int channel, Message const& message)
@@ -45,19 +49,19 @@ bool send(int channel, Message const& message)
     return Posix::retry([&] { return ::send(channel, &message, sizeof message, MSG_NOSIGNAL); }) == sizeof message;
 }
 
-/// False at the channel's end.
+/// False if the other end has been closed.
 bool receive(int channel, Message& message)
 {
     return Posix::retry([&] { return ::recv(channel, &message, sizeof message, 0); }) == sizeof message;
 }
 
-// --- in the copies of the process ------------------------------------------------------------------------------------
+// --- in the forked processes -----------------------------------------------------------------------------------------
 
 struct Launch
 {
     Program program;
     SignalsBlocked signals;
-    ::pid_t starter;  ///< the process that the program is started for
+    ::pid_t starter;  ///< this process, as the forked ones know it
     Descriptor ours, theirs;
 };
 
@@ -68,7 +72,7 @@ struct Launch
     leave(127);
 }
 
-/// The new process; -1 with `errno` set if it couldn't become the program.
+/// The process number of the new process, which runs the program; -1 with `errno` set if it can't.
 ::pid_t forkProgram(Launch& launch)
 {
     int ends[2];
@@ -80,6 +84,7 @@ struct Launch
         becomeProgram(launch, question.get());
     if (child == -1)
         return -1;
+    // Ours must go first: as long as we hold a writing end, the reading below would never end.
     question.reset();
     int error = 0;
     if (Posix::retry([&] { return ::read(answer.get(), &error, sizeof error); }) != sizeof error)
@@ -89,12 +94,12 @@ struct Launch
     return -1;
 }
 
-/// Lets go of all that is ours but the channel, which is descriptor 0 from then on.
+/// Closes every descriptor but the channel, which becomes descriptor 0.
 void keepOnly(int channel)
 {
     ::dup2(channel, 0);
     closeFrom(1, Closing::now);
-    if (::chdir("/") != 0) {  // it only hinders whoever wants to unmount the folder
+    if (::chdir("/") != 0) {  // not needed for the keeper's work: staying only keeps the directory's device mounted
     }
 }
 
@@ -103,8 +108,8 @@ void keepOnly(int channel)
     const int channel = launch.theirs.get();
     Message message{Message::isReady, isFirst};
     if (!send(channel, message) || !receive(channel, message) || message.kind != Message::go)
-        leave(127);              // whoever started this is gone, or has given it up
-    ::signal(SIGCHLD, SIG_DFL);  // where children are ignored, none can be waited for
+        leave(127);              // the starting process is gone or has given up the start
+    ::signal(SIGCHLD, SIG_DFL);  // with SIG_IGN the system would collect the program before waitpid()
     const ::pid_t program = forkProgram(launch);
     const int error = errno;
     const ::pid_t own = ::getppid() == launch.starter ? ::getpid() : 0;
@@ -114,15 +119,15 @@ void keepOnly(int channel)
     }
     keepOnly(channel);
     if (!send(0, {Message::isRunning, 0, own}))
-        leave(127);  // nobody would ever wait for the keeper
+        leave(127);  // the starting process is gone
     Posix::retry([&] { return ::waitpid(program, nullptr, 0); });
     leave(0);
 }
 
-[[noreturn]] void beBetween(Launch& launch)
+[[noreturn]] void beIntermediate(Launch& launch)
 {
     launch.ours.reset();
-    if (::getppid() == 0)  // we have no number in this process's PID namespace
+    if (::getppid() == 0)  // our parent is in another PID namespace
         beKeeper(launch, true);
     const ::pid_t keeper = ::fork();
     if (keeper == 0)
@@ -134,6 +139,7 @@ void keepOnly(int channel)
 
 // --- in this process -------------------------------------------------------------------------------------------------
 
+/// Waits for a child of ours that ends by itself, and forgets its number. 0 for none.
 void collect(::pid_t& child)
 {
     if (child != 0)
@@ -141,10 +147,10 @@ void collect(::pid_t& child)
     child = 0;
 }
 
-/// The last message of those who start the program; `first` becomes 0 when that is collected.
+/// The last message of the start, `failed` or `isRunning`. `first` becomes 0 when that process has been collected.
 Message followStart(int channel, ::pid_t& first)
 {
-    constexpr Message ended{Message::failed, ECHILD};  // by somebody from outside
+    constexpr Message ended{Message::failed, ECHILD};  // a process of the start was killed
     Message message;
     if (!receive(channel, message))
         return ended;
@@ -156,7 +162,7 @@ Message followStart(int channel, ::pid_t& first)
 }
 }  // namespace
 
-bool startWithKeeper(char const* const* argv, Started& started)
+bool startWithKeeper(char const* const* argv, ChildRecord& child)
 {
     Launch launch{Program(argv), {}, ::getpid(), Descriptor(), Descriptor()};
     int ends[2];
@@ -166,17 +172,17 @@ bool startWithKeeper(char const* const* argv, Started& started)
     launch.theirs.reset(ends[1]);
     ::pid_t first = ::fork();
     if (first == 0)
-        beBetween(launch);
+        beIntermediate(launch);
     if (first == -1)
         return false;
     launch.theirs.reset();
     Message last = followStart(launch.ours.get(), first);
     if (last.kind == Message::isRunning) {
-        started.keeper = first != 0 ? first : last.keeper;
-        started.end.reset(launch.ours.release());
+        child.keeper = first != 0 ? first : last.keeper;
+        child.end.reset(launch.ours.release());
         return true;
     }
-    launch.ours.reset();  // ends a keeper that waits
+    launch.ours.reset();  // a keeper that still waits sees the end of the socket and exits
     collect(first);
     collect(last.keeper);
     return fail(last.value);

@@ -1,32 +1,35 @@
 // osprocesslinux.cpp (Windows form: osprocesswindows.cpp)
 //
-// A program is started in two steps, through a process between:
+// A start has two steps, through an intermediate process:
 //
-//     this process  --clone-->  the one between  --clone-->  the new one, which becomes the program
+//     this process  --clone-->  intermediate process  --clone-->  new process, which runs the program
 //
-// The one between ends as soon as the new one has become the program, so the program is an orphan: the system's first
-// process collects it when it ends, and no zombie is left whatever becomes of its OsProcess. What we keep is its
-// descriptor (pidfd), which is readable from its end on, and which no later process of the same number can be taken for.
+// Orphans. The intermediate process exits as soon as the new one runs the program, so the program is an orphan. The
+// system's first process collects it, and it leaves no zombie, whatever becomes of its OsProcess.
 //
-// Neither step copies memory. Both new processes run in ours (CLONE_VM), each on a stack of its own, and whoever starts
-// one stands still until it has become a program or has ended (CLONE_VFORK). So a start costs the same whatever this
-// process holds, and a system call's error comes back through a field. The one between shares our table of descriptors
-// as well (CLONE_FILES), so that the system puts the program's descriptor straight into it; the new process has a copy
-// of that table, in which it closes what isn't the program's.
+// The descriptor. We keep the program's pidfd. It becomes readable when the program ends, and it never refers to a later
+// process of the same number. wait() is a poll() on it.
 //
-// The other threads of this process go on meanwhile. Therefore the new processes make system calls only, on memory that
-// the start has made for them (Launch), with all signals blocked, and handlers of their own, which they reset before the
-// signals come back. Both have no signal for their end, so that neither a handler for SIGCHLD nor a wait for any
-// child in another thread notices the one between. If that is killed, the new process may still run in our memory: the
-// start fails, and Launch stays for ever.
+// No copies. Both new processes run in our memory (CLONE_VM), each on its own stack, and the process that clones is
+// suspended until the new one has run a program or exited (CLONE_VFORK). So a start takes the same time however much
+// memory this process holds, and the error of a system call comes back in a field of Launch. The intermediate process
+// also shares our descriptor table (CLONE_FILES), so the system puts the program's pidfd directly into it. The new
+// process has a copy of that table, in which it closes what is not meant for the program.
 //
-// An orphan isn't always the first process's. Where this process is itself the first one of its system, or takes in
-// orphans (PR_SET_CHILD_SUBREAPER), the program becomes our own child. Where our children live in another PID namespace
-// (unshare(CLONE_NEWPID)), the first of them is the first process there and all others end with it, so the one between
-// becomes the program itself. In either case the record collects it, and the record of one that outlives its OsProcess is
-// kept for the next start (LetGo).
+// Concurrency. Our other threads go on meanwhile. The new processes therefore make system calls only, on memory that
+// was prepared for them (Launch). All signals are blocked in them, and they reset the signal handlers before they
+// restore the mask. Neither sends a signal when it exits, so no SIGCHLD handler and no wait for any child in another
+// thread sees the intermediate process. If that one is killed, the new process may still run in our memory: the start
+// fails, and Launch is never freed.
 //
-// Systems before Linux 5.4 and emulators start copies of this process instead: osprocesskeeperlinux.cpp.
+// Own children. A program is our own child after all in two cases. If this process is the first one of its system, or
+// adopts orphans (PR_SET_CHILD_SUBREAPER), the program falls to us. If our children live in another PID namespace
+// (unshare(CLONE_NEWPID)), the first of them must not exit before the others, so the intermediate process runs the
+// program itself. In both cases we collect it: in wait(), or, if the program outlives its OsProcess, at the next start
+// (ReleasedChildren).
+//
+// Systems before Linux 5.4, emulators and filters of system calls that lack one of these calls get
+// osprocesskeeperlinux.cpp.
 #include <base/osprocess_p.h>
 
 #include <base/exsyserror.h>
@@ -44,8 +47,7 @@
 #include <cstddef>
 #include <memory>
 
-/// clone() by the name under which no tool has put itself before it: the thread sanitizer does, for copies of a process
-/// only.
+/// clone() by a name that no sanitizer wraps: the thread sanitizer's wrapper of clone() expects a forked process.
 extern "C" int __clone(int (*body)(void*), void* stack, int flags, void* argument, ...) noexcept;
 
 namespace Vn
@@ -53,15 +55,15 @@ namespace Vn
 namespace
 {
 using Posix::Descriptor;
+using ProcessStart::ChildRecord;
 using ProcessStart::fail;
-using ProcessStart::Started;
 
 constexpr char const* sourceName = "src/base/osprocesswindows";
 
-/// Each of the two stacks. A few calls go there and a signal's frame, which may be 20 KB on some processors.
+/// Bytes of each stack. It holds a few calls and the frame of a signal, which takes up to 20 KB on some processors.
 constexpr std::size_t stackSize = 64 * 1024;
 
-/// What the processes of a start share. Throws std::bad_alloc.
+/// The memory that the processes of a start share. The constructor throws std::bad_alloc.
 struct Launch
 {
     explicit Launch(char const* const* argv) : program(argv), stacks(new Stack[2]) {}
@@ -70,23 +72,23 @@ struct Launch
     {
         char bytes[stackSize];
 
-        /// Where it begins: all systems that we know fill it downwards.
+        /// Where an empty stack begins: it grows downwards.
         void* getTop() { return bytes + stackSize; }
     };
 
     ProcessStart::Program program;
-    std::unique_ptr<Stack[]> stacks;  ///< of the one between and the new one
-    ::sigset_t signals;               ///< which the program is to have blocked
+    std::unique_ptr<Stack[]> stacks;  ///< of the intermediate process and of the new one
+    ::sigset_t signals;               ///< the mask of the program
 
-    // Written by the new processes and by the system for them.
-    int between = -1;         ///< descriptor of the process between
-    int started = -1;         ///< descriptor of the program
-    int error = 0;            ///< why there is no program
-    bool isCloned = false;    ///< the error, if there is one, is that of the program and not of its process
-    bool isDirect = false;    ///< the one between becomes the program
-    bool isFollowed = false;  ///< the one between has seen what became of the new process
+    // Written by the new processes, and by the system on their behalf.
+    int intermediate = -1;    ///< pidfd of the intermediate process
+    int started = -1;         ///< pidfd of the program
+    int error = 0;            ///< why the program doesn't run
+    bool isCloned = false;    ///< the new process existed, so an error is about the program and not about cloning
+    bool isDirect = false;    ///< the intermediate process runs the program itself
+    bool isFollowed = false;  ///< the intermediate process has seen how the new one fared
 
-    Launch* before = nullptr;  ///< in what abandon() keeps
+    Launch* before = nullptr;  ///< in the list of abandon()
 };
 
 // --- in the new processes --------------------------------------------------------------------------------------------
@@ -99,7 +101,8 @@ VN_UNCHECKED int becomeProgram(void* argument)
     return 127;
 }
 
-/// The table of descriptors is still ours here, and the program's start changes it: so it becomes a copy first.
+/// In the intermediate process, which still shares our descriptor table: running the program would close our descriptors,
+/// so it takes a copy of the table first.
 VN_UNCHECKED int becomeProgramHere(Launch& launch)
 {
     launch.isDirect = true;
@@ -109,10 +112,10 @@ VN_UNCHECKED int becomeProgramHere(Launch& launch)
     return 127;
 }
 
-VN_UNCHECKED int beBetween(void* argument)
+VN_UNCHECKED int beIntermediate(void* argument)
 {
     auto& launch = *static_cast<Launch*>(argument);
-    if (::syscall(SYS_getppid) == 0)  // our number means nothing in this process's PID namespace
+    if (::syscall(SYS_getppid) == 0)  // our parent is in another PID namespace
         return becomeProgramHere(launch);
     const int child = __clone(becomeProgram, launch.stacks[1].getTop(), CLONE_VM | CLONE_VFORK | CLONE_PIDFD,
                               &launch, &launch.started);
@@ -128,7 +131,8 @@ VN_UNCHECKED int beBetween(void* argument)
 
 // --- in this process -------------------------------------------------------------------------------------------------
 
-/// `waitid` for a process that a descriptor names, whatever signal it has for its end.
+/// Waits for the process of a pidfd, also one that sends no signal when it exits (__WALL). Its number, 0 if it runs and
+/// `options` has WNOHANG, -1 if it is not our child.
 int waitFor(Descriptor const& process, int options)
 {
     ::siginfo_t state;
@@ -138,69 +142,71 @@ int waitFor(Descriptor const& process, int options)
     return result == 0 ? state.si_pid : -1;
 }
 
-/// True if it is our own child and runs. If it is and has ended, this collects it.
-bool isOursAndRuns(Started& started)
+/// Collects the child if it has ended. False if it is our own child and still runs; true if nothing is left to collect,
+/// also for a program that is not our child.
+bool collectIfEnded(ChildRecord& child)
 {
-    if (started.keeper == 0)
-        return waitFor(started.end, WNOHANG) == 0;
-    if (::waitpid(started.keeper, nullptr, WNOHANG) == 0)
-        return true;
-    started.keeper = 0;  // the number may become another one's
-    return false;
+    if (child.keeper == 0)
+        return waitFor(child.end, WNOHANG) != 0;
+    if (::waitpid(child.keeper, nullptr, WNOHANG) == 0)
+        return false;
+    child.keeper = 0;  // the system may give the number to another process
+    return true;
 }
 
-/// For a program that has ended.
-void collect(Started& started)
+/// Collects a child whose program has ended.
+void collect(ChildRecord& child)
 {
-    if (started.keeper != 0)  // ends next
-        Posix::retry([&] { return ::waitpid(started.keeper, nullptr, 0); });
-    isOursAndRuns(started);
+    if (child.keeper != 0)  // the keeper exits next
+        Posix::retry([&] { return ::waitpid(child.keeper, nullptr, 0); });
+    collectIfEnded(child);
 }
 
-/// Processes of ours that nobody stands for any more and that are still to be collected. No lock: a child of fork, to
-/// which none of them belongs, may find it in any state.
-class LetGo
+/// The list of our own children that have outlived their OsProcess and are still to be collected. It has no lock: a
+/// forked child, which inherits the list but owns none of these, could find a lock held by a thread that it does not have.
+class ReleasedChildren
 {
 public:
-    static void add(Started* started)
+    static void add(ChildRecord* child)
     {
-        started->next = _first.load(std::memory_order_relaxed);
-        // Release, so that whoever takes the chain sees what it leads to.
-        while (!_first.compare_exchange_weak(started->next, started, std::memory_order_release,
-                                             std::memory_order_relaxed))
+        child->next = _first.load(std::memory_order_relaxed);
+        // Release, with the acquire in takeAll(): without them the taking thread could read an older `next`.
+        while (
+            !_first.compare_exchange_weak(child->next, child, std::memory_order_release, std::memory_order_relaxed))
             continue;
     }
 
-    /// The whole chain; null if there is none.
-    static Started* takeAll() { return _first.exchange(nullptr, std::memory_order_acquire); }
+    /// Empties the list and returns its first element; null if it was empty.
+    static ChildRecord* takeAll() { return _first.exchange(nullptr, std::memory_order_acquire); }
 
 private:
-    static inline constinit std::atomic<Started*> _first = nullptr;
+    static inline constinit std::atomic<ChildRecord*> _first = nullptr;
 };
 
-/// Ends the record of a process, at once or when that has been collected.
-struct LettingGo
+/// Deletes the record of a child, or puts it into the list if the child is still to be collected.
+struct ReleaseChild
 {
-    void operator()(Started* started) const
+    void operator()(ChildRecord* child) const
     {
-        if (isOursAndRuns(*started))
-            LetGo::add(started);
+        if (collectIfEnded(*child))
+            delete child;
         else
-            delete started;
+            ReleasedChildren::add(child);
     }
 };
-using StartedPtr = std::unique_ptr<Started, LettingGo>;
+using ChildRecordPtr = std::unique_ptr<ChildRecord, ReleaseChild>;
 
-void collectEnded()
+/// Collects the released children that have ended by now; the others return to the list.
+void collectReleased()
 {
-    for (Started* started = LetGo::takeAll(); started != nullptr;) {
-        Started* const next = started->next;
-        LettingGo()(started);
-        started = next;
+    for (ChildRecord* child = ReleasedChildren::takeAll(); child != nullptr;) {
+        ChildRecord* const next = child->next;
+        ReleaseChild()(child);
+        child = next;
     }
 }
 
-/// Keeps for ever what a process may still use.
+/// Never frees a launch whose memory a process may still use. The list makes it reachable for leak checkers.
 void abandon(std::unique_ptr<Launch> launch)
 {
     static constinit std::atomic<Launch*> last = nullptr;
@@ -208,15 +214,15 @@ void abandon(std::unique_ptr<Launch> launch)
     launch.release();
 }
 
-/// Whether a start beside our memory is possible: `waitid` has known descriptors of processes since Linux 5.4, later than
-/// all else that it takes. What a newer system says of this number is EBADF.
+/// Whether the system has all calls of a start in shared memory. waitid() with a pidfd is the newest of them, Linux 5.4; it
+/// answers EBADF to a number that is no open descriptor, and EINVAL where it is unknown.
 bool knowsProcessDescriptors()
 {
     return Posix::retry([] { return ::waitid(P_PIDFD, INT_MAX, nullptr, WEXITED | WNOHANG); }) == -1 &&
            errno == EBADF;
 }
 
-/// How a system or an emulator that lacks a call, or some of its flags, refuses it; or a filter of system calls.
+/// The errors of systems, emulators and filters that lack a call or one of its flags.
 bool meansUnknown(int error)
 {
     return error == ENOSYS || error == EINVAL || error == EPERM;
@@ -225,8 +231,8 @@ bool meansUnknown(int error)
 enum class Outcome
 {
     isRunning,
-    failed,  ///< `errno` says why
-    impossible
+    failed,     ///< `errno` says why
+    impossible  ///< on this system: the fallback can do it
 };
 
 Outcome failed(int error)
@@ -235,74 +241,75 @@ Outcome failed(int error)
     return Outcome::failed;
 }
 
-/// What became of a launch whose process between was made.
-Outcome follow(std::unique_ptr<Launch> launch, Started& started)
+/// The outcome of a start whose intermediate process was cloned.
+Outcome follow(std::unique_ptr<Launch> launch, ChildRecord& child)
 {
-    Descriptor between(launch->between);
+    Descriptor intermediate(launch->intermediate);
     if (launch->isDirect && launch->error == 0) {
-        started.end.reset(between.release());
+        child.end.reset(intermediate.release());
         return Outcome::isRunning;
     }
-    waitFor(between, 0);
+    waitFor(intermediate, 0);
     if (!launch->isDirect && !launch->isFollowed) {
         abandon(std::move(launch));
         return failed(ECHILD);
     }
-    started.end.reset(launch->started);
+    child.end.reset(launch->started);
     if (launch->error == 0)
         return Outcome::isRunning;
-    started.end.reset();
+    child.end.reset();
     return !launch->isCloned && meansUnknown(launch->error) ? Outcome::impossible : failed(launch->error);
 }
 
-Outcome startBesideMemory(char const* const* argv, Started& started)
+Outcome startInSharedMemory(char const* const* argv, ChildRecord& child)
 {
     if (!knowsProcessDescriptors())
         return Outcome::impossible;
     auto launch = std::make_unique<Launch>(argv);
     const ProcessStart::SignalsBlocked signals;
     launch->signals = signals.getBefore();
-    const int between = __clone(beBetween, launch->stacks[0].getTop(),
-                                CLONE_VM | CLONE_VFORK | CLONE_FILES | CLONE_PIDFD, launch.get(), &launch->between);
-    if (between == -1)
+    const int intermediate =
+        __clone(beIntermediate, launch->stacks[0].getTop(), CLONE_VM | CLONE_VFORK | CLONE_FILES | CLONE_PIDFD,
+                launch.get(), &launch->intermediate);
+    if (intermediate == -1)
         return meansUnknown(errno) ? Outcome::impossible : Outcome::failed;
-    return follow(std::move(launch), started);
+    return follow(std::move(launch), child);
 }
 
-/// False with `errno` set.
-bool startProgram(char const* const* argv, Started& started)
+/// False, with `errno` set, if the program can't be run.
+bool startProgram(char const* const* argv, ChildRecord& child)
 {
     if (argv == nullptr || argv[0] == nullptr)
         return fail(EINVAL);
-    const Outcome outcome = startBesideMemory(argv, started);
-    return outcome == Outcome::impossible ? ProcessStart::startWithKeeper(argv, started)
+    const Outcome outcome = startInSharedMemory(argv, child);
+    return outcome == Outcome::impossible ? ProcessStart::startWithKeeper(argv, child)
                                           : outcome == Outcome::isRunning;
 }
 
 class OsProcessPosix : public OsProcessImp
 {
 public:
-    explicit OsProcessPosix(char const* const* argv) : _started(new Started)
+    explicit OsProcessPosix(char const* const* argv) : _child(new ChildRecord)
     {
-        collectEnded();
-        if (!startProgram(argv, *_started))
+        collectReleased();
+        if (!startProgram(argv, *_child))
             throw ExSysErrorWindows(sourceName, __LINE__);
     }
 
     void wait() override
     {
-        ::pollfd ended{_started->end.get(), POLLIN, 0};
+        ::pollfd ended{_child->end.get(), POLLIN, 0};
         if (Posix::retry([&] { return ::poll(&ended, 1, -1); }) == -1)
             throw ExSysErrorWindows(sourceName, __LINE__);
         if ((ended.revents & (POLLIN | POLLHUP)) == 0) {
-            errno = EBADF;  // somebody else has closed it
+            errno = EBADF;  // the program has closed a descriptor that is not its own: there is nothing to wait on
             throw ExSysErrorWindows(sourceName, __LINE__);
         }
-        collect(*_started);
+        collect(*_child);
     }
 
 private:
-    StartedPtr _started;
+    ChildRecordPtr _child;
 };
 }  // namespace
 

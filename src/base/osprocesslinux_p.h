@@ -1,8 +1,8 @@
 // Private to osprocesskeeperlinux.cpp, osprocesslinux.cpp and osprocessprogramlinux.cpp.
 #pragma once
 
-// Private to osprocesslinux.cpp, which tells how a start works, to osprocesskeeperlinux.cpp, its fall-back, and to
-// osprocessprogramlinux.cpp, which serves both.
+// osprocesslinux.cpp explains how a start works; osprocesskeeperlinux.cpp is its fallback, and both end in
+// osprocessprogramlinux.cpp.
 #include <base/osposix_p.h>
 
 #include <signal.h>
@@ -12,8 +12,9 @@
 #include <string>
 #include <vector>
 
-/// For what runs in a process that shares this one's memory but has a stack of its own: the sanitizers would take its
-/// calls for calls of the thread that waits, and would keep their notes about its stack when that is gone.
+/// Switches the sanitizers off in functions that run in a process which shares our memory but has its own stack. A
+/// sanitizer would take their calls for calls of the waiting thread, and would keep records about the stack after it is
+/// freed.
 #if defined(__has_attribute) && __has_attribute(disable_sanitizer_instrumentation)
 #    define VN_UNCHECKED __attribute__((disable_sanitizer_instrumentation))
 #else
@@ -23,16 +24,15 @@
 namespace Vn::ProcessStart
 {
 
-/// A program that was started.
-struct Started
+/// What we hold of a program that was started.
+struct ChildRecord
 {
-    Posix::Descriptor
-        end;  ///< readable, or hung up, from the program's end on: its own descriptor or a keeper's socket
-    ::pid_t keeper = 0;       ///< number of the keeper where that is our own child; otherwise 0
-    Started* next = nullptr;  ///< among those that were let go while they ran
+    Posix::Descriptor end;  ///< readable, or hung up, once the program has ended: its pidfd or a keeper's socket
+    ::pid_t keeper = 0;     ///< process number of the keeper if that is our own child; otherwise 0
+    ChildRecord* next = nullptr;  ///< in the list of the released children
 };
 
-/// All signals blocked while it lives: no handler of the program may run in the processes of a start.
+/// Blocks all signals as long as it exists: no handler of this program may run in the processes of a start.
 class SignalsBlocked
 {
 public:
@@ -52,16 +52,16 @@ private:
     ::sigset_t _before;
 };
 
-/// What a new process is to become. The constructor does all that takes memory or looks at the environment, so that
-/// nothing but system calls is left for the new process.
+/// What a new process is to become. The constructor does everything that allocates memory or reads the environment, so
+/// the new process makes system calls only.
 class Program
 {
 public:
-    /// Keeps `argv`, which holds at least one text. Throws std::bad_alloc.
+    /// Keeps the pointer `argv`; the array holds at least one text. Throws std::bad_alloc.
     explicit Program(char const* const* argv);
 
-    /// In the new process: gives it descriptors 0 to 2 and no others, none of our handlers, and `signals` blocked, and
-    /// becomes the program. Returns only if it can't be started, and then the system's error.
+    /// In the new process: closes all descriptors but 0 to 2, resets the signal handlers, blocks `signals` and runs the
+    /// program. Returns only if the program can't be run, with the system's error.
     int become(::sigset_t const& signals);
 
 private:
@@ -71,27 +71,27 @@ private:
 
     char const* const* _argv;
     std::vector<std::string> _paths;       ///< in the order of the search
-    std::vector<char const*> _shellsArgv;  ///< that of a shell which reads the program; its second text is the path
+    std::vector<char const*> _shellsArgv;  ///< for a script without "#!": "/bin/sh", the path, the arguments
 };
 
 enum class Closing
 {
     now,
-    atExec  ///< with this program's text
+    atExec  ///< when the process runs another program
 };
 
 /// Closes all descriptors of the calling process from `first` on.
 void closeFrom(unsigned first, Closing closing);
 
-/// Ends the calling process with nothing of the program's: not even what a checking tool puts before `_exit`, such as
-/// the writing of what stands in the streams, which the program itself will write.
+/// Ends the calling process and runs no code of this program: no exit handlers, and nothing that a sanitizer puts before
+/// `_exit`. Buffered output belongs to the parent, which will flush it itself.
 [[noreturn]] void leave(int code);
 
-/// Starts a program on systems of any age, by copies of this process. False, with `errno` set, if it can't be started.
-/// Throws std::bad_alloc.
-bool startWithKeeper(char const* const* argv, Started& started);
+/// Starts a program by forks of this process, which works on every version of Linux. False, with `errno` set, if the
+/// program can't be run. Throws std::bad_alloc.
+bool startWithKeeper(char const* const* argv, ChildRecord& child);
 
-/// For results that are false with `errno` set.
+/// Sets `errno`; the result is false.
 inline bool fail(int error)
 {
     errno = error;

@@ -1,8 +1,12 @@
 // osprocessprogramlinux.cpp: the last steps of a new process, for osprocesslinux.cpp and osprocesskeeperlinux.cpp.
 //
-// become() runs where this process's other threads go on, in a process that may share its memory. So it takes no lock
-// and no memory, and calls nothing that a sanitizer or another tool has put itself before: those keep tables about the
-// process, and the new one is none of theirs. execvp() would do both, so the search in PATH is made here.
+//     in this process     Program's constructor: the candidates of the search in PATH, the arguments for a shell
+//     in the new one      become(): close descriptors, reset signal handlers, restore the signal mask, execve()
+//
+// become() may run in a process that shares our memory while our other threads go on. Therefore it takes no lock,
+// allocates no memory and calls the kernel directly (::syscall): a sanitizer wraps the C library's functions and keeps
+// tables about the process, which the new one must not change. execvp() searches PATH with memory and wrappers of that
+// kind, so the search is done here, by its rules.
 #include <base/osprocesslinux_p.h>
 
 #include <dirent.h>
@@ -25,7 +29,7 @@ namespace Vn::ProcessStart
 {
 namespace
 {
-/// What the search passes over, as execvp() does.
+/// The errors of one candidate after which execvp() tries the next one.
 bool isNoReasonToStop(int error)
 {
     return error == ENOENT || error == EACCES || error == ENOTDIR || error == ESTALE || error == ENODEV ||
@@ -37,6 +41,7 @@ extern "C" VN_UNCHECKED void vnEndQuietly(int)
     leave(127);
 }
 
+/// The default action of these is to end the process with a core dump.
 constexpr int withCore[] = {SIGQUIT, SIGILL, SIGTRAP, SIGABRT, SIGBUS, SIGFPE, SIGSEGV, SIGXCPU, SIGXFSZ, SIGSYS};
 
 VN_UNCHECKED bool makesCore(int number)
@@ -47,9 +52,9 @@ VN_UNCHECKED bool makesCore(int number)
     return false;
 }
 
-/// A signal that waits must find no handler of the program, which would run in its memory. What is ignored stays so.
-/// What ends a process with a core ends this one without: systems before 5.16 would end all that share its memory. The
-/// program gets the default action for each, as for any handler.
+/// Removes the signal handlers before the signals are unblocked: a pending one would run our handler in our memory.
+/// Ignored signals stay ignored. Signals that would dump a core end this process quietly instead: before Linux 5.16 the
+/// dump would kill every process that shares its memory. execve() gives the program the default action for each handler.
 VN_UNCHECKED void resetHandlers()
 {
     for (int number = 1; number < NSIG; ++number) {
@@ -64,6 +69,7 @@ VN_UNCHECKED void resetHandlers()
     }
 }
 
+/// Errors are ignored: a descriptor that is not open has nothing to close.
 VN_UNCHECKED void closeOne(int number, Closing closing)
 {
     if (closing == Closing::now)
@@ -72,7 +78,7 @@ VN_UNCHECKED void closeOne(int number, Closing closing)
         ::syscall(SYS_fcntl, number, F_SETFD, FD_CLOEXEC);
 }
 
-/// The number that a file name is; -1 for "." and "..".
+/// The number that a file name spells; -1 for "." and "..".
 VN_UNCHECKED int numberOf(char const* name)
 {
     int number = -1;
@@ -81,7 +87,7 @@ VN_UNCHECKED int numberOf(char const* name)
     return number;
 }
 
-/// By the system's own list: a limit of descriptors may be a billion. False where there is no such list.
+/// Closes what /proc lists as open, as the limit of descriptors may be a billion. False without /proc.
 VN_UNCHECKED bool closeListed(unsigned first, Closing closing)
 {
     const int list =
@@ -106,6 +112,7 @@ VN_UNCHECKED bool closeListed(unsigned first, Closing closing)
 }
 }  // namespace
 
+// Three ways, from the fastest to the one that works everywhere: one call for the range, /proc, every possible number.
 VN_UNCHECKED void closeFrom(unsigned first, Closing closing)
 {
     // CLOSE_RANGE_CLOEXEC is Linux 5.11, the call itself 5.9.
@@ -118,6 +125,7 @@ VN_UNCHECKED void closeFrom(unsigned first, Closing closing)
         closeOne(static_cast<int>(number), closing);
 }
 
+// A loop, because a function that must not return may not rely on a filter of system calls to let this one through.
 VN_UNCHECKED void leave(int code)
 {
     for (;;)
@@ -133,7 +141,8 @@ Program::Program(char const* const* argv) : _argv(argv)
     _shellsArgv.push_back(nullptr);
 }
 
-/// Where the program may be. An empty folder of PATH is the current one.
+/// The candidates, in the order of the search. A name with a separator is the only candidate; an empty entry of PATH
+/// means the current directory.
 void Program::listPaths(std::string const& name)
 {
     if (name.empty())
@@ -160,6 +169,7 @@ VN_UNCHECKED int Program::become(::sigset_t const& signals)
     return tryPaths();
 }
 
+// As execvp(): if one candidate may not be run and no other can, EACCES is reported rather than the last error.
 VN_UNCHECKED int Program::tryPaths()
 {
     int error = ENOENT;
@@ -179,6 +189,7 @@ VN_UNCHECKED void Program::tryPath(char const* path)
     ::execve(path, const_cast<char* const*>(_argv), environ);
     if (errno != ENOEXEC)
         return;
+    // No program and no "#!" line: a shell reads it, as execvp() has it.
     _shellsArgv[1] = path;
     ::execve(_shellsArgv[0], const_cast<char* const*>(_shellsArgv.data()), environ);
 }

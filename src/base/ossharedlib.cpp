@@ -4,6 +4,7 @@
 namespace Vn
 {
 
+// Keeps the path for messages; loading is up to the platform's form.
 OsSharedLib::OsSharedLib(OsFilePath const& path) : _path(path) {}
 
 OsSharedLib::~OsSharedLib() = default;

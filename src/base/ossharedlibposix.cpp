@@ -27,6 +27,7 @@ class OsSharedLibPosix : public OsSharedLib
 public:
     explicit OsSharedLibPosix(OsFilePath const& path) : OsSharedLib(path), _module(nullptr) {}
 
+    /// Apart from the constructor, so that a failure destroys a complete object.
     void load()
     {
         // dlopen() takes an empty path for the program itself.

@@ -1,4 +1,7 @@
 // osutilsposix.cpp (Windows form: osutilswindows.cpp)
+//
+// The names come in arrays of the system's largest size, as on Windows, so that a caller may write into one up to that
+// size. The failures are thrown as the C library's, ExSysErrorANSI.
 #include <base/osutils.h>
 
 #include <base/exsyserror.h>
@@ -16,7 +19,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/osutilswindows";
 constexpr std::size_t hostNameSize = HOST_NAME_MAX + 1;
-constexpr std::size_t userNameSize = 257;
+constexpr std::size_t userNameSize = 257;  ///< as on Windows; a longer name is cut
 }  // namespace
 
 ArrayPtrRet<char> OsUtils::getHostName()
@@ -24,18 +27,20 @@ ArrayPtrRet<char> OsUtils::getHostName()
     ArrayPtrRet<char> name(new char[hostNameSize]);
     if (::gethostname(name.get(), hostNameSize) != 0)
         throw ExSysErrorANSI(sourceName, __LINE__);
-    name[hostNameSize - 1] = '\0';  // a name that doesn't fit comes without
+    name[hostNameSize - 1] = '\0';  // the system does not terminate a name that it cuts
     return name;
 }
 
+// Intended: the flag is ignored. Do not mend: both values have always been treated alike. The effective user, who has
+// the rights; a user without an entry has a number for a name.
 ArrayPtrRet<char> OsUtils::getUserName(bool)
 {
-    std::string found;
-    if (!Posix::findUserName(::geteuid(), found))
+    const std::optional<std::string> found = Posix::findUserName(::geteuid());
+    if (!found)
         throw ExSysErrorANSI(sourceName, __LINE__);
     ArrayPtrRet<char> name(new char[userNameSize]);
-    const std::size_t length = std::min(found.size(), userNameSize - 1);
-    found.copy(name.get(), length);
+    const std::size_t length = std::min(found->size(), userNameSize - 1);
+    found->copy(name.get(), length);
     name[static_cast<std::ptrdiff_t>(length)] = '\0';
     return name;
 }
@@ -45,6 +50,7 @@ std::uint32_t OsUtils::getPid()
     return static_cast<std::uint32_t>(::getpid());
 }
 
+// Up to a moment on the monotonic clock, so that signals do not make it shorter or longer.
 void OsUtils::sleep(unsigned int seconds)
 {
     ::timespec due = Posix::now();

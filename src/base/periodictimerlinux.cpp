@@ -1,4 +1,19 @@
 // periodictimerlinux.cpp (Windows form: periodictimerwindows.cpp)
+//
+// The beat is a timer of the kernel (timerfd), on the monotonic clock:
+//
+//     start()    arms it with the interval in whole milliseconds, then starts the count
+//     wait()     reads the ticks that have come so far, to forget them, then polls for the next one
+//     stop()     ends the count, then disarms it; a waiter stays in its poll until the next start
+//
+// The descriptor never blocks on reading, so forgetting ticks that have not come costs no wait. The tick itself is not
+// read by the waiter: it stays readable, so several waiters are woken by one tick. The ticks only wake; the count is
+// computed from the clock in periodictimer.cpp, and a missed tick does not disturb it.
+//
+// Fork. A child process inherits the descriptor, but the kernel's timer behind it is shared: reading in the child would
+// take ticks from the parent, and stopping would stop the parent's. So all timers are in a list (LiveTimers), and in
+// the child of a fork each gets a new, stopped timer of the kernel. The list's lock is held across the fork, so
+// that the child finds the list whole.
 #include <base/periodictimer.h>
 
 #include <base/exsyserror.h>
@@ -20,6 +35,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/periodictimerlinux";
 
+/// A disarmed timer; -1 if the process has no descriptors left.
 int openTimer()
 {
     return ::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
@@ -39,28 +55,29 @@ public:
 private:
     friend class LiveTimers;
 
-    /// Lets the timer tick every so many milliseconds, the first time after as many; 0 silences it. Throws
+    /// Lets the timer tick every so many milliseconds, first after one period; 0 disarms it. Throws
     /// ExSysErrorWindows.
     void arm(std::uint64_t periodMs);
-    /// Throws ExSysErrorWindows.
+
+    /// Takes the ticks that have come, so that only a later one ends a wait. Throws ExSysErrorWindows.
     void forgetTicks();
 
-    /// In a child of fork: the parent's timer is the parent's.
-    void leaveToParent();
+    /// In the child of a fork: closes the parent's timer and opens an own one, which is stopped.
+    void replaceTimer();
 
-    int _timer;                     ///< -1 in a child of fork that had no descriptor left: each use is refused
+    int _timer;  ///< -1 in the child of a fork without a free descriptor; each use is then refused
     PeriodicTimerLinux* _previous;  ///< in LiveTimers
     PeriodicTimerLinux* _next;
 };
 
-/// All timers of the process, so that a child of fork can be given its own.
+/// A doubly linked list of all timers of the process, for the handlers of fork().
 class LiveTimers
 {
 public:
     static void add(PeriodicTimerLinux& timer)
     {
         static const int failure = ::pthread_atfork(lock, unlock, unlockChild);
-        (void)failure;  // for want of memory: then a child sees its parent's timers
+        (void)failure;  // only without memory: children of a fork then share the timers of their parent
         const std::lock_guard guard(_lock);
         timer._next = _first;
         if (_first != nullptr)
@@ -83,11 +100,11 @@ private:
     static void unlockChild()
     {
         for (PeriodicTimerLinux* timer = _first; timer != nullptr; timer = timer->_next)
-            timer->leaveToParent();
+            timer->replaceTimer();
         _lock.unlock();
     }
 
-    static inline constinit std::mutex _lock;  ///< guards the chain
+    static inline constinit std::mutex _lock;  ///< guards the list
     static inline PeriodicTimerLinux* _first = nullptr;
 };
 
@@ -109,8 +126,10 @@ bool PeriodicTimerLinux::start()
 {
     if (isRunning())
         return false;
-    Sleeper& clock = Sleeper::getInstance();  // throws, if it does, before anything has begun
+    Sleeper& clock = Sleeper::getInstance();  // first, because it may throw; then nothing is to be undone
     arm(SleeperMath::wholeMilliseconds(getInterval()));
+    // The clock is read after arming, so a tick comes slightly before its interval is full; the count rounds to the
+    // nearest whole number, which absorbs that.
     beginCount(clock.getCurrentTime());
     return true;
 }
@@ -124,6 +143,8 @@ bool PeriodicTimerLinux::stop()
     return true;
 }
 
+// Intended: the wait has no time-out. On a stopped timer, or with an interval below a millisecond, it ends with the
+// first tick after a later start; do not mend.
 unsigned long PeriodicTimerLinux::wait()
 {
     forgetTicks();
@@ -131,7 +152,7 @@ unsigned long PeriodicTimerLinux::wait()
     if (Posix::retry([&] { return ::poll(&tick, 1, -1); }) == -1)
         throw ExSysErrorWindows(sourceName, __LINE__);
     if ((tick.revents & POLLIN) == 0) {
-        errno = EBADF;  // somebody else closes it; without this look the caller would spin
+        errno = EBADF;  // the program has closed our descriptor; without this test the caller would spin
         throw ExSysErrorWindows(sourceName, __LINE__);
     }
     return getCurrentCount();
@@ -147,6 +168,7 @@ void PeriodicTimerLinux::arm(std::uint64_t periodMs)
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+// EAGAIN is the usual case: no tick has come since the last reading.
 void PeriodicTimerLinux::forgetTicks()
 {
     std::uint64_t ticks;
@@ -154,7 +176,7 @@ void PeriodicTimerLinux::forgetTicks()
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
-void PeriodicTimerLinux::leaveToParent()
+void PeriodicTimerLinux::replaceTimer()
 {
     endCount();
     ::close(_timer);
@@ -169,7 +191,7 @@ ObjPtrRet<PeriodicTimer> PeriodicTimer::create(double interval)
 
 double PeriodicTimer::getResolution()
 {
-    return 0.001;
+    return 0.001;  // seconds: intervals are cut to whole milliseconds on every system
 }
 
 }  // namespace Vn

@@ -1,3 +1,5 @@
+// Adds the results of profilers up: cycles and total times as sums, the extremes as extremes. There is no combined
+// standard deviation, as it can't be computed from these four numbers.
 #include <base/profconsolidator.h>
 
 #include <base/profiler.h>
@@ -13,6 +15,7 @@ ProfConsolidator::ProfConsolidator()
     : _cycles(0), _totalTime(0.0), _minTime(std::numeric_limits<double>::max()), _maxTime(0.0)
 {}
 
+// A copy of the numbers: the profiler may go on, or be destroyed.
 void ProfConsolidator::consolidate(ProfilerBase& profiler)
 {
     // Intended: the profiler's public results and not its fields are read, so a profiler without cycles makes the
@@ -33,6 +36,7 @@ double ProfConsolidator::totalTime() const
     return _totalTime;
 }
 
+// Per cycle; 0.0 without cycles, like the average of a profiler.
 double ProfConsolidator::averageTime() const
 {
     return _cycles == 0 ? 0.0 : _totalTime / _cycles;
@@ -43,6 +47,7 @@ double ProfConsolidator::minTime() const
     return _cycles == 0 ? 0.0 : _minTime;  // hides the initial value, the largest number
 }
 
+// 0.0 at first, below every time.
 double ProfConsolidator::maxTime() const
 {
     return _maxTime;

@@ -1,4 +1,10 @@
 // sleeperlinux.cpp (Windows form: sleeperwindows.cpp)
+//
+// A sleep computes when it is due on the monotonic clock and waits for that moment (clock_nanosleep with TIMER_ABSTIME),
+// so signals in between do not make it longer. By default the kernel may delay a wake-up by up to 50 microseconds, to
+// join it with others; the calling thread's timer slack is set to its minimum for the time of the sleep.
+//
+// Unlike on Windows a thread needs no record of its own, so any thread may sleep on a reference that was handed over.
 #include <base/sleeper.h>
 
 #include <base/exsyserror.h>
@@ -14,26 +20,25 @@ namespace
 {
 constexpr char sourceName[] = "src/base/sleeperwindows";
 
-/// While it lives the kernel wakes this thread as soon as a timer is due, and not up to 50 microseconds later, when it
-/// could wake others as well.
-class Punctuality
+/// Sets the calling thread's timer slack to its minimum, and restores it at the end.
+class MinimalTimerSlack
 {
 public:
-    Punctuality() : _slack(::prctl(PR_GET_TIMERSLACK)) { ::prctl(PR_SET_TIMERSLACK, 1UL); }
-    ~Punctuality()
+    MinimalTimerSlack() : _slack(::prctl(PR_GET_TIMERSLACK)) { ::prctl(PR_SET_TIMERSLACK, 1UL); }
+    ~MinimalTimerSlack()
     {
-        // 0 would mean the thread's default.
+        // Setting 0 would restore the default instead, which the program may have changed.
         if (_slack > 0)
             ::prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(_slack));
     }
-    Punctuality(Punctuality const&) = delete;
-    Punctuality& operator=(Punctuality const&) = delete;
+    MinimalTimerSlack(MinimalTimerSlack const&) = delete;
+    MinimalTimerSlack& operator=(MinimalTimerSlack const&) = delete;
 
 private:
     int _slack;  ///< nanoseconds; 0 for a real-time thread, which has none
 };
 
-/// Sleeps on the kernel's timers. A thread needs no record of its own here.
+/// The form over the kernel's clocks.
 class SleeperLinux : public Sleeper
 {
 public:
@@ -48,7 +53,8 @@ public:
     double getCurrentTime() const override
     {
         std::uint64_t count = 0;
-        System::readCounter(count);
+        System::readCounter(
+            count);  // not tested: with a frequency, as the constructor has found it, it does not fail
         return static_cast<double>(count) * _secondsPerCount;
     }
 
@@ -57,9 +63,10 @@ public:
     bool sleep(double seconds) override
     {
         const std::uint32_t milliseconds = SleeperMath::sleepMilliseconds(seconds);
+        // Intended: a sleep below a millisecond does not happen at all. Do not mend: callers see it by the result.
         if (milliseconds == 0)
             return false;
-        const Punctuality punctuality;
+        const MinimalTimerSlack slack;
         ::timespec due = Posix::now();
         SleeperMath::moveOn(due, milliseconds);
         Posix::sleepUntil(due);

@@ -76,6 +76,7 @@ public:
 
     ~SleeperWindows() override
     {
+        // Also those of threads that have ended: a thread leaves its record behind.
         for (ThreadRecord* record : _threadRecords)
             delete record;
         ::TlsFree(_tlsIndex);
