@@ -1,3 +1,6 @@
+// Sums of several profilers, such as one for each thread. Sums of squares are not added up, so there is no standard
+// deviation. The profilers are read and not changed, but consolidate() doesn't lock them: their threads must have
+// stopped, or the caller must keep them apart.
 #include <base/profconsolidator.h>
 
 #include <base/profiler.h>
