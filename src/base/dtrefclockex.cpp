@@ -1,3 +1,5 @@
+// The exceptions of the reference clock. GetCount is for clock sources that can fail; the counter of this library can't,
+// so only SourceMismatch is thrown here.
 #include <base/dtrefclockex.h>
 
 namespace Vn

@@ -1,3 +1,5 @@
+// A clock is a name, a rate and a count. The only one is the hardware counter, counted from the construction of the
+// source, so that counts begin near zero. The package `discreteTime` constructs it at the start of the program.
 #include <base/dtrefclocksource.h>
 
 #include <base/assertions.h>

@@ -1,3 +1,5 @@
+// The only place that makes reference times, so all of them are counts of one clock and may be subtracted without a look
+// at their rates.
 #include <base/dtreftimefactory.h>
 
 #include <base/dtrefclockex.h>

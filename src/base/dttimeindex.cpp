@@ -1,3 +1,6 @@
+// Conversion of counts between rates. There are two ways: in integers for truncation toward zero, which is what the rest
+// of stream time uses, and in double for the other styles of rounding. Both have a fixed order of operations, because
+// intermediate results wrap or are rounded and so decide the result.
 #include <base/dttimeindex.h>
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// The two functions that are more than one instruction or one call. The others are in the header.
 #include <base/floatutil.h>
 
 namespace Vn

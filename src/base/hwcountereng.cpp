@@ -1,3 +1,5 @@
+// The counter's engine: a rate and a shift, found once, and the conversion to seconds. The counter is 64 bits wide, and
+// the rate must fit an int; hwcounterrate_p.h tells how the shift brings them together.
 #include <base/hwcountereng.h>
 
 #include <base/hwcounterrate_p.h>

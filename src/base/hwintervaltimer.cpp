@@ -1,3 +1,5 @@
+// start(), stop() and timeInterval() are in the header: reading the counter takes a few nanoseconds, and a call would add
+// to what is measured.
 #include <base/hwintervaltimer.h>
 
 namespace Vn

@@ -1,3 +1,4 @@
+// The powers of two are single instructions in the header; here is only the failure of log2Floor().
 #include <base/pow2.h>
 
 #include <base/assertions.h>

@@ -1,5 +1,6 @@
-// Adds the results of profilers up: cycles and total times as sums, the extremes as extremes. There is no combined
-// standard deviation, as it can't be computed from these four numbers.
+// Sums of several profilers, such as one for each thread. Sums of squares are not added up, so there is no standard
+// deviation. The profilers are read and not changed, but consolidate() doesn't lock them: their threads must have
+// stopped, or the caller must keep them apart.
 #include <base/profconsolidator.h>
 
 #include <base/profiler.h>
@@ -15,7 +16,6 @@ ProfConsolidator::ProfConsolidator()
     : _cycles(0), _totalTime(0.0), _minTime(std::numeric_limits<double>::max()), _maxTime(0.0)
 {}
 
-// A copy of the numbers: the profiler may go on, or be destroyed.
 void ProfConsolidator::consolidate(ProfilerBase& profiler)
 {
     // Intended: the profiler's public results and not its fields are read, so a profiler without cycles makes the
@@ -36,7 +36,6 @@ double ProfConsolidator::totalTime() const
     return _totalTime;
 }
 
-// Per cycle; 0.0 without cycles, like the average of a profiler.
 double ProfConsolidator::averageTime() const
 {
     return _cycles == 0 ? 0.0 : _totalTime / _cycles;
@@ -47,7 +46,6 @@ double ProfConsolidator::minTime() const
     return _cycles == 0 ? 0.0 : _minTime;  // hides the initial value, the largest number
 }
 
-// 0.0 at first, below every time.
 double ProfConsolidator::maxTime() const
 {
     return _maxTime;

@@ -1,3 +1,5 @@
+// The two operations of a fraction that are too large to be inlined. All the rest is in the header: rates are made and
+// compared in inner loops, where a call would take longer than the work.
 #include <base/rational.h>
 
 #include <base/rationalex.h>
@@ -17,6 +19,7 @@ void Rational::throwDenominatorZero()
     throw RationalEx::ExDenominatorZero(sourceName, __LINE__);
 }
 
+// The terms and the value follow the stream's own format, so a caller chooses the number of digits.
 void Rational::dump(std::ostream& stream) const
 {
     stream << '(' << _numerator << '/' << _denominator << '=' << getDouble() << ')';

@@ -1,3 +1,4 @@
+// The one exception of fractions. The standard base gets an empty text; what() returns the reason that ExBase keeps.
 #include <base/rationalex.h>
 
 namespace Vn

@@ -71,6 +71,8 @@ private:
     Vector<T> _xEdges;
     Vector<T> _yEdges;
     RnRng<T>* _rng;
+    Vector<std::uint32_t> _guide;  ///< where the search for a draw begins; see rncumulative_p.h
+    T _guideScale;
 };
 
 extern template class VN_BASE_EXPORT RnHistogramBiRng<float>;

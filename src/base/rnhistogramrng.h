@@ -78,6 +78,8 @@ private:
     Vector<T> _cumulative;
     Vector<T> _edges;
     RnRng<T>* _rng;
+    Vector<std::uint32_t> _guide;  ///< where the search for a draw begins; see rncumulative_p.h
+    T _guideScale;
 };
 
 extern template class VN_BASE_EXPORT RnHistogramRng<float>;

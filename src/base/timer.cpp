@@ -1,3 +1,5 @@
+// What timers have in common whatever clock they use. Their arithmetic is in timer.imp, for each clock separately, so that
+// starting and stopping costs no virtual call.
 #include <base/timer.h>
 
 #include <base/exreasontext_p.h>

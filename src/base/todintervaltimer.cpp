@@ -1,3 +1,5 @@
+// Intervals by the time of day, in whole milliseconds. This clock may be set while it is read: an interval can then be
+// negative or hours long, and nothing here hides that. HwIntervalTimer has a clock that only goes forward.
 #include <base/todintervaltimer.h>
 
 #include <base/todintervaltimer_p.h>

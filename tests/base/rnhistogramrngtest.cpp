@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -34,6 +37,56 @@ protected:
             histogram.addSample(static_cast<T>(i) + T(0.5), weights[i]);
         return histogram;
     }
+
+    /// The running sum of the weights, as the generators form it.
+    static std::vector<T> runningSum(std::vector<T> const& weights)
+    {
+        T sum = T(0);
+        for (T weight : weights)
+            sum += weight;
+        std::vector<T> cumulative(1, T(0));
+        for (T weight : weights)
+            cumulative.push_back(cumulative.back() + T(1) / sum * weight);
+        return cumulative;
+    }
+
+    /// The draw of `u` by a binary search over all of the running sum.
+    static T searched(std::vector<T> const& cumulative, Vn::Vector<T> const& edges, T u)
+    {
+        auto const begin = cumulative.begin(), end = cumulative.end();
+        u = u < T(0) ? T(0) : u;
+        auto above = std::upper_bound(begin, end, u);
+        if (above == end && u >= cumulative.back()) {
+            u = cumulative.back();
+            above = std::lower_bound(begin, end, u);
+        }
+        const std::size_t p =
+            static_cast<std::size_t>(std::clamp(above - begin, std::ptrdiff_t(1), end - begin - 1));
+        const T within = (u - cumulative[p - 1]) / (cumulative[p] - cumulative[p - 1]);
+        return within * (edges[p] - edges[p - 1]) + edges[p - 1];
+    }
+
+    /// The numbers where a search may go wrong: every entry and its neighbours, the limits, and what lies between.
+    static std::vector<T> limitsOf(std::vector<T> const& cumulative)
+    {
+        constexpr T infinity = std::numeric_limits<T>::infinity();
+        std::vector<T> numbers = {T(-0.0),
+                                  std::numeric_limits<T>::denorm_min(),
+                                  std::nextafter(T(1), T(0)),
+                                  T(1),
+                                  T(1.5),
+                                  infinity,
+                                  -infinity,
+                                  nan};
+        for (T entry : cumulative)
+            numbers.insert(numbers.end(),
+                           {entry, std::nextafter(entry, infinity), std::nextafter(entry, -infinity)});
+        for (int i = 0; i < 4096; ++i)
+            numbers.push_back(static_cast<T>(i) / T(4096));
+        return numbers;
+    }
+
+    static bool areSame(T a, T b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
     static T drawn(RnHistogram<T> const& histogram, T u)
     {
@@ -65,12 +118,7 @@ TYPED_TEST(RnHistogramRngTest, drawsAreBitForBitTheRule)
     for (int i = 0; i < 37; ++i)
         weights.push_back(static_cast<T>(i * 7 % 11));
     RnHistogram<T> const histogram = this->of(weights);
-    T sum = T(0);
-    for (T weight : weights)
-        sum += weight;
-    std::vector<T> cumulative(1, T(0));
-    for (T weight : weights)
-        cumulative.push_back(cumulative.back() + T(1) / sum * weight);
+    const std::vector<T> cumulative = this->runningSum(weights);
     Vn::RnLecuyerUniformRng<T> uniform, same;
     RnHistogramRng<T> rng(histogram, &uniform);
     std::vector<T> samples(4000);
@@ -87,6 +135,78 @@ TYPED_TEST(RnHistogramRngTest, drawsAreBitForBitTheRule)
         const T t = (u - cumulative[p - 1]) / (cumulative[p] - cumulative[p - 1]);
         const T lower = histogram.getEdges()[p - 1], upper = histogram.getEdges()[p];
         ASSERT_EQ(sample, t * (upper - lower) + lower);
+    }
+}
+
+TYPED_TEST(RnHistogramRngTest, everyDrawIsWhatASearchOfAllEntriesFinds)
+{
+    using T = TypeParam;
+    auto const of = [](std::size_t count, auto weight) {
+        std::vector<T> weights;
+        for (std::size_t i = 0; i < count; ++i)
+            weights.push_back(static_cast<T>(weight(i)));
+        return weights;
+    };
+    std::uint32_t state = 1;
+    auto const random = [&state](std::size_t) { return (state = state * 1664525 + 1013904223) >> 8; };
+    struct Row
+    {
+        char const* what;
+        std::vector<T> weights;
+    };
+    const Row table[] = {
+        {"one bin", {T(7)}},
+        {"equal bins", of(1000, [](std::size_t) { return 1; })},
+        {"random bins", of(777, random)},
+        {"mostly empty", of(3000, [](std::size_t i) { return i % 331 == 5 ? 1 : 0; })},
+        {"empty at both ends", of(300, [](std::size_t i) { return i > 100 && i < 200 ? 3 : 0; })},
+        {"only the first", of(500, [](std::size_t i) { return i == 0; })},
+        {"only the last", of(500, [](std::size_t i) { return i == 499; })},
+        {"one bin has nearly all", of(2000, [](std::size_t i) { return i == 1000 ? 1e6 : 1e-3; })},
+        {"bins too small to move the sum", of(400, [](std::size_t i) { return i < 2 ? 1.0 : 1e-30; })},
+        {"each twice the one before", of(60, [](std::size_t i) { return std::ldexp(1.0, static_cast<int>(i)); })},
+        {"the sum falls", of(100, [](std::size_t i) { return i % 3 == 1 ? -1 : 2; })},
+        {"the sum is negative", of(50, [](std::size_t i) { return i % 2 == 0 ? -3 : 1; })},
+        {"the sum is zero", {T(1), T(-1), T(2), T(-2)}},
+        {"infinite", {T(1), std::numeric_limits<T>::infinity(), T(1)}},
+        {"the largest numbers", {std::numeric_limits<T>::max(), std::numeric_limits<T>::max()}},
+        {"the smallest numbers", of(20, [](std::size_t) { return std::numeric_limits<T>::denorm_min(); })},
+        {"not-a-number", {T(1), T(2), this->nan, T(1), T(2)}},
+    };
+    for (Row const& row : table) {
+        SCOPED_TRACE(row.what);
+        const std::vector<T> cumulative = this->runningSum(row.weights), numbers = this->limitsOf(cumulative);
+        ScriptedRng<T> source(numbers);
+        RnHistogram<T> const histogram = this->of(row.weights);
+        RnHistogramRng<T> rng(histogram, &source);
+        for (T number : numbers) {
+            const T expected = this->searched(cumulative, histogram.getEdges(), number), sample = rng();
+            ASSERT_TRUE(this->areSame(sample, expected)) << number << ": " << sample << ", not " << expected;
+        }
+    }
+}
+
+TYPED_TEST(RnHistogramRngTest, manyBinsShareTheSlotsOfTheSearch)
+{
+    using T = TypeParam;
+    std::vector<T> weights;
+    for (int i = 0; i < 300000; ++i)
+        weights.push_back(static_cast<T>(i % 7));
+    const std::vector<T> cumulative = this->runningSum(weights);
+    std::vector<T> numbers;
+    for (int i = 0; i < 5000; ++i)
+        numbers.push_back(static_cast<T>(i) / T(5000));
+    ScriptedRng<T> source(numbers);
+    // Two dimensions, as bins may be added there by their place, and x shows the bin: all are in one row.
+    RnHistogramBi<T> histogram(300000, 1, T(0), T(300000), T(0), T(1));
+    for (std::size_t i = 0; i < weights.size(); ++i)
+        histogram.addSample(static_cast<T>(i) + T(0.5), T(0), weights[i]);
+    RnHistogramBiRng<T> rng(histogram, &source);
+    for (int i = 0; i < 2500; ++i) {
+        T x, y;
+        rng.getSample(x, y);
+        const T u = numbers[static_cast<std::size_t>(2 * i)];
+        ASSERT_EQ(x, this->searched(cumulative, histogram.getXEdges(), u)) << u;
     }
 }
 
