@@ -5,6 +5,7 @@
 #include <base/inex.h>
 #include <base/inoptionparser.h>
 #include <base/neverdestroyed_p.h>
+#include <base/osenv_p.h>
 
 #include <algorithm>
 #include <iostream>
@@ -138,8 +139,10 @@ void InContextAliasMgr<Alias>::readSources()
         parseArguments();
     } else if constexpr (std::is_same_v<typename Alias::KindTag, InInitEnv>) {
         const System::EnvironmentReader environment;
-        for (Alias* alias : *_aliases)
-            alias->initialize(environment.find(alias->getKey()));
+        for (Alias* alias : *_aliases) {
+            char const* const key = alias->getKey();
+            alias->initialize(System::isOwnSetting(key) ? System::getOwnVariable(key) : environment.find(key));
+        }
     } else {
         for (Alias* alias : *_aliases)
             alias->initialize(alias->getKey());

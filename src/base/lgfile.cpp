@@ -181,10 +181,17 @@ std::optional<System::FileIdentity> LgFile::getIdentity() const
 
 /// A stream that has failed for another reason than a refused write stays failed: it could not be opened, or the program has
 /// said so.
+/// A file that can't be opened or emptied has failed without being bad, and stays so.
+void LgFile::tryAgain()
+{
+    // Whoever writes to a bad stream sets failbit as well: a program that writes here itself, for one.
+    if (bad() && isOpen())
+        clear(rdstate() & ~(badbit | failbit));
+}
+
 void LgFile::writeLines(std::string_view text)
 {
-    if (bad() && isOpen())
-        clear(rdstate() & ~badbit);
+    tryAgain();
     if (rdbuf() != _buffer.get())  // a program has put another one in its place
         write(text.data(), static_cast<std::streamsize>(text.size())).flush();
     else if (good() && !_buffer->writeLines(text))
@@ -194,7 +201,8 @@ void LgFile::writeLines(std::string_view text)
 /// Sends what waits first, which may make the room. The line of the count may wait in the buffer itself.
 void LgFile::reportDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize)
 {
-    if (_buffer->getDropped() == 0)
+    tryAgain();
+    if (_buffer->getDropped() == 0 || !good())
         return;
     _buffer->send();
     LgLine line;

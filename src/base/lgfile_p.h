@@ -53,6 +53,7 @@ private:
     class Buffer;
 
     bool isOpen() const;
+    void tryAgain();
 
     std::unique_ptr<Buffer> _buffer;
 };
@@ -104,8 +105,11 @@ private:
     std::string _fileText;  ///< a text with the line ends of the file, where they differ from ours
 };
 
-/// Whether the process's standard output is a file that ends within a line.
-bool isStandardOutputInsideLine();
+/// Where the next byte of standard output goes; nothing unless that is a file.
+std::optional<std::uint64_t> getStandardOutputEnd();
+
+/// Whether the byte before `end`, which is above 0, ends a line; nothing if it can't be read.
+std::optional<bool> isLineEndOfStandardOutput(std::uint64_t end);
 
 }  // namespace System
 

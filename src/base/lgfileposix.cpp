@@ -206,18 +206,26 @@ bool LogOutput::removeFromEnd(std::size_t size)
 }
 
 /// Where the end can't be looked at, a line counts as torn: an empty line does less harm than two lines in one.
-bool isStandardOutputInsideLine()
+std::optional<std::uint64_t> getStandardOutputEnd()
 {
     const std::optional<struct ::stat> status = readStatus(STDOUT_FILENO);
     if (!status || !S_ISREG(status->st_mode))
-        return false;
-    const ::off_t place = ::lseek(STDOUT_FILENO, 0, SEEK_CUR);
-    if (place <= 0)
-        return false;
-    // The descriptor itself is rarely open for reading; the system has another way to the same file.
+        return {};
+    // A file that is open for appending is written at its end, wherever its place is.
+    const int flags = ::fcntl(STDOUT_FILENO, F_GETFL);
+    const ::off_t end =
+        flags != -1 && (flags & O_APPEND) != 0 ? status->st_size : ::lseek(STDOUT_FILENO, 0, SEEK_CUR);
+    return end != -1 ? std::optional(static_cast<std::uint64_t>(end)) : std::nullopt;
+}
+
+std::optional<bool> isLineEndOfStandardOutput(std::uint64_t end)
+{
+    // It is rarely open for reading itself.
     const Posix::Descriptor readable(
         Posix::openFile("/proc/self/fd/1", O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    return !readable.isOpen() || !isLineEnd(readable.get(), place - 1);
+    if (!readable.isOpen())
+        return {};
+    return isLineEnd(readable.get(), static_cast<::off_t>(end) - 1);
 }
 
 }  // namespace Vn::System

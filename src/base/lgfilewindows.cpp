@@ -148,20 +148,25 @@ bool LogOutput::removeFromEnd(std::size_t size)
 }
 
 /// Where the end can't be looked at, a line counts as torn: an empty line does less harm than two lines in one.
-bool isStandardOutputInsideLine()
+std::optional<std::uint64_t> getStandardOutputEnd()
 {
     ::HANDLE const output = ::GetStdHandle(STD_OUTPUT_HANDLE);
     ::LARGE_INTEGER place = {};
-    if (::GetFileType(output) != FILE_TYPE_DISK || !::SetFilePointerEx(output, {}, &place, FILE_CURRENT) ||
-        place.QuadPart <= 0)
-        return false;
-    // The handle itself is rarely open for reading; the system makes another one of the same file.
-    ::HANDLE const readable = ::ReOpenFile(output, GENERIC_READ, sharing | FILE_SHARE_DELETE, 0);
+    if (::GetFileType(output) != FILE_TYPE_DISK || !::SetFilePointerEx(output, {}, &place, FILE_CURRENT))
+        return {};
+    return static_cast<std::uint64_t>(place.QuadPart);
+}
+
+std::optional<bool> isLineEndOfStandardOutput(std::uint64_t end)
+{
+    // It is rarely open for reading itself.
+    ::HANDLE const readable =
+        ::ReOpenFile(::GetStdHandle(STD_OUTPUT_HANDLE), GENERIC_READ, sharing | FILE_SHARE_DELETE, 0);
     if (readable == INVALID_HANDLE_VALUE)
-        return true;
-    const bool isInside = !isLineEnd(readable, static_cast<std::uint64_t>(place.QuadPart) - 1);
+        return {};
+    const bool isEnd = isLineEnd(readable, end - 1);
     ::CloseHandle(readable);
-    return isInside;
+    return isEnd;
 }
 
 }  // namespace Vn::System

@@ -85,12 +85,16 @@ public:
     void resetInChild();
     void removeUnlessHeld();
 
+    /// From now on each holder removes its file before it unlocks it: the process ends, and nobody comes after it.
+    static void removeAtUnlock() { _isProcessEnding.store(true, std::memory_order_relaxed); }
+
 private:
     bool isMine() const { return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
     bool unlockFile();
     void releaseMutex();
     void closeFile();
     void removeFile();
+    void unlinkFile() const;
     void lockFile();
     bool isFileInPlace() const;
 
@@ -101,6 +105,9 @@ private:
     // Relaxed: only the holder finds itself here, and nobody else can put it there.
     std::atomic<std::thread::id> _holder = std::thread::id();
     int _depth = 0;
+
+    // Relaxed: a thread that doesn't see it yet leaves an empty file behind, at worst.
+    static inline constinit std::atomic<bool> _isProcessEnding = false;
 };
 
 /// Enter a thread's list into OpenFiles::held, and take it out. Entering throws `std::bad_alloc`.
@@ -200,9 +207,15 @@ void LockFile::removeFile()
 {
     if (_descriptor == -1 || ::flock(_descriptor, LOCK_EX | LOCK_NB) != 0)
         return;
-    if (isFileInPlace())
-        ::unlink(_path.c_str());
+    unlinkFile();
     unlockFile();
+}
+
+/// For the holder of the file's lock.
+void LockFile::unlinkFile() const
+{
+    if (_descriptor != -1 && isFileInPlace())
+        ::unlink(_path.c_str());
 }
 
 /// At the end of the process. Doesn't wait: a thread of ours that holds the lock may have stopped for good.
@@ -225,15 +238,13 @@ void LockFile::openFile()
 {
     if (_path.empty())
         return;
-    const int descriptor = Posix::openFile(_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
-    if (descriptor == -1)
-        throw ExSysErrorWindows(sourceName, __LINE__);
-    _descriptor = descriptor;
+    Posix::Descriptor file(Posix::openFile(_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600));
     struct ::stat status = {};
-    if (::fstat(descriptor, &status) != 0)
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
         throw ExSysErrorWindows(sourceName, __LINE__);
     if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid() || status.st_nlink > 1)
-        throwError(EPERM, __LINE__);
+        throwError(EPERM, __LINE__);  // and not kept: what is kept is removed in the end
+    _descriptor = file.release();
 }
 
 /// Whether the path still leads to the opened file: another process, or a cleaner of the folder, may have removed it.
@@ -292,9 +303,12 @@ void LockFile::unlock()
         --_depth;
         return;
     }
+    if (_isProcessEnding.load(std::memory_order_relaxed))
+        unlinkFile();
     const bool isUnlocked = unlockFile();
     const int error = errno;
-    std::erase(getHeldFiles(), shared_from_this());
+    if (HeldFiles* const held = findHeldFiles())  // gone with its key if the library is about to be unloaded
+        std::erase(*held, shared_from_this());
     releaseMutex();
     if (!isUnlocked)
         throwError(error, __LINE__);
@@ -380,11 +394,12 @@ void startChild()
 }
 
 /// Removes the files when the process ends, which locks that are never destroyed, as the logger's, would leave behind. A lock
-/// that is used even later makes its file again.
+/// that is used even later makes its file again, and removes it with its unlock().
 struct RemovalAtExit
 {
     ~RemovalAtExit()
     {
+        LockFile::removeAtUnlock();
         HeldFilesKey::remove();
         OpenFiles& open = getOpenFiles();
         const std::unique_lock guard(open.mutex, std::try_to_lock);  // a thread may have stopped within it

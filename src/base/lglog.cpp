@@ -26,6 +26,7 @@
 #include <cstring>
 #include <ctime>
 #include <iomanip>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -86,6 +87,7 @@ bool makeDefaultPaths()
 std::string makeStartBanner(bool hasTime)
 {
     std::ostringstream text;
+    text.imbue(std::locale::classic());  // not the program's: whoever reads logs reads all machines' logs
     text << "===== Message Logger Startup =====\n";
     if (!hasTime)
         return text.str();
@@ -113,7 +115,7 @@ LgFile* fileOf(LgLog::LevelInfo const& level)
     return static_cast<LgFile*>(level.output);
 }
 
-/// By address: a user who names the same file has chosen it, links and all.
+/// By address: a user may name the same file.
 bool isDefaultPath(char const* path)
 {
     return path == eventsPath || path == profilePath;
@@ -221,8 +223,14 @@ void LgLog::openOutput(LevelInfo* level)
             level->output = lower->output;
             return;
         }
-    // A default file is opened only if it is our own; see LgFile::Origin.
-    const LgFile::Origin origin = isDefaultPath(level->fileName) ? LgFile::Origin::Default : LgFile::Origin::Named;
+    // A default file is opened only if it is our own; see LgFile::Origin. A user who names the same file has chosen
+    // it, links and all, for every level that writes to it.
+    const auto names = [level](LevelInfo const& other) {
+        return other.fileName != nullptr && !isDefaultPath(other.fileName) &&
+               std::strcmp(other.fileName, level->fileName) == 0;
+    };
+    const bool isNamed = std::any_of(_level, _level + levelCount, names);
+    const LgFile::Origin origin = isNamed ? LgFile::Origin::Named : LgFile::Origin::Default;
     ObjPtr<LgFile> file(new LgFile(level->fileName, origin, _interprocessLock.get() != nullptr));
     for (LevelInfo const* lower = _level; lower != level; ++lower)
         if (lower->output != nullptr && file->getIdentity() &&

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <iostream>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <unordered_set>
 
@@ -85,17 +86,35 @@ LgQueue* findEarliest()
 /// Lines that standard output has refused since the last one that it took.
 std::int32_t droppedFromEcho = 0;
 
+/// What std::cout writes to unless the program has put another buffer in its place.
+std::streambuf const* const standardOutput = std::cout.rdbuf();
+
+/// Where our last line has left standard output, if it is a file.
+std::optional<std::uint64_t> echoEnd;
+
 /// Writes and flushes; false if standard output refuses.
 bool writeEcho(std::string_view text)
 {
-    return !std::cout.write(text.data(), static_cast<std::streamsize>(text.size())).flush().bad();
+    return !std::cout.write(text.data(), static_cast<std::streamsize>(text.size())).flush().fail();
 }
 
-/// Ends a line that was cut, and says how many lines were dropped, in the form of a queue's overflow entry.
-bool recoverEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
+/// Makes sure that the next byte of standard output begins a line, where that can be seen. Other processes may write
+/// the same file, and one of them may have been killed within a line. Behind a line of ours that was dropped the file
+/// counts as ending within a line if it can't be read. False if standard output refuses.
+bool startEchoLine()
 {
-    if (System::isStandardOutputInsideLine() && !writeEcho("\n"))
-        return false;
+    if (std::cout.rdbuf() != standardOutput)
+        return true;
+    std::cout.flush();  // what the program has written itself
+    const std::optional<std::uint64_t> end = System::getStandardOutputEnd();
+    if (!end || *end == 0 || end == echoEnd)
+        return true;
+    return System::isLineEndOfStandardOutput(*end).value_or(droppedFromEcho == 0) || writeEcho("\n");
+}
+
+/// Says how many lines were dropped, in the form of a queue's overflow entry.
+bool reportDroppedEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
+{
     LgLine note;
     if (hasPrefix)
         note.putPrefix(ticks, threadId, LgTypes::Informational);
@@ -105,14 +124,22 @@ bool recoverEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
 
 /// Writes to standard output, which is tried again with each line: a pipe may be read again, a disk may have room
 /// again. A stream that failed for another reason than the device keeps its state.
-void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId)
+///
+/// With `isShared` other processes wait meanwhile, so that the line can begin at the start of a line.
+void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId, bool isShared)
 {
+    // Whoever writes to a bad stream sets failbit as well.
     if (std::cout.bad())
-        std::cout.clear(std::cout.rdstate() & ~std::ios::badbit);
-    if (droppedFromEcho != 0 && recoverEcho(line.hasPrefix(), ticks, threadId))
+        std::cout.clear(std::cout.rdstate() & ~(std::ios::badbit | std::ios::failbit));
+    const bool hasDropped = droppedFromEcho != 0;
+    bool isWritten = (!isShared && !hasDropped) || startEchoLine();
+    if (isWritten && hasDropped && reportDroppedEcho(line.hasPrefix(), ticks, threadId))
         droppedFromEcho = 0;
-    if (std::cout.bad() || !writeEcho(line.getText()))
+    isWritten = isWritten && writeEcho(line.getText());
+    if (!isWritten)
         droppedFromEcho += droppedFromEcho != std::numeric_limits<std::int32_t>::max() ? 1 : 0;
+    if (isShared)
+        echoEnd = isWritten ? System::getStandardOutputEnd() : std::nullopt;
 }
 
 /// Removes the head of a queue whose text has been taken, also if an output throws: standard output does if the program has
@@ -169,7 +196,8 @@ void LgReader::flushQueue(LgQueue* queue)
     const LgOutputLock outputs;
     LgQueue::Entry const& entry = queue->readEntry();
     const LgTypes::Level level = entry.isOverflowEntry() ? LgTypes::Informational : entry.getLevel();
-    const LgInterProcessLockGuard guard(LgLog::getInterProcessLock());
+    LgInterProcessLock* const lock = LgLog::getInterProcessLock();
+    const LgInterProcessLockGuard guard(lock);
     // Unsigned: an entry stamped before init() wraps and shows a huge time.
     const std::uint64_t ticks = entry.getTimeStamp() - LgLog::getStart();
     const bool hasPrefix = LgLog::isTimeStampsEnabled();
@@ -188,7 +216,7 @@ void LgReader::flushQueue(LgQueue* queue)
         resetFormat(*file, line);
     }
     if (LgLog::isLevelEchoed(level)) {
-        echo(line, ticks, queue->getThreadId());
+        echo(line, ticks, queue->getThreadId(), lock != nullptr);
         resetFormat(std::cout, line);
     }
 }

@@ -197,7 +197,7 @@ void LgStream::completeAtTheEdge()
     const Index readIndex = _readIndex.watch();
     char& cell = _buffer[_writeIndex.get()];
     // A zero here may be that of a string that the reader is copying: see refuse().
-    if (cell != '\0')  // else it may be that of a string that the reader is taking
+    if (cell != '\0')
         cell = '\0';
     _stringEnd.publish(_writeIndex);
     _pendingAdvance = _writeIndex + 1 == readIndex;

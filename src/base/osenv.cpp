@@ -7,6 +7,7 @@
 #include <base/osenv_p.h>
 
 #include <cstdlib>
+#include <cstring>
 
 namespace Vn
 {
@@ -30,6 +31,13 @@ void OsEnv::putVariable(char const* setting)
 char const* System::getOwnVariable(char const* name)
 {
     return hasMoreRightsThanItsCaller() ? nullptr : OsEnv::getVariable(name);
+}
+
+// Those of the package `debugging`. What else the library reads goes through getOwnVariable() itself.
+bool System::isOwnSetting(char const* name)
+{
+    return std::strcmp(name, "VN_BUILDINFO_NO_VALIDATE") == 0 ||
+           std::strcmp(name, "VN_BUILDINFO_CHECK_STAMPS") == 0;
 }
 
 }  // namespace Vn

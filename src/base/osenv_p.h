@@ -8,6 +8,9 @@ namespace Vn::System
 /// choose by variables which files such a program opens.
 bool hasMoreRightsThanItsCaller();
 
+/// Whether a variable belongs to a setting of the library itself, and not to one of its clients.
+bool isOwnSetting(char const* name);
+
 /// OsEnv::getVariable(), but null if the caller must not be trusted. For the library's own variables and TMPDIR.
 char const* getOwnVariable(char const* name);
 

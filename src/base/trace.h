@@ -79,7 +79,7 @@ public:
     /// The level of that name, made if there is none. A new one is off, unless an option has said "show=all".
     ///
     /// `file`, if not null, is listed as using the level, once for each call. Both texts are copied; a null name
-    /// counts as empty. The first call of a program reads `VN_TRACE_OPTIONS`, and throws as setOptions() does.
+    /// counts as empty. The first call of a program reads `VN_TRACE_OPTIONS`; a bad one ends the program.
     static TraceLevel* registerLevel(char const* name, char const* file);
 
     /// Applies options, each in turn; docs/logging.md has the list.

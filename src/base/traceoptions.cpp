@@ -160,9 +160,7 @@ TraceOptions& TraceOptions::get() noexcept
 TraceOptions::TraceOptions()
 {
     // At most nine digits; a longer number loses its last ones.
-    std::ostringstream pid;
-    pid << OsUtils::getPid();
-    const std::string text = pid.str().substr(0, sizeof _pidText - 1);
+    const std::string text = std::to_string(OsUtils::getPid()).substr(0, sizeof _pidText - 1);
     std::memcpy(_pidText, text.c_str(), text.size() + 1);
     reset();
     parse(System::getOwnVariable("VN_TRACE_OPTIONS"));
