@@ -382,6 +382,7 @@ TEST_F(LgFilePosix, aBannerThatMetAFullDiskComesWhole)
 
 VN_CHILD(echoToAFullDisk)
 {
+    const std::string what = argv[2];
     const int file = ::open(argv[1], O_WRONLY | O_CREAT | O_TRUNC, 0600);
     ::dup2(file, 1);
     ::close(file);
@@ -396,7 +397,13 @@ VN_CHILD(echoToAFullDisk)
     {
         const SizeLimit full(10 * std::strlen("line 1\n") + 1 +
                              3);  // one digit more for line 10; three letters of line 11
+        if (what == "a long line")
+            queue.log(11, "long" + std::string(9000, 'x'));
         logLines(11, 20);
+        if (what == "the program's own output")
+            std::cout << "own" << std::flush;
+        if (what == "standard error")
+            std::cerr << "flushes what it is tied to";
     }
     logLines(21, 30);
     queue.end();
@@ -406,20 +413,104 @@ VN_CHILD(echoToAFullDisk)
 
 TEST_F(LgFilePosix, theEchoRecoversFromAFullDiskAndTellsWhatItLost)
 {
-    const std::string path = folder.path("echo");
-    const ChildRun run = Child("echoToAFullDisk")
-                             .arguments({path})
-                             .with("VN_LOG_WARNING", "%")
-                             .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
-                             .with("T4Q_TEST_DIR", folder.path())
-                             .run();
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    std::vector<std::string> expected;
-    for (int i = 1; i <= 10; ++i)
-        expected.push_back("line " + std::to_string(i));
-    expected.push_back("lin");  // cut by the disk, and ended
-    expected.push_back("Event overflow [10]");
-    for (int i = 21; i <= 30; ++i)
-        expected.push_back("line " + std::to_string(i));
-    EXPECT_EQ(VnTest::linesOf(path), expected);
+    for (std::string const what : {"lines", "a long line", "the program's own output", "standard error"}) {
+        SCOPED_TRACE(what);
+        const std::string path = folder.path("echo");
+        const ChildRun run = Child("echoToAFullDisk")
+                                 .arguments({path, what})
+                                 .with("VN_LOG_WARNING", "%")
+                                 .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+                                 .with("T4Q_TEST_DIR", folder.path())
+                                 .run();
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        const bool hasLong = what == "a long line";
+        std::vector<std::string> expected;
+        for (int i = 1; i <= 10; ++i)
+            expected.push_back("line " + std::to_string(i));
+        expected.push_back(hasLong ? "lon" : "lin");  // cut by the disk, and ended
+        expected.push_back(hasLong ? "Event overflow [11]" : "Event overflow [10]");
+        for (int i = 21; i <= 30; ++i)
+            expected.push_back("line " + std::to_string(i));
+        EXPECT_EQ(VnTest::linesOf(path), expected);
+    }
+}
+
+TEST_F(LgFilePosix, aFileRecoversFromAFullDiskThatTheProgramHasWrittenTo)
+{
+    start();
+    log("first");
+    const std::string path = folder.path("events.log");
+    {
+        const SizeLimit full(std::filesystem::file_size(path));
+        log("waits");
+        *LgLog::getLevelOutput(LgTypes::Warning) << "the program's own, which nobody keeps\n";
+        EXPECT_TRUE(LgLog::getLevelOutput(LgTypes::Warning)->bad());
+    }
+    log("last");
+    EXPECT_TRUE(hasOutput());
+    stop();
+    EXPECT_EQ(textsOf(path), (std::vector<std::string>{"first", "waits", "last"}));
+    EXPECT_EQ(events().back(), "===== Message Logger Stopped =====");
+}
+
+TEST_F(LgFilePosix, aFileThatIsADefaultAndNamedIsTheUsersChoice)
+{
+    const std::string target = folder.file("target", "before\n");
+    ASSERT_EQ(::symlink(target.c_str(), folder.path("events.log").c_str()), 0);
+    set("VN_LOG_WARNING", folder.path("events.log"));
+    start();
+    log("named");
+    log("default", LgTypes::FatalError);
+    stop();
+    EXPECT_EQ(textsOf(target), (std::vector<std::string>{"named", "default"}));
+}
+
+/// Echoes into a file that another process appends to: argv[2] opens it as the shell's ">>" or ">" does.
+VN_CHILD(echoBesideAnother)
+{
+    const int append = std::string(argv[2]) == "appended" ? O_APPEND : 0;
+    const int file = ::open(argv[1], O_WRONLY | O_CREAT | O_TRUNC | append, 0600);
+    ::dup2(file, 1);
+    ::close(file);
+    // Another process that has inherited standard output, or has opened the file to append.
+    const int other = append != 0 ? ::open(argv[1], O_WRONLY | O_APPEND) : ::dup(1);
+    const auto writeOther = [other](std::string const& text) {
+        return ::write(other, text.data(), text.size()) == static_cast<::ssize_t>(text.size());
+    };
+    LgLog::init();
+    StampedQueue queue;
+    const auto echo = [&queue](std::string const& text) {
+        queue.log(1, text);
+        LgReader().flushAll();
+    };
+    echo("first");
+    bool isWritten = writeOther("half of a li");
+    echo("second");
+    isWritten = writeOther("a whole line\n") && isWritten;
+    echo("third");
+    std::cout << "the program's own";
+    echo("fourth");
+    echo("fifth");
+    queue.end();
+    LgLog::destroy();
+    return isWritten ? 0 : 1;
+}
+
+TEST_F(LgFilePosix, anEchoedLineBeginsAtTheStartOfALineUnderTheLock)
+{
+    for (char const* how : {"appended", "inherited"}) {
+        SCOPED_TRACE(how);
+        const LockName name(folder);
+        const std::string path = folder.path("echo");
+        const ChildRun run = Child("echoBesideAnother")
+                                 .arguments({path, how})
+                                 .with("VN_LOG_WARNING", "%")
+                                 .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+                                 .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get())
+                                 .with("T4Q_TEST_DIR", folder.path())
+                                 .run();
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_EQ(contentOf(path),
+                  "first\nhalf of a li\nsecond\na whole line\nthird\nthe program's own\nfourth\nfifth\n");
+    }
 }

@@ -85,9 +85,11 @@ TEST_F(LgLockFileTest, aSecondNameOfAnotherFileIsRefused)
     ::close(descriptor);
     const int linked = ::link(target.c_str(), path.c_str());
     const int error = errorOfCreate();
+    const int again = errorOfCreate();
     ::unlink(target.c_str());
     ASSERT_EQ(linked, 0);
     EXPECT_EQ(error, EPERM);
+    EXPECT_EQ(again, EPERM) << "it is still there";
 }
 
 TEST_F(LgLockFileTest, aDirectoryIsRefused)
@@ -100,6 +102,7 @@ TEST_F(LgLockFileTest, aPipeIsRefusedAndNotWaitedFor)
 {
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     EXPECT_EQ(errorOfCreate(), EPERM);
+    EXPECT_EQ(errorOfCreate(), EPERM) << "it is still there";
 }
 
 TEST_F(LgLockFileTest, anotherOwnersFileIsRefused)
@@ -111,6 +114,7 @@ TEST_F(LgLockFileTest, anotherOwnersFileIsRefused)
     ASSERT_EQ(::fchown(descriptor, 65534, 65534), 0);
     ::close(descriptor);
     const int error = errorOfCreate();
+    EXPECT_EQ(errorOfCreate(), error) << "it is still there";
     EXPECT_TRUE(error == EPERM || error == EACCES) << error;  // the latter where the system protects such folders
 }
 

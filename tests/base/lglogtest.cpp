@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <locale>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -64,6 +65,27 @@ void expectStartBanner(std::vector<std::string> const& lines, std::size_t first)
 
 constexpr char stopped[] = "===== Message Logger Stopped =====";
 }  // namespace
+
+VN_CHILD(startWithACommaAsPoint)
+{
+    class Comma : public std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+    };
+    std::locale::global(std::locale(std::locale::classic(), new Comma));
+    VnTest::start();
+    VnTest::stop();
+    return 0;
+}
+
+TEST_F(LgLogTest, theBannerFollowsNoLocaleOfTheProgram)
+{
+    const VnTest::ChildRun run = VnTest::Child("startWithACommaAsPoint").with("T4Q_TEST_DIR", folder.path()).run();
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    const std::vector<std::string> lines = events();
+    expectStartBanner(lines, 0);
+    EXPECT_NE(lines.at(3).find("0."), std::string::npos) << lines.at(3);
+}
 
 TEST_F(LgLogTest, defaultsAreTwoFilesAndTheStandardOutput)
 {

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -82,9 +83,13 @@ TEST_F(End, aVariableLeavesItsRegistryAfterEverything)
 
 TEST_F(End, theStopIsWholeAfterEverything)
 {
+    lock.emplace(folder);
     expectLate("stop", "stop late\nNo packages waiting to be initialize.\nNo packages saved.\n");
     ASSERT_FALSE(events().empty());
     EXPECT_EQ(events().back(), "===== Message Logger Stopped =====");
+#if !defined(_WIN32)
+    EXPECT_FALSE(std::filesystem::exists(lock->getFile())) << "the last unlock() removes it";
+#endif
 }
 
 TEST_F(End, aReaderFinishesItsWorkAfterEverything)

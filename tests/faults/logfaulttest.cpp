@@ -6,9 +6,12 @@
 #include "child.h"
 #include "environment.h"
 #include "lockname.h"
+#include "testpackage.h"
 #include "threadlog.h"
 
 #include <base/exsyserror.h>
+#include <base/incontextalias.h>
+#include <base/invariable.h>
 #include <base/osfilepath.h>
 #include <base/trace.h>
 
@@ -116,6 +119,27 @@ TEST_F(LogFaults, aProgramWithMoreRightsThanItsCallerObeysNoVariable)
     ::unsetenv("TMPDIR");
     EXPECT_EQ(VnTest::contentOf(precious), "precious");
     EXPECT_FALSE(std::filesystem::exists(folder.path("chosen")));
+}
+
+TEST_F(LogFaults, settingsOfAProgramWithMoreRightsThanItsCallerFollowNoVariableOfTheLibrary)
+{
+    set("VN_BUILDINFO_NO_VALIDATE", "1");
+    set("VN_BUILDINFO_CHECK_STAMPS", "1");
+    set("VN_TEST_SETTING", "1");
+    const InContextAlias<InInitEnv, 1> programs("VN_TEST_SETTING", "");
+    const VnTest::MoreRights rights;
+    {
+        const FailingCall call("open", EACCES, 0, 100);  // the log of whoever runs the test stays as it is
+        VnTest::start();
+    }
+    for (char const* name : {"buildInfoNoValidate", "buildInfoCheckStamps"}) {
+        const std::string handle = std::string("Vn::Tessola::debugging::") + name;
+        InVariableBase const* const setting = InVariableBase::queryViaHandle(handle.c_str());
+        ASSERT_NE(setting, nullptr);
+        EXPECT_STREQ(setting->initSource(), (InContextAlias<InInitDef, 0>::initSourceString())) << name;
+    }
+    EXPECT_STREQ(programs.isValid() ? programs.getValue() : nullptr, "1") << "the program's own";
+    VnTest::stop();
 }
 
 TEST_F(LogFaults, aThreadThatCanNotTakeItsFirstLockForMemoryIsTold)
