@@ -91,13 +91,22 @@ void writeWhole(OsFileWriter& writer, char const* bytes, std::uint32_t count)
     }
 }
 
-void copyBytes(OsFileReader& reader, OsFileWriter& writer)
-{
-    char block[blockSize];
-    while (const std::uint32_t count = reader.read(block, sizeof block))
-        writeWhole(writer, block, count);
-}
 }  // namespace
+
+/// Knows the handles of the two ends of a copy, for what neither end can do alone.
+class FileCopy
+{
+public:
+    /// Both are at the start of their files, and the writer's is empty.
+    static void run(OsFileReader& reader, OsFileWriter& writer)
+    {
+        System::copyInSystem(reader._handle, writer._handle, blockSize);
+        // What the system has left: everything, or nothing but the end of the file.
+        char block[blockSize];
+        while (const std::uint32_t count = reader.read(block, sizeof block))
+            writeWhole(writer, block, count);
+    }
+};
 
 OsFile::OsFile(OsFilePath const& path) : _path(path) {}
 
@@ -205,21 +214,20 @@ void OsFile::copyTo(OsFilePath const& target)
     requirePath(_path, __LINE__);
     requirePath(target, __LINE__);
     OsFilePath workingCopy(target);
-    if (OsFsUtils::fileExists(target.getChars())) {
-        OsFile existing(target);
-        if (existing.getType() == OsFileTypes::Directory)
-            workingCopy += getPath().getBaseName();
-        else if (!existing.isWritable())
-            throw OsFileEx::ExPathNotWritable(sourceName, __LINE__, target.getChars());
-    }
+    // One question for all: what is missing can't be a directory, nor unwritable, nor the source.
+    const System::FileKind existing = System::getFileKind(target.getChars());
+    if (existing == System::FileKind::Directory)
+        workingCopy += getPath().getBaseName();
+    else if (existing != System::FileKind::Missing && !OsFile(target).isWritable())
+        throw OsFileEx::ExPathNotWritable(sourceName, __LINE__, target.getChars());
     // Otherwise opening the target would empty the source.
-    if (isSameFile(_path, workingCopy))
+    if (existing != System::FileKind::Missing && isSameFile(_path, workingCopy))
         throw OsFileEx::ExFileExists(sourceName, __LINE__);
 
     // Intended: times, attributes and permissions are not carried over. Do not mend: the copy is a new file.
     OsFileReader reader(*this);
     OsFileWriter writer(workingCopy, OsFileTypes::Permissions(3, 3, 0), false);
-    copyBytes(reader, writer);
+    FileCopy::run(reader, writer);
     writer.close();
     reader.close();
 }

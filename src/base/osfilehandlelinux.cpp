@@ -9,6 +9,14 @@
 //     write     goes on after every short count; a full device ends it with what has been written
 //     close     through a duplicate, so that a failed one leaves the file open: see closeFile()
 //
+// A large file is copied by the system itself, in one of two ways, and what they leave is copied by read() and write():
+//
+//     FICLONE             the copy shares the blocks of the file until either is changed; on btrfs, XFS and the like
+//     copy_file_range()   moves bytes in the kernel, or on the server of a network file system
+//
+// Whatever refuses these (another file system, a pipe, an old kernel, a full device) is no failure of the copy: reading
+// and writing decide, and report it. A file that grows or shrinks meanwhile is copied up to the end that reading finds.
+//
 // Positions and sizes have 32 bits in the interface. What the system could do beyond that is refused with EOVERFLOW.
 #include <base/osfilehandle_p.h>
 
@@ -16,6 +24,8 @@
 #include <base/osposix_p.h>
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -65,6 +75,25 @@ std::int64_t finishOpening(int file)
     if (!S_ISREG(status.st_mode) && !makeBlocking(file))
         return closeWithError(file, errno);
     return file;
+}
+
+/// Whether a copy by the system saves calls. The size of a device or of a file in /proc is 0, whatever it holds.
+bool isLargeFile(int file, unsigned long smallSize)
+{
+    struct ::stat status;
+    return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+           status.st_size > static_cast<::off_t>(smallSize);
+}
+
+/// Lets the empty target share the blocks of the source, and goes to its end in both.
+void shareBlocks(int source, int target)
+{
+    if (::ioctl(target, FICLONE, source) != 0)
+        return;
+    // As large as the source was at that moment; what has been appended since is left to the caller.
+    const ::off_t end = ::lseek(target, 0, SEEK_END);
+    if (end != -1 && ::lseek(source, end, SEEK_SET) == -1)
+        ::lseek(target, 0, SEEK_SET);  // then the caller writes all of it, once more
 }
 
 /// What the caller returns after an operation beyond 32 bits.
@@ -125,6 +154,18 @@ std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long si
         if (isFull || done == size)
             return static_cast<std::int64_t>(done);
     }
+}
+
+void copyInSystem(std::int64_t source, std::int64_t target, unsigned long smallSize)
+{
+    const int from = descriptorOf(source);
+    const int to = descriptorOf(target);
+    if (!isLargeFile(from, smallSize))
+        return;
+    shareBlocks(from, to);
+    // A signal in between makes a call short, so only 0 and a failure end it.
+    while (Posix::retry([&] { return ::copy_file_range(from, nullptr, to, nullptr, callLimit, 0); }) > 0)
+        continue;
 }
 
 // The position is asked for first, so that a move beyond the limit can be taken back.
