@@ -100,11 +100,20 @@ public:
     /// Both are at the start of their files, and the writer's is empty.
     static void run(OsFileReader& reader, OsFileWriter& writer)
     {
-        System::copyInSystem(reader._handle, writer._handle, blockSize);
-        // What the system has left: everything, or nothing but the end of the file.
         char block[blockSize];
-        while (const std::uint32_t count = reader.read(block, sizeof block))
+        std::uint32_t count = reader.read(block, sizeof block);
+        // Only for a file that fills the first block: a small one is copied in as many calls.
+        bool isLarge = count == sizeof block;
+        if (isLarge && System::shareBlocks(reader._handle, writer._handle)) {
+            isLarge = false;
+            count = reader.read(block, sizeof block);  // the end, unless the file has grown
+        }
+        for (; count != 0; count = reader.read(block, sizeof block)) {
             writeWhole(writer, block, count);
+            if (isLarge)
+                System::copyRange(reader._handle, writer._handle);
+            isLarge = false;
+        }
     }
 };
 

@@ -46,12 +46,17 @@ std::optional<std::int32_t> seekFile(std::int64_t handle, long offset, OsFileTyp
 /// Sets the length, and the position to it.
 bool setFileSize(std::int64_t handle, unsigned long size);
 
-/// Copies what the system can copy by itself, without a buffer of ours. `source` and `target` are open for reading and
-/// writing and positioned at the start, and `target` is empty. Both positions are moved behind the last byte that was
-/// copied, which may be none: it reports no failure. The caller goes on with reading and writing, up to the end of the
-/// source, and meets there what has kept the system from copying more. Nothing happens for a source of up to
-/// `smallSize` bytes: reading and writing it takes no more calls.
-void copyInSystem(std::int64_t source, std::int64_t target, unsigned long smallSize);
+// The system's part in copying a file, from `source`, open for reading, to `target`, open for writing. Both do what the
+// system can do by itself, and report no failure: the caller goes on with reading and writing up to the end of the
+// source, and meets there what has stopped the system.
+
+/// Lets the target share the blocks of the source, all of them. True if it does; both positions are then behind the last
+/// byte. False, with nothing changed, if the system can't.
+bool shareBlocks(std::int64_t source, std::int64_t target);
+
+/// Copies from the position of the source to that of the target, which may be nothing or a part of the rest. Both positions
+/// are then behind the last byte that was copied.
+void copyRange(std::int64_t source, std::int64_t target);
 
 enum class CloseResult
 {

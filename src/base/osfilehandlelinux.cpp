@@ -77,25 +77,6 @@ std::int64_t finishOpening(int file)
     return file;
 }
 
-/// Whether a copy by the system saves calls. The size of a device or of a file in /proc is 0, whatever it holds.
-bool isLargeFile(int file, unsigned long smallSize)
-{
-    struct ::stat status;
-    return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
-           status.st_size > static_cast<::off_t>(smallSize);
-}
-
-/// Lets the empty target share the blocks of the source, and goes to its end in both.
-void shareBlocks(int source, int target)
-{
-    if (::ioctl(target, FICLONE, source) != 0)
-        return;
-    // As large as the source was at that moment; what has been appended since is left to the caller.
-    const ::off_t end = ::lseek(target, 0, SEEK_END);
-    if (end != -1 && ::lseek(source, end, SEEK_SET) == -1)
-        ::lseek(target, 0, SEEK_SET);  // then the caller writes all of it, once more
-}
-
 /// What the caller returns after an operation beyond 32 bits.
 template <class Result>
 Result refuseOverflow(Result failure)
@@ -156,14 +137,25 @@ std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long si
     }
 }
 
-void copyInSystem(std::int64_t source, std::int64_t target, unsigned long smallSize)
+bool shareBlocks(std::int64_t source, std::int64_t target)
 {
     const int from = descriptorOf(source);
     const int to = descriptorOf(target);
-    if (!isLargeFile(from, smallSize))
-        return;
-    shareBlocks(from, to);
-    // A signal in between makes a call short, so only 0 and a failure end it.
+    if (::ioctl(to, FICLONE, from) != 0)
+        return false;
+    // As large as the source was at that moment; what has been appended since is left to the caller.
+    const ::off_t end = ::lseek(to, 0, SEEK_END);
+    if (end != -1 && ::lseek(from, end, SEEK_SET) != -1)
+        return true;
+    ::lseek(to, 0, SEEK_SET);  // the caller then writes the same bytes over the shared ones
+    return false;
+}
+
+void copyRange(std::int64_t source, std::int64_t target)
+{
+    const int from = descriptorOf(source);
+    const int to = descriptorOf(target);
+    // A signal or the limit of the call makes it short, so only 0 and a failure end it.
     while (Posix::retry([&] { return ::copy_file_range(from, nullptr, to, nullptr, callLimit, 0); }) > 0)
         continue;
 }

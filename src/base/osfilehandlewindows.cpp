@@ -80,7 +80,12 @@ bool setFileSize(std::int64_t handle, unsigned long size)
 }
 
 // CopyFileA() would be faster, but takes paths and not handles, and carries attributes over, which a copy shall not.
-void copyInSystem(std::int64_t, std::int64_t, unsigned long) {}
+bool shareBlocks(std::int64_t, std::int64_t)
+{
+    return false;
+}
+
+void copyRange(std::int64_t, std::int64_t) {}
 
 CloseResult closeFile(std::int64_t handle)
 {

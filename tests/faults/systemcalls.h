@@ -35,8 +35,9 @@ void hideTypesOfEntries(bool areHidden);
 enum class SystemCopies
 {
     asItCan,
-    never,    ///< each such call is refused, so that all bytes are read and written
-    byBlocks  ///< sharing the blocks of a file succeeds, on any file system; the positions stay, as there
+    inSmallSteps,  ///< a thousand bytes in one call
+    never,         ///< each such call is refused, so that all bytes are read and written
+    byBlocks       ///< sharing the blocks of a file succeeds, on any file system; the positions stay, as there
 };
 
 void setSystemCopies(SystemCopies copies);
