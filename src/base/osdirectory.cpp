@@ -1,5 +1,8 @@
-// Everything that lists goes through visitChildren(): it opens the directory, asks the filter about the full path of
-// each child, and hands on what passes, in the system's order. Three results are made of that:
+// Everything that lists goes through visitChildren(): it opens the directory, judges each child by the filter, and hands
+// on what passes, in the system's order. The listing tells the type of most children, so the library's own filters are
+// applied to name and type (ListingFilter), and only a symlink, or a child whose type the file system doesn't list, costs a
+// question to the system. A filter of another class, also a derived one, is asked about the full path. Three results
+// are made of that:
 //
 //     getChildrenPath()   one block of text first (ChildTexts), then the vector of paths, whose length is then known
 //     getChildren()       an object for each child: a directory is told from a file by the listing, which costs no
@@ -7,7 +10,8 @@
 //     hasChildren()       ends at the first child
 //
 // A tree is copied by TreeCopy, depth first: it creates the target directory, then lists the source, then copies child
-// by child. It remembers the identities of the directories that it is in the middle of. A symlink to one of these would
+// by child. What the listing calls a file is copied without another question: if it has become a directory meanwhile,
+// opening it fails. It remembers the identities of the directories that it is in the middle of. A symlink to one of these would
 // make the copy endless and is refused as the system refuses a cycle of links; and the root of the target, if it lies
 // inside the source, is passed over. The first failure ends the copy, and what has been copied stays.
 //
@@ -49,6 +53,13 @@ void requirePath(OsFilePath const& path, int line)
         throw OsFileEx::ExNullFilePath(sourceName, line);
 }
 
+/// Follows symlinks.
+bool isDirectory(char const* path, DirectoryListing::Kind kind)
+{
+    return kind == DirectoryListing::Kind::Unknown ? OsFsUtils::isDirectory(path)
+                                                   : kind == DirectoryListing::Kind::Directory;
+}
+
 /// A child of a directory. The texts are valid only while it is visited.
 struct Child
 {
@@ -56,29 +67,113 @@ struct Child
     char const* name;  ///< the end of `path`
     DirectoryListing::Kind kind;
 
-    bool isDirectory() const
-    {
-        return kind == DirectoryListing::Kind::Unknown ? OsFsUtils::isDirectory(path)
-                                                       : kind == DirectoryListing::Kind::Directory;
-    }
+    bool isDirectory() const { return Vn::isDirectory(path, kind); }
 };
 
+/// The path of one child after the other, in one block of memory.
+class ChildPath
+{
+public:
+    explicit ChildPath(OsFilePath const& directory)
+        : _path(System::getPathGrammar().join(directory.getChars(), "")), _nameStart(_path.size())
+    {}
+
+    /// The name that was given last.
+    char const* getName() const { return _path.c_str() + _nameStart; }
+
+    char const* set(char const* name)
+    {
+        _path.resize(_nameStart);
+        _path += name;
+        return _path.c_str();
+    }
+
+private:
+    std::string _path;
+    const std::size_t _nameStart;
+};
+}  // namespace
+
+/// A filter as a listing applies it: by what the listing tells, as far as that goes.
+class ListingFilter
+{
+public:
+    explicit ListingFilter(OsFileFilter const& filter) : _filter(filter), _rule(ruleOf(typeid(filter))) {}
+
+    /// Whether the name rules the child out, without its path and without a question.
+    bool refusesName(char const* name, DirectoryListing::Kind kind) const
+    {
+        if (_rule == Rule::Directories)
+            return kind == DirectoryListing::Kind::Other;
+        if (_rule != Rule::Leaves)
+            return false;
+        return kind == DirectoryListing::Kind::Directory || (isPlain(name) && !leafFilter().acceptsName(name));
+    }
+
+    /// For a child that refusesName() has let pass.
+    bool accepts(Child const& child) const
+    {
+        switch (_rule) {
+        case Rule::All:
+            return true;
+        case Rule::Directories:
+            return child.isDirectory();
+        case Rule::Leaves:
+            return isPlain(child.name) ? !child.isDirectory() : asksFilter(child);
+        default:
+            return asksFilter(child);
+        }
+    }
+
+private:
+    enum class Rule
+    {
+        All,
+        Directories,
+        Leaves,
+        Own  ///< that of a class which is not the library's
+    };
+
+    static Rule ruleOf(std::type_info const& type)
+    {
+        if (type == typeid(OsPassThroughFilter))
+            return Rule::All;
+        if (type == typeid(OsDirectoryFilter))
+            return Rule::Directories;
+        return type == typeid(OsLeafFileFilter) ? Rule::Leaves : Rule::Own;
+    }
+
+    /// Whether the base name of a path that ends in `name` is just that. Windows drops dots and blanks at the end.
+    static bool isPlain(char const* name)
+    {
+        const std::size_t length = std::strlen(name);
+        return length != 0 && name[length - 1] != '.' && name[length - 1] != ' ';
+    }
+
+    OsLeafFileFilter const& leafFilter() const { return static_cast<OsLeafFileFilter const&>(_filter); }
+    bool asksFilter(Child const& child) const { return _filter.filter(OsFilePath(child.path)); }
+
+    OsFileFilter const& _filter;
+    const Rule _rule;
+};
+
+namespace
+{
 /// Calls `visit` with each child that passes the filter, until it returns false.
 template <class Visit>
 void visitChildren(OsFilePath const& directory, OsFileFilter const& filter, Visit const& visit)
 {
     DirectoryListing listing(directory.getChars());
-    // A filter is asked with a path object, made for the purpose; the one that passes everything need not be asked.
-    const bool takesAll = typeid(filter) == typeid(OsPassThroughFilter);
-    std::string path = System::getPathGrammar().join(directory.getChars(), "");
-    const std::size_t folderLength = path.size();
+    const ListingFilter listingFilter(filter);
+    ChildPath path(directory);
     while (listing.next()) {
-        path.resize(folderLength);
-        path += listing.getName();
-        if (takesAll || filter.filter(OsFilePath(path.c_str()))) {
-            if (!visit(Child{path.c_str(), path.c_str() + folderLength, listing.getKind()}))
-                return;
-        }
+        const DirectoryListing::Kind kind = listing.getKind();
+        if (listingFilter.refusesName(listing.getName(), kind))
+            continue;
+        char const* const whole = path.set(listing.getName());
+        const Child child{whole, path.getName(), kind};
+        if (listingFilter.accepts(child) && !visit(child))
+            return;
     }
 }
 
@@ -110,9 +205,10 @@ private:
 class TreeCopy
 {
 public:
-    void copy(OsFilePath const& source, OsFilePath const& target)
+    /// `kind` is what a listing has told of the source.
+    void copy(OsFilePath const& source, OsFilePath const& target, DirectoryListing::Kind kind)
     {
-        if (!OsFsUtils::isDirectory(source.getChars())) {
+        if (!isDirectory(source.getChars(), kind)) {
             OsFile(source).copyTo(target);
             return;
         }
@@ -132,6 +228,12 @@ public:
     }
 
 private:
+    struct Listed
+    {
+        std::string name;
+        DirectoryListing::Kind kind;
+    };
+
     static System::FileIdentity requireIdentity(OsFilePath const& path)
     {
         const std::optional<System::FileIdentity> identity = System::identify(path.getChars());
@@ -143,10 +245,13 @@ private:
     /// The listing is complete before the first child is copied: the target may be created in the same directory.
     void copyChildren(OsFilePath const& source, OsFilePath const& target)
     {
-        const ObjPtrRet<Vector<OsFilePath>> names =
-            OsDirectory(source).getChildrenPath(OsFileTypes::LeafPath, OsPassThroughFilter());
-        for (OsFilePath const& name : *names)
-            copy(source + name.getChars(), target + name.getChars());
+        std::vector<Listed> children;
+        visitChildren(source, OsPassThroughFilter(), [&children](Child const& child) {
+            children.push_back({child.name, child.kind});
+            return true;
+        });
+        for (Listed const& child : children)
+            copy(source + child.name.c_str(), target + child.name.c_str(), child.kind);
     }
 
     std::vector<System::FileIdentity>
@@ -249,7 +354,7 @@ void OsDirectory::removeChildren(OsFileFilter const& filter)
 
 void OsDirectory::copyHierarchy(OsFilePath const& source, OsFilePath const& target)
 {
-    TreeCopy().copy(source, target);
+    TreeCopy().copy(source, target, DirectoryListing::Kind::Unknown);
 }
 
 void OsDirectory::performCreate(OsFileTypes::Permissions const& permissions)

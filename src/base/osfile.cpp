@@ -91,13 +91,31 @@ void writeWhole(OsFileWriter& writer, char const* bytes, std::uint32_t count)
     }
 }
 
-void copyBytes(OsFileReader& reader, OsFileWriter& writer)
-{
-    char block[blockSize];
-    while (const std::uint32_t count = reader.read(block, sizeof block))
-        writeWhole(writer, block, count);
-}
 }  // namespace
+
+/// Knows the handles of the two ends of a copy, for what neither end can do alone.
+class FileCopy
+{
+public:
+    /// Both are at the start of their files, and the writer's is empty.
+    static void run(OsFileReader& reader, OsFileWriter& writer)
+    {
+        char block[blockSize];
+        std::uint32_t count = reader.read(block, sizeof block);
+        // Only for a file that fills the first block: a small one is copied in as many calls.
+        bool isLarge = count == sizeof block;
+        if (isLarge && System::shareBlocks(reader._handle, writer._handle)) {
+            isLarge = false;
+            count = reader.read(block, sizeof block);  // the end, unless the file has grown
+        }
+        for (; count != 0; count = reader.read(block, sizeof block)) {
+            writeWhole(writer, block, count);
+            if (isLarge)
+                System::copyRange(reader._handle, writer._handle);
+            isLarge = false;
+        }
+    }
+};
 
 OsFile::OsFile(OsFilePath const& path) : _path(path) {}
 
@@ -205,21 +223,20 @@ void OsFile::copyTo(OsFilePath const& target)
     requirePath(_path, __LINE__);
     requirePath(target, __LINE__);
     OsFilePath workingCopy(target);
-    if (OsFsUtils::fileExists(target.getChars())) {
-        OsFile existing(target);
-        if (existing.getType() == OsFileTypes::Directory)
-            workingCopy += getPath().getBaseName();
-        else if (!existing.isWritable())
-            throw OsFileEx::ExPathNotWritable(sourceName, __LINE__, target.getChars());
-    }
+    // One question for all: what is missing can't be a directory, nor unwritable, nor the source.
+    const System::FileKind existing = System::getFileKind(target.getChars());
+    if (existing == System::FileKind::Directory)
+        workingCopy += getPath().getBaseName();
+    else if (existing != System::FileKind::Missing && !OsFile(target).isWritable())
+        throw OsFileEx::ExPathNotWritable(sourceName, __LINE__, target.getChars());
     // Otherwise opening the target would empty the source.
-    if (isSameFile(_path, workingCopy))
+    if (existing != System::FileKind::Missing && isSameFile(_path, workingCopy))
         throw OsFileEx::ExFileExists(sourceName, __LINE__);
 
     // Intended: times, attributes and permissions are not carried over. Do not mend: the copy is a new file.
     OsFileReader reader(*this);
     OsFileWriter writer(workingCopy, OsFileTypes::Permissions(3, 3, 0), false);
-    copyBytes(reader, writer);
+    FileCopy::run(reader, writer);
     writer.close();
     reader.close();
 }

@@ -1,6 +1,6 @@
-// The filters that look at the file system do so for each child, through OsFsUtils. They tolerate a child that
-// vanishes between the listing and the question: it counts as no directory, so OsLeafFileFilter passes it, and
-// OsDirectoryFilter doesn't.
+// filter() asks the file system about the path it is given, through OsFsUtils. A path at which nothing exists is no
+// directory: OsLeafFileFilter passes it, OsDirectoryFilter doesn't. Listings don't call filter() of these three classes
+// themselves: they know a child's type already, and apply the same rules to that (ListingFilter in osdirectory.cpp).
 #include <base/osfilefilter.h>
 
 #include <base/duplicatestring.h>
@@ -13,7 +13,7 @@ namespace Vn
 
 OsFileFilter::~OsFileFilter() = default;
 
-// Listings recognise the class by its type and don't call it; a caller of its own may.
+// The path is not looked at, and may be anything.
 bool OsPassThroughFilter::filter(OsFilePath const&) const
 {
     return true;
@@ -41,13 +41,16 @@ bool OsLeafFileFilter::filter(OsFilePath const& path) const
 {
     if (OsFsUtils::isDirectory(path.getChars()))
         return false;
-    if (!_suffix)
-        return true;
-    // The base name, so that a suffix longer than the name never reaches into the directory's.
-    const OsFilePath name = path.getBaseName();
-    const std::size_t length = std::strlen(name.getChars());
+    // The base name, so that a suffix longer than the name never reaches into the directory's. It isn't asked for
+    // without need, as the system can refuse to tell the current directory.
+    return !_suffix || acceptsName(path.getBaseName().getChars());
+}
+
+bool OsLeafFileFilter::acceptsName(char const* name) const
+{
+    const std::size_t length = std::strlen(name);
     const std::size_t suffixLength = static_cast<std::size_t>(_suffixLength);
-    return length >= suffixLength && std::strcmp(name.getChars() + (length - suffixLength), _suffix) == 0;
+    return !_suffix || (length >= suffixLength && std::strcmp(name + (length - suffixLength), _suffix) == 0);
 }
 
 }  // namespace Vn

@@ -68,6 +68,10 @@ public:
     bool filter(OsFilePath const& path) const override;
 
 private:
+    friend class ListingFilter;
+
+    bool acceptsName(char const* name) const;
+
     ArrayPtr<char> _suffix;  ///< or null
     std::int32_t _suffixLength;
 };

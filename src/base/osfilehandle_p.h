@@ -46,6 +46,18 @@ std::optional<std::int32_t> seekFile(std::int64_t handle, long offset, OsFileTyp
 /// Sets the length, and the position to it.
 bool setFileSize(std::int64_t handle, unsigned long size);
 
+// The system's part in copying a file, from `source`, open for reading, to `target`, open for writing. Both do what the
+// system can do by itself, and report no failure: the caller goes on with reading and writing up to the end of the
+// source, and meets there what has stopped the system.
+
+/// Lets the target share the blocks of the source, all of them. True if it does; both positions are then behind the last
+/// byte. False, with nothing changed, if the system can't.
+bool shareBlocks(std::int64_t source, std::int64_t target);
+
+/// Copies from the position of the source to that of the target, which may be nothing or a part of the rest. Both positions
+/// are then behind the last byte that was copied.
+void copyRange(std::int64_t source, std::int64_t target);
+
 enum class CloseResult
 {
     Closed,

@@ -9,6 +9,14 @@
 //     write     goes on after every short count; a full device ends it with what has been written
 //     close     through a duplicate, so that a failed one leaves the file open: see closeFile()
 //
+// A large file is copied by the system itself, in one of two ways, and what they leave is copied by read() and write():
+//
+//     FICLONE             the copy shares the blocks of the file until either is changed; on btrfs, XFS and the like
+//     copy_file_range()   moves bytes in the kernel, or on the server of a network file system
+//
+// Whatever refuses these (another file system, a pipe, an old kernel, a full device) is no failure of the copy: reading
+// and writing decide, and report it. A file that grows or shrinks meanwhile is copied up to the end that reading finds.
+//
 // Positions and sizes have 32 bits in the interface. What the system could do beyond that is refused with EOVERFLOW.
 #include <base/osfilehandle_p.h>
 
@@ -16,6 +24,8 @@
 #include <base/osposix_p.h>
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -125,6 +135,29 @@ std::int64_t writeFile(std::int64_t handle, void const* buffer, unsigned long si
         if (isFull || done == size)
             return static_cast<std::int64_t>(done);
     }
+}
+
+bool shareBlocks(std::int64_t source, std::int64_t target)
+{
+    const int from = descriptorOf(source);
+    const int to = descriptorOf(target);
+    if (::ioctl(to, FICLONE, from) != 0)
+        return false;
+    // As large as the source was at that moment; what has been appended since is left to the caller.
+    const ::off_t end = ::lseek(to, 0, SEEK_END);
+    if (end != -1 && ::lseek(from, end, SEEK_SET) != -1)
+        return true;
+    ::lseek(to, 0, SEEK_SET);  // the caller then writes the same bytes over the shared ones
+    return false;
+}
+
+void copyRange(std::int64_t source, std::int64_t target)
+{
+    const int from = descriptorOf(source);
+    const int to = descriptorOf(target);
+    // A signal or the limit of the call makes it short, so only 0 and a failure end it.
+    while (Posix::retry([&] { return ::copy_file_range(from, nullptr, to, nullptr, callLimit, 0); }) > 0)
+        continue;
 }
 
 // The position is asked for first, so that a move beyond the limit can be taken back.

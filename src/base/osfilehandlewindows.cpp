@@ -79,6 +79,14 @@ bool setFileSize(std::int64_t handle, unsigned long size)
            ::SetEndOfFile(systemHandle(handle));
 }
 
+// CopyFileA() would be faster, but takes paths and not handles, and carries attributes over, which a copy shall not.
+bool shareBlocks(std::int64_t, std::int64_t)
+{
+    return false;
+}
+
+void copyRange(std::int64_t, std::int64_t) {}
+
 CloseResult closeFile(std::int64_t handle)
 {
     return ::CloseHandle(systemHandle(handle)) ? CloseResult::Closed : CloseResult::Kept;

@@ -9,6 +9,7 @@
 namespace Vn
 {
 
+class FileCopy;
 class OsFile;
 
 /// Reads bytes of one open file straight into memory: a system call for each read (several for gigabytes), no buffer
@@ -69,6 +70,8 @@ public:
     OsFilePath const& getPath() const { return _path; }
 
 private:
+    friend class FileCopy;
+
     std::int64_t performOpen();
     std::uint32_t performRead(void* buffer, unsigned long size);
     std::int32_t performSeek(long offset, OsFileTypes::SeekMode mode);

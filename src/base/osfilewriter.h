@@ -9,6 +9,7 @@
 namespace Vn
 {
 
+class FileCopy;
 class OsFile;
 
 /// Writes bytes from memory straight to one open file: a system call for each write (several for gigabytes), no
@@ -76,6 +77,8 @@ public:
     OsFilePath const& getPath() const { return _path; }
 
 private:
+    friend class FileCopy;
+
     std::int64_t performOpen(OsFileTypes::Permissions const& permissions, bool failIfExists);
     std::uint32_t performWrite(void const* buffer, unsigned long size);
     std::int32_t performSeek(long offset, OsFileTypes::SeekMode mode);

@@ -26,6 +26,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace Vn;
@@ -327,6 +328,7 @@ TEST_F(FileFault, aCopyThatFailsLeavesWhatWasCopied)
         {"close", EIO, 0, "src/base/osfilewriterwindows", 0x18000},
         {"close", EIO, 2, "src/base/osfilereaderwindows", 0x18000},
     };
+    VnTest::setSystemCopies(VnTest::SystemCopies::never);
     for (auto const& row : table) {
         SCOPED_TRACE(std::string(row.call) + std::to_string(row.after));
         temp.file("target", "old");
@@ -336,6 +338,163 @@ TEST_F(FileFault, aCopyThatFailsLeavesWhatWasCopied)
         EXPECT_EQ(std::filesystem::file_size(temp.path("target")), row.copied);
         EXPECT_EQ(countDescriptors(), descriptors);
     }
+    VnTest::setSystemCopies(VnTest::SystemCopies::asItCan);
+}
+
+TEST_F(FileFault, whatTheSystemDoesNotCopyByItselfIsReadAndWritten)
+{
+    std::string content;
+    for (int i = 0; i < 0x28001; ++i)
+        content += static_cast<char>(i / 251);
+    temp.file("file", content);
+    const struct
+    {
+        char const* call;
+        int error;
+        int after;
+    } table[] = {
+        {"copy_file_range", EXDEV, 0},
+        {"copy_file_range", EINVAL, 0},
+        {"copy_file_range", ENOSYS, 0},
+        {"copy_file_range", EOPNOTSUPP, 0},
+        {"copy_file_range", EPERM, 0},
+        {"copy_file_range", ENOSPC, 0},
+        {"copy_file_range", EIO, 0},
+        {"copy_file_range", EIO, 3},
+        {"copy_file_range", ENOSPC, 90},
+        {"copy_file_range", EINTR, 0},
+        {"copy_file_range", EINTR, 3},
+        {"ioctl", EXDEV, 0},
+        {"ioctl", EINVAL, 0},
+        {"ioctl", EIO, 0},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(std::string(row.call) + ", " + std::to_string(row.error) + ", " + std::to_string(row.after));
+        temp.file("target", "old");
+        VnTest::setSystemCopies(row.after > 0 ? VnTest::SystemCopies::inSmallSteps : VnTest::SystemCopies::asItCan);
+        VnTest::failCall(row.call, row.error, row.after);
+        EXPECT_NO_THROW(file("file").copyTo(at("target")));
+        EXPECT_EQ(VnTest::stopFailingCalls(), 1);
+        VnTest::setSystemCopies(VnTest::SystemCopies::asItCan);
+        EXPECT_TRUE(contentOf(temp.path("target")) == content);
+    }
+}
+
+TEST_F(FileFault, aCopyThatSharesBlocksGoesOnBehindThem)
+{
+    const std::string content(0x18000, 'f');
+    for (auto const& [call, after] : {std::pair("lseek", -1), std::pair("lseek", 0), std::pair("lseek", 1)}) {
+        SCOPED_TRACE(after);
+        temp.file("target", "old");
+        VnTest::setSystemCopies(VnTest::SystemCopies::byBlocks);
+        if (after >= 0)
+            VnTest::failCall(call, EIO, after);
+        EXPECT_NO_THROW(file("file").copyTo(at("target")));
+        EXPECT_EQ(VnTest::stopFailingCalls(), after >= 0 ? 1 : 0);
+        VnTest::setSystemCopies(VnTest::SystemCopies::asItCan);
+        EXPECT_TRUE(contentOf(temp.path("target")) == content);
+    }
+    VnTest::setSystemCopies(VnTest::SystemCopies::byBlocks);
+    VnTest::failCall("write", EIO);
+    EXPECT_NO_THROW(file("file").copyTo(at("target"))) << "with all blocks shared there is nothing to write";
+    EXPECT_EQ(VnTest::stopFailingCalls(), 0);
+    VnTest::setSystemCopies(VnTest::SystemCopies::asItCan);
+}
+
+TEST_F(FileFault, aFileThatChangesWhileItIsCopiedIsCopiedUpToItsEnd)
+{
+    // Another program's write between two calls of the copy: appends, or cuts the file.
+    static std::string path;
+    path = temp.path("file");
+    const auto grow = [] { std::filesystem::resize_file(path, 0x30000); };
+    const auto shrink = [] { std::filesystem::resize_file(path, 0x14000); };
+    for (auto const copies :
+         {VnTest::SystemCopies::asItCan, VnTest::SystemCopies::never, VnTest::SystemCopies::byBlocks}) {
+        for (char const* call : {"copy_file_range", "read"}) {
+            const bool isCalled = std::string(call) == "read" || copies != VnTest::SystemCopies::byBlocks;
+            SCOPED_TRACE(std::string(call) + std::to_string(static_cast<int>(copies)));
+            for (void (*const change)() : {+grow, +shrink}) {
+                temp.file("file", std::string(0x18000, 'f'));
+                VnTest::setSystemCopies(copies);
+                VnTest::interruptCall(call, change);
+                EXPECT_NO_THROW(file("file").copyTo(at("target")));
+                EXPECT_EQ(VnTest::stopFailingCalls(), isCalled ? 1 : 0);
+                VnTest::setSystemCopies(VnTest::SystemCopies::asItCan);
+                const std::string copy = contentOf(temp.path("target"));
+                if (!isCalled) {
+                    EXPECT_EQ(copy.size(), 0x18000U);
+                } else if (change == +grow) {
+                    EXPECT_TRUE(copy == contentOf(path)) << copy.size();
+                } else {
+                    // What was there when it was read; nothing behind it that the file never held.
+                    EXPECT_TRUE(copy == std::string(copy.size(), 'f')) << copy.size();
+                    EXPECT_GE(copy.size(), 0x14000U);
+                    EXPECT_LE(copy.size(), 0x18000U);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(FileFault, aListingAsksOnlyAboutWhatItDoesNotKnow)
+{
+    // Only the link's type is unknown, and even that is not asked for where the name decides.
+    const struct
+    {
+        char const* what;
+        std::shared_ptr<OsFileFilter> filter;
+        std::size_t children;
+        int questions;
+    } table[] = {
+        {"all", std::make_shared<OsPassThroughFilter>(), 5, 0},
+        {"directories", std::make_shared<OsDirectoryFilter>(), 2, 1},
+        {"leaves", std::make_shared<OsLeafFileFilter>(), 3, 1},
+        {"names that no link has", std::make_shared<OsLeafFileFilter>("e"), 2, 0},
+        {"the link's name", std::make_shared<OsLeafFileFilter>("k"), 1, 1},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        VnTest::failCall("stat", EIO, 0, 100);
+        const ObjPtr<Vector<OsFilePath>> names(directory("").getChildrenPath(OsFileTypes::LeafPath, *row.filter));
+        EXPECT_EQ(VnTest::stopFailingCalls(), row.questions);
+        EXPECT_EQ(names->size(), row.children);
+    }
+}
+
+TEST_F(FileFault, aFileSystemThatListsNoTypesIsAskedAboutEachChild)
+{
+    temp.folder("folder/e");
+    const OsLeafFileFilter leaves("e");
+    for (bool hasTypes : {true, false}) {
+        SCOPED_TRACE(hasTypes);
+        std::filesystem::remove_all(temp.path("tree"));
+        VnTest::hideTypesOfEntries(!hasTypes);
+        const ObjPtr<Vector<OsFilePath>> files(directory("").getChildrenPath(OsFileTypes::LeafPath, leaves));
+        const ObjPtr<Vector<OsFilePath>> folders(
+            directory("").getChildrenPath(OsFileTypes::LeafPath, OsDirectoryFilter()));
+        const ObjPtr<Vector<OsFilePath>> none(directory("folder").getChildrenPath(OsFileTypes::LeafPath, leaves));
+        OsDirectory::copyHierarchy(at("folder"), at("tree"));
+        VnTest::hideTypesOfEntries(false);
+        EXPECT_EQ(files->size(), 2U) << "the file and the pipe";
+        EXPECT_EQ(folders->size(), 2U);
+        EXPECT_TRUE(none->empty()) << "a directory of such a name";
+        EXPECT_EQ(contentOf(temp.path("tree/below")), "below");
+        EXPECT_TRUE(std::filesystem::is_directory(temp.path("tree/e")));
+    }
+}
+
+TEST_F(FileFault, aChildThatVanishesWhileATreeIsCopiedEndsTheCopyWithTheSystemsError)
+{
+    static std::string path;
+    path = temp.path("folder/below");
+    // Between the listing and the copy, at the question about the target.
+    VnTest::interruptCall(
+        "stat", [] { std::filesystem::remove(path); }, 3);
+    EXPECT_EQ(systemErrorOf([&] { OsDirectory::copyHierarchy(at("folder"), at("tree")); },
+                            "src/base/osfilereaderwindows"),
+              ENOENT);
+    EXPECT_EQ(VnTest::stopFailingCalls(), 1);
+    EXPECT_TRUE(std::filesystem::is_empty(temp.path("tree")));
 }
 
 TEST_F(FileFault, aTargetThatMayNotBeWrittenIsLeftAlone)

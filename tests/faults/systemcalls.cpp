@@ -4,8 +4,10 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <pwd.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -13,6 +15,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -31,6 +34,8 @@ struct Plan
 thread_local Plan plan;
 thread_local bool areTransfersShort = false;
 thread_local bool isSystemOld = false;
+thread_local bool areTypesHidden = false;
+thread_local VnTest::SystemCopies systemCopies = VnTest::SystemCopies::asItCan;
 
 /// True if this call is to fail; the error is then the last one.
 bool fails(char const* name)
@@ -106,6 +111,51 @@ VN_STAND_IN ::ssize_t read(int file, void* buffer, std::size_t size)
 VN_STAND_IN ::ssize_t write(int file, void const* buffer, std::size_t size)
 {
     return fails("write") ? -1 : VN_REAL(write)(file, buffer, transferable(size));
+}
+
+VN_STAND_IN ::ssize_t copy_file_range(int source, ::off64_t* from, int target, ::off64_t* to, std::size_t size,
+                                      unsigned flags)
+{
+    if (fails("copy_file_range"))
+        return -1;
+    if (systemCopies == VnTest::SystemCopies::never || systemCopies == VnTest::SystemCopies::byBlocks) {
+        errno = EXDEV;
+        return -1;
+    }
+    if (systemCopies == VnTest::SystemCopies::inSmallSteps)
+        size = std::min<std::size_t>(size, 1000);
+    return VN_REAL(copy_file_range)(source, from, target, to, size, flags);
+}
+
+/// As a file system that shares blocks: the whole content, from the start, and neither position moves.
+static int shareBlocks(int target, int source)
+{
+    char block[4096];
+    ::off_t done = 0;
+    while (const ::ssize_t count = ::pread(source, block, sizeof block, done)) {
+        if (count == -1 || ::pwrite(target, block, static_cast<std::size_t>(count), done) != count)
+            return -1;
+        done += count;
+    }
+    return 0;
+}
+
+VN_STAND_IN int ioctl(int file, unsigned long request, ...) noexcept
+{
+    std::va_list arguments;
+    va_start(arguments, request);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (request != FICLONE)
+        return VN_REAL(ioctl)(file, request, argument);
+    if (fails("ioctl"))
+        return -1;
+    if (systemCopies == VnTest::SystemCopies::byBlocks)
+        return shareBlocks(file, static_cast<int>(reinterpret_cast<std::intptr_t>(argument)));
+    if (systemCopies == VnTest::SystemCopies::asItCan)
+        return VN_REAL(ioctl)(file, request, argument);
+    errno = EOPNOTSUPP;
+    return -1;
 }
 
 VN_STAND_IN ::off_t lseek(int file, ::off_t offset, int origin) noexcept
@@ -184,7 +234,10 @@ VN_STAND_IN ::DIR* opendir(char const* path)
 
 VN_STAND_IN ::dirent* readdir(::DIR* folder)
 {
-    return fails("readdir") ? nullptr : VN_REAL(readdir)(folder);
+    ::dirent* const entry = fails("readdir") ? nullptr : VN_REAL(readdir)(folder);
+    if (entry != nullptr && areTypesHidden)
+        entry->d_type = DT_UNKNOWN;
+    return entry;
 }
 
 VN_STAND_IN char* getcwd(char* buffer, std::size_t size) noexcept
@@ -243,6 +296,16 @@ int VnTest::stopFailingCalls()
     const int failures = plan.failures;
     plan = {};
     return failures;
+}
+
+void VnTest::hideTypesOfEntries(bool areHidden)
+{
+    areTypesHidden = areHidden;
+}
+
+void VnTest::setSystemCopies(SystemCopies copies)
+{
+    systemCopies = copies;
 }
 
 void VnTest::makeTransfersShort(bool areShort)

@@ -28,6 +28,20 @@ bool isUnknownCall();
 /// Lets reading and writing move one byte at a time, or as many as they like.
 void makeTransfersShort(bool areShort);
 
+/// Lets listings tell no types, as those of some file systems.
+void hideTypesOfEntries(bool areHidden);
+
+/// How the system takes part in the copy of a file.
+enum class SystemCopies
+{
+    asItCan,
+    inSmallSteps,  ///< a thousand bytes in one call
+    never,         ///< each such call is refused, so that all bytes are read and written
+    byBlocks       ///< sharing the blocks of a file succeeds, on any file system; the positions stay, as there
+};
+
+void setSystemCopies(SystemCopies copies);
+
 /// A failing call for as long as this lives.
 class FailingCall
 {
