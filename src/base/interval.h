@@ -1,7 +1,5 @@
 #pragma once
 
-#include <base/baseexport.h>
-
 #include <initializer_list>
 
 namespace Vn
@@ -186,9 +184,6 @@ private:
     T _lower;
     T _upper;
 };
-
-extern template class VN_BASE_EXPORT Interval<float>;
-extern template class VN_BASE_EXPORT Interval<double>;
 
 }  // namespace Vn
 
