@@ -10,6 +10,7 @@
 
 #include <base/dtex.h>
 
+#include <limits>
 #include <ostream>
 
 namespace Vn
@@ -50,6 +51,27 @@ Rational commonRate(Rational const& a, Rational const& b)
     }
     return product;
 }
+
+/// Whether a rate is as nearly all are: a positive whole number of counts a second, or such a number over 1001, as in
+/// television.
+bool isUsual(Rational const& rate)
+{
+    return rate.getNumerator() > 0 && (rate.getDenominator() == 1 || rate.getDenominator() == 1001);
+}
+
+/// Whether one rate's numerator and the other's usual denominator, which is 7 * 11 * 13 or 1, have no common divisor.
+bool areCoprime(int numerator, int denominator)
+{
+    const unsigned n = static_cast<unsigned>(numerator);
+    return denominator == 1 || (n % 7 != 0 && n % 11 != 0 && n % 13 != 0);
+}
+
+/// `count` times the rate, truncated. Division by a constant is a multiplication.
+std::int64_t timesUsual(std::int64_t count, Rational const& rate)
+{
+    const std::int64_t product = DtWrap::times(count, rate.getNumerator());
+    return rate.getDenominator() == 1 ? product : product / 1001;
+}
 }  // namespace
 
 void DtTime::throwBadRate()
@@ -72,48 +94,42 @@ void DtTime::dump(std::ostream& stream) const
     stream << ')';
 }
 
-/// `operation` takes two counts. Nothing is stored before both conversions have succeeded.
-template <class Operation>
-DtTime& DtTime::combine(DtTime const& other, Operation operation)
+// Usual rates need no reduction. With n1/d1 and n2/d2 in lowest terms and the product as the common rate, the rule's factor
+// for a count at n1/d1 is n2/d2, in lowest terms already, and the other way round. No product of terms can wrap at 32
+// bits: with a numerator up to the limit and a denominator up to 1001 none reaches 2^31.
+DtTime DtTime::combinedAtCommonRate(DtTime left, DtTime right, Operator operation)
 {
-    if (other._rate == _rate) {
-        _count = operation(_count, other._count);
-        return *this;
-    }
-    const Rational common = commonRate(_rate, other._rate);
-    const DtTime left = convertRate(common);
-    const DtTime right = other.convertRate(common);
-    _count = operation(left._count, right._count);
-    _rate = common;
-    return *this;
+    if (!isUsual(left._rate) || !isUsual(right._rate))
+        return combinedByTheRule(left, right, operation);
+    const int n1 = left._rate.getNumerator(), n2 = right._rate.getNumerator();
+    const int d1 = left._rate.getDenominator(), d2 = right._rate.getDenominator();
+    const std::int64_t above = std::int64_t(n1) * n2;
+    const int below = d1 * d2;
+    if (above > commonRateLimit * below && above <= std::numeric_limits<int>::max())
+        return combinedAtTheLimit(left, right, operation);
+    if (above > commonRateLimit || below > 1001 || !areCoprime(n1, d2) || !areCoprime(n2, d1))
+        return combinedByTheRule(left, right, operation);
+    return DtTime(applied(timesUsual(left._count, right._rate), timesUsual(right._count, left._rate), operation),
+                  Rational(static_cast<int>(above), below, Rational::InLowestTerms()));
 }
 
-// Intended: multiplication, division and remainder treat the counts as plain numbers and leave the common rate to the
-// result, so a product is not in square seconds; do not mend.
-
-DtTime& DtTime::operator+=(DtTime const& other)
+// The common divisor of the product's terms is at most its denominator, so the numerator is beyond the limit in lowest terms
+// as well.
+DtTime DtTime::combinedAtTheLimit(DtTime left, DtTime right, Operator operation)
 {
-    return combine(other, [](std::int64_t a, std::int64_t b) { return DtWrap::plus(a, b); });
+    constexpr Rational::InLowestTerms reduced;
+    const Rational fastest(commonRateLimit, 1, reduced);
+    const std::int64_t a = left._count.convert(left._rate, fastest, std::round_toward_zero);
+    const std::int64_t b = right._count.convert(right._rate, fastest, std::round_toward_zero);
+    return DtTime(applied(a, b, operation), fastest);
 }
 
-DtTime& DtTime::operator-=(DtTime const& other)
+DtTime DtTime::combinedByTheRule(DtTime left, DtTime right, Operator operation)
 {
-    return combine(other, [](std::int64_t a, std::int64_t b) { return DtWrap::minus(a, b); });
-}
-
-DtTime& DtTime::operator*=(DtTime const& other)
-{
-    return combine(other, [](std::int64_t a, std::int64_t b) { return DtWrap::times(a, b); });
-}
-
-DtTime& DtTime::operator/=(DtTime const& other)
-{
-    return combine(other, [](std::int64_t a, std::int64_t b) { return DtWrap::over(a, b); });
-}
-
-DtTime& DtTime::operator%=(DtTime const& other)
-{
-    return combine(other, [](std::int64_t a, std::int64_t b) { return DtWrap::modulo(a, b); });
+    const Rational common = commonRate(left._rate, right._rate);
+    left = left.convertRate(common);
+    right = right.convertRate(common);
+    return DtTime(applied(left._count, right._count, operation), common);
 }
 
 // With a bare count, in units of this time's own rate: no conversion, and nothing throws.

@@ -119,19 +119,59 @@ public:
     DtTime operator*(DtTime const& other) const { return DtTime(*this) *= other; }
     DtTime operator/(DtTime const& other) const { return DtTime(*this) /= other; }
     DtTime operator%(DtTime const& other) const { return DtTime(*this) %= other; }
-    DtTime& operator+=(DtTime const& other);
-    DtTime& operator-=(DtTime const& other);
-    DtTime& operator*=(DtTime const& other);
-    DtTime& operator/=(DtTime const& other);
-    DtTime& operator%=(DtTime const& other);
+    DtTime& operator+=(DtTime const& other) { return *this = combined(*this, other, Operator::plus); }
+    DtTime& operator-=(DtTime const& other) { return *this = combined(*this, other, Operator::minus); }
+    DtTime& operator*=(DtTime const& other) { return *this = combined(*this, other, Operator::times); }
+    DtTime& operator/=(DtTime const& other) { return *this = combined(*this, other, Operator::over); }
+    DtTime& operator%=(DtTime const& other) { return *this = combined(*this, other, Operator::modulo); }
     /// @}
 
 private:
+    enum class Operator
+    {
+        plus,
+        minus,
+        times,
+        over,
+        modulo
+    };
+
     [[noreturn]] static void throwBadRate();
 
-    /// What the five operators with a time have in common.
-    template <class Operation>
-    DtTime& combine(DtTime const& other, Operation operation);
+    // Intended: counts are plain numbers to all five, so a product is not in square seconds; do not mend.
+    static std::int64_t applied(std::int64_t a, std::int64_t b, Operator operation)
+    {
+        switch (operation) {
+        case Operator::plus:
+            return DtWrap::plus(a, b);
+        case Operator::minus:
+            return DtWrap::minus(a, b);
+        case Operator::times:
+            return DtWrap::times(a, b);
+        case Operator::over:
+            return DtWrap::over(a, b);
+        default:
+            return DtWrap::modulo(a, b);
+        }
+    }
+
+    /// What the five operators with a time have in common. Times go in and out by value: they fit registers, and a
+    /// time whose address is taken would be stored and read again.
+    static DtTime combined(DtTime left, DtTime right, Operator operation)
+    {
+        if (left._rate != right._rate)
+            return combinedAtCommonRate(left, right, operation);
+        left._count = applied(left._count, right._count, operation);
+        return left;
+    }
+
+    /// @{
+    /// For times of different rates: for any, for positive ones whose product is beyond the limit, and the steps of the
+    /// rule as they stand, for any. They throw what the operators throw.
+    static DtTime combinedAtCommonRate(DtTime left, DtTime right, Operator operation);
+    static DtTime combinedAtTheLimit(DtTime left, DtTime right, Operator operation);
+    static DtTime combinedByTheRule(DtTime left, DtTime right, Operator operation);
+    /// @}
 
     DtTimeIndex _count;
     Rational _rate;

@@ -187,8 +187,12 @@ private:
     T _upper;
 };
 
+#if defined(VN_BASE_BUILDING)
+// For the library's own sources alone: a copy that one of them compiled would be hidden, and hide the exported one. A
+// program compiles the members that it uses, as a declared instance isn't inlined.
 extern template class VN_BASE_EXPORT Interval<float>;
 extern template class VN_BASE_EXPORT Interval<double>;
+#endif
 
 }  // namespace Vn
 

@@ -91,6 +91,14 @@ public:
     void dump(std::ostream& stream) const;
 
 private:
+    friend class DtTime;  // which knows some rates to be in lowest terms
+
+    struct InLowestTerms
+    {};
+
+    /// Terms that need no reduction.
+    Rational(int numerator, int denominator, InLowestTerms) : _numerator(numerator), _denominator(denominator) {}
+
     /// In two's complement: the most negative value stays what it is.
     static int negate(int value) { return static_cast<int>(0u - static_cast<unsigned>(value)); }
 

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <type_traits>
+#include <vector>
 
 using Vn::DtEx;
 using Vn::DtTime;
@@ -87,6 +88,33 @@ DtTime applied(DtTime const& left, char operation, Right const& right)
     default:
         return left % right;
     }
+}
+
+/// The sum at the common rate, each step as plain integers. The product of the rates must not wrap to a null rate.
+DtTime addedByTheRule(std::int64_t left, Rational const& a, std::int64_t right, Rational const& b)
+{
+    auto const wrapped = [](std::int64_t number) { return static_cast<int>(static_cast<std::uint32_t>(number)); };
+    auto const product = [&wrapped](int x, int y) { return wrapped(std::int64_t(x) * y); };
+    constexpr int limit = 1000000;
+    Rational common(product(a.getNumerator(), b.getNumerator()), product(a.getDenominator(), b.getDenominator()));
+    const int sign = common.getNumerator() > 0 ? 1 : -1;
+    if (product(common.getNumerator(), sign) > limit)
+        common = Rational(sign * limit, 1);
+    else if (common.getDenominator() > limit)
+        common = Rational(sign, limit);
+    auto const converted = [&](std::int64_t count, Rational const& from) {
+        if (from == common)
+            return count;
+        Rational const ratio(product(from.getDenominator(), common.getNumerator()),
+                             product(from.getNumerator(), common.getDenominator()));
+        const auto whole = static_cast<std::int64_t>(
+            static_cast<std::uint64_t>(count) * static_cast<std::uint64_t>(std::int64_t(ratio.getNumerator())));
+        return ratio.getDenominator() == -1 ? static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(whole))
+                                            : whole / ratio.getDenominator();
+    };
+    const auto sum = static_cast<std::int64_t>(static_cast<std::uint64_t>(converted(left, a)) +
+                                               static_cast<std::uint64_t>(converted(right, b)));
+    return DtTime(sum, common);
 }
 
 std::string dumped(DtTime const& time)
@@ -345,6 +373,29 @@ TEST(DtTime, combinesAndComparesAsTheReferenceDoes)
         case Refusal::DenominatorZero:
             EXPECT_THROW(applied(left, row.operation, right), RationalEx::ExDenominatorZero);
             break;
+        }
+    }
+}
+
+TEST(DtTime, anyTwoRatesMeetByTheRuleStepByStep)
+{
+    std::vector<Rational> rates;
+    for (int numerator :
+         {1, 6, 7, 11, 13, 25, 91, 143, 1000, 1001, 24000, 30000, 44100, 48000, 1000000, 2147483647, -25})
+        for (int denominator : {1, 2, 7, 1000, 1001, 1003, 2002, 65537})
+            if (Rational const rate(numerator, denominator); rate.getNumerator() == numerator)
+                rates.push_back(rate);
+    constexpr std::int64_t counts[][2] = {{1, -1},          {1000, 1001},           {-98765, 43},
+                                          {3000000000, -7}, {INT64_MAX, 123456789}, {INT64_MIN, INT64_MIN + 1}};
+    for (Rational const& a : rates) {
+        for (Rational const& b : rates) {
+            if (a == b)
+                continue;
+            for (auto const& [left, right] : counts) {
+                const DtTime expected = addedByTheRule(left, a, right, b);
+                ASSERT_EQ(dumped(DtTime(left, a) + DtTime(right, b)), dumped(expected))
+                    << dumped(DtTime(left, a)) << " + " << dumped(DtTime(right, b));
+            }
         }
     }
 }
