@@ -1,3 +1,5 @@
+// Assertions are part of every build: a release reports a wrong argument just as a debug build does. The last two functions
+// are for clients; nothing in the library calls them.
 #include <base/assertions.h>
 
 #include <base/exinternalerror.h>
@@ -21,6 +23,7 @@ void Assertions::throwSysAssertionFailed(char const* file, int line, char const*
     throw ExInternalError(file, line, text.get());
 }
 
+/// In the place of abort(): the stack unwinds, and the failure is reported like any other.
 void Assertions::throwProgramAborted(char const* file, int line)
 {
     throw ExInternalError(file, line, "Program aborted.");

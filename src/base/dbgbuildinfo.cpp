@@ -1,3 +1,4 @@
+// What this library says of itself, and how objects of such classes are destroyed.
 #include <base/dbgbuildinfo.h>
 
 #include <base/dbgbuildvalues_p.h>
@@ -8,6 +9,7 @@ namespace Vn
 {
 namespace
 {
+/// The values of stamp, date, type and builder come from the build (dbgbuildvalues.cpp).
 class BaseBuildInfo : public DbgBuildInfo
 {
 public:
@@ -34,6 +36,8 @@ DbgBuildInfo* DbgBuildValues::createInfo()
     return new BaseBuildInfo;
 }
 
+/// Intended: the base's plain destructor, although `info` points to a derived class. The base has no virtual destructor, as
+/// its slots are given, so a description must hold nothing that needs destruction. Do not mend.
 void destroyOwned(DbgBuildInfo* info)
 {
     if (info == nullptr)
@@ -44,6 +48,7 @@ void destroyOwned(DbgBuildInfo* info)
 
 }  // namespace Vn
 
+/// Looked up by name in each library of the family: DbgBuildInfoUtil::registerModule() calls it.
 VN_BUILD_INFO_ENTRY(VN_BASE_EXPORT)
 {
     return Vn::DbgBuildValues::createInfo();

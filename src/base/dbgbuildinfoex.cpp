@@ -1,3 +1,7 @@
+// The exceptions of the build-information registry.
+//
+// Intended: the family stands before the standard base, unlike in most families. The order of the bases is part of the
+// interface; do not mend.
 #include <base/dbgbuildinfoex.h>
 
 #include <base/exreasontext_p.h>
@@ -6,7 +10,7 @@ namespace Vn
 {
 namespace
 {
-constexpr int longestText = 64;
+constexpr int longestText = 64;  ///< of each name and stamp; the rest of it is left out of the message
 }  // namespace
 
 DbgBuildInfoEx::DbgBuildInfoEx(char const* file, int line) : ExBase(file, line) {}

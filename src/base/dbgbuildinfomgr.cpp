@@ -1,3 +1,11 @@
+// The registry of what the libraries of a process say of themselves.
+//
+// A library that registers is compared with the first library of its API, and only with that one: major and minor
+// version, then the build stamp. A mismatch is reported through the log group "BuildInfo", and refused by an exception if
+// the caller asks for that. Two libraries have the same API only if their names stand at the same address
+// (dbgapitable_p.h).
+//
+// Intended: an object that is refused has been taken from the caller already and is never destroyed; do not mend.
 #include <base/dbgbuildinfomgr.h>
 
 #include <base/assertions.h>
@@ -18,6 +26,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/dbgbuildinfomgr";
 
+/// Descriptions come from other libraries, which may return null.
 char const* orEmpty(char const* text)
 {
     return ExReasonText::orEmpty(text);
@@ -28,11 +37,14 @@ bool haveSameVersion(DbgBuildInfo const& left, DbgBuildInfo const& right)
     return left.getMajorVersion() == right.getMajorVersion() && left.getMinorVersion() == right.getMinorVersion();
 }
 
+/// Short stamps, which name the build alone.
 bool haveSameStamp(DbgBuildInfo const& left, DbgBuildInfo const& right)
 {
     return std::strcmp(orEmpty(left.getBuildStamp(false)), orEmpty(right.getBuildStamp(false))) == 0;
 }
 
+/// Before the package `debugging` has started there is no group, and nothing is written: registration then is only meant
+/// for the first library of an API, which is compared with nothing.
 void reportVersion(DbgBuildInfo const& first, DbgBuildInfo const& info)
 {
     if (DbgGroup::get() == nullptr)
@@ -44,6 +56,7 @@ void reportVersion(DbgBuildInfo const& first, DbgBuildInfo const& info)
                << info.getMinorVersion());
 }
 
+/// Intended: two blanks in front of "build" in the second half; programs compare the text. Do not mend.
 void reportStamp(DbgBuildInfo const& first, DbgBuildInfo const& info)
 {
     if (DbgGroup::get() == nullptr)
@@ -77,6 +90,7 @@ VN_NEVER_DESTROYED_MEMBER(DbgApiTable, apisStorage, "_ZN2Vn15DbgBuildInfoMgr5_ap
 
 namespace
 {
+/// Constructs the table in its memory; a table of zeros has no buckets.
 [[maybe_unused]] DbgApiTable const* const apis = ::new (static_cast<void*>(apisStorage)) DbgApiTable;
 }  // namespace
 
@@ -84,10 +98,13 @@ void DbgBuildInfoMgr::registerInfo(ObjPtr<DbgBuildInfo> info, bool validateVersi
 {
     if (!info)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "info != 0");
+    // Intended: the comparison is with the first library alone, even if later ones were let in that differ from it. Do not
+    // mend.
     if (DbgApiTable::Infos const* const known = _apis.find(info->getApiName())) {
         DbgBuildInfo const& first = *known->front();
         if (!haveSameVersion(first, *info)) {
             reportVersion(first, *info);
+            // Without validation the difference is written all the same, and the stamps are compared as well.
             if (validateVersions) {
                 DbgBuildInfo const& refused = *info.release();
                 throw DbgBuildInfoEx::ExVersionMismatch(
@@ -106,6 +123,7 @@ void DbgBuildInfoMgr::registerInfo(ObjPtr<DbgBuildInfo> info, bool validateVersi
     _apis.add(info->getApiName(), info);
 }
 
+/// An object that is refused dies with the parameter, unlike in registerInfo().
 void DbgBuildInfoMgr::registerAppInfo(ObjPtr<DbgBuildInfo> info)
 {
     if (_appInfo)
@@ -129,6 +147,7 @@ std::ostream& DbgBuildInfoMgr::printAppInfo(std::ostream& stream, bool verbose)
     return stream;
 }
 
+/// The order of the APIs is that of the table's buckets; within an API it is the order of registration.
 std::ostream& DbgBuildInfoMgr::printBuildInfo(std::ostream& stream, bool verbose)
 {
     printAppInfo(stream, verbose);
@@ -144,8 +163,10 @@ std::ostream& DbgBuildInfoMgr::printBuildInfo(std::ostream& stream, bool verbose
     return stream;
 }
 
+/// Nothing to do: the table is there from static construction on, so that libraries may register before the start.
 void DbgBuildInfoMgr::init() {}
 
+/// Afterwards everything can be registered again.
 void DbgBuildInfoMgr::fini()
 {
     _appInfo.reset();

@@ -1,3 +1,4 @@
+// Registration with the settings of the process, by object or by the name of a library.
 #include <base/dbgbuildinfoutil.h>
 
 #include <base/dbgbuildinfomgr.h>
@@ -25,14 +26,16 @@ void DbgBuildInfoUtil::registerInfo(ObjPtr<DbgBuildInfo> info)
     DbgBuildInfoMgr::registerInfo(info, _validateVersions, _checkStamps);
 }
 
+/// `library` is destroyed at the end, which doesn't unload it: the object's code must stay.
 void DbgBuildInfoUtil::registerModule(char const* name)
 {
     const std::string file = std::string("libVN") + ExReasonText::orEmpty(name) + OsSharedLib::getSuffix();
     ObjPtr<OsSharedLib> const library = OsSharedLib::open(file.c_str());
     void* const address = library->getFunction(entryName);
-    // That of a library below would tell of another one.
+    // The system also finds a function of that name in the libraries that this one links; that one would describe them.
     if (!System::isInModule(address, file.c_str()))
         throw OsSharedLibEx::ExFunctionNotFound(sourceName, __LINE__, file.c_str(), entryName);
+    // A cast from a data pointer to a function pointer is not in the language; the bytes are the same.
     DbgBuildInfo* (*entry)();
     static_assert(sizeof entry == sizeof address);
     std::memcpy(&entry, &address, sizeof entry);

@@ -6,6 +6,7 @@
 namespace Vn::System
 {
 
+/// Neither call adds a use of the module, so none has to be given back.
 bool isInModule(void* address, char const* file)
 {
     ::HMODULE found = nullptr;

@@ -1,3 +1,4 @@
+// The only source that is compiled with the build's own texts, so that a new build number recompiles nothing else.
 #include <base/dbgbuildvalues_p.h>
 
 namespace Vn::DbgBuildValues

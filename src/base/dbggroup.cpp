@@ -1,3 +1,4 @@
+// The log group of the build information. It exists while the package `debugging` runs.
 #include <base/dbggroup_p.h>
 
 #include <base/lgtypes.h>
@@ -8,6 +9,7 @@ namespace Vn::DbgGroup
 {
 namespace
 {
+/// Not made by static construction: the major group is only there once the logger has started.
 std::optional<LgMinorGroup> group;
 }  // namespace
 

@@ -1,3 +1,8 @@
+// Environment variables as objects, and the registry that lists them.
+//
+// An object looks its variable up when it is made and at each refresh(); between these it holds a pointer into the
+// environment, which is why its value may be out of date. The registry is a list in the order of construction, with a
+// table of places beside it (listplaces_p.h), so that an object leaves in the same time however many there are.
 #include <base/envvar.h>
 
 #include <base/exreasontext_p.h>
@@ -22,6 +27,7 @@ char const* orNil(char const* text)
 }
 }  // namespace
 
+/// Hidden from the header, which would have to include the table.
 class EnvVarRegistry::Places : public ListPlaces<EnvVar*>
 {};
 
@@ -69,8 +75,10 @@ EnvVar::EnvVar(char const* name, char const* defaultValue) : _name(name), _value
     _value = OsEnv::getVariable(_name);
 }
 
+/// Intended: the copy is not listed, although its destructor, like every other, leaves the registry. Do not mend.
 EnvVar::EnvVar(EnvVar const& other) = default;
 
+/// For a copy there is nothing to remove.
 EnvVar::~EnvVar()
 {
     getRegistry().remove(this);
@@ -81,6 +89,7 @@ void EnvVar::refresh()
     _value = OsEnv::getVariable(_name);
 }
 
+/// Intended: the looked-up text and not getValue(), so an unset variable shows "NIL" even if it has a default. Do not mend.
 std::ostream& EnvVar::dump(std::ostream& stream) const
 {
     return dumpName(stream) << " value \"" << orNil(_value) << "\" default \"" << orNil(_default) << '"';
@@ -98,6 +107,7 @@ void EnvVar::putEnv(char const* assignment)
     OsEnv::putVariable(assignment);
 }
 
+/// Right-aligned whatever the stream's state, which is as before afterwards. A longer name overflows its column.
 std::ostream& EnvVar::dumpName(std::ostream& stream) const
 {
     stream << "name ";
@@ -107,6 +117,7 @@ std::ostream& EnvVar::dumpName(std::ostream& stream) const
     return stream;
 }
 
+/// The constructors below call compute() themselves: a virtual call would not reach it from the base's constructor.
 EnvIntVar::EnvIntVar(char const* name, int defaultValue)
     : EnvVar(name, nullptr), _intValue(0), _intDefault(defaultValue)
 {
@@ -124,6 +135,7 @@ std::ostream& EnvIntVar::dump(std::ostream& stream) const
     return dumpName(stream) << " value " << _intValue << " default " << _intDefault;
 }
 
+/// Text that isn't a number is 0 and not the default, as atoi() would have it.
 void EnvIntVar::compute()
 {
     _intValue = getOwnValue() != nullptr ? wholeNumberOf<int>(getOwnValue()) : _intDefault;
@@ -146,6 +158,7 @@ std::ostream& EnvDoubleVar::dump(std::ostream& stream) const
     return dumpName(stream) << " value " << _doubleValue << " default " << _doubleDefault;
 }
 
+/// The same rule, with atof().
 void EnvDoubleVar::compute()
 {
     _doubleValue = getOwnValue() != nullptr ? std::atof(getOwnValue()) : _doubleDefault;
@@ -156,6 +169,7 @@ std::ostream& operator<<(std::ostream& stream, EnvVar const& variable)
     return variable.dump(stream);
 }
 
+/// Intended: a line end before each object and none behind the last. Do not mend.
 std::ostream& operator<<(std::ostream& stream, EnvVarRegistry const& registry)
 {
     for (EnvVar const* variable : registry) {

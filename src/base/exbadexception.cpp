@@ -1,3 +1,4 @@
+// The standard base takes no text, so it keeps its own; what() of the whole object is the reason.
 #include <base/exbadexception.h>
 
 namespace Vn

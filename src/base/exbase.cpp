@@ -1,3 +1,5 @@
+// The root of all exceptions: texts in buffers of fixed size, so that an exception can be made when memory is short. A text
+// that doesn't fit is cut and never refused.
 #include <base/exbase.h>
 
 #include <cstdio>
@@ -19,6 +21,7 @@ void append(char (&buffer)[size], char const* text)
 }
 }  // namespace
 
+/// First bytes only: clearing the whole buffers would take longer than all the rest.
 ExBase::ExBase(char const* file, int line) : _lineNo(line)
 {
     _detailedReason[0] = '\0';
@@ -34,6 +37,7 @@ ExBase::ExBase(ExBase const& other) : _lineNo(other._lineNo)
     std::memcpy(_fileName, other._fileName, sizeof _fileName);
 }
 
+/// Intended: unlike a copy, an assigned exception keeps the detailed text that it has cached; do not mend.
 ExBase const& ExBase::operator=(ExBase const& other)
 {
     if (this == &other)
@@ -51,6 +55,8 @@ char const* ExBase::getReason() const
     return _reason;
 }
 
+/// Formed at the first call, since it needs the type of the finished object, and kept: text added to the reason later on
+/// doesn't show. Writes into the object, so two threads must not make the first call at once.
 char const* ExBase::getDetailedReason() const
 {
     if (_detailedReason[0] != '\0')
@@ -71,12 +77,14 @@ int ExBase::getLineNo() const
     return _lineNo;
 }
 
+/// Intended: appends, whatever its name says; messages are put together by several calls. Do not mend.
 void ExBase::setReason(char const* text)
 {
     if (text != nullptr)
         append(_reason, text);
 }
 
+/// Unlike the reason, a file name replaces the one before.
 void ExBase::setFileName(char const* file)
 {
     if (file == nullptr)

@@ -1,3 +1,4 @@
+// The standard base gets an empty text, here and in all exceptions: what() returns ExBase's buffer.
 #include <base/exinternalerror.h>
 
 namespace Vn

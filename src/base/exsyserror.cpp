@@ -1,3 +1,7 @@
+// Errors of the system, with its own code and text.
+//
+// The error must be read before anything else can change it, an allocation included. So the public constructors only read
+// it, as the argument of a private constructor that builds the bases.
 #include <base/exsyserror.h>
 
 #include <base/exsyserror_p.h>
@@ -10,12 +14,12 @@ namespace Vn
 
 ExSysError::ExSysError(char const* file, int line) : ExBase(file, line), std::runtime_error("") {}
 
+/// From the virtual base, which both concrete classes share.
 char const* ExSysError::what() const noexcept
 {
     return getReason();
 }
 
-// The delegating constructors read the error as their argument, before any base is built that could change it.
 ExSysErrorANSI::ExSysErrorANSI(char const* file, int line) : ExSysErrorANSI(file, line, errno) {}
 
 ExSysErrorANSI::ExSysErrorANSI(char const* file, int line, int error)
@@ -43,7 +47,7 @@ ExSysErrorWindows::ExSysErrorWindows(char const* file, int line, int errorCode)
 {
     char text[1024];
     System::getErrorText(errorCode, text, sizeof text);
-    System::cutLineEnd(text);
+    System::cutLineEnd(text);  // Windows ends its texts with a line end
     setReason(text);
 }
 

@@ -7,6 +7,7 @@
 namespace Vn::System
 {
 
+/// There is one error number here, so both classes of system errors report the same.
 int getLastError()
 {
     return errno;

@@ -1,3 +1,9 @@
+// The heap's policy: settings read from the environment when the package `heapMgr` starts, and operations for a heap that
+// is managed.
+//
+// The compiler's heap has no such operations, so with it they do nothing or give the answer that does no harm: every
+// pointer is valid, every checkpoint is 0. The settings are kept and returned all the same, for programs that read
+// them.
 #include <base/hmheapmgr.h>
 
 #include <base/osenv_p.h>
@@ -12,6 +18,7 @@ namespace Vn
 {
 namespace
 {
+/// Any other word, and an unset variable, leave the level as it is.
 void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
 {
     constexpr char const* words[] = {"some", "full", "debug"};  // by value
@@ -21,13 +28,16 @@ void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
             level = static_cast<HmHeapMgr::SafetyLevel>(i);
 }
 
-/// Unset is false, whatever the setting was.
+/// Intended: an unset variable makes the flag false, also the one that is true by default. Programs set what they want; do
+/// not mend.
 void readFlag(char const* name, bool& flag)
 {
     char const* const value = System::getOwnVariable(name);
     flag = value != nullptr && wholeNumberOf<int>(value) > 0;
 }
 
+/// An unset variable leaves the number as it is. `Integer` is the type of the conversion: a negative text wraps in an
+/// unsigned setting.
 template <class Integer, class T>
 void readNumber(char const* name, T& number)
 {
@@ -36,6 +46,7 @@ void readNumber(char const* name, T& number)
 }
 }  // namespace
 
+/// Compiled here, so that all libraries share the one instance.
 template class InSingleton<HmHeapMgr>;
 
 HmHeapMgr::HmHeapMgr()
@@ -80,6 +91,7 @@ HmHeapMgr& HmHeapMgr::getInstance()
     return InSingleton<HmHeapMgr>::getInstance();
 }
 
+/// A place for a debugger to stop at.
 void HmHeapMgr::breakpoint() {}
 
 void HmHeapMgr::checkHeap() const {}
@@ -100,6 +112,7 @@ void HmHeapMgr::initMultiThread() {}
 
 void HmHeapMgr::protectPtr(void*, PtrProtect) {}
 
+/// The three texts are part of the interface: programs compare them.
 void HmHeapMgr::dump(std::ostream& stream) const
 {
     stream << "*************** Default (compiler's) heap manager ***************\n"
@@ -116,6 +129,7 @@ void HmHeapMgr::dumpMallocStats(std::ostream& stream) const
     stream << "Malloc stats not available with compiler's heap\n";
 }
 
+/// All setters return the former value, so that a caller can restore it.
 HmHeapMgr::SafetyLevel HmHeapMgr::setSafetyLevel(SafetyLevel level)
 {
     return std::exchange(_safetyLevel, level);

@@ -1,17 +1,33 @@
+// The sources of settings, by kind, and how options are taken out of the argument list.
+//
+// Each alias enters the register of its kind when it is made and leaves it when it is destroyed. When the package
+// `initialize` starts (for options: `initArg`), the manager of a kind gives each alias its value:
+//
+//     default, override  the key itself
+//     environment        the variable's text as it is now
+//     option             what the option parser found in the argument list
+//
+// From then on the kind is closed: a further alias would have no value, so its constructor throws. Options are the only
+// kind that changes the argument list: what the parser consumed is removed, and the rest is what getUnboundArgs() shows.
 #include <base/incontextaliasmgr.h>
 
 #include <base/incontextaliasmgr_p.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
 #include <base/inoptionparser.h>
+#include <base/inpointertable_p.h>
 #include <base/neverdestroyed_p.h>
 #include <base/osenv_p.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
+#include <map>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <typeinfo>
+#include <unordered_map>
 
 namespace Vn
 {
@@ -19,12 +35,15 @@ namespace
 {
 constexpr char sourceName[] = "src/base/incontextalias";
 
-/// Known options by their letter, in the order in which their keys form the option string.
+/// One option of the command line: all aliases whose keys share the first character.
 struct Option
 {
     char const* key;    ///< text for the option string
     char const* value;  ///< null while it wasn't given
 };
+
+/// Known options by their letter, in the order in which their keys form the option string. The letter is signed, as the
+/// parser returns it.
 using Options = std::map<signed char, Option>;
 
 signed char letterOf(char const* key)
@@ -32,7 +51,10 @@ signed char letterOf(char const* key)
     return static_cast<signed char>(key[0]);
 }
 
-/// Runs the parser over `arguments` and tells at which of them it stopped.
+/// Runs the parser over `arguments` and returns the position where it stopped.
+///
+/// Intended: an unknown option ends the parsing without a message, and what follows stays in the list. A program may
+/// parse the rest by itself; do not mend.
 int parseOptions(Vector<char*>& arguments, Options& options)
 {
     std::string letters;
@@ -41,11 +63,19 @@ int parseOptions(Vector<char*>& arguments, Options& options)
     InOptionParser parser(static_cast<int>(arguments.size()), arguments.data(), letters.c_str());
     for (int found = parser.getOption(); found != -1 && found != '?'; found = parser.getOption()) {
         char const* const value = parser.getValue();
+        // Made for "-:", as the parser takes a colon of the option string for a letter.
         Option& option = options.try_emplace(static_cast<signed char>(found), Option{"", nullptr}).first->second;
         option.value = value != nullptr ? value : "";
     }
     return parser.getArgumentIndex();
 }
+
+/// Hash of a key that is found by its characters as well, without a std::string made for the search.
+struct HashOfText
+{
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
 }  // namespace
 
 // Arguments are read until the last static object is gone.
@@ -87,15 +117,75 @@ void InContextAliasMgrBase::clearArgs()
     _args.clear();
 }
 
+/// The aliases of one kind, and the keys that they use.
 template <class Alias>
-std::set<Alias*>* InContextAliasMgr<Alias>::_aliases = nullptr;
+class InContextAliasMgr<Alias>::Register
+{
+public:
+    bool isEmpty() const { return _aliases.empty(); }
+
+    /// Whether some alias uses that key.
+    bool usesKey(std::string_view key) const { return _keyUses.find(key) != _keyUses.end(); }
+
+    /// Enters an alias; `countsKey` for kinds whose keys are unique. If there is no memory, it may be entered in part:
+    /// remove() undoes that.
+    void add(Alias& alias, bool countsKey)
+    {
+        if (countsKey)
+            ++_keyUses[alias.getKey()];
+        _places.get(&alias) = _aliases.size();
+        _aliases.push_back(&alias);
+        _isSorted = _isSorted && (_aliases.size() == 1 || isBefore(_aliases[_aliases.size() - 2], &alias));
+    }
+
+    /// The last alias takes the place of the one that goes: only walks need an order, and they sort.
+    void remove(Alias& alias) noexcept
+    {
+        const auto key = _keyUses.find(std::string_view(alias.getKey()));
+        if (key != _keyUses.end() && --key->second == 0)
+            _keyUses.erase(key);
+        std::size_t const* const place = _places.find(&alias);
+        if (place != nullptr && *place < _aliases.size()) {
+            _isSorted = _isSorted && *place + 1 == _aliases.size();
+            _aliases[*place] = _aliases.back();
+            _places.get(_aliases.back()) = *place;
+            _aliases.pop_back();
+        }
+        _places.erase(&alias);
+    }
+
+    /// The aliases in the order of their addresses. The order shows in dump(), and of two options with one letter the
+    /// first gives the option its form.
+    std::vector<Alias*> const& getSorted()
+    {
+        if (!_isSorted) {
+            std::sort(_aliases.begin(), _aliases.end(), isBefore);
+            for (std::size_t i = 0; i < _aliases.size(); ++i)
+                _places.get(_aliases[i]) = i;
+            _isSorted = true;
+        }
+        return _aliases;
+    }
+
+    /// The aliases in no order.
+    std::vector<Alias*> const& getAll() const { return _aliases; }
+
+private:
+    static bool isBefore(Alias const* left, Alias const* right) { return std::less<>()(left, right); }
+
+    std::vector<Alias*> _aliases;
+    InPointerTable<std::size_t> _places;  ///< of each alias in `_aliases`
+    std::unordered_map<std::string, unsigned, HashOfText, std::equal_to<>> _keyUses;
+    bool _isSorted = true;
+};
 
 template <class Alias>
-typename InContextAliasMgr<Alias>::KeyCounts* InContextAliasMgr<Alias>::_keys = nullptr;
+typename InContextAliasMgr<Alias>::Register* InContextAliasMgr<Alias>::_register = nullptr;
 
 template <class Alias>
 bool InContextAliasMgr<Alias>::_initialized = false;
 
+/// The flag is set even if the kind has no alias: an alias made later would never get a value.
 template <class Alias>
 void InContextAliasMgr<Alias>::initialize()
 {
@@ -108,9 +198,9 @@ void InContextAliasMgr<Alias>::initialize()
 template <class Alias>
 void InContextAliasMgr<Alias>::finalize()
 {
-    if (_aliases == nullptr)
+    if (_register == nullptr)
         return;
-    for (Alias* alias : *_aliases)
+    for (Alias* alias : _register->getAll())
         alias->finalize();
 }
 
@@ -118,9 +208,10 @@ template <class Alias>
 void InContextAliasMgr<Alias>::dump()
 {
     std::cerr << "----" << std::endl;
+    // Intended: the second colon; programs compare the text. Do not mend.
     std::cerr << "Context aliases of type: : " << typeid(InContextAliasMgr).name() << std::endl;
-    if (_aliases != nullptr) {
-        for (Alias const* alias : *_aliases) {
+    if (_register != nullptr) {
+        for (Alias const* alias : _register->getSorted()) {
             std::cerr << "Key             : " << alias->getKey() << std::endl;
             std::cerr << "     Description: " << alias->getDescription() << std::endl;
             std::cerr << "     Value      : " << (alias->isValid() ? alias->getValue() : "(uninitialized)")
@@ -133,18 +224,18 @@ void InContextAliasMgr<Alias>::dump()
 template <class Alias>
 void InContextAliasMgr<Alias>::readSources()
 {
-    if (_aliases == nullptr)
+    if (_register == nullptr)
         return;
     if constexpr (std::is_same_v<typename Alias::KindTag, InInitArg>) {
         parseArguments();
     } else if constexpr (std::is_same_v<typename Alias::KindTag, InInitEnv>) {
         const System::EnvironmentReader environment;
-        for (Alias* alias : *_aliases) {
+        for (Alias* alias : _register->getAll()) {
             char const* const key = alias->getKey();
             alias->initialize(System::isOwnSetting(key) ? System::getOwnVariable(key) : environment.find(key));
         }
     } else {
-        for (Alias* alias : *_aliases)
+        for (Alias* alias : _register->getAll())
             alias->initialize(alias->getKey());
     }
 }
@@ -153,12 +244,12 @@ template <class Alias>
 void InContextAliasMgr<Alias>::parseArguments()
 {
     Options options;
-    for (Alias const* alias : *_aliases)
+    for (Alias const* alias : _register->getSorted())
         options.try_emplace(letterOf(alias->getKey()), Option{alias->getKey(), nullptr});
 
     Vector<char*>& arguments = args();
     const int stoppedAt = parseOptions(arguments, options);
-    for (Alias* alias : *_aliases)
+    for (Alias* alias : _register->getAll())
         alias->initialize(options.at(letterOf(alias->getKey())).value);
 
     // The values pointed into these. They go at once: one by one, each would move all that stand behind it.
@@ -170,6 +261,7 @@ void InContextAliasMgr<Alias>::parseArguments()
     arguments.erase(firstTaken, firstKept);
 }
 
+/// A closed kind is looked at before the key: then nothing may be registered at all.
 template <class Alias>
 void InContextAliasMgr<Alias>::add(Alias& alias, Registration registration)
 {
@@ -177,60 +269,28 @@ void InContextAliasMgr<Alias>::add(Alias& alias, Registration registration)
     char const* const key = alias.getKey();
     if (_initialized)
         throw InEx::ExNoNewContextAliasAfterInit(sourceName, __LINE__, alias.getDescription(), key);
-    if (isUnique && registration == Registration::Declaration && _keys != nullptr &&
-        _keys->contains(std::string_view(key)))
+    if (isUnique && registration == Registration::Declaration && _register != nullptr && _register->usesKey(key))
         throw InEx::ExContextAliasAlreadyDefined(sourceName, __LINE__, key);
-
-    if constexpr (isUnique)
-        countKey(key);
     try {
-        if (_aliases == nullptr)
-            _aliases = new std::set<Alias*>;
-        _aliases->insert(&alias);
+        if (_register == nullptr)
+            _register = new Register;
+        _register->add(alias, isUnique);
     } catch (...) {
         remove(alias);
         throw;
     }
 }
 
-/// Undoes whatever add() has done.
+/// Also undoes what an add() that failed has done. The last alias takes the register along.
 template <class Alias>
 void InContextAliasMgr<Alias>::remove(Alias& alias) noexcept
 {
-    dropKey(alias.getKey());
-    if (_aliases == nullptr)
+    if (_register == nullptr)
         return;
-    _aliases->erase(&alias);
-    if (_aliases->empty()) {
-        delete _aliases;
-        _aliases = nullptr;
-    }
-}
-
-template <class Alias>
-void InContextAliasMgr<Alias>::countKey(char const* key)
-{
-    if (_keys == nullptr)
-        _keys = new KeyCounts;
-    try {
-        ++(*_keys)[key];
-    } catch (...) {
-        dropKey(key);
-        throw;
-    }
-}
-
-template <class Alias>
-void InContextAliasMgr<Alias>::dropKey(char const* key) noexcept
-{
-    if (_keys == nullptr)
-        return;
-    const auto found = _keys->find(std::string_view(key));
-    if (found != _keys->end() && --found->second == 0)
-        _keys->erase(found);
-    if (_keys->empty()) {
-        delete _keys;
-        _keys = nullptr;
+    _register->remove(alias);
+    if (_register->isEmpty()) {
+        delete _register;
+        _register = nullptr;
     }
 }
 

@@ -4,10 +4,6 @@
 #include <base/incontextalias.h>
 #include <base/vector.h>
 
-#include <functional>
-#include <map>
-#include <set>
-#include <string>
 #include <vector>
 
 namespace Vn
@@ -85,7 +81,7 @@ public:
 private:
     friend Alias;
 
-    using KeyCounts = std::map<std::string, unsigned, std::less<>>;
+    class Register;
 
     enum class Registration
     {
@@ -95,14 +91,11 @@ private:
 
     static void add(Alias& alias, Registration registration);
     static void remove(Alias& alias) noexcept;
-    static void countKey(char const* key);
-    static void dropKey(char const* key) noexcept;
     static void readSources();
     static void parseArguments();
 
-    static std::set<Alias*>* _aliases;  ///< ordered by address; null while there is none
-    static KeyCounts* _keys;   ///< declared keys of a unique kind, with their users; null while there is none
-    static bool _initialized;  ///< never cleared
+    static Register* _register;  ///< the aliases and their keys; null while there is no alias
+    static bool _initialized;    ///< never cleared
 };
 
 extern template class VN_BASE_EXPORT InContextAliasMgr<InContextAlias<InInitOvr, 0>>;

@@ -1,13 +1,12 @@
 // The transitive closure of the dependency graph, in three steps.
 //
-// 1. ComponentWalk finds the strongly connected components, dependencies before dependants (Tarjan's algorithm). 2.
-// RowFiller gives all members of a component one row of bits: their own bits, if there is more than one member, and
-// the
-//    rows of what they depend on, which are complete already because of that order.
+// 1. ComponentWalk finds the strongly connected components, dependencies before dependants (Tarjan's algorithm).
+// 2. RowFiller gives all members of a component one row of bits: their own bits, if there is more than one member, and
+//    the rows of what they depend on, which are complete already because of that order.
 // 3. closeDependencies() counts the bits of each row and finds the cycles.
 //
 // So the rows are built in one pass instead of Warshall's three nested loops; the result is the same bit for bit,
-// and a test compares both on random graphs. What a mistake here would break is the start order of every program.
+// and a test compares both on random graphs. A mistake here would break the start order of every program.
 #include <base/independencyclosure_p.h>
 
 #include <algorithm>
@@ -20,8 +19,8 @@ namespace
 /// No node has this number.
 constexpr unsigned unvisited = 0xFFFFFFFF;
 
-/// What `node` lists.
-std::span<unsigned const> needsOf(InDependencyGraph const& graph, unsigned node)
+/// The dependencies that `node` lists, with repetitions.
+std::span<unsigned const> targetsOf(InDependencyGraph const& graph, unsigned node)
 {
     return std::span(graph.targets).subspan(graph.starts[node], graph.starts[node + 1] - graph.starts[node]);
 }
@@ -119,8 +118,8 @@ private:
 class RowFiller
 {
 public:
-    RowFiller(InDependencyGraph const& graph, InBitMatrix& needs)
-        : _graph(graph), _needs(needs), _position(graph.size(), 0)
+    RowFiller(InDependencyGraph const& graph, InBitMatrix& rows)
+        : _graph(graph), _rows(rows), _position(graph.size(), 0)
     {}
 
     /// Members of a larger component depend on each other and on themselves, so one row serves all.
@@ -129,11 +128,11 @@ public:
         const unsigned row = members.front();
         if (members.size() > 1)
             for (unsigned member : members)
-                _needs.set(row, member);
+                _rows.set(row, member);
         for (unsigned member : members)
-            addNeeds(row, needsOf(_graph, member));
+            addTargets(row, targetsOf(_graph, member));
         for (unsigned member : members.subspan(1))
-            _needs.merge(member, row);
+            _rows.merge(member, row);
         ++_filled;
         for (unsigned member : members)
             _position[member] = _filled;
@@ -141,7 +140,7 @@ public:
 
 private:
     /// Adds what one member lists.
-    void addNeeds(unsigned row, std::span<unsigned const> targets)
+    void addTargets(unsigned row, std::span<unsigned const> targets)
     {
         // The component filled last usually depends on most of the others: merged first, it spares merging them one
         // by one.
@@ -160,15 +159,15 @@ private:
     /// which lists itself.
     void add(unsigned row, unsigned target)
     {
-        if (_needs.test(row, target))
+        if (_rows.test(row, target))
             return;
         if (_position[target] != 0)
-            _needs.merge(row, target);
-        _needs.set(row, target);
+            _rows.merge(row, target);
+        _rows.set(row, target);
     }
 
     InDependencyGraph const& _graph;
-    InBitMatrix& _needs;
+    InBitMatrix& _rows;
     std::vector<unsigned> _position;  ///< of a node's component, from 1; 0 while it isn't filled
     unsigned _filled = 0;
 };
@@ -179,21 +178,21 @@ private:
 InDependencyClosure closeDependencies(InDependencyGraph const& graph)
 {
     InDependencyClosure closure{InBitMatrix(graph.size()), std::vector<int>(graph.size()), false};
-    RowFiller filler(graph, closure.needs);
+    RowFiller filler(graph, closure.dependencies);
     ComponentWalk(graph).run([&filler](std::span<unsigned const> members) { filler.fill(members); });
 
     std::vector<unsigned> lastListedBy(graph.size(), unvisited);
     for (unsigned node = 0; node < graph.size(); ++node) {
         int repeated = 0;
-        for (unsigned target : needsOf(graph, node)) {
+        for (unsigned target : targetsOf(graph, node)) {
             repeated += lastListedBy[target] == node;
             lastListedBy[target] = node;
         }
         // Intended: a node that lists itself is no cycle, not even on a cycle all of whose nodes list themselves. The
         // start order is defined that way; do not mend.
-        const bool isOnRing = closure.needs.test(node, node) && lastListedBy[node] != node;
-        closure.counts[node] = closure.needs.count(node) + repeated - isOnRing;
-        closure.isCyclic |= isOnRing;
+        const bool isOnCycle = closure.dependencies.test(node, node) && lastListedBy[node] != node;
+        closure.counts[node] = closure.dependencies.count(node) + repeated - isOnCycle;
+        closure.isCyclic |= isOnCycle;
     }
     return closure;
 }

@@ -1,4 +1,4 @@
-// Private to independencyclosure.cpp and ininitmgr.cpp.
+// Private to inbatch_p.h, independencyclosure.cpp and ininitmgrstate_p.h.
 #pragma once
 
 #include <cstddef>
@@ -81,9 +81,9 @@ struct InDependencyGraph
 /// The graph once dependencies of dependencies are dependencies.
 struct InDependencyClosure
 {
-    InBitMatrix needs;        ///< bit (i, i): node i is in a cycle or lists itself
-    std::vector<int> counts;  ///< per node: dependencies as listed plus inherited ones, without itself
-    bool isCyclic;            ///< some node depends on itself through others and doesn't list itself
+    InBitMatrix dependencies;  ///< bit (i, j): i depends on j; bit (i, i): node i is in a cycle or lists itself
+    std::vector<int> counts;   ///< per node: dependencies as listed plus inherited ones, without itself
+    bool isCyclic;             ///< some node depends on itself through others and doesn't list itself
 };
 
 /// Closes the graph in one pass over its strongly connected components.

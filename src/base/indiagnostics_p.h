@@ -1,4 +1,4 @@
-// Private to incontextaliasmgr.cpp, ininitmgr.cpp, inpackageinit.cpp and invariable.cpp.
+// Private to incontextaliasmgr.cpp, ininitmgrstate.cpp, inpackageinit.cpp and invariable.cpp.
 #pragma once
 
 #include <base/osenv_p.h>

@@ -1,3 +1,8 @@
+// The exceptions of start, stop and settings.
+//
+// All follow one pattern: the standard base comes first and gets an empty text, since what() returns ExBase's buffer;
+// then the constructor forms the reason from a fixed text, and from names that are cut to `nameLimit`. The texts are part
+// of the interface: programs compare them.
 #include <base/inex.h>
 
 #include <base/duplicatestring.h>
@@ -38,9 +43,6 @@ std::string_view tagOf(std::string_view type)
 }
 }  // namespace
 
-/// All classes below follow one pattern: the standard base gets an empty text, since what() comes from ExBase's
-/// buffer, and the reason is set from a fixed text or a name cut to `nameLimit`. The texts are part of the interface:
-/// programs compare them.
 InEx::InEx(char const* file, int line) : ExBase(file, line) {}
 
 /// `package` comes from the compiler's type information and can be long: hence the limit.
@@ -70,6 +72,7 @@ InEx::ExDependencyCycle::ExDependencyCycle(char const* file, int line) : std::lo
 
 VN_EX_DEFINE_MEMBERS(InEx::ExDependencyCycle);
 
+/// For hooks of client packages; the library doesn't throw it and gives it no special treatment.
 InEx::ExPackageInitError::ExPackageInitError(char const* file, int line, char const* package)
     : std::runtime_error(""), InEx(file, line)
 {
@@ -78,7 +81,8 @@ InEx::ExPackageInitError::ExPackageInitError(char const* file, int line, char co
 
 VN_EX_DEFINE_MEMBERS(InEx::ExPackageInitError);
 
-/// Thrown by clients only, as ExDoubleInit: the library allows what both name. They stay part of the interface.
+/// Intended: nothing in the library throws this class or ExDoubleInit, as the library allows what both name. They stay part
+/// of the interface; do not mend.
 InEx::ExRegAfterInit::ExRegAfterInit(char const* file, int line) : std::runtime_error(""), InEx(file, line)
 {
     setReason("Package registered after initialize().");
@@ -86,6 +90,7 @@ InEx::ExRegAfterInit::ExRegAfterInit(char const* file, int line) : std::runtime_
 
 VN_EX_DEFINE_MEMBERS(InEx::ExRegAfterInit);
 
+/// From the constructor of a package, and so out of the loading of its library.
 InEx::ExReinitWithoutGuard::ExReinitWithoutGuard(char const* file, int line)
     : std::runtime_error(""), InEx(file, line)
 {
@@ -116,6 +121,7 @@ InEx::ExDoubleFinalise::ExDoubleFinalise(char const* file, int line) : std::runt
 
 VN_EX_DEFINE_MEMBERS(InEx::ExDoubleFinalise);
 
+/// From here on: settings. A handle is the programmer's name, hence no type information in these.
 InEx::ExHandleAlreadyInUse::ExHandleAlreadyInUse(char const* file, int line, char const* handle)
     : std::runtime_error(""), InEx(file, line)
 {
@@ -166,6 +172,7 @@ InEx::ExVariableAlreadyInitialized::ExVariableAlreadyInitialized(char const* fil
 
 VN_EX_DEFINE_MEMBERS(InEx::ExVariableAlreadyInitialized);
 
+/// Names description and key: the key alone is often a short text such as "0".
 InEx::ExNoNewContextAliasAfterInit::ExNoNewContextAliasAfterInit(char const* file, int line,
                                                                  char const* description, char const* key)
     : std::logic_error(""), InEx(file, line)

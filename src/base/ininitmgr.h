@@ -103,7 +103,6 @@ private:
     friend class InReinitGuard;
 
     class State;
-    struct PackageEntry;
 
     InInitMgr();
     ~InInitMgr() = delete;

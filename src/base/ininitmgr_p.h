@@ -1,4 +1,4 @@
-// Private to ininitmgr.cpp; implemented in ininitmgrposix.cpp and ininitmgrwindows.cpp.
+// Private to ininitmgrstate.cpp; implemented in ininitmgrposix.cpp and ininitmgrwindows.cpp.
 #pragma once
 
 #include <string>

@@ -1,3 +1,13 @@
+// Options one by one, in the manner of getopt() but without global state.
+//
+// `_cursor` stands on the last character consumed, in the element `_argIndex`. A step moves it on by one; if it then stands
+// on the terminator, the next element is looked at: one that begins with a dash is entered, anything else ends the parsing.
+// An option with a value takes the rest of its element, or else the whole next element, and the cursor goes to the end of
+// what was taken. So several letters may stand in one element, and the constructor only has to put the cursor on the end
+// of element 0.
+//
+// Vectors may be wrong in ways that the rule doesn't speak of (a null element, an empty one, no element 0, a call after the
+// end): the parser then ends, or takes the element as empty, and never reads outside an element.
 #include <base/inoptionparser.h>
 
 #include <cstring>
@@ -29,6 +39,7 @@ InOptionParser::InOptionParser(int argc, char** const argv, char const* options)
         consumeElement();
 }
 
+/// Returns a `char` widened with its sign, so a letter beyond ASCII is negative.
 int InOptionParser::getOption()
 {
     _value = nullptr;
@@ -42,6 +53,7 @@ int InOptionParser::getOption()
         char const* const element = elementAt(_argIndex);
         if (element[0] != '-' || element[1] == '\0')
             return finish();
+        // Intended: "--long" ends the options just as "--" does, and is consumed. Do not mend.
         if (element[1] == '-') {
             ++_argIndex;
             return finish();
@@ -49,6 +61,7 @@ int InOptionParser::getOption()
         _cursor = element + 1;
     }
 
+    // Intended: a colon finds the colon of an option string and so counts as a letter. Do not mend.
     const int letter = static_cast<signed char>(*_cursor);
     char const* const known = std::strchr(_options, *_cursor);
     if (known == nullptr)
@@ -60,7 +73,7 @@ int InOptionParser::getOption()
         _value = _cursor + 1;
         consumeElement();
     } else {
-        takeNextElement();
+        takeNextElement();  // even if it begins with a dash
     }
     return letter;
 }
@@ -75,6 +88,7 @@ int InOptionParser::getArgumentIndex() const
     return _argIndex;
 }
 
+/// Without a value there was no option that could have a further one.
 char const* InOptionParser::gotoNextValue()
 {
     if (_value != nullptr)
@@ -82,14 +96,16 @@ char const* InOptionParser::gotoNextValue()
     return _value;
 }
 
+/// Writes terminators into the string, over commas and equals signs, so that names and values can be returned without
+/// copies.
 int InOptionParser::getSubOption(char** optionp, char* const* tokens, char** valuep)
 {
     char* const name = *optionp;
     char* scan = name + std::strcspn(name, ",=");
     *valuep = nullptr;
     if (*scan == '=') {
-        *scan++ = '\0';
-        *valuep = scan;
+        *scan = '\0';
+        *valuep = ++scan;
         scan += std::strcspn(scan, ",");
     }
     if (*scan == ',')
@@ -103,6 +119,7 @@ int InOptionParser::getSubOption(char** optionp, char* const* tokens, char** val
     return -1;
 }
 
+/// A null element counts as empty.
 char const* InOptionParser::elementAt(int index) const
 {
     return _argv[index] != nullptr ? _argv[index] : "";
@@ -124,6 +141,7 @@ void InOptionParser::takeNextElement()
     consumeElement();
 }
 
+/// Without a cursor every further call returns -1.
 int InOptionParser::finish()
 {
     _cursor = nullptr;

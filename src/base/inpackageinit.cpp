@@ -1,11 +1,17 @@
 // A package's name, dependencies and variables. The lists of packages and the order of start are the manager's
-// (ininitmgr.cpp); a package only knows what it depends on itself.
+// (ininitmgrstate.cpp); a package only knows what it depends on itself.
+//
+// Variables come and go in any order, and each departure must take the same time whatever the number of the others. So
+// one that goes leaves a hole in `_variables` (inholes_p.h), and a register of all variables knows the place of each. The
+// fields of the classes are part of the interface, hence a register. While a package starts or stops, its variables keep
+// their places: an override or a diagnostic may add or destroy one meanwhile.
 #include <base/inpackageinit.h>
 
 #include <base/assertions.h>
 #include <base/indiagnostics_p.h>
 #include <base/inholes_p.h>
 #include <base/ininitmgr.h>
+#include <base/inpointertable_p.h>
 #include <base/invariable.h>
 
 #include <algorithm>
@@ -26,19 +32,61 @@ void printHook(InPackageInit const& package, char const* hook)
                   << ">::" << hook << "()" << std::endl;
 }
 
-/// Sets a flag for the length of a scope.
+bool isHole(InVariableBase const* variable)
+{
+    return variable == nullptr;
+}
+
+/// Marks a package whose variables are being walked through. The scopes that exist form a chain, innermost first: the
+/// start of one package may end a guard and so start others.
 class WalkScope
 {
 public:
-    explicit WalkScope(bool& isWalking) : _isWalking(isWalking), _before(isWalking) { _isWalking = true; }
-    ~WalkScope() { _isWalking = _before; }
+    explicit WalkScope(InPackageInit const& package) : _package(package), _outer(_innermost) { _innermost = this; }
+    ~WalkScope() { _innermost = _outer; }
     WalkScope(WalkScope const&) = delete;
     WalkScope& operator=(WalkScope const&) = delete;
 
+    static bool isOpenFor(InPackageInit const& package)
+    {
+        WalkScope const* scope = _innermost;
+        while (scope != nullptr && &scope->_package != &package)
+            scope = scope->_outer;
+        return scope != nullptr;
+    }
+
 private:
-    bool& _isWalking;
-    bool _before;
+    static WalkScope const* _innermost;
+
+    InPackageInit const& _package;
+    WalkScope const* _outer;
 };
+
+WalkScope const* WalkScope::_innermost = nullptr;
+
+/// Where a variable stands. Nearly every variable is listed once, by its own package; for one that is listed several
+/// times the package searches.
+struct Listing
+{
+    InPackageInit const* package = nullptr;  ///< null if `place` isn't known
+    std::size_t place = 0;
+    std::size_t count = 0;  ///< entries of the variable, in all packages together
+};
+
+/// Never destroyed: static objects of any library may be variables, and leave at any time.
+InPointerTable<Listing>& listings()
+{
+    static InPointerTable<Listing>& theListings = *new InPointerTable<Listing>;
+    return theListings;
+}
+
+/// For an entry that goes.
+void forgetListing(InVariableBase const* variable)
+{
+    Listing* const listing = listings().find(variable);
+    if (listing != nullptr && --listing->count == 0)
+        listings().erase(variable);
+}
 }  // namespace
 
 InPackageInitBase::~InPackageInitBase() = default;
@@ -53,9 +101,12 @@ InPackageInit::InPackageInit(char const* name)
 }
 
 /// Also reached when the constructor of the derived class has thrown after registerPackage(): no list keeps its
-/// address.
+/// address. Variables should have gone before; what is known of the others' places ends here.
 InPackageInit::~InPackageInit()
 {
+    for (InVariableBase const* variable : _variables)
+        if (!isHole(variable))
+            forgetListing(variable);
     InInitMgr::forgetPackage(this);
 }
 
@@ -63,36 +114,43 @@ void InPackageInit::addDependency(InVariableBase* variable)
 {
     if (variable == nullptr)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "variable != 0");
+    if (!WalkScope::isOpenFor(*this))
+        InHoles::makeRoom(_variables, isHole, [this](InVariableBase* moved, std::size_t to) {
+            if (Listing* const listing = listings().find(moved); listing != nullptr && listing->package == this)
+                listing->place = to;
+        });
     _variables.push_back(variable);
-    if (variable->_package != this || variable->_place != InVariableBase::nowhere)
-        _doVariablesKnow = false;
-    else
-        variable->_place = _variables.size() - 1;
+    try {
+        Listing& listing = listings().get(variable);
+        ++listing.count;
+        listing.package = listing.count == 1 ? this : nullptr;
+        listing.place = _variables.size() - 1;
+    } catch (...) {
+        _variables.pop_back();
+        throw;
+    }
 }
 
 /// The first equal entry only, as the constructor of a variable adds one.
 void InPackageInit::removeDependency(InVariableBase* variable)
 {
-    const std::size_t place = variable != nullptr ? placeOf(variable) : nowhere;
-    if (place >= _variables.size())
+    const std::size_t place = variable != nullptr ? placeOf(variable) : _variables.size();
+    if (place == _variables.size())
         return;
     _variables[place] = nullptr;
-    ++_holes;
-    if (_doVariablesKnow)
-        variable->_place = InVariableBase::nowhere;
-    if (_isWalking)
-        return;
-    const auto isHole = [](InVariableBase const* entry) { return entry == nullptr; };
-    InHoles::tidy(_variables, _holes, isHole, [this](InVariableBase* moved, std::size_t to) {
-        if (_doVariablesKnow)
-            moved->_place = to;
-    });
+    forgetListing(variable);
+    if (!WalkScope::isOpenFor(*this))
+        InHoles::dropAtEnd(_variables, isHole);
 }
 
+/// Place of the first entry of `variable`, or the size of the list.
 std::size_t InPackageInit::placeOf(InVariableBase const* variable) const
 {
-    if (_doVariablesKnow)
-        return variable->_package == this ? variable->_place : nowhere;
+    Listing const* const listing = listings().find(variable);
+    if (listing == nullptr)
+        return _variables.size();
+    if (listing->package != nullptr)
+        return listing->package == this ? listing->place : _variables.size();
     const auto found = std::find(_variables.begin(), _variables.end(), variable);
     return static_cast<std::size_t>(found - _variables.begin());
 }
@@ -120,12 +178,12 @@ void InPackageInit::initialize()
 {
     printHook(*this, "performInitialize");
     {
-        const WalkScope walking(_isWalking);
+        const WalkScope walking(*this);
         // Asked once for all of them, as each question walks through the environment.
         const bool isTelling = InDiagnostics::areOn();
         // By index and not by iterator: an override or a diagnostic may add a variable meanwhile.
         for (std::size_t i = 0; i < _variables.size(); ++i)
-            if (_variables[i] != nullptr)
+            if (!isHole(_variables[i]))
                 _variables[i]->initialize(isTelling);
     }
     performInitialize();
@@ -138,9 +196,9 @@ void InPackageInit::finalize()
     printHook(*this, "performFinalize");
     setInitialized(false);
     performFinalize();
-    const WalkScope walking(_isWalking);
+    const WalkScope walking(*this);
     for (std::size_t i = _variables.size(); i > 0; --i)
-        if (_variables[i - 1] != nullptr)
+        if (!isHole(_variables[i - 1]))
             _variables[i - 1]->finalize();
 }
 

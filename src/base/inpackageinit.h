@@ -110,22 +110,11 @@ protected:
 private:
     friend class InInitMgr;
 
-    static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
-
     std::size_t placeOf(InVariableBase const* variable) const;
 
     char _name[128];
     Vector<std::type_info const*> _dependencies;
     Vector<InVariableBase*> _variables;  ///< in registration order; not owned; null where one has gone
-
-    // That no departure costs a walk through all the others.
-    std::size_t _holes = 0;   ///< nulls among the variables
-    bool _isWalking = false;  ///< through the variables, which keep their places meanwhile
-    bool _doVariablesKnow =
-        true;  ///< each its place; not once one that is another package's, or listed already, was added
-    std::size_t _listed = 0;         ///< entries of the manager's lists that are this package's
-    std::size_t _batchAt = nowhere;  ///< where in the manager's waiting or present batch it was last put
-    std::size_t _savedAt = nowhere;  ///< the same among the packages taken up
 };
 
 }  // namespace Vn

@@ -1,4 +1,4 @@
-// Private to ininitmgr.cpp.
+// Private to inbatch_p.h and ininitmgrstate_p.h.
 #pragma once
 
 #include <bit>

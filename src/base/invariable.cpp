@@ -1,15 +1,32 @@
+// The road of a setting's text, from its sources to getValue():
+//
+// 1. Static construction. The aliases are declared (incontextalias.imp) and enter the register of their kind
+//    (incontextaliasmgr.cpp). The variable enters the registry of handles, then its package's list, and clones the
+//    aliases that it was given; its own clones stand in `_aliases`, highest rank first.
+// 2. Before the start a program may override the variable. The override waits under the handle.
+// 3. The packages `initialize` and `initArg` start: each alias, clones included, gets its text.
+// 4. The variable's own package starts: initialize() takes the override, chooses the first alias that has a text, and has
+//    it converted to a number and a truth value.
+// 5. getValue() reads what was converted, from the chosen alias.
+// 6. The package stops: finalize() forgets the choice, and reading throws.
+//
+// The registry and the overrides are made for their first entry and deleted with their last one, so that a program that
+// has destroyed its settings holds no memory of them.
 #include <base/invariable.h>
 
 #include <base/duplicatestring.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
 
-#include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
+#include <map>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <typeinfo>
+#include <unordered_map>
 
 namespace Vn
 {
@@ -33,10 +50,20 @@ void dropIfEmpty(Map*& map) noexcept
 }
 }  // namespace
 
+/// Keys are the variables' own handles, so an entry must not outlive its variable.
+class InVariableBase::Registry : public std::unordered_map<std::string_view, InVariableBase*>
+{};
+
+/// In the order of the handles, in which those that nobody took are printed.
+class InVariableBase::Overrides : public std::map<std::string, Override*, std::less<>>
+{};
+
 InVariableBase::Registry* InVariableBase::_registry = nullptr;
 InVariableBase::Overrides* InVariableBase::_pendingOverrides = nullptr;
 InVariableBase::InContextAliasDummy InVariableBase::_dummy;
 
+/// Recognised by its address alone. A call of a virtual operation means that it was taken for a source, which the
+/// program can't recover from.
 InVariableBase::InContextAliasDummy::InContextAliasDummy() : InContextAliasBase("InVariableBase::_dummy") {}
 
 InContextAliasBase* InVariableBase::InContextAliasDummy::clone() const
@@ -63,6 +90,7 @@ InVariableBase::InVariableBase(char const* const handle, InPackageInitBase& pack
     : _contextAlias(nullptr), _package(&package), _handle(duplicateString(handle))
 {
     enterRegistry();
+    // Whatever throws from here on, nothing of this variable may stay anywhere: its destructor will not run.
     try {
         package.addDependency(this);
         for (InContextAliasBase const* alias :
@@ -77,6 +105,7 @@ InVariableBase::InVariableBase(char const* const handle, InPackageInitBase& pack
     }
 }
 
+/// The package last, as it is the one that may be destroyed next.
 InVariableBase::~InVariableBase()
 {
     leaveRegistry();
@@ -89,6 +118,8 @@ void InVariableBase::initialize()
     initialize(InDiagnostics::areOn());
 }
 
+/// An alias whose kind has no values yet is passed over in silence: such a variable lacks a dependency on `initialize` or
+/// `initArg`. Having no source at all is no error either, until the variable is read.
 void InVariableBase::initialize(bool isTelling)
 {
     takeOverride();
@@ -109,6 +140,7 @@ void InVariableBase::initialize(bool isTelling)
     std::cerr << "----" << std::endl;
 }
 
+/// The alias keeps its text: only the choice ends here.
 void InVariableBase::finalize()
 {
     _contextAlias = nullptr;
@@ -137,6 +169,7 @@ InVariableBase const* InVariableBase::queryViaHandle(char const* const handle)
 void InVariableBase::overrideViaHandle(char const* const handle, char const* const value,
                                        char const* const description)
 {
+    // Printed even if the override is then refused, so that a failing program shows what it tried.
     if (InDiagnostics::areOn()) {
         std::cerr << "----" << std::endl;
         std::cerr << "Adding override for handle: " << viewOf(handle) << std::endl;
@@ -148,10 +181,12 @@ void InVariableBase::overrideViaHandle(char const* const handle, char const* con
     if (variable != nullptr && variable->isValid())
         throw InEx::ExVariableAlreadyInitialized(sourceName, __LINE__, handle);
 
+    // Refused by the manager of overrides once these have their values.
     std::unique_ptr<Override> alias = std::make_unique<Override>(value, description);
     if (_pendingOverrides == nullptr)
         _pendingOverrides = new Overrides;
     try {
+        // The last call for a handle wins.
         Override*& pending = (*_pendingOverrides)[std::string(viewOf(handle))];
         delete pending;
         pending = alias.release();
@@ -166,6 +201,7 @@ bool InVariableBase::isOverridden(char const* const handle)
     return _pendingOverrides != nullptr && _pendingOverrides->contains(viewOf(handle));
 }
 
+/// Out of line, so that getValue() stays small enough to be inlined everywhere.
 void InVariableBase::throwNoSource() const
 {
     if (_contextAlias == nullptr)
@@ -198,7 +234,7 @@ void InVariableBase::enterRegistry()
     if (_registry == nullptr)
         _registry = new Registry;
     try {
-        if (!_registry->emplace(_handle.get(), this).second)
+        if (!_registry->try_emplace(_handle.get(), this).second)
             throw InEx::ExHandleAlreadyInUse(sourceName, __LINE__, _handle);
     } catch (...) {
         dropIfEmpty(_registry);
@@ -226,6 +262,7 @@ void InVariableBase::deleteAliases() noexcept
     _aliases.clear();
 }
 
+/// From here on the override is a source like the others, and the handle may be overridden anew before another start.
 void InVariableBase::takeOverride()
 {
     if (_pendingOverrides == nullptr)
@@ -238,6 +275,7 @@ void InVariableBase::takeOverride()
     dropIfEmpty(_pendingOverrides);
 }
 
+/// Compiled once: the three types that a setting can have.
 template class InVariable<int>;
 template class InVariable<bool>;
 template class InVariable<char const*>;

@@ -5,11 +5,7 @@
 #include <base/incontextalias.h>
 #include <base/inpackageinit.h>
 
-#include <cstddef>
-#include <functional>
-#include <map>
 #include <set>
-#include <string>
 #include <type_traits>
 
 namespace Vn
@@ -119,7 +115,8 @@ private:
     friend class InInitMgr;
     friend class InPackageInit;
 
-    static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+    class Registry;
+    class Overrides;
 
     struct HigherPriority
     {
@@ -130,8 +127,6 @@ private:
     };
 
     using Override = InContextAlias<InInitOvr, 0>;
-    using Registry = std::map<std::string, InVariableBase*, std::less<>>;
-    using Overrides = std::map<std::string, Override*, std::less<>>;
 
     [[noreturn]] void throwNoSource() const;
     void initialize(bool isTelling);
@@ -141,15 +136,13 @@ private:
     void deleteAliases() noexcept;
     void takeOverride();
 
-    static Registry* _registry;           ///< null while there is no variable
-    static Overrides* _pendingOverrides;  ///< owns the aliases; null while there is none
+    static Registry* _registry;           ///< the variables by handle; null while there is none
+    static Overrides* _pendingOverrides;  ///< by handle; owns the aliases; null while there is none
 
     InContextAliasBase const* _contextAlias;
     std::multiset<InContextAliasBase*, HigherPriority> _aliases;  ///< owned
     InPackageInitBase* _package;
     ArrayPtr<char> _handle;
-
-    std::size_t _place = nowhere;  ///< among the variables of its package, which keeps it
 };
 
 /// A setting of type `int`, `bool` or `char const*`. incontextalias.h shows how to declare one with its sources.

@@ -1,3 +1,4 @@
+// Where tests leave their files. The logger has a variable of its own for its files.
 #include <base/testdir.h>
 
 #include <base/osenv_p.h>
@@ -6,6 +7,8 @@
 namespace Vn
 {
 
+/// Read once and never destroyed: files stay together in one folder even if the variable changes, and static objects may
+/// still ask.
 OsFilePath const& TestDir::getDefaultPath()
 {
     static OsFilePath const& path = *[] {
@@ -15,6 +18,7 @@ OsFilePath const& TestDir::getDefaultPath()
     return path;
 }
 
+/// With the folders above it.
 OsFilePath TestDir::create(OsFilePath const& path)
 {
     OsFsUtils::createDir(path.getChars(), true);

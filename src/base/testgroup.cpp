@@ -1,3 +1,11 @@
+// Groups and their registry, and the headings that groups print.
+//
+// Groups are static objects, so they enter the registry before `main`, in the order in which the linker placed them. The
+// registry is made by the first of them and never destroyed, and a group doesn't leave it: groups live as long as the
+// program, and a program that ends may still list them.
+//
+// Everything a group prints goes through trace at the level "Main" (testtrace_p.h), so trace options silence or redirect
+// it; only the list of groups is printed whatever levels are on.
 #include <base/testgroup.h>
 
 #include <base/duplicatestring.h>
@@ -14,12 +22,14 @@ namespace
 {
 constexpr char sourceName[] = "src/base/testgroup";
 
+/// In the order of construction.
 Vector<TestGroup*>& registry()
 {
     static Vector<TestGroup*>& groups = *new Vector<TestGroup*>;
     return groups;
 }
 
+/// The copy comes first, as `with` may be the old text.
 void replaceText(char*& text, char const* with)
 {
     char* const copy = with != nullptr ? duplicateString(with).release() : nullptr;
@@ -27,6 +37,7 @@ void replaceText(char*& text, char const* with)
     text = copy;
 }
 
+/// Without a prefix the empty lines don't show, as the trace output drops empty texts.
 void traceHeading(int line, std::string const& text)
 {
     traceTest(sourceName, line, "");
@@ -45,13 +56,15 @@ bool TestGroup::_isPixified = false;
 TestGroup::TestGroup(char const* name)
     : _name(nullptr), _usage(nullptr), _description(nullptr), _printHeaders(true), _groupNameInArgs(false)
 {
-    if (registry().size() == registry().capacity())  // before a name is taken that nobody would free
+    // First, as an exception after setName() would leave the name to nobody: the destructor doesn't run then.
+    if (registry().size() == registry().capacity())
         registry().reserve(2 * registry().size() + 8);
     if (name != nullptr)
         setName(name);
     registry().push_back(this);
 }
 
+/// Intended: the registry keeps the address. Groups are static objects; do not mend.
 TestGroup::~TestGroup()
 {
     delete[] _name;
@@ -59,6 +72,7 @@ TestGroup::~TestGroup()
     delete[] _description;
 }
 
+/// What a group doesn't override does nothing.
 void TestGroup::prepare(int, char** const) {}
 
 void TestGroup::terminate() {}
@@ -80,6 +94,8 @@ bool TestGroup::getGroupNameInArgs() const
     return _groupNameInArgs;
 }
 
+/// The old name goes first, so a group may take its own name anew. A duplicate is thrown during static construction as a
+/// rule and so ends the program before `main`; the trace is where its developer sees why.
 void TestGroup::setName(char const* name)
 {
     const ArrayPtr<char> previous(_name);  // `name` may be this very text
@@ -115,6 +131,7 @@ void TestGroup::setGroupNameInArgs(bool groupNameInArgs)
     _groupNameInArgs = groupNameInArgs;
 }
 
+/// Linear: a program has tens of groups.
 TestGroup* TestGroup::getInstance(char const* name)
 {
     if (name == nullptr)
@@ -126,6 +143,7 @@ TestGroup* TestGroup::getInstance(char const* name)
     return nullptr;
 }
 
+/// One print for each group, as the trace output ends each with a line end.
 void TestGroup::printInstances()
 {
     TraceManager& manager = TraceManager::getInstance();

@@ -25,7 +25,7 @@ namespace Vn
 class VN_BASE_EXPORT TestGroup
 {
 public:
-    /// Takes the group off the list, and frees its texts.
+    /// Frees the texts. The group stays in the registry, so nothing may look groups up afterwards.
     virtual ~TestGroup();
 
     /// Before execute(), neither measured nor checked for leaks. Does nothing unless overridden.

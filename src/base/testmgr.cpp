@@ -1,3 +1,15 @@
+// The `main` of a test program, from its command line to its exit code.
+//
+// 1. The handlers for exceptions that nothing catches are installed (testmgrhandlers_p.h).
+// 2. An InInitGuard starts all packages, and takes the options of settings out of the command line. Its destructor
+//    stops them on every way out, so they have stopped when an exception is reported.
+// 3. What is left of the command line is looked at word by word: nothing, a performance run (testperformer.cpp), the
+//    list of the loaded libraries, or a group with its own arguments.
+// 4. The group runs: prepare(), execute(), terminate(). An exception skips what follows; a leak found by the check
+//    skips it too, and is told by the exit code alone.
+//
+// Exceptions become an exit code here and nowhere else, so a group needs no handling of its own. The harness runs on one
+// thread.
 #include <base/testmgr.h>
 
 #include <base/dbgbuildinfo.h>
@@ -32,16 +44,23 @@ namespace
 {
 constexpr char sourceName[] = "src/base/testmgr";
 
-constexpr int done = 0;
-constexpr int wronglyCalled = 1;
-constexpr int failed = 2;
-constexpr int leaked = 3;
+/// What the process returns. Scripts depend on the numbers.
+enum ExitCode : int
+{
+    Done = 0,
+    WrongArguments = 1,
+    ExceptionReached = 2,
+    LeakFound = 3
+};
 
+/// Intended: the order of the words differs from the one that is accepted, which has the option first. Programs compare
+/// this text; do not mend.
 constexpr char usage[] = "\nArguments: \n\n<testGroup> { <args> } \n<testGroup> -perf <fileName>\n"
                          "<testGroup> -dumpLeaks { <args> }\n<testGroup> -dumpLibs { <args> }\n"
                          "<testGroup> -detectLeaks { <args> }\n";
 
-/// What the registry shows for any test program.
+/// What the registry of build information shows for any test program. Holds nothing: the registry destroys it without
+/// its destructor.
 class TestSuiteBuildInfo : public DbgBuildInfo
 {
 public:
@@ -90,11 +109,13 @@ private:
     int _count;
 };
 
+/// Passes the text to the trace output whatever levels are on: who asks for the usage wants to see it.
 void printText(std::string const& text)
 {
     TraceManager::getInstance().print(text.c_str());
 }
 
+/// Off by default, as the level is: for a log that should say which builds were tested.
 void reportLibraries()
 {
     std::ostringstream text;
@@ -104,49 +125,60 @@ void reportLibraries()
     VN_LOG(*DbgGroup::get(), LgTypes::Informational, text.str().c_str());
 }
 
+/// By the base name alone: a folder of that name changes nothing.
 bool isPixie(char const* program)
 {
     return std::strstr(OsFilePath(program).getBaseName().getChars(), ".pixie") != nullptr;
 }
 
+/// Only the heading depends on the trace level.
 void printLibraries()
 {
     traceTest(sourceName, __LINE__, "Loaded Libraries:");
     LmLibraries::dumpList();
 }
 
+/// `-perf FILE`: runs the groups of the file and prints the table of their times.
 int runPerformance(Arguments const& arguments)
 {
     if (arguments.getCount() < 3) {
         TestInform::abnormalTermination(usage);
-        return wronglyCalled;
+        return WrongArguments;
     }
     TestPerformer& performer = TestPerformer::getInstance();
     performer.execute(OsFilePath(arguments[2]));
     std::ostringstream table;
     table << performer;
     printText(table.str());
-    return done;
+    return Done;
 }
 
-/// What the words before the group's name ask for.
-struct Wishes
+/// The option before the group's name, if there is one.
+class GroupOptions
 {
-    explicit Wishes(Arguments const& arguments)
-        : dumpsLibraries(arguments.is(1, "-dumpLibs")),
-          dumpsLeaks(arguments.is(1, "-dumpLeaks")),
-          detectsLeaks(arguments.is(1, "-detectLeaks")),
-          groupIndex(dumpsLibraries || dumpsLeaks || detectsLeaks ? 2 : 1)
+public:
+    explicit GroupOptions(Arguments const& arguments)
+        : _dumpsLibraries(arguments.is(1, "-dumpLibs")),
+          _dumpsLeaks(arguments.is(1, "-dumpLeaks")),
+          _detectsLeaks(arguments.is(1, "-detectLeaks"))
     {}
 
-    bool checksLeaks() const { return dumpsLeaks || detectsLeaks; }
+    bool dumpsLibraries() const { return _dumpsLibraries; }
+    bool checksLeaks() const { return _dumpsLeaks || _detectsLeaks; }
 
-    bool dumpsLibraries;
-    bool dumpsLeaks;
-    bool detectsLeaks;
-    int groupIndex;
+    /// Whether a leak is printed with its call stack.
+    bool dumpsStack() const { return !_detectsLeaks; }
+
+    /// Where the group's name stands.
+    int getGroupIndex() const { return _dumpsLibraries || checksLeaks() ? 2 : 1; }
+
+private:
+    bool _dumpsLibraries;
+    bool _dumpsLeaks;
+    bool _detectsLeaks;
 };
 
+/// The group runs all the same: the check then finds nothing.
 void warnWithoutHeapForDebugging(char const* option)
 {
     if (!HmGC::isMemDebugLoaded())
@@ -154,11 +186,11 @@ void warnWithoutHeapForDebugging(char const* option)
                   std::string("Warning: ") + option + " specified but MemDebug version of smartheap is not loaded");
 }
 
-/// True if a leak was found.
-bool executeUnderLeakCheck(TestGroup& group, int count, char** vector, bool dumpsStack)
+/// Returns whether a leak was found. The check reports at its end, by an exception, which execute() may throw as well.
+bool findsLeak(TestGroup& group, int count, char** vector, bool dumpsStack)
 {
     try {
-        HmGC check{};
+        HmGC check{};  // with braces: all its fields are zero, whatever the stack held
         if (!dumpsStack)
             check.setStackDump(false);
         check.setThrowException(true);
@@ -169,40 +201,53 @@ bool executeUnderLeakCheck(TestGroup& group, int count, char** vector, bool dump
     return false;
 }
 
+/// An empty line, the heading and an empty line.
+void traceGroupHeading(TestGroup const& group)
+{
+    traceTest(sourceName, __LINE__, "");
+    traceTest(sourceName, __LINE__, std::string("Executing ") + group.getName());
+    traceTest(sourceName, __LINE__, "");
+}
+
+/// Not reached after an exception or a leak: these lines say that the group is through.
+void traceGroupEnd()
+{
+    TestGroup::caseHeader("End");
+    traceTest(sourceName, __LINE__, "Test group executed successfully.");
+    traceTest(sourceName, __LINE__, "");
+}
+
+/// `GROUP ARGUMENTS`, with or without an option before the name. A group that asks for its name gets it in the place of
+/// a program's name.
 int runGroup(Arguments& arguments)
 {
-    const Wishes wishes(arguments);
-    if (wishes.checksLeaks())
+    const GroupOptions options(arguments);
+    if (options.checksLeaks())
         warnWithoutHeapForDebugging(arguments[1]);
-    TestGroup* const group = TestGroup::getInstance(arguments[wishes.groupIndex]);
+    TestGroup* const group = TestGroup::getInstance(arguments[options.getGroupIndex()]);
     if (group == nullptr) {
         TestInform::abnormalTermination("Unknown test group name.");
-        return wronglyCalled;
+        return WrongArguments;
     }
-    if (group->getPrintHeaders()) {
-        traceTest(sourceName, __LINE__, "");
-        traceTest(sourceName, __LINE__, std::string("Executing ") + group->getName());
-        traceTest(sourceName, __LINE__, "");
-    }
-    const int first = wishes.groupIndex + (group->getGroupNameInArgs() ? 0 : 1);
+    if (group->getPrintHeaders())
+        traceGroupHeading(*group);
+    const int first = options.getGroupIndex() + (group->getGroupNameInArgs() ? 0 : 1);
     const int count = arguments.getCount() - first;
     char** const vector = arguments.from(first);
     group->prepare(count, vector);
-    if (!wishes.checksLeaks())
+    if (!options.checksLeaks())
         group->execute(count, vector);
-    else if (executeUnderLeakCheck(*group, count, vector, !wishes.detectsLeaks))
-        return leaked;
+    else if (findsLeak(*group, count, vector, options.dumpsStack()))
+        return LeakFound;
     group->terminate();
-    if (group->getPrintHeaders()) {
-        TestGroup::caseHeader("End");
-        traceTest(sourceName, __LINE__, "Test group executed successfully.");
-        traceTest(sourceName, __LINE__, "");
-    }
-    if (wishes.dumpsLibraries)
+    if (group->getPrintHeaders())
+        traceGroupEnd();
+    if (options.dumpsLibraries())
         printLibraries();
-    return done;
+    return Done;
 }
 
+/// All of a run but the handling of exceptions. The guard is the first object, so it is the last to go.
 int run(int argc, char** argv)
 {
     char const* const* texts = argv;
@@ -215,18 +260,19 @@ int run(int argc, char** argv)
     if (arguments.getCount() < 2) {
         printText(usage);
         TestGroup::printInstances();
-        return done;
+        return Done;
     }
     if (arguments.is(1, "-perf"))
         return runPerformance(arguments);
     if (arguments.getCount() == 2 && arguments.is(1, "-dumpLibs")) {
         printLibraries();
-        return done;
+        return Done;
     }
     return runGroup(arguments);
 }
 
-/// The text ends in the address of the logger's `ends`, which means nothing to a standard stream but its address.
+/// Intended: the text ends in the address of the logger's `ends`, as a standard stream takes that function for a pointer.
+/// The report has always had this form; do not mend.
 std::string describe(std::exception const& exception)
 {
     std::ostringstream text;
@@ -238,6 +284,7 @@ std::string describe(std::exception const& exception)
 }
 }  // namespace
 
+/// Each exception is reported after its packages have stopped, since the guard in run() is destroyed first.
 int TestMgr::runTest(int argc, char** const argv)
 {
     TestMgrHandlers::install();
@@ -250,7 +297,7 @@ int TestMgr::runTest(int argc, char** const argv)
     } catch (...) {
         TestInform::exceptionEncountered("Unknown exception.");
     }
-    return failed;
+    return ExceptionReached;
 }
 
 void TestMgr::setIsPixified(bool isPixified)

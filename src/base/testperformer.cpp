@@ -1,3 +1,12 @@
+// Performance runs: a list file names groups, each runs a number of cycles under two clocks, and a table shows the
+// averages.
+//
+// loadFile() fills the records line by line; execute() then takes each record in turn. Only the group's execute() lies
+// between start() and stop(): texts are formed and printed outside, so that they don't count. After each record the
+// profilers are reset, so that it has figures of its own.
+//
+// The table shows the hardware counter's average, or that of the time of day if it is above 30 s. A wrong line ends the run with an exception and leaves the records before it as they are: the destructor
+// and the next load count on `_groupCount` to free what they own.
 #include <base/testperformer.h>
 
 #include <base/duplicatestring.h>
@@ -22,9 +31,9 @@ namespace Vn
 namespace
 {
 constexpr char sourceName[] = "src/base/testperformer";
-constexpr std::streamsize lineSize = 256;
-constexpr std::size_t wordLimit = 128;  ///< from here on a message leaves the word out
-constexpr double longRunSeconds = 30.0;
+constexpr std::streamsize lineSize = 256;  ///< with the terminator
+constexpr std::size_t wordLimit = 128;     ///< from here on a message leaves the word out
+constexpr double longRunSeconds = 30.0;    ///< above this average the time of day is taken
 
 TraceLevel const& traceLevel()
 {
@@ -32,8 +41,10 @@ TraceLevel const& traceLevel()
     return level;
 }
 
+/// Registers the level before `main`, so that a program's list of levels shows it.
 [[maybe_unused]] TraceLevel const& registeredLevel = traceLevel();
 
+/// Traced as well as thrown: the driver reports the text alone, the trace has the place.
 [[noreturn]] void refuse(int line, std::string const& text)
 {
     const ExInternalError error(sourceName, line, text.c_str());
@@ -41,7 +52,7 @@ TraceLevel const& traceLevel()
     throw error;
 }
 
-/// `text` ends in "<".
+/// Intended: a word of 128 characters or more is left out, and the text then ends in "<"; programs compare it. Do not mend.
 [[noreturn]] void refuseWord(int line, std::string text, char const* word)
 {
     if (std::strlen(word) < wordLimit)
@@ -49,6 +60,7 @@ TraceLevel const& traceLevel()
     refuse(line, text);
 }
 
+/// As `atoi`, but the nearest limit for a number beyond an `int`, where atoi() promises nothing.
 int toNumber(char const* word)
 {
     return static_cast<int>(std::clamp<long>(std::strtol(word, nullptr, 10), INT_MIN, INT_MAX));
@@ -61,7 +73,7 @@ void print(std::ostringstream const& stream)
 }
 }  // namespace
 
-// Without parentheses the records would hold whatever the memory held.
+/// With parentheses, so that all records are zero: a line without a number of cycles takes up what its record holds.
 TestPerformer::TestPerformer() : _groups(), _groupCount(0) {}
 
 TestPerformer::~TestPerformer()
@@ -69,12 +81,18 @@ TestPerformer::~TestPerformer()
     dropGroups();
 }
 
+/// Never destroyed: a static object may still print the table.
 TestPerformer& TestPerformer::getInstance()
 {
     static TestPerformer& performer = *new TestPerformer;
     return performer;
 }
 
+/// On Linux a directory opens and then reads like an empty file, hence the question for it.
+///
+/// Intended: the limit of groups is tested before the line is looked at, so an empty line behind the last group is one too
+/// many; and a line that is too long is parsed as far as it was read and ends the file, without a message. Lists depend on
+/// both; do not mend.
 void TestPerformer::loadFile(char const* path)
 {
     const Trace::Entry entry(TraceManager::getInstance().getTrace(), traceLevel(), "TestPerformer::loadFile()",
@@ -95,7 +113,9 @@ void TestPerformer::loadFile(char const* path)
     }
 }
 
-/// The records keep their numbers of cycles, which lines without one take up.
+/// Frees the arguments and counts from 0 again.
+///
+/// Intended: the records keep their numbers of cycles, and a line without one takes up what its record had. Do not mend.
 void TestPerformer::dropGroups()
 {
     for (std::int32_t i = 0; i < _groupCount; ++i) {
@@ -105,6 +125,8 @@ void TestPerformer::dropGroups()
     _groupCount = 0;
 }
 
+/// The blank is the only separator: a line with tabs is one word. strtok() writes into `line` and passes over several blanks
+/// at once.
 void TestPerformer::readLine(char* line)
 {
     Group& group = _groups[_groupCount];
@@ -112,12 +134,16 @@ void TestPerformer::readLine(char* line)
     int number = 0;
     for (char* word = std::strtok(line, " "); word != nullptr; word = std::strtok(nullptr, " "))
         readWord(group, number++, word);
+    // Intended: behind 16 arguments the null pointer belongs into the next field, which is the average. As zeros that is
+    // 0.0, written here without running past the array; execute() overwrites it. Do not mend.
     if (group.argc < argumentLimit)
         group.argv[group.argc] = nullptr;
     else
         group.averageTime = 0.0;
 }
 
+/// Intended: the record counts as soon as its name is known, before the rest of the line has been read; a wrong number
+/// leaves it in. Do not mend.
 void TestPerformer::readWord(Group& group, int number, char const* word)
 {
     if (number == 0) {
@@ -140,6 +166,7 @@ void TestPerformer::readWord(Group& group, int number, char const* word)
     }
 }
 
+/// A record with a negative number of cycles doesn't run and shows the average of an empty profiler.
 void TestPerformer::execute(OsFilePath const& path)
 {
     loadFile(path.getChars());
@@ -157,6 +184,7 @@ void TestPerformer::execute(OsFilePath const& path)
     }
 }
 
+/// prepare(), terminate() and dump() are outside the time. The trace output gets these texts whatever levels are on.
 void TestPerformer::runCycle(Group& group, int cycle)
 {
     group.group->prepare(group.argc, group.argv);
@@ -182,6 +210,7 @@ void TestPerformer::runCycle(Group& group, int cycle)
     print(dumped);
 }
 
+/// In all four the hardware counter comes first, so both clocks measure the same span but for one call.
 void TestPerformer::start()
 {
     _hwProfiler.start();
@@ -206,6 +235,7 @@ void TestPerformer::reset()
     _todProfiler.reset();
 }
 
+/// A row is cut to 255 characters, arguments included. snprintf() keeps the columns whatever state the stream is in.
 std::ostream& operator<<(std::ostream& stream, TestPerformer const& performer)
 {
     stream << "\n\n"

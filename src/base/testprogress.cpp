@@ -1,3 +1,5 @@
+// A line on the terminal that says how far a performance run is. Nothing is printed where nobody watches, so output in
+// files stays the same.
 #include <base/testprogress_p.h>
 
 #include <cstdio>
@@ -6,11 +8,12 @@ namespace Vn
 {
 namespace
 {
-constexpr std::chrono::milliseconds interval(100);
+constexpr std::chrono::milliseconds interval(100);  ///< between two prints, so that printing costs a run nothing
 }  // namespace
 
 TestProgress::TestProgress() : _isWatched(System::isErrorStreamATerminal()) {}
 
+/// Blanks out the line, which the next output then overwrites.
 TestProgress::~TestProgress()
 {
     if (_isShown)

@@ -4,8 +4,6 @@
 #include <concepts>
 #include <initializer_list>
 #include <iterator>
-#include <memory>
-#include <ranges>
 #include <stdexcept>
 #include <utility>
 #include <vector>
