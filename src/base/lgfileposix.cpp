@@ -170,12 +170,14 @@ bool LogOutput::makeEmpty()
     return !_isRegular || Posix::retry([&] { return ::ftruncate(descriptorOf(_handle), 0); }) == 0;
 }
 
+/// By the position of the end, which no write uses: each one appends. fstat() would do, but a file system that keeps fine time
+/// stamps then writes a new one with the next line, which doubles what the line costs.
 std::optional<std::uint64_t> LogOutput::getSize() const
 {
     if (!_isRegular)
         return {};
-    const std::optional<struct ::stat> status = readStatus(descriptorOf(_handle));
-    return status ? std::optional(static_cast<std::uint64_t>(status->st_size)) : std::nullopt;
+    const ::off_t size = ::lseek(descriptorOf(_handle), 0, SEEK_END);
+    return size >= 0 ? std::optional(static_cast<std::uint64_t>(size)) : std::nullopt;
 }
 
 bool LogOutput::endsLineAt(std::uint64_t size) const

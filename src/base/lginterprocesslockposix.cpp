@@ -96,6 +96,8 @@ private:
 
     std::string _path;
     int _descriptor = -1;
+    ::dev_t _device = 0;  ///< these two are the opened file's
+    ::ino_t _inode = 0;
     std::mutex _mutex;
 
     // Relaxed: only the holder finds itself here, and nobody else can put it there.
@@ -234,15 +236,15 @@ void LockFile::openFile()
         throw ExSysErrorWindows(sourceName, __LINE__);
     if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid() || status.st_nlink > 1)
         throwError(EPERM, __LINE__);
+    _device = status.st_dev;
+    _inode = status.st_ino;
 }
 
 /// Whether the path still leads to the opened file: another process, or a cleaner of the folder, may have removed it.
 bool LockFile::isFileInPlace() const
 {
-    struct ::stat opened = {};
     struct ::stat found = {};
-    return ::fstat(_descriptor, &opened) == 0 && ::lstat(_path.c_str(), &found) == 0 &&
-           opened.st_dev == found.st_dev && opened.st_ino == found.st_ino;
+    return ::lstat(_path.c_str(), &found) == 0 && found.st_dev == _device && found.st_ino == _inode;
 }
 
 /// Repeats until the file that it has locked is the one at the path; see the overview.

@@ -4,6 +4,8 @@
 #include <base/list.h>
 #include <base/objptr.h>
 
+#include <cstdint>
+
 namespace Vn
 {
 
@@ -66,6 +68,10 @@ public:
 
 private:
     class Places;
+    friend class LgQueueHeads;
+
+    /// A number that stands for the list as it is.
+    std::uint64_t getVersion() const;
 
     List<LgQueue*> _queues;
 
