@@ -239,7 +239,7 @@ void TraceOptions::switchTracing(bool on)
 /// Relaxed: other threads see the switch a little later, and read nothing else because of it.
 void TraceOptions::setEnabled(TraceLevel& level, bool enabled)
 {
-    level._enabled = enabled;
+    storeRelaxed(level._enabled, enabled);
     storeRelaxed(level._isShown, _on && enabled);
 }
 
@@ -363,7 +363,7 @@ void TraceOptions::printLevels(std::ostream& stream) const
     const StreamFormatGuard guard(stream);
     stream << "\nRegistered trace levels:\n\n";
     for (auto const& [name, level] : _levels) {
-        stream << (level->_enabled ? "X " : "  ") << std::left << std::setw(30) << name << ' ';
+        stream << (loadRelaxed(level->_enabled) ? "X " : "  ") << std::left << std::setw(30) << name << ' ';
         bool isFirst = true;
         for (std::size_t i = 0; i < level->_files.size(); ++i)
             for (std::size_t repeat = 0; repeat < level->_repeats[i]; ++repeat) {
