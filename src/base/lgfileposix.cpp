@@ -135,12 +135,14 @@ std::size_t writeAll(int file, std::string_view text)
 }
 }  // namespace
 
+/// The result of close() is of no use here: each line was handed to the system when it was written.
 LogOutput::~LogOutput()
 {
     if (isOpen())
         ::close(descriptorOf(_handle));
 }
 
+/// False closes what was opened: a file that is refused is left as it was, unless opening has just made it.
 bool LogOutput::open(char const* path, LgFile::Origin origin)
 {
     const bool isDefault = origin == LgFile::Origin::Default;
@@ -164,7 +166,7 @@ bool LogOutput::open(char const* path, LgFile::Origin origin)
     return true;
 }
 
-/// The next write begins at the new end, as the file is open for appending.
+/// Pipes and devices have nothing to empty. The next write begins at the new end, as the file is open for appending.
 bool LogOutput::makeEmpty()
 {
     return !_isRegular || Posix::retry([&] { return ::ftruncate(descriptorOf(_handle), 0); }) == 0;
@@ -180,6 +182,7 @@ std::optional<std::uint64_t> LogOutput::getSize() const
     return size >= 0 ? std::optional(static_cast<std::uint64_t>(size)) : std::nullopt;
 }
 
+/// The byte before that size: `size` is not 0.
 bool LogOutput::endsLineAt(std::uint64_t size) const
 {
     return isLineEnd(descriptorOf(_handle), static_cast<::off_t>(size) - 1);

@@ -78,14 +78,19 @@ public:
     LockFile(LockFile const&) = delete;
     LockFile& operator=(LockFile const&) = delete;
 
+    /// Throws ExSysErrorWindows if the file can't be opened or isn't one of ours.
     void openFile();
+
+    /// The calling thread takes the lock, once more if it holds it, and releases it as often.
     void lock();
     void unlock();
+
     void releaseAtThreadEnd();
     void resetInChild();
     void removeUnlessHeld();
 
 private:
+    /// Whether the calling thread is the holder.
     bool isMine() const { return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
     bool unlockFile();
     void releaseMutex();
@@ -125,7 +130,7 @@ void releaseHeldFiles(void* files)
 class HeldFilesKey
 {
 public:
-    /// Throws if the system has no key left.
+    /// The key, made by the first call. Throws ExSysErrorWindows if the system has none left.
     static ::pthread_key_t get()
     {
         std::int64_t key = _key.load(std::memory_order_relaxed);
@@ -141,6 +146,7 @@ public:
         return static_cast<::pthread_key_t>(key);  // another thread was faster
     }
 
+    /// Ends the calls at the end of threads. Doesn't wait for threads that use the key at this moment.
     static void remove()
     {
         const std::int64_t key = _key.exchange(none, std::memory_order_relaxed);
@@ -334,7 +340,8 @@ struct OpenFiles
     std::mutex mutex;
     std::map<std::string, std::weak_ptr<LockFile>> files;
 
-    /// What each thread holds. The system forgets it with its key while threads still run; here it isn't lost.
+    /// The lists of all threads. Without them a list would be lost, and count as a leak, when the key goes while its thread
+    /// still runs.
     std::set<HeldFiles const*> held;
 };
 
@@ -364,6 +371,7 @@ void prepareFork()
     getOpenFiles().mutex.lock();
 }
 
+/// In the parent.
 void finishFork()
 {
     getOpenFiles().mutex.unlock();
@@ -441,6 +449,7 @@ private:
 };
 }  // namespace
 
+/// All locks of one name share one opened file; see the overview.
 LgInterProcessLock* LgInterProcessLock::create(char const* name)
 {
     return new LockPosix(getLockFile(name));

@@ -26,7 +26,7 @@ LgQueue::LgQueue(unsigned long threadId)
       _suppressCount(0)
 {}
 
-/// Copies share the rings: the interface has it so. The observer moves, as ObjPtr does.
+/// Intended: copies share the rings, and only one of them may be destroyed. Do not mend. The observer moves, as ObjPtr does.
 LgQueue::LgQueue(LgQueue& source) = default;
 LgQueue& LgQueue::operator=(LgQueue& source) = default;
 
@@ -51,7 +51,7 @@ bool LgQueue::reserveEntry(LgTypes::Level level)
     entry.setOverflowEntry(false);
     entry.setLevel(level);
     _stream.resetOutputFlags();
-    _open = _stream.getMark();
+    _reservedAt = _stream.getMark();
     _entryReserved = true;
     return true;
 }
@@ -97,7 +97,7 @@ void LgQueue::addEntry()
         // `ends` alone has left an empty string that belongs to no entry: the next entry would get it as its text,
         // and each later one the text of the entry before.
         if ((flags & LgStream::stringTerminated) != 0)
-            _stream.removeEmptyString(_open);
+            _stream.removeEmptyString(_reservedAt);
         return;
     }
     // A ring that became full has set the flag and written a zero, but without moving the string's end: the reader

@@ -174,8 +174,8 @@ private:
     std::int32_t _suppressCount;
 
     // The writer's own.
-    Index _cachedReadIndex;  ///< as it was when the writer last looked
-    LgStream::Mark _open;    ///< of the last reservation
+    Index _cachedReadIndex;      ///< as it was when the writer last looked
+    LgStream::Mark _reservedAt;  ///< where the text of the last reservation begins
 };
 
 /// What a thread layer installs in a queue to hear of its traffic; the only way in which a queue wakes anybody.

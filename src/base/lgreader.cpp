@@ -1,5 +1,8 @@
 // How a message leaves its queue.
 //
+// In the order of the calls: LgQueueHeads finds the queue whose turn it is, LgReader::flushQueue() makes the line (LgLine), and
+// LgFile writes it, or echo() does.
+//
 // flushEarliest() looks at the heads of all queues in the registry's list, in its order, and writes the one with the smallest
 // time stamp. Each queue is in time order, so the heads are enough. flushQueue() makes the line on the stack, under the output lock (no thread closes the file meanwhile) and the inter-process lock (no other
 // process writes), and hands it over in one piece. The text is taken off the ring even if no output wants it;
@@ -57,8 +60,8 @@ private:
     void update();
     Place removeFinished();
     Place findEarliest();
-    void forgetHeads();
-    static bool look(Head& head);
+    void invalidateHeads();
+    static bool updateHead(Head& head);
 
     static constexpr std::uint64_t noVersion = 0;
 
@@ -77,12 +80,13 @@ bool isFinished(LgQueue const& queue)
 }
 }  // namespace
 
-/// Takes the registry's list over, unless the table holds it already.
+/// Takes the registry's list over, unless the table holds it already. Until that is done the table has no version, so a lack of
+/// memory on the way makes the next call begin again.
 void LgQueueHeads::update()
 {
     LgRegistry const* const registry = LgLog::getRegistry();
     std::uint64_t version = noVersion;
-    // The type itself: a derived class may have another list.
+    // Only of that very type: a class derived from it may show another list.
     if (registry != nullptr && typeid(*registry) == typeid(LgSimpleRegistry))
         version = static_cast<LgSimpleRegistry const*>(registry)->getVersion();
     if (version != noVersion && version == _version)
@@ -99,7 +103,7 @@ void LgQueueHeads::update()
 }
 
 /// Whether the queue has a message, whose stamp is known from here on.
-bool LgQueueHeads::look(Head& head)
+bool LgQueueHeads::updateHead(Head& head)
 {
     if (head.isKnown)
         return true;
@@ -124,11 +128,12 @@ LgQueueHeads::Place LgQueueHeads::removeFinished()
             deleted.insert(queue);
             LgLog::getRegistry()->deregisterQueue(queue);
             delete queue;
-        } else if (look(*place))
+        } else if (updateHead(*place))
             break;
     }
     if (deleted.empty())
         return place;
+    // The registry has changed as well, and its next version says so; the table goes on without one until then.
     _version = noVersion;
     const std::ptrdiff_t gone =
         std::count_if(_heads.begin(), place, [&deleted](Head const& head) { return deleted.contains(head.queue); });
@@ -142,17 +147,19 @@ LgQueueHeads::Place LgQueueHeads::findEarliest()
 {
     Place earliest = removeFinished();
     for (Place place = earliest; place != _heads.end(); ++place)
-        if (look(*place) && place->timeStamp < earliest->timeStamp)
+        if (updateHead(*place) && place->timeStamp < earliest->timeStamp)
             earliest = place;
     return earliest;
 }
 
-void LgQueueHeads::forgetHeads()
+/// The next walk looks at every queue again.
+void LgQueueHeads::invalidateHeads()
 {
     for (Head& head : _heads)
         head.isKnown = false;
 }
 
+/// The second turn, if there is one, finds heads that it has just seen, so there is no third.
 LgQueue* LgQueueHeads::takeEarliest()
 {
     update();
@@ -160,11 +167,11 @@ LgQueue* LgQueueHeads::takeEarliest()
         const Place earliest = findEarliest();
         if (earliest == _heads.end())
             return nullptr;
-        earliest->isKnown = false;  // the caller removes it
+        earliest->isKnown = false;  // the caller removes it from the queue
         // The program may have read the queue itself since the last message; then no head is known.
         if (!earliest->queue->isEmpty() && earliest->queue->readEntry().getTimeStamp() == earliest->timeStamp)
             return earliest->queue;
-        forgetHeads();
+        invalidateHeads();
     }
 }
 
@@ -257,6 +264,8 @@ void LgReader::flushAll()
         ;
 }
 
+/// One line, under both locks from its first character to its last, and in one call to the output.
+///
 /// What the inter-process lock throws comes before anything was taken, so the message stays in its queue.
 void LgReader::flushQueue(LgQueue* queue)
 {

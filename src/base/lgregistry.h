@@ -31,7 +31,7 @@ public:
     virtual void deregisterQueue(LgQueue* queue) = 0;
 
     /// A copy, so that the reader can walk it while the registry changes. Where time stamps are equal, queues that
-    /// stand earlier in the list win.
+    /// stand earlier in the list win. The reader asks before each message.
     virtual List<LgQueue*> getQueueList() const = 0;
 };
 

@@ -101,6 +101,7 @@ LgStream& LgStream::operator<<(void const* address)
     return write(text.get(), text.getSize());
 }
 
+/// The reader only ever makes room, so the answer holds until the writer writes.
 std::uint32_t LgStream::getNumCharacters() const
 {
     return getRoomBefore(_readIndex.loadAcquire());

@@ -188,6 +188,7 @@ void TraceOptions::reset()
     applyAll(defaultOptions);
 }
 
+/// Registration, "show", "hide" and printException() all come here. The map's key is the level's own copy of the name.
 TraceLevel* TraceOptions::findLevel(char const* name)
 {
     const auto found = _levels.find(name);
@@ -202,6 +203,7 @@ TraceLevel* TraceOptions::findLevel(char const* name)
     return level.release();
 }
 
+/// Found without a copy of `file`: libraries that are loaded again and again register the same file each time.
 char const* TraceOptions::internFile(char const* file)
 {
     const auto found = _files.find(std::string_view(file));
@@ -230,6 +232,7 @@ void TraceOptions::switchAll(bool enabled)
     _allOn = enabled;
 }
 
+/// Each level hears of it when the text ends.
 void TraceOptions::switchTracing(bool on)
 {
     _on = on;
@@ -337,6 +340,7 @@ char const* TraceOptions::getShownName(char const* file) const
     return name;
 }
 
+/// The number has at most nine digits, so a blank always follows it.
 void TraceOptions::printPid(std::ostream& stream) const
 {
     if (_pid)
