@@ -135,12 +135,14 @@ std::size_t writeAll(int file, std::string_view text)
 }
 }  // namespace
 
+/// The result of close() is of no use here: each line was handed to the system when it was written.
 LogOutput::~LogOutput()
 {
     if (isOpen())
         ::close(descriptorOf(_handle));
 }
 
+/// False closes what was opened: a file that is refused is left as it was, unless opening has just made it.
 bool LogOutput::open(char const* path, LgFile::Origin origin)
 {
     const bool isDefault = origin == LgFile::Origin::Default;
@@ -164,20 +166,23 @@ bool LogOutput::open(char const* path, LgFile::Origin origin)
     return true;
 }
 
-/// The next write begins at the new end, as the file is open for appending.
+/// Pipes and devices have nothing to empty. The next write begins at the new end, as the file is open for appending.
 bool LogOutput::makeEmpty()
 {
     return !_isRegular || Posix::retry([&] { return ::ftruncate(descriptorOf(_handle), 0); }) == 0;
 }
 
+/// By the position of the end, which no write uses: each one appends. fstat() would do, but a file system that keeps fine time
+/// stamps then writes a new one with the next line, which doubles what the line costs.
 std::optional<std::uint64_t> LogOutput::getSize() const
 {
     if (!_isRegular)
         return {};
-    const std::optional<struct ::stat> status = readStatus(descriptorOf(_handle));
-    return status ? std::optional(static_cast<std::uint64_t>(status->st_size)) : std::nullopt;
+    const ::off_t size = ::lseek(descriptorOf(_handle), 0, SEEK_END);
+    return size >= 0 ? std::optional(static_cast<std::uint64_t>(size)) : std::nullopt;
 }
 
+/// The byte before that size: `size` is not 0.
 bool LogOutput::endsLineAt(std::uint64_t size) const
 {
     return isLineEnd(descriptorOf(_handle), static_cast<::off_t>(size) - 1);

@@ -1,4 +1,7 @@
 // What the lock has in common on both platforms: the guard, which does nothing without a lock.
+//
+// Both forms of the lock can fail to unlock, and the caller must hear of it; so the guard's destructor throws. A guard that is
+// left by an exception keeps quiet instead: that exception is the more important one.
 #include <base/lginterprocesslock.h>
 
 #include <exception>
@@ -22,7 +25,7 @@ LgInterProcessLockGuard::~LgInterProcessLockGuard() noexcept(false)
     try {
         _lock->unlock();
     } catch (...) {
-        // A second exception during unwinding would end the program.
+        // A second exception while one unwinds the stack would end the program.
         if (std::uncaught_exceptions() == 0)
             throw;
     }

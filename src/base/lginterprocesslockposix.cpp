@@ -78,9 +78,13 @@ public:
     LockFile(LockFile const&) = delete;
     LockFile& operator=(LockFile const&) = delete;
 
+    /// Throws ExSysErrorWindows if the file can't be opened or isn't one of ours.
     void openFile();
+
+    /// The calling thread takes the lock, once more if it holds it, and releases it as often.
     void lock();
     void unlock();
+
     void releaseAtThreadEnd();
     void resetInChild();
     void removeUnlessHeld();
@@ -89,6 +93,7 @@ public:
     static void removeAtUnlock() { _isProcessEnding.store(true, std::memory_order_relaxed); }
 
 private:
+    /// Whether the calling thread is the holder.
     bool isMine() const { return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
     bool unlockFile();
     void releaseMutex();
@@ -100,6 +105,8 @@ private:
 
     std::string _path;
     int _descriptor = -1;
+    ::dev_t _device = 0;  ///< these two are the opened file's
+    ::ino_t _inode = 0;
     std::mutex _mutex;
 
     // Relaxed: only the holder finds itself here, and nobody else can put it there.
@@ -130,7 +137,7 @@ void releaseHeldFiles(void* files)
 class HeldFilesKey
 {
 public:
-    /// Throws if the system has no key left.
+    /// The key, made by the first call. Throws ExSysErrorWindows if the system has none left.
     static ::pthread_key_t get()
     {
         std::int64_t key = _key.load(std::memory_order_relaxed);
@@ -146,6 +153,7 @@ public:
         return static_cast<::pthread_key_t>(key);  // another thread was faster
     }
 
+    /// Ends the calls at the end of threads. Doesn't wait for threads that use the key at this moment.
     static void remove()
     {
         const std::int64_t key = _key.exchange(none, std::memory_order_relaxed);
@@ -245,15 +253,15 @@ void LockFile::openFile()
     if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid() || status.st_nlink > 1)
         throwError(EPERM, __LINE__);  // and not kept: what is kept is removed in the end
     _descriptor = file.release();
+    _device = status.st_dev;
+    _inode = status.st_ino;
 }
 
 /// Whether the path still leads to the opened file: another process, or a cleaner of the folder, may have removed it.
 bool LockFile::isFileInPlace() const
 {
-    struct ::stat opened = {};
     struct ::stat found = {};
-    return ::fstat(_descriptor, &opened) == 0 && ::lstat(_path.c_str(), &found) == 0 &&
-           opened.st_dev == found.st_dev && opened.st_ino == found.st_ino;
+    return ::lstat(_path.c_str(), &found) == 0 && found.st_dev == _device && found.st_ino == _inode;
 }
 
 /// Repeats until the file that it has locked is the one at the path; see the overview.
@@ -346,7 +354,8 @@ struct OpenFiles
     std::mutex mutex;
     std::map<std::string, std::weak_ptr<LockFile>> files;
 
-    /// What each thread holds. The system forgets it with its key while threads still run; here it isn't lost.
+    /// The lists of all threads. Without them a list would be lost, and count as a leak, when the key goes while its thread
+    /// still runs.
     std::set<HeldFiles const*> held;
 };
 
@@ -376,6 +385,7 @@ void prepareFork()
     getOpenFiles().mutex.lock();
 }
 
+/// In the parent.
 void finishFork()
 {
     getOpenFiles().mutex.unlock();
@@ -454,6 +464,7 @@ private:
 };
 }  // namespace
 
+/// All locks of one name share one opened file; see the overview.
 LgInterProcessLock* LgInterProcessLock::create(char const* name)
 {
     return new LockPosix(getLockFile(name));

@@ -1,10 +1,10 @@
 // Private to lgfile.cpp and lgreader.cpp.
 #pragma once
 
+#include <base/lgnumbertext_p.h>
 #include <base/lgstream.h>
 #include <base/lgtypes.h>
 
-#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -68,31 +68,16 @@ private:
         _size += length;
     }
 
-    /// All pairs of digits in the base: 00, 01, and so on.
-    template <unsigned base>
-    static constexpr auto pairs = [] {
-        std::array<char, 2 * base * base> made{};
-        for (unsigned i = 0; i < base * base; ++i) {
-            made[2 * i] = "0123456789abcdef"[i / base];
-            made[2 * i + 1] = "0123456789abcdef"[i % base];
-        }
-        return made;
-    }();
-
-    /// Zero-filled to `width`, which is even. Two digits at a time; the base is known to the compiler, which then
-    /// needs no division.
+    /// Zero-filled to `width`, which is even.
     template <unsigned base, std::size_t width>
     void putPadded(std::uint32_t number)
     {
-        for (std::size_t i = width; i != 0; number /= base * base) {
-            i -= 2;
-            std::memcpy(_text + _size + i, &pairs<base>[2 * (number % (base * base))], 2);
-        }
+        lgPutPadded<base, width>(_text + _size, number);
         _size += width;
     }
 
     /// Not initialised: 32 KiB of zeros for each line would cost more than the line.
-    char _text[64 + 32768];  ///< the longest prefix, the longest text and the line end
+    char _text[64 + LgStream::ringSize];  ///< the longest prefix, the longest text and the line end
     std::size_t _size = 0;
     bool _hasPrefix = false;
 };

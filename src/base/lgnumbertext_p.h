@@ -1,6 +1,7 @@
-// Private to lgstream.cpp.
+// Private to lgline_p.h and lgstream.cpp.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -13,20 +14,53 @@
 namespace Vn
 {
 
-/// An integer in decimal, on the stack: -17 gives "-17". `long long` would fit as well.
+/// All pairs of digits in a base: "00", "01" and so on.
+template <unsigned base>
+inline constexpr auto lgDigitPairs = [] {
+    std::array<char, 2 * base * base> made{};
+    for (unsigned i = 0; i < base * base; ++i) {
+        made[2 * i] = "0123456789abcdef"[i / base];
+        made[2 * i + 1] = "0123456789abcdef"[i % base];
+    }
+    return made;
+}();
+
+/// Writes a number zero-filled to `width`, which is even, and returns the end. Two digits at a time; the base is known to the
+/// compiler, which then needs no division.
+///
+///     lgPutPadded<10, 6>(to, 25)     ->  "000025"
+///     lgPutPadded<16, 8>(to, 6699)   ->  "00001a2b"
+template <unsigned base, std::size_t width>
+char* lgPutPadded(char* to, std::uint32_t number)
+{
+    for (std::size_t i = width; i != 0; number /= base * base) {
+        i -= 2;
+        std::memcpy(to + i, &lgDigitPairs<base>[2 * (number % (base * base))], 2);
+    }
+    return to + width;
+}
+
+// Each of the following classes is the text of a number, on the stack, and can also put the text straight into a ring:
+// put() writes at most `longestDirect` characters, of a value for which isDirect() is true, and returns the end.
+
+/// An integer in decimal: -17 gives "-17". `long long` would fit as well.
+template <class Integer>
 class LgNumberText
 {
 public:
-    template <class Integer>
-    explicit LgNumberText(Integer value)
-        : _size(static_cast<std::size_t>(std::to_chars(_text, _text + sizeof _text, value).ptr - _text))
-    {}
+    explicit LgNumberText(Integer value) : _size(static_cast<std::size_t>(put(_text, value) - _text)) {}
 
     char const* get() const { return _text; }
     std::size_t getSize() const { return _size; }
 
+    /// Sign and digits of the largest 64-bit number.
+    static constexpr std::uint32_t longestDirect = 21;
+
+    static bool isDirect(Integer) { return true; }
+    static char* put(char* to, Integer value) { return std::to_chars(to, to + longestDirect, value).ptr; }
+
 private:
-    char _text[24];
+    char _text[longestDirect];
     std::size_t _size;
 };
 
@@ -42,18 +76,36 @@ template <class Number>
 class LgFixedText
 {
 public:
-    /// The comparison is written so that NaN fails it. A mantissa of more than 64 bits, which no platform of ours
-    /// has, would not fit below.
     explicit LgFixedText(Number value) : _size(0)
     {
-        if (!(std::fabs(value) < Number(18446744073709551616.0)) || mantissaBits > 64)
-            formatAnything(value);
+        if (isDirect(value))
+            _size = static_cast<std::size_t>(put(_text, value) - _text);
         else
-            formatBelow2To64(value);
+            formatAnything(value);
     }
 
     char const* get() const { return _text; }
     std::size_t getSize() const { return _size; }
+
+    /// Sign, 20 digits of the whole part, point, six digits.
+    static constexpr std::uint32_t longestDirect = 28;
+
+    /// Whether the number is below 2^64. The comparison is written so that NaN fails it. A mantissa of more than 64
+    /// bits, which no platform of ours has, would not fit below.
+    static bool isDirect(Number value)
+    {
+        return std::fabs(value) < Number(18446744073709551616.0) && mantissaBits <= 64;
+    }
+
+    static char* put(char* to, Number value)
+    {
+        const Decimal decimal = round(decompose(value));
+        if (std::signbit(value))
+            *to++ = '-';
+        to = std::to_chars(to, to + 20, decimal.whole).ptr;
+        *to++ = '.';
+        return lgPutPadded<10, 6>(to, decimal.millionths);
+    }
 
     /// Replaces a locale's decimal mark, which may be any text, by a point; six digits follow it.
     ///
@@ -74,64 +126,61 @@ private:
     static constexpr std::uint32_t million = 1000000;
     __extension__ typedef unsigned __int128 Wide;
 
-    /// Sign, whole part and millionths, each exact.
-    void formatBelow2To64(Number value)
+    /// The number mantissa / 2^shift; shift is at least 0.
+    struct Binary
     {
-        int shift = 0;
-        const std::uint64_t mantissa = decompose(value, shift);
-        std::uint64_t whole = 0;
-        std::uint64_t millionths = 0;
-        split(mantissa, shift, whole, millionths);
-        if (std::signbit(value))
-            _text[_size++] = '-';
-        _size = static_cast<std::size_t>(std::to_chars(_text + _size, _text + sizeof _text, whole).ptr - _text);
-        _text[_size++] = '.';
-        for (std::uint32_t unit = million / 10, rest = static_cast<std::uint32_t>(millionths); unit != 0;
-             unit /= 10) {
-            _text[_size++] = static_cast<char>('0' + rest / unit);
-            rest %= unit;
-        }
-    }
+        std::uint64_t mantissa;
+        int shift;
+    };
 
-    /// The absolute value as a mantissa of 64 bits over 2^shift. Denormal numbers, which all print as zero, come out
-    /// wrong but small enough to print as zero.
-    static std::uint64_t decompose(double value, int& shift)
+    struct Decimal
+    {
+        std::uint64_t whole;
+        std::uint32_t millionths;
+    };
+
+    /// The absolute value. Denormal numbers, which all print as zero, come out wrong but small enough to print as
+    /// zero; zero itself as well.
+    static Binary decompose(double value)
     {
         const auto bits = std::bit_cast<std::uint64_t>(value);
-        shift = 64 + 1022 - static_cast<int>(bits >> 52 & 0x7FF);
-        return (bits << 11) | (std::uint64_t(1) << 63);
+        return {(bits << 11) | (std::uint64_t(1) << 63), 64 + 1022 - static_cast<int>(bits >> 52 & 0x7FF)};
     }
 
     /// The same without a look at the format, which differs among platforms.
-    static std::uint64_t decompose(long double value, int& shift)
+    static Binary decompose(long double value)
     {
         int exponent = 0;
         const long double fraction = std::frexp(std::fabs(value), &exponent);
-        shift = 64 - exponent;
-        return static_cast<std::uint64_t>(std::ldexp(fraction, 64));
+        return {static_cast<std::uint64_t>(std::ldexp(fraction, 64)), 64 - exponent};
     }
 
-    /// Whole part and millionths of mantissa / 2^shift; shift is at least 0. Rounds half to even.
-    static void split(std::uint64_t mantissa, int shift, std::uint64_t& whole, std::uint64_t& millionths)
+    /// Rounds half to even. From a half on, the fraction is a number of 64 bits over 2^64, whose product has the
+    /// millionths in its upper half; smaller numbers shift the product further.
+    static Decimal round(Binary number)
     {
+        const auto [mantissa, shift] = number;
+        if (shift == 0)
+            return {mantissa, 0};
+        if (shift < 64)
+            return roundProduct(mantissa >> shift, Wide(mantissa << (64 - shift)) * million, 64);
         // Below 2^-22 everything is less than half a millionth, zero included.
-        if (shift >= 64 + 22)
-            return;
-        whole = shift < 64 ? mantissa >> shift : 0;
-        const std::uint64_t part = shift < 64 ? mantissa & ((std::uint64_t(1) << shift) - 1) : mantissa;
-        const Wide product = Wide(part) * million;
-        millionths = static_cast<std::uint64_t>(product >> shift);
+        if (shift < 64 + 22)
+            return roundProduct(0, Wide(mantissa) * million, shift);
+        return {0, 0};
+    }
+
+    /// Whole part and `product` / 2^shift millionths.
+    static Decimal roundProduct(std::uint64_t whole, Wide product, int shift)
+    {
+        auto millionths = static_cast<std::uint32_t>(product >> shift);
         const Wide rest = product - (Wide(millionths) << shift);
-        const Wide twice = rest * 2;
-        const Wide one = Wide(1) << shift;
+        const Wide half = Wide(1) << (shift - 1);
         // The remainder against one half, in whole numbers: no second rounding can creep in.
-        if (twice > one || (twice == one && millionths % 2 != 0))
+        if (rest > half || (rest == half && millionths % 2 != 0))
             ++millionths;
         // 0.9999996 rounds up into the whole part.
-        if (millionths == million) {
-            millionths = 0;
-            ++whole;
-        }
+        return millionths != million ? Decimal{whole, millionths} : Decimal{whole + 1, 0};
     }
 
     /// Numbers from 2^64, infinities and NaN. Without a locale.
@@ -158,6 +207,7 @@ private:
 class LgAddressText
 {
 public:
+    /// Intended: as printf() shows it, which differs among platforms. Do not mend.
     explicit LgAddressText(void const* address)
         : _size(static_cast<std::size_t>(std::snprintf(_text, sizeof _text, "%p", const_cast<void*>(address))))
     {}

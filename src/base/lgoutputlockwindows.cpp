@@ -1,4 +1,6 @@
 // lgoutputlockwindows.cpp (POSIX form: lgoutputlockposix.cpp)
+//
+// A mutex that static destruction leaves alone.
 #include <base/lgoutputlock_p.h>
 
 #include <mutex>
@@ -16,6 +18,7 @@ std::recursive_mutex& getMutex()
 }
 }  // namespace
 
+/// Blocks while another thread writes a line or changes outputs.
 LgOutputLock::LgOutputLock()
 {
     getMutex().lock();

@@ -11,6 +11,7 @@
 #include <base/lgqueue.h>
 
 #include <base/hwcounter.h>
+#include <base/relaxed_p.h>
 
 namespace Vn
 {
@@ -25,7 +26,7 @@ LgQueue::LgQueue(unsigned long threadId)
       _suppressCount(0)
 {}
 
-/// Copies share the rings: the interface has it so. The observer moves, as ObjPtr does.
+/// Intended: copies share the rings, and only one of them may be destroyed. Do not mend. The observer moves, as ObjPtr does.
 LgQueue::LgQueue(LgQueue& source) = default;
 LgQueue& LgQueue::operator=(LgQueue& source) = default;
 
@@ -50,7 +51,7 @@ bool LgQueue::reserveEntry(LgTypes::Level level)
     entry.setOverflowEntry(false);
     entry.setLevel(level);
     _stream.resetOutputFlags();
-    _open = _stream.getMark();
+    _reservedAt = _stream.getMark();
     _entryReserved = true;
     return true;
 }
@@ -60,10 +61,10 @@ bool LgQueue::hasFreeEntry()
 {
     // The read index as the writer last saw it may be stale; it never shows more free entries than there are. Only
     // when it shows too few does the writer touch the memory that the reader is changing.
-    const auto hasTwo = [this] { return _knownReadIndex - (_writeIndex + 1) >= 2; };
+    const auto hasTwo = [this] { return _cachedReadIndex - (_writeIndex + 1) >= 2; };
     if (hasTwo())
         return true;
-    _knownReadIndex = _readIndex.watch();
+    _cachedReadIndex = _readIndex.loadAcquire();
     return hasTwo();
 }
 
@@ -82,7 +83,7 @@ void LgQueue::countLoss()
     Entry& entry = _entries[_writeIndex.get()];
     entry.setTimeStamp(HwCounter::timeStamp());
     entry.setOverflowEntry(true);
-    _writeIndex.publish(_writeIndex + 1);
+    _writeIndex.storeRelease(_writeIndex + 1);
 }
 
 /// Without an effect if nothing was reserved or nothing was written.
@@ -96,14 +97,14 @@ void LgQueue::addEntry()
         // `ends` alone has left an empty string that belongs to no entry: the next entry would get it as its text,
         // and each later one the text of the entry before.
         if ((flags & LgStream::stringTerminated) != 0)
-            _stream.removeEmptyString(_open);
+            _stream.removeEmptyString(_reservedAt);
         return;
     }
     // A ring that became full has set the flag and written a zero, but without moving the string's end: the reader
     // would not find it.
     if ((flags & LgStream::stringTerminated) == 0 || _stream.isStringOpen())
         _stream << ends;
-    _writeIndex.publish(_writeIndex + 1);
+    _writeIndex.storeRelease(_writeIndex + 1);
     if (_observer)
         _observer->entryAdded(*this);
 }
@@ -118,7 +119,7 @@ void LgQueue::waitForSpace(int size) const
 /// The same rule as hasFreeEntry(), for callers of either thread and without the cache.
 bool LgQueue::isFull() const
 {
-    const Index readIndex = _readIndex.watch();
+    const Index readIndex = _readIndex.loadAcquire();
     return _writeIndex + 1 == readIndex || _writeIndex + 2 == readIndex;
 }
 
@@ -126,18 +127,18 @@ void LgQueue::creatorExit()
 {
     // Release, and acquire in isCreatorAlive(): without them the reader could see the end of the writer before the
     // writer's last message, and delete the queue under it.
-    std::atomic_ref(_creatorAlive).store(false, std::memory_order_release);
+    storeRelease(_creatorAlive, false);
 }
 
 bool LgQueue::isCreatorAlive() const
 {
-    return std::atomic_ref(const_cast<bool&>(_creatorAlive)).load(std::memory_order_acquire);
+    return loadAcquire(_creatorAlive);
 }
 
 /// Publishes with release: without it the writer could reuse the entry while it is still being read.
 void LgQueue::removeEntry()
 {
-    _readIndex.publish(_readIndex + 1);
+    _readIndex.storeRelease(_readIndex + 1);
     if (_observer)
         _observer->entryRemoved(*this);
 }

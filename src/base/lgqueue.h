@@ -4,7 +4,6 @@
 #include <base/lgtypes.h>
 #include <base/objptr.h>
 
-#include <atomic>
 #include <cstdint>
 
 namespace Vn
@@ -73,11 +72,8 @@ public:
 
     private:
         // Relaxed: the writer counts on while the reader prints. What the entry says besides comes with its index.
-        std::int32_t load() const
-        {
-            return std::atomic_ref(const_cast<std::int32_t&>(_levelOrCount)).load(std::memory_order_relaxed);
-        }
-        void store(std::int32_t value) { std::atomic_ref(_levelOrCount).store(value, std::memory_order_relaxed); }
+        std::int32_t load() const { return __atomic_load_n(&_levelOrCount, __ATOMIC_RELAXED); }
+        void store(std::int32_t value) { __atomic_store_n(&_levelOrCount, value, __ATOMIC_RELAXED); }
 
         bool _overflow = false;
         std::int32_t _levelOrCount = 0;
@@ -139,7 +135,7 @@ public:
 
     /// Whether there is nothing to read. May be stale: a message that the writer adds meanwhile shows at the next
     /// call.
-    bool isEmpty() const { return _writeIndex.watch() == _readIndex.watch(); }
+    bool isEmpty() const { return _writeIndex.loadAcquire() == _readIndex.loadAcquire(); }
 
     /// Entries that the ring can hold, the count of losses included: 1,023.
     static std::uint32_t getMaxSize() { return ringSize - 1; }
@@ -178,8 +174,8 @@ private:
     std::int32_t _suppressCount;
 
     // The writer's own.
-    Index _knownReadIndex;  ///< as it was when the writer last looked
-    LgStream::Mark _open;   ///< of the last reservation
+    Index _cachedReadIndex;      ///< as it was when the writer last looked
+    LgStream::Mark _reservedAt;  ///< where the text of the last reservation begins
 };
 
 /// What a thread layer installs in a queue to hear of its traffic; the only way in which a queue wakes anybody.

@@ -1,8 +1,10 @@
 // How a message leaves its queue.
 //
-// flushEarliest() takes a copy of the registry's list, finds the queue whose first entry has the smallest time
-// stamp, and writes that one entry. Each queue is in time order, so the heads are enough. flushQueue() makes the
-// line on the stack, under the output lock (no thread closes the file meanwhile) and the inter-process lock (no other
+// In the order of the calls: LgQueueHeads finds the queue whose turn it is, LgReader::flushQueue() makes the line (LgLine), and
+// LgFile writes it, or echo() does.
+//
+// flushEarliest() looks at the heads of all queues in the registry's list, in its order, and writes the one with the smallest
+// time stamp. Each queue is in time order, so the heads are enough. flushQueue() makes the line on the stack, under the output lock (no thread closes the file meanwhile) and the inter-process lock (no other
 // process writes), and hands it over in one piece. The text is taken off the ring even if no output wants it;
 // otherwise each later message would come out with the text of the one before.
 //
@@ -14,25 +16,62 @@
 #include <base/lgline_p.h>
 #include <base/lglog.h>
 #include <base/lgoutputlock_p.h>
+#include <base/lgregistry_p.h>
 
 #include <algorithm>
 #include <iostream>
 #include <limits>
 #include <optional>
 #include <string_view>
+#include <typeinfo>
 #include <unordered_set>
+#include <vector>
 
 namespace Vn
 {
+
+/// The queues in the registry's order, each with the time stamp of its head as far as it is known.
+///
+/// A head that was seen doesn't change until the reader removes it, so a walk looks again only at queues that were empty, and
+/// at the one that lost its head. The table stays from one message to the next while the registry's list is the same; a
+/// registry of the program's own can't tell that, and is asked for its list each time.
+class LgQueueHeads
+{
+public:
+    /// The one table. Never destroyed: a reader may be at work while the process ends.
+    static LgQueueHeads& get()
+    {
+        static LgQueueHeads& heads = *new LgQueueHeads;
+        return heads;
+    }
+
+    /// The queue whose head is the earliest; null if all are empty. Deletes queues that are finished, as removeFinished()
+    /// says.
+    LgQueue* takeEarliest();
+
+private:
+    struct Head
+    {
+        LgQueue* queue;
+        std::uint64_t timeStamp;
+        bool isKnown;
+    };
+    using Place = std::vector<Head>::iterator;
+
+    void update();
+    Place removeFinished();
+    Place findEarliest();
+    void invalidateHeads();
+    static bool updateHead(Head& head);
+
+    static constexpr std::uint64_t noVersion = 0;
+
+    std::vector<Head> _heads;
+    std::uint64_t _version = noVersion;  ///< that of the list in the table
+};
+
 namespace
 {
-/// By value: queues may register and leave while the copy is walked.
-List<LgQueue*> getQueues()
-{
-    LgRegistry const* const registry = LgLog::getRegistry();
-    return registry != nullptr ? registry->getQueueList() : List<LgQueue*>();
-}
-
 /// Whether the writer has ended and nothing is left. The order of the two questions matters: a queue found empty
 /// first could get its last message before its writer is found gone, and would be deleted with it.
 bool isFinished(LgQueue const& queue)
@@ -40,49 +79,105 @@ bool isFinished(LgQueue const& queue)
     const bool isAlive = queue.isCreatorAlive();
     return !isAlive && queue.isEmpty();
 }
+}  // namespace
 
-/// The first queue that isn't empty. Those before it that are finished are deleted, and leave both lists. Finished
-/// queues behind it wait for a later call.
-List<LgQueue*>::iterator findFirst(List<LgQueue*>& queues)
+/// Takes the registry's list over, unless the table holds it already. Until that is done the table has no version, so a lack of
+/// memory on the way makes the next call begin again.
+void LgQueueHeads::update()
 {
-    std::unordered_set<LgQueue*> deleted;  // for queues that are listed twice
-    const auto isDeleted = [&deleted](LgQueue* queue) { return deleted.contains(queue); };
-    auto place = queues.begin();
-    while (place != queues.end()) {
-        LgQueue* const queue = *place;
-        if (!deleted.empty() && isDeleted(queue)) {
-            place = queues.erase(place);
-        } else if (isFinished(*queue)) {
-            deleted.insert(queue);
-            LgLog::getRegistry()->deregisterQueue(queue);
-            place = queues.erase(place);
-            delete queue;
-        } else if (queue->isEmpty())
-            ++place;
-        else
-            break;
-    }
-    if (!deleted.empty())
-        queues.remove_if(isDeleted);
-    return place;
+    LgRegistry const* const registry = LgLog::getRegistry();
+    std::uint64_t version = noVersion;
+    // Only of that very type: a class derived from it may show another list.
+    if (registry != nullptr && typeid(*registry) == typeid(LgSimpleRegistry))
+        version = static_cast<LgSimpleRegistry const*>(registry)->getVersion();
+    if (version != noVersion && version == _version)
+        return;
+    _version = noVersion;
+    _heads.clear();
+    if (registry == nullptr)
+        return;
+    List<LgQueue*> queues = registry->getQueueList();
+    for (LgQueue* queue : queues)
+        _heads.push_back({queue, 0, false});
+    recycleQueueList(queues);
+    _version = version;
 }
 
-/// The queue whose head is the earliest; null if all are empty. The comparison is strict, so among equal stamps the
-/// queue that was registered first wins.
-LgQueue* findEarliest()
+/// Whether the queue has a message, whose stamp is known from here on.
+bool LgQueueHeads::updateHead(Head& head)
 {
-    List<LgQueue*> queues = getQueues();
-    LgQueue* earliest = nullptr;
-    for (auto place = findFirst(queues); place != queues.end(); ++place) {
-        LgQueue* const queue = *place;
-        if (queue->isEmpty())
+    if (head.isKnown)
+        return true;
+    if (head.queue->isEmpty())
+        return false;
+    head.timeStamp = head.queue->readEntry().getTimeStamp();
+    head.isKnown = true;
+    return true;
+}
+
+/// The first queue that isn't empty. Those before it that are finished are deleted, and leave registry and table. Finished
+/// queues behind it wait for a later call.
+LgQueueHeads::Place LgQueueHeads::removeFinished()
+{
+    std::unordered_set<LgQueue*> deleted;  // for queues that are listed twice
+    auto place = _heads.begin();
+    for (; place != _heads.end(); ++place) {
+        LgQueue* const queue = place->queue;
+        if (!deleted.empty() && deleted.contains(queue))
             continue;
-        if (earliest == nullptr || queue->readEntry().getTimeStamp() < earliest->readEntry().getTimeStamp())
-            earliest = queue;
+        if (!place->isKnown && isFinished(*queue)) {
+            deleted.insert(queue);
+            LgLog::getRegistry()->deregisterQueue(queue);
+            delete queue;
+        } else if (updateHead(*place))
+            break;
     }
+    if (deleted.empty())
+        return place;
+    // The registry has changed as well, and its next version says so; the table goes on without one until then.
+    _version = noVersion;
+    const std::ptrdiff_t gone =
+        std::count_if(_heads.begin(), place, [&deleted](Head const& head) { return deleted.contains(head.queue); });
+    const std::ptrdiff_t first = place - _heads.begin() - gone;
+    std::erase_if(_heads, [&deleted](Head const& head) { return deleted.contains(head.queue); });
+    return _heads.begin() + first;
+}
+
+/// Strictly smaller: among equal stamps the queue that was registered first wins.
+LgQueueHeads::Place LgQueueHeads::findEarliest()
+{
+    Place earliest = removeFinished();
+    for (Place place = earliest; place != _heads.end(); ++place)
+        if (updateHead(*place) && place->timeStamp < earliest->timeStamp)
+            earliest = place;
     return earliest;
 }
 
+/// The next walk looks at every queue again.
+void LgQueueHeads::invalidateHeads()
+{
+    for (Head& head : _heads)
+        head.isKnown = false;
+}
+
+/// The second turn, if there is one, finds heads that it has just seen, so there is no third.
+LgQueue* LgQueueHeads::takeEarliest()
+{
+    update();
+    for (;;) {
+        const Place earliest = findEarliest();
+        if (earliest == _heads.end())
+            return nullptr;
+        earliest->isKnown = false;  // the caller removes it from the queue
+        // The program may have read the queue itself since the last message; then no head is known.
+        if (!earliest->queue->isEmpty() && earliest->queue->readEntry().getTimeStamp() == earliest->timeStamp)
+            return earliest->queue;
+        invalidateHeads();
+    }
+}
+
+namespace
+{
 /// Lines that standard output has refused since the last one that it took.
 std::int32_t droppedFromEcho = 0;
 
@@ -170,26 +265,34 @@ void resetFormat(std::ostream& stream, LgLine const& line)
 /// May be stale at once: writers go on. A message that is there stays there until this thread flushes.
 bool LgReader::eventsPending()
 {
-    const List<LgQueue*> queues = getQueues();
-    return std::any_of(queues.begin(), queues.end(), [](LgQueue const* queue) { return !queue->isEmpty(); });
+    LgRegistry const* const registry = LgLog::getRegistry();
+    if (registry == nullptr)
+        return false;
+    List<LgQueue*> queues = registry->getQueueList();
+    const bool isAny =
+        std::any_of(queues.begin(), queues.end(), [](LgQueue const* queue) { return !queue->isEmpty(); });
+    recycleQueueList(queues);
+    return isAny;
 }
 
 bool LgReader::flushEarliest()
 {
-    LgQueue* const queue = findEarliest();
+    LgQueue* const queue = LgQueueHeads::get().takeEarliest();
     if (queue == nullptr)
         return false;
     flushQueue(queue);
     return true;
 }
 
-/// A fresh copy of the list for each message, so a queue that registers meanwhile is seen.
+/// A fresh look at the list for each message, so a queue that registers meanwhile is seen.
 void LgReader::flushAll()
 {
     while (flushEarliest())
         ;
 }
 
+/// One line, under both locks from its first character to its last, and in one call to the output.
+///
 /// What the inter-process lock throws comes before anything was taken, so the message stays in its queue.
 void LgReader::flushQueue(LgQueue* queue)
 {

@@ -4,6 +4,8 @@
 #include <base/list.h>
 #include <base/objptr.h>
 
+#include <cstdint>
+
 namespace Vn
 {
 
@@ -29,7 +31,7 @@ public:
     virtual void deregisterQueue(LgQueue* queue) = 0;
 
     /// A copy, so that the reader can walk it while the registry changes. Where time stamps are equal, queues that
-    /// stand earlier in the list win.
+    /// stand earlier in the list win. The reader asks before each message.
     virtual List<LgQueue*> getQueueList() const = 0;
 };
 
@@ -66,6 +68,10 @@ public:
 
 private:
     class Places;
+    friend class LgQueueHeads;
+
+    /// A number that stands for the list as it is.
+    std::uint64_t getVersion() const;
 
     List<LgQueue*> _queues;
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 namespace Vn
@@ -12,9 +11,9 @@ namespace Vn
 ///     ++index;              // 0
 ///     index - Index(1020)   // 4: steps from 1020 to here
 ///
-/// One side of a ring moves its index and the other side watches it. The owner reads its own by get(), shows a step
-/// by publish() and reads the other side's by watch(). All else isn't atomic: as a value, an index belongs to one
-/// thread. Tests: tests/base/lgringindextest.cpp.
+/// Each index of a ring has one thread that moves it, and another one that looks at it. The first reads it by get() and
+/// moves it by storeRelease(); the second reads it by loadAcquire(). All else isn't atomic: as a value, an index
+/// belongs to one thread. Tests: tests/base/lgringindextest.cpp.
 template <std::uint32_t size>
 class LgRingIndex
 {
@@ -58,6 +57,9 @@ public:
     /// @}
 
     /// Steps from `from` up to this one, below `size`.
+    ///
+    ///     Index(3) - Index(1020)  ->  7, of LgRingIndex<1024>
+    ///     Index(3) - Index(3)     ->  0, whether the ring is empty or its writer has gone round it
     constexpr std::uint32_t operator-(LgRingIndex from) const { return (_value - from._value) & mask; }
 
     /// Whether both are the same position.
@@ -65,14 +67,11 @@ public:
 
     /// The other side's index. Acquire: without it this thread could look at cells from before the other side's step,
     /// so that a reader takes old text, or a writer fills a cell that is still being read.
-    LgRingIndex watch() const
-    {
-        return LgRingIndex(std::atomic_ref(const_cast<std::uint32_t&>(_value)).load(std::memory_order_acquire));
-    }
+    LgRingIndex loadAcquire() const { return LgRingIndex(__atomic_load_n(&_value, __ATOMIC_ACQUIRE)); }
 
-    /// Moves the own index where the other side can see it. Release: without it the step could be seen before what
-    /// was done to the cells behind it.
-    void publish(LgRingIndex index) { std::atomic_ref(_value).store(index._value, std::memory_order_release); }
+    /// Moves this thread's own index where the other side can see it. Release: without it the step could be seen before
+    /// what was done to the cells behind it.
+    void storeRelease(LgRingIndex index) { __atomic_store_n(&_value, index._value, __ATOMIC_RELEASE); }
 
 private:
     std::uint32_t _value = 0;

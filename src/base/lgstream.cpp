@@ -14,6 +14,7 @@
 #include <base/lgstream.h>
 
 #include <base/lgnumbertext_p.h>
+#include <base/relaxed_p.h>
 
 #include <algorithm>
 
@@ -24,7 +25,7 @@ namespace Vn
 LgStream::LgStream()
     : _buffer(new char[ringSize]()), _overflowed(false), _pendingAdvance(false), _outputFlags(0), _directEnd(0)
 {
-    findDirectEnd(_readIndex);
+    updateDirectEnd(_readIndex);
 }
 
 LgStream::~LgStream()
@@ -32,7 +33,22 @@ LgStream::~LgStream()
     delete[] _buffer;
 }
 
-/// Numbers become text on the stack and then take the way of every text, so a number is refused whole.
+/// A number goes straight into the ring where there is room for the longest of its type. Elsewhere it becomes text on the
+/// stack and then takes the way of every text, so a number is refused whole. The cells behind the write index are the
+/// writer's alone until the index is moved.
+template <class Text, class Number>
+LgStream& LgStream::writeNumber(Number value)
+{
+    const std::uint32_t cell = _writeIndex.get();
+    if (cell + Text::longestDirect < _directEnd && Text::isDirect(value)) {
+        char const* const end = Text::put(_buffer + cell, value);
+        advanceTo(static_cast<std::uint32_t>(end - _buffer));
+        return *this;
+    }
+    const Text text(value);
+    return write(text.get(), text.getSize());
+}
+
 LgStream& LgStream::operator<<(short value)
 {
     return *this << int(value);
@@ -45,28 +61,25 @@ LgStream& LgStream::operator<<(unsigned short value)
 
 LgStream& LgStream::operator<<(int value)
 {
-    const LgNumberText text(value);
-    return write(text.get(), text.getSize());
+    return writeNumber<LgNumberText<int>>(value);
 }
 
 LgStream& LgStream::operator<<(unsigned int value)
 {
-    const LgNumberText text(value);
-    return write(text.get(), text.getSize());
+    return writeNumber<LgNumberText<unsigned>>(value);
 }
 
 LgStream& LgStream::operator<<(long value)
 {
-    const LgNumberText text(value);
-    return write(text.get(), text.getSize());
+    return writeNumber<LgNumberText<long>>(value);
 }
 
 LgStream& LgStream::operator<<(unsigned long value)
 {
-    const LgNumberText text(value);
-    return write(text.get(), text.getSize());
+    return writeNumber<LgNumberText<unsigned long>>(value);
 }
 
+/// Widening changes no digit: every float is a double.
 LgStream& LgStream::operator<<(float value)
 {
     return *this << double(value);
@@ -74,14 +87,12 @@ LgStream& LgStream::operator<<(float value)
 
 LgStream& LgStream::operator<<(double value)
 {
-    const LgFixedText<double> text(value);
-    return write(text.get(), text.getSize());
+    return writeNumber<LgFixedText<double>>(value);
 }
 
 LgStream& LgStream::operator<<(long double value)
 {
-    const LgFixedText<long double> text(value);
-    return write(text.get(), text.getSize());
+    return writeNumber<LgFixedText<long double>>(value);
 }
 
 LgStream& LgStream::operator<<(void const* address)
@@ -90,26 +101,27 @@ LgStream& LgStream::operator<<(void const* address)
     return write(text.get(), text.getSize());
 }
 
+/// The reader only ever makes room, so the answer holds until the writer writes.
 std::uint32_t LgStream::getNumCharacters() const
 {
-    return getRoomBefore(_readIndex.watch());
+    return getRoomBefore(_readIndex.loadAcquire());
 }
 
 bool LgStream::isFull() const
 {
-    return isFullBefore(_readIndex.watch());
+    return isFullBefore(_readIndex.loadAcquire());
 }
 
 /// Relaxed, here and in setOverflowed(): writer and reader both change the mark, and no other memory is read because
 /// of it. A value seen late only changes what hasOverflowed() says.
 bool LgStream::hasOverflowed() const
 {
-    return std::atomic_ref(const_cast<bool&>(_overflowed)).load(std::memory_order_relaxed);
+    return loadRelaxed(_overflowed);
 }
 
 void LgStream::setOverflowed(bool overflowed)
 {
-    std::atomic_ref(_overflowed).store(overflowed, std::memory_order_relaxed);
+    storeRelaxed(_overflowed, overflowed);
 }
 
 /// While a step is pending, one free cell isn't enough: the step over the zero would take it, and the step behind the
@@ -128,21 +140,21 @@ std::uint32_t LgStream::getRoomBefore(Index readIndex) const
 }
 
 /// Makes the pending step if there is one. False, with the loss marked, if there is no room for a character.
-bool LgStream::prepareWriting(Index readIndex)
+bool LgStream::makePendingStep(Index readIndex)
 {
     if (isFullBefore(readIndex)) {
-        refuse();
+        markOverflow();
         return false;
     }
     if (_pendingAdvance) {
-        _writeIndex.publish(_writeIndex + 1);
+        _writeIndex.storeRelease(_writeIndex + 1);
         _pendingAdvance = false;
     }
     return true;
 }
 
 /// Marks the loss and terminates what was written, without moving an index.
-void LgStream::refuse()
+void LgStream::markOverflow()
 {
     setOverflowed(true);
     // The zero whose step is pending belongs to a string that the reader may be copying: even writing the same value
@@ -157,19 +169,19 @@ void LgStream::refuse()
 void LgStream::writeCharacter(char character)
 {
     // Loaded once, so that all decisions of this step see the same room; it can only have grown since.
-    const Index readIndex = _readIndex.watch();
-    if (!prepareWriting(readIndex))
+    const Index readIndex = _readIndex.loadAcquire();
+    if (!makePendingStep(readIndex))
         return;
     storeText(&character, 1);
     setFlags(textWritten);
-    findDirectEnd(readIndex);
+    updateDirectEnd(readIndex);
 }
 
 /// All or nothing: a text that doesn't fit becomes "#", and shorter ones behind it may still fit.
 void LgStream::writeText(char const* text, std::size_t length)
 {
-    const Index readIndex = _readIndex.watch();
-    if (!prepareWriting(readIndex))
+    const Index readIndex = _readIndex.loadAcquire();
+    if (!makePendingStep(readIndex))
         return;
     if (length > getRoomBefore(readIndex)) {
         setOverflowed(true);
@@ -178,7 +190,7 @@ void LgStream::writeText(char const* text, std::size_t length)
     } else
         storeText(text, static_cast<std::uint32_t>(length));
     setFlags(textWritten);
-    findDirectEnd(readIndex);
+    updateDirectEnd(readIndex);
 }
 
 /// Copies in up to two parts. The caller has checked that there is room.
@@ -188,27 +200,27 @@ void LgStream::storeText(char const* text, std::uint32_t length)
     const std::uint32_t beforeTheWrap = std::min(length, ringSize - cell);
     std::copy_n(text, beforeTheWrap, _buffer + cell);
     std::copy_n(text + beforeTheWrap, length - beforeTheWrap, _buffer);
-    _writeIndex.publish(_writeIndex + length);
+    _writeIndex.storeRelease(_writeIndex + length);
 }
 
 /// The slow form of completeString().
-void LgStream::completeAtTheEdge()
+void LgStream::completeNearTheEnd()
 {
-    const Index readIndex = _readIndex.watch();
+    const Index readIndex = _readIndex.loadAcquire();
     char& cell = _buffer[_writeIndex.get()];
-    // A zero here may be that of a string that the reader is copying: see refuse().
+    // A zero here may be that of a string that the reader is copying: see markOverflow().
     if (cell != '\0')
         cell = '\0';
-    _stringEnd.publish(_writeIndex);
+    _stringEnd.storeRelease(_writeIndex);
     _pendingAdvance = _writeIndex + 1 == readIndex;
     if (!_pendingAdvance)
-        _writeIndex.publish(_writeIndex + 1);
+        _writeIndex.storeRelease(_writeIndex + 1);
     setFlags(stringTerminated);
-    findDirectEnd(readIndex);
+    updateDirectEnd(readIndex);
 }
 
 /// Computes anew how far the inline forms may write.
-void LgStream::findDirectEnd(Index readIndex)
+void LgStream::updateDirectEnd(Index readIndex)
 {
     const std::uint32_t cell = _writeIndex.get();
     _directEnd = _pendingAdvance ? 0 : std::min(cell + getRoomBefore(readIndex), ringSize - 1);
@@ -226,10 +238,10 @@ void LgStream::removeEmptyString(Mark const& mark)
 {
     if (mark.pendingAdvance)
         return;  // only the step over the zero of the string before has been made
-    _stringEnd.publish(mark.stringEnd);
-    _writeIndex.publish(mark.writeIndex);
+    _stringEnd.storeRelease(mark.stringEnd);
+    _writeIndex.storeRelease(mark.writeIndex);
     _pendingAdvance = false;
-    findDirectEnd(_readIndex.watch());
+    updateDirectEnd(_readIndex.loadAcquire());
 }
 
 LgStream& LgStream::operator>>(char* destination)
@@ -243,7 +255,7 @@ LgStream& LgStream::operator>>(char* destination)
 std::uint32_t LgStream::take(char* destination)
 {
     *destination = '\0';
-    if (_stringEnd.watch() == _readIndex)
+    if (_stringEnd.loadAcquire() == _readIndex)
         return 0;
     const Index first = findNext();
     const std::uint32_t length = getLengthFrom(first);
@@ -252,13 +264,13 @@ std::uint32_t LgStream::take(char* destination)
     std::memcpy(destination + beforeTheWrap, _buffer, length - beforeTheWrap);
     destination[length] = '\0';
     setOverflowed(false);
-    _readIndex.publish(first + length);
+    _readIndex.storeRelease(first + length);
     return length;
 }
 
 std::uint32_t LgStream::getNextSize() const
 {
-    return _stringEnd.watch() == _readIndex ? 0 : getLengthFrom(findNext());
+    return _stringEnd.loadAcquire() == _readIndex ? 0 : getLengthFrom(findNext());
 }
 
 /// Where the next string begins. The read index may stand on the terminator of the string before.

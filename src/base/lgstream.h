@@ -55,7 +55,7 @@ public:
         const std::uint32_t cell = _writeIndex.get();
         if (cell + 1 < _directEnd) {
             _buffer[cell] = character;
-            written(cell + 1);
+            advanceTo(cell + 1);
         } else
             writeCharacter(character);
         return *this;
@@ -117,11 +117,11 @@ public:
         const std::uint32_t cell = _writeIndex.get();
         if (cell + 1 < _directEnd) {
             _buffer[cell] = '\0';
-            _stringEnd.publish(Index(cell));
-            _writeIndex.publish(Index(cell + 1));
+            _stringEnd.storeRelease(Index(cell));
+            _writeIndex.storeRelease(Index(cell + 1));
             setFlags(stringTerminated);
         } else
-            completeAtTheEdge();
+            completeNearTheEnd();
     }
 
     /// @{
@@ -176,15 +176,19 @@ private:
         const std::uint32_t cell = _writeIndex.get();
         if (length < _directEnd && cell + length < _directEnd) {
             std::memcpy(_buffer + cell, text, length);
-            written(static_cast<std::uint32_t>(cell + length));
+            advanceTo(static_cast<std::uint32_t>(cell + length));
         } else
             writeText(text, length);
         return *this;
     }
 
-    void written(std::uint32_t end)
+    template <class Text, class Number>
+    LgStream& writeNumber(Number value);
+
+    /// Shows the characters up to the cell `end` as written; the ring doesn't wrap before it.
+    void advanceTo(std::uint32_t end)
     {
-        _writeIndex.publish(Index(end));
+        _writeIndex.storeRelease(Index(end));
         setFlags(textWritten);
     }
 
@@ -193,14 +197,15 @@ private:
     // The same where the ring wraps or is nearly full.
     void writeCharacter(char character);
     void writeText(char const* text, std::size_t length);
-    void completeAtTheEdge();
+    void completeNearTheEnd();
 
+    // Each step looks at the reader's index once and hands it on, so that all its decisions see the same room.
     bool isFullBefore(Index readIndex) const;
     std::uint32_t getRoomBefore(Index readIndex) const;
-    bool prepareWriting(Index readIndex);
-    void refuse();
+    bool makePendingStep(Index readIndex);
+    void markOverflow();
     void storeText(char const* text, std::uint32_t length);
-    void findDirectEnd(Index readIndex);
+    void updateDirectEnd(Index readIndex);
     bool isStringOpen() const;
     Index findNext() const;
     std::uint32_t getLengthFrom(Index first) const;

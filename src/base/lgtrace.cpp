@@ -49,6 +49,7 @@ void LgTrace::print(char const* text)
         queueText(queue, text);
         return;
     }
+    // Zero included, as the observer counts bytes of the ring.
     const std::size_t length = std::strlen(text);
     if (length + 1 > LgStream::getMaxSize()) {
         printInPieces(text, length);

@@ -68,6 +68,7 @@ void checkRegistry(int line)
         throw ExInternalError(sourceName, line, "Log groups exist only while the logger is initialised.");
 }
 
+/// Whether the value is one of the seven.
 bool isLevel(LgTypes::Level level)
 {
     return level >= LgTypes::InternalError && level <= LgTypes::Profiling;
@@ -129,6 +130,7 @@ char const* getThresholdWord(std::uint32_t mask)
 }
 }  // namespace
 
+/// Values from outside the enumeration come from clients, and must not index the table.
 char const* LgTypes::levelToString(Level level)
 {
     return isLevel(level) ? levelStrings[level] : "";
@@ -159,6 +161,7 @@ VN_EX_DEFINE_MEMBERS(LgEx::InvalidLevelString);
 LgTypes::Level LgMajorGroup::_defaultThreshold = LgTypes::Warning;
 const std::uint32_t LgMajorGroup::_levelMask[7] = {0x80, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC, profilingBit};
 
+/// The threshold as it is at this moment: a later one leaves existing groups alone.
 LgMajorGroup::LgMajorGroup() : _mask(_levelMask[_defaultThreshold]) {}
 
 /// Both parts or neither: the list is kept back until the map has been made.
@@ -190,6 +193,7 @@ void LgMajorGroup::finalize()
     groups = nullptr;
 }
 
+/// One object for each name, until the process ends. Without a lock: groups are made while packages start.
 LgMajorGroup& LgMajorGroup::getInstanceForName(char const* name)
 {
     checkRegistry(__LINE__);
@@ -246,6 +250,7 @@ LgTypes::Level LgMajorGroup::getDefaultThreshold()
     return _defaultThreshold;
 }
 
+/// Intended: `Profiling` is taken, and leaves new groups with that one bit. Do not mend.
 void LgMajorGroup::setDefaultThreshold(LgTypes::Level level)
 {
     _defaultThreshold = std::min(atLeastFatal(level), LgTypes::Profiling);

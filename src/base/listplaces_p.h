@@ -1,4 +1,4 @@
-// Private to envvar.cpp and lgregistry.cpp.
+// Private to envvar.cpp and lgregistry_p.h.
 #pragma once
 
 #include <base/list.h>

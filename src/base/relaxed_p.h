@@ -1,4 +1,4 @@
-// Private to lglog.cpp, lgtypes.cpp, trace_p.h and tracemanager.cpp.
+// Private to the library.
 #pragma once
 
 #include <type_traits>

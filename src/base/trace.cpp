@@ -37,12 +37,6 @@ Trace::~Trace() = default;
 
 void Trace::printPrefix(std::ostream&) {}
 
-/// Asked at each site, on any thread: two relaxed loads.
-bool Trace::isEnabled(TraceLevel const& level)
-{
-    return TraceOptions::get().isOn() && loadRelaxed(level._enabled);
-}
-
 /// Copies what it keeps: both texts may belong to a library that is unloaded later, and levels stay.
 TraceLevel* Trace::registerLevel(char const* name, char const* file)
 {

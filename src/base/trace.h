@@ -40,6 +40,7 @@ private:
     Vector<std::size_t> _repeats;
 
     std::uint64_t _switchedAt = 0;  ///< number of the option that switched this level last
+    bool _isShown = false;          ///< `_enabled`, and tracing as a whole is on: all that a site asks
 };
 
 /// A developer's view of a run: lines of named levels, indented by the depth of calls.
@@ -74,7 +75,11 @@ public:
     virtual ~Trace();
 
     /// Whether lines of that level are wanted: the level is on, and tracing as a whole is.
-    static bool isEnabled(TraceLevel const& level);
+    static bool isEnabled(TraceLevel const& level)
+    {
+        // Relaxed: a switch stands for itself, and no other memory is read because of it.
+        return __atomic_load_n(&level._isShown, __ATOMIC_RELAXED);
+    }
 
     /// The level of that name, made if there is none. A new one is off, unless an option has said "show=all".
     ///

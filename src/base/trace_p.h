@@ -29,8 +29,8 @@ struct TraceNameLess
 ///
 ///     TraceOptions::get().parse("show=Palette,line");
 ///
-/// One thread at a time changes it. `_on` and the levels' switches are relaxed atomics, since Trace::isEnabled() reads
-/// them on any thread; all else is read only by lines of trace, and belongs to the thread that sets the options.
+/// One thread at a time changes it. A level's `_isShown` is a relaxed atomic, since Trace::isEnabled() reads it on any thread;
+/// all else is read only by lines of trace, and belongs to the thread that sets the options.
 /// Tests: tests/base/tracetest.cpp.
 class TraceOptions
 {
@@ -41,9 +41,6 @@ public:
     /// Not allowed to throw: a bad `VN_TRACE_OPTIONS` ends the program here, whichever static object comes first, with
     /// the exception's message. Thrown on, it would reach the loader, which shows no message.
     static TraceOptions& get() noexcept;
-
-    /// Whether tracing as a whole is on. Any thread may ask.
-    bool isOn() const { return loadRelaxed(_on); }
 
     /// @{
     /// What the options of these names say.
@@ -84,6 +81,8 @@ private:
     void applyUnprotected(Token token, char const* value);
     void switchLevel(char const* name, bool enabled);
     void switchAll(bool enabled);
+    void switchTracing(bool on);
+    void setEnabled(TraceLevel& level, bool enabled);
     char const* getShownName(char const* file) const;
 
     static constexpr std::int32_t defaultFileWidth = 20;
@@ -103,11 +102,12 @@ private:
 
     std::set<std::string, std::less<>> _files;
 
-    // "show=all" and "hide=all" reach the levels when their text ends. Applied at once, a text of n of them would cost n
-    // walks through all levels.
+    // "show=all", "hide=all", "on" and "off" reach the levels when their text ends. Applied at once, a text of n of them would
+    // cost n walks through all levels.
     std::uint64_t _switches = 0;   ///< options so far that have switched levels
     std::uint64_t _allSwitch = 0;  ///< number of the last one for all levels, until it reaches them; 0: none waits
     bool _allOn = false;           ///< what that one says
+    bool _isOnChanged = false;     ///< "on" or "off" has yet to reach the levels
 };
 
 /// Gives a stream its initial format for the life of this object, and then its former format back: what a client has set

@@ -7,7 +7,8 @@
 // A text of options is split in place, in a copy, and each token takes effect before the next is looked at; so what stands
 // before an unknown token has taken effect when that one throws. Options for single levels switch them at once. Options for
 // all levels only leave a number, and AllLevelsUpdate applies the last one when the text ends, to the levels that no later
-// option has switched by name.
+// option has switched by name. The switch for all tracing reaches the levels then as well: each holds what its sites ask, so
+// that a site that is off costs one load.
 //
 // A level may be named by an option before any code registers it. Both ways lead to findLevel(), so it is made once, with
 // the setting that the option gave it.
@@ -128,19 +129,20 @@ struct TraceOptions::TokenTable
     }
 };
 
-/// Applies the last option for all levels, if one waits, when a text of options ends, be it by an exception.
+/// Applies what waits for the levels when a text of options ends, be it by an exception.
 class TraceOptions::AllLevelsUpdate
 {
 public:
     explicit AllLevelsUpdate(TraceOptions& options) : _options(options) {}
     ~AllLevelsUpdate()
     {
-        if (_options._allSwitch == 0)
+        if (_options._allSwitch == 0 && !_options._isOnChanged)
             return;
         for (auto const& [name, level] : _options._levels)
-            if (level->_switchedAt < _options._allSwitch)
-                storeRelaxed(level->_enabled, _options._allOn);
+            _options.setEnabled(*level,
+                                level->_switchedAt < _options._allSwitch ? _options._allOn : level->_enabled);
         _options._allSwitch = 0;
+        _options._isOnChanged = false;
     }
 
     AllLevelsUpdate(AllLevelsUpdate const&) = delete;
@@ -171,7 +173,7 @@ void TraceOptions::reset()
 {
     if (_writeProtect)
         return;
-    storeRelaxed(_on, true);
+    switchTracing(true);
     _prefix = true;
     _line = false;
     _pid = false;
@@ -184,13 +186,14 @@ void TraceOptions::reset()
     applyAll(defaultOptions);
 }
 
+/// Registration, "show", "hide" and printException() all come here. The map's key is the level's own copy of the name.
 TraceLevel* TraceOptions::findLevel(char const* name)
 {
     const auto found = _levels.find(name);
     if (found != _levels.end())
         return found->second;
     std::unique_ptr<TraceLevel> level(new TraceLevel(name));
-    level->_enabled = _allLevels == 1;
+    setEnabled(*level, _allLevels == 1);
     // Numbered like an option of its own: an earlier option for all levels, which may still wait, is already in
     // `_allLevels` and must not reach this level again.
     level->_switchedAt = ++_switches;
@@ -198,6 +201,7 @@ TraceLevel* TraceOptions::findLevel(char const* name)
     return level.release();
 }
 
+/// Found without a copy of `file`: libraries that are loaded again and again register the same file each time.
 char const* TraceOptions::internFile(char const* file)
 {
     const auto found = _files.find(std::string_view(file));
@@ -215,7 +219,7 @@ void TraceOptions::switchLevel(char const* name, bool enabled)
         return;
     }
     TraceLevel* const level = findLevel(name);
-    storeRelaxed(level->_enabled, enabled);
+    setEnabled(*level, enabled);
     level->_switchedAt = ++_switches;
 }
 
@@ -224,6 +228,20 @@ void TraceOptions::switchAll(bool enabled)
 {
     _allSwitch = ++_switches;
     _allOn = enabled;
+}
+
+/// Each level hears of it when the text ends.
+void TraceOptions::switchTracing(bool on)
+{
+    _on = on;
+    _isOnChanged = true;
+}
+
+/// Relaxed: other threads see the switch a little later, and read nothing else because of it.
+void TraceOptions::setEnabled(TraceLevel& level, bool enabled)
+{
+    storeRelaxed(level._enabled, enabled);
+    storeRelaxed(level._isShown, _on && enabled);
 }
 
 /// One update for the whole text, nested calls of applyAll() by "reset" included.
@@ -272,7 +290,7 @@ void TraceOptions::applyUnprotected(Token token, char const* value)
     switch (token) {
     case Token::on:
     case Token::off:
-        storeRelaxed(_on, token == Token::on);
+        switchTracing(token == Token::on);
         break;
     case Token::line:
     case Token::noLine:
@@ -320,6 +338,7 @@ char const* TraceOptions::getShownName(char const* file) const
     return name;
 }
 
+/// The number has at most nine digits, so a blank always follows it.
 void TraceOptions::printPid(std::ostream& stream) const
 {
     if (_pid)

@@ -366,6 +366,96 @@ TEST_F(LgReaderTest, finishedQueuesGoWhereverElseTheyAreListed)
     busy.end();
 }
 
+TEST_F(LgReaderTest, aQueueThatRegistersBetweenTwoMessagesIsSeen)
+{
+    start();
+    StampedQueue first;
+    first.log(1, "one");
+    first.log(5, "five");
+    EXPECT_TRUE(LgReader().flushEarliest());
+    StampedQueue second;
+    second.log(3, "three");
+    EXPECT_TRUE(LgReader().flushEarliest());
+    second.log(7, "seven");
+    second.end();  // with its message, which nobody writes
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "three", "five"}));
+    first.end();
+}
+
+TEST_F(LgReaderTest, anotherRegistryIsAnotherList)
+{
+    start();
+    StampedQueue first;
+    first.log(1, "one");
+    first.log(9, "nine");
+    EXPECT_TRUE(LgReader().flushEarliest());
+    const ObjPtr<LgRegistry> before = LgLog::setRegistry(ObjPtr<LgRegistry>(new LgSimpleRegistry));
+    StampedQueue second;
+    second.log(3, "three");
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "three", "nine"}));
+    first.end();
+    second.end();
+}
+
+namespace
+{
+/// Shows another list than the one of its base.
+class OtherList : public LgSimpleRegistry
+{
+public:
+    List<LgQueue*> getQueueList() const override { return shown; }
+
+    List<LgQueue*> shown;
+};
+}  // namespace
+
+TEST_F(LgReaderTest, aRegistryOfTheProgramIsAskedForEachMessage)
+{
+    start();
+    auto* const registry = new OtherList;
+    LgLog::setRegistry(ObjPtr<LgRegistry>(registry));
+    StampedQueue first, second;
+    first.log(1, "one");
+    first.log(4, "four");
+    second.log(2, "two");
+    second.log(3, "three");
+    EXPECT_FALSE(LgReader().flushEarliest());
+    registry->shown = {&*first};
+    EXPECT_TRUE(LgReader().eventsPending());
+    EXPECT_TRUE(LgReader().flushEarliest());
+    registry->shown = {&*first, &*second};
+    EXPECT_TRUE(LgReader().flushEarliest());
+    registry->shown = {&*first};
+    EXPECT_TRUE(LgReader().flushEarliest());
+    EXPECT_FALSE(LgReader().flushEarliest());
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "two", "four"}));
+    first.end();
+    second.end();
+}
+
+TEST_F(LgReaderTest, aQueueThatTheProgramReadsItselfHasItsPresentHead)
+{
+    start();
+    StampedQueue first, second;
+    first.log(1, "one");
+    first.log(5, "five");
+    second.log(3, "three");
+    second.log(7, "seven");
+    EXPECT_TRUE(LgReader().flushEarliest());  // has seen both heads
+    std::vector<char> text(32768);
+    second->getStream() >> text.data();
+    second->removeEntry();
+    EXPECT_TRUE(LgReader().flushEarliest());
+    second->getStream() >> text.data();
+    second->removeEntry();
+    EXPECT_FALSE(LgReader().flushEarliest());
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "five"}));
+    first.end();
+    second.end();
+}
+
 namespace
 {
 /// A lock that tells, and can refuse.

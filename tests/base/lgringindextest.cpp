@@ -30,7 +30,7 @@ TEST(LgRingIndex, distanceIsTheStepsForward)
 TEST(LgRingIndex, showsWhatWasPublished)
 {
     Index index;
-    index.publish(Index(7) + 4);
-    EXPECT_EQ(index.watch(), Index(3));
+    index.storeRelease(Index(7) + 4);
+    EXPECT_EQ(index.loadAcquire(), Index(3));
     EXPECT_EQ(index.get(), 3u);
 }

@@ -376,6 +376,50 @@ TEST(LgStream, wrapsAtEachStart)
     }
 }
 
+namespace
+{
+/// Writes a number in front of the ring's end, at each distance from it, and into each little room.
+template <class Value>
+void expectNumberAnywhere(Value value)
+{
+    const std::string whole = shown(value);
+    for (std::uint32_t distance = 1; distance < 45; ++distance) {
+        SCOPED_TRACE(whole + ", from the end " + std::to_string(distance));
+        LgStream stream;
+        moveTo(stream, cells - distance);
+        stream << value << Vn::ends << 'x' << Vn::ends;
+        EXPECT_EQ(taken(stream), whole);
+        EXPECT_EQ(taken(stream), "x");
+    }
+    for (std::uint32_t room = 0; room < 45; ++room) {
+        SCOPED_TRACE(whole + ", room " + std::to_string(room));
+        LgStream stream;
+        moveTo(stream, 5);
+        const std::string before(stream.getNumCharacters() - room, 'b');
+        stream << before.c_str() << value;
+        EXPECT_EQ(stream.hasOverflowed(), whole.size() > room);
+        const std::string text = whole.size() <= room ? whole : room > 0 ? "#" : "";
+        EXPECT_EQ(stream.getNumCharacters(), room - text.size());
+        stream << Vn::ends;
+        EXPECT_TRUE(taken(stream) == before + text);
+    }
+}
+}  // namespace
+
+TEST(LgStream, aNumberIsWrittenWholeOrRefusedWhereverItBegins)
+{
+    expectNumberAnywhere(0);
+    expectNumberAnywhere(-2147483647 - 1);
+    expectNumberAnywhere(4294967295u);
+    expectNumberAnywhere(short(-32768));
+    expectNumberAnywhere(-12345678901L);
+    expectNumberAnywhere(0.37);
+    expectNumberAnywhere(-18446744073709549568.0);  // 28 characters: the longest that goes straight into the ring
+    expectNumberAnywhere(18446744073709551616.0);
+    expectNumberAnywhere(1e30);
+    expectNumberAnywhere(-0.5L);
+}
+
 TEST(LgStream, doesWhatAPlainModelDoesOverMillionsOfSteps)
 {
     LgStream stream;

@@ -136,6 +136,23 @@ TEST_F(TraceTest, offIsOffForAllLevels)
         EXPECT_TRUE(isOn(name));
 }
 
+TEST_F(TraceTest, levelsOfATimeWithoutTracingAreOnOnceItIs)
+{
+    Trace::setOptions("off,show=all");
+    EXPECT_FALSE(isOn("MadeWhileOff"));
+    Trace::setOptions("show=SwitchedWhileOff");
+    EXPECT_FALSE(isOn("SwitchedWhileOff"));
+    Trace::setOptions("on,hide=Other");
+    EXPECT_TRUE(isOn("MadeWhileOff"));
+    EXPECT_TRUE(isOn("SwitchedWhileOff"));
+    EXPECT_FALSE(isOn("Other"));
+    // A text that ends in an exception has switched what stands before.
+    EXPECT_THROW(Trace::setOptions("off,nonsense"), ExInternalError);
+    EXPECT_FALSE(isOn("MadeWhileOff"));
+    Trace::setOptions("off,on");
+    EXPECT_TRUE(isOn("MadeWhileOff"));
+}
+
 TEST_F(TraceTest, showAndHideSwitchALevelAlsoBeforeItIsRegistered)
 {
     Trace::setOptions("show=Early,hide=Main");

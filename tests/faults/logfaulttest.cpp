@@ -26,6 +26,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -174,6 +175,48 @@ TEST_F(LogFaults, aMessageAllocatesNothing)
     EXPECT_TRUE(queue.getStream().hasOverflowed());
     const auto disabled = [&group] { VN_LOG(group, LgTypes::Tracing, std::string(1000, 'x').c_str()); };
     EXPECT_FALSE(failsWithoutMemory(0, disabled));
+}
+
+namespace
+{
+/// A registry of a program's own around the library's, as one with a lock is.
+class WrappingRegistry : public LgRegistry
+{
+public:
+    void registerQueue(LgQueue* queue) override { _queues.registerQueue(queue); }
+    void deregisterQueue(LgQueue* queue) override { _queues.deregisterQueue(queue); }
+    List<LgQueue*> getQueueList() const override { return _queues.getQueueList(); }
+
+private:
+    LgSimpleRegistry _queues;
+};
+}  // namespace
+
+TEST_F(LogFaults, theReaderAllocatesNothingForAMessage)
+{
+    for (const bool isWrapped : {false, true}) {
+        start();
+        if (isWrapped)
+            LgLog::setRegistry(ObjPtr<LgRegistry>(new WrappingRegistry));
+        std::deque<LgQueue> queues(20);
+        for (LgQueue& queue : queues)
+            LgLog::getRegistry()->registerQueue(&queue);
+        const auto flushMany = [&queues] {
+            for (LgQueue& queue : queues) {
+                ASSERT_TRUE(queue.reserveEntry(LgTypes::Warning));
+                queue.getStream() << "text " << 1 << ends;
+                queue.addEntry();
+            }
+            EXPECT_TRUE(LgReader().flushEarliest());
+            EXPECT_TRUE(LgReader().eventsPending());
+            LgReader().flushAll();
+        };
+        flushMany();
+        EXPECT_FALSE(failsWithoutMemory(0, flushMany)) << isWrapped;
+        for (LgQueue& queue : queues)
+            LgLog::getRegistry()->deregisterQueue(&queue);
+        stop();
+    }
 }
 
 TEST_F(LogFaults, aQueueOrAGroupThatCanNotBeMadeLeavesNothing)

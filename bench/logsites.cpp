@@ -1,0 +1,349 @@
+// What a message costs: at its site beside the clock alone, and in the reader with many queues beside one; a flushed line
+// beside another logger's; what the locks of the outputs add; a trace site that is on and one that is off.
+#include "rounds.h"
+
+#include <base/hwcounter.h>
+#include <base/ininitmgr.h>
+#include <base/inpackages.h>
+#include <base/lginterprocesslock.h>
+#include <base/lglog.h>
+#include <base/lgreader.h>
+#include <base/trace.h>
+
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using VnBench::Rounds;
+using VnBench::timeOfEach;
+
+namespace
+{
+constexpr int burst = 500;  // fewer than a queue takes
+
+std::vector<std::unique_ptr<Vn::LgQueue>> queues;
+Vn::LgQueue* current = nullptr;
+
+Vn::LgQueue* getCurrent()
+{
+    return current;
+}
+
+Vn::LgMinorGroup const& getGroup()
+{
+    static const Vn::LgMinorGroup group(Vn::LgMajorGroup::getInstanceForName("Bench"), "Bench");
+    return group;
+}
+
+void drain()
+{
+    Vn::LgReader().flushAll();
+}
+
+/// Nanoseconds of each site of a burst; the reader writes the lines outside the time that is measured.
+template <class Site>
+double timeOfSites(Site const& site)
+{
+    int i = 0;
+    const double time = timeOfEach(burst, [&] { site(i++); });
+    drain();
+    return time;
+}
+
+/// The times of groups of eight sites, for one site: a clock may tick no faster than a site takes.
+template <class Site>
+std::vector<double> timesOfGroups(Site const& site)
+{
+    constexpr int group = 8;
+    std::vector<double> times;
+    for (int i = 0; i + group <= burst; i += group) {
+        const std::uint64_t start = Vn::HwCounter::timeStamp();
+        for (int k = 0; k < group; ++k)
+            site(i + k);
+        times.push_back(Vn::HwCounter::seconds(start, Vn::HwCounter::timeStamp()) * 1e9 / group);
+    }
+    drain();
+    return times;
+}
+
+/// The time below which 99 of 100 of 6,200 groups stay.
+template <class Site>
+double percentileOfGroups(Site const& site)
+{
+    std::vector<double> times;
+    for (int i = 0; i < 100; ++i)
+        for (const double time : timesOfGroups(site))
+            times.push_back(time);
+    const auto place = times.begin() + static_cast<std::ptrdiff_t>(times.size() * 99 / 100);
+    std::nth_element(times.begin(), place, times.end());
+    return *place;
+}
+
+void logInteger(int i)
+{
+    VN_LOG(getGroup(), Vn::LgTypes::Warning, "a message with the number " << i);
+}
+
+void compareSites()
+{
+    Vn::LgMinorGroup const& group = getGroup();
+    const auto text = [&group](int) {
+        VN_LOG(group, Vn::LgTypes::Warning, "a message of some forty characters in all");
+    };
+    const auto integer = [&group](int i) {
+        VN_LOG(group, Vn::LgTypes::Warning, "a message with the number " << i);
+    };
+    const auto mixed = [&group](int i) {
+        VN_LOG(group, Vn::LgTypes::Warning, "tile " << i << " of " << i * 7 << " took " << i * 0.37);
+    };
+    const auto stamp = [] {
+        return timeOfEach(burst, [] { [[maybe_unused]] volatile std::uint64_t now = Vn::HwCounter::timeStamp(); });
+    };
+    const auto compare = [&stamp](char const* what, auto const& site) {
+        Rounds rounds(what, "ns");
+        rounds.add("a site", [&site] { return timeOfSites(site); });
+        rounds.add("its time stamp alone", stamp);
+        rounds.run(400);
+    };
+    compare("site: text", text);
+    compare("site: text, int", integer);
+    compare("site: 2 int, double", mixed);
+    const auto compareWorst = [](char const* what, auto const& site) {
+        Rounds rounds(what, "ns");
+        rounds.add("a site", [&site] { return percentileOfGroups(site); });
+        rounds.add("its time stamp alone", [] {
+            return percentileOfGroups(
+                [](int) { [[maybe_unused]] volatile std::uint64_t now = Vn::HwCounter::timeStamp(); });
+        });
+        rounds.run(20);
+    };
+    compareWorst("99 of 100: text", text);
+    compareWorst("99 of 100: text, int", integer);
+    compareWorst("99 of 100: 2 int, double", mixed);
+}
+
+void useQueues(std::size_t count)
+{
+    drain();
+    Vn::LgLog::setRegistry(Vn::ObjPtr<Vn::LgRegistry>(new Vn::LgSimpleRegistry));
+    for (auto const& queue : queues)
+        Vn::LgLog::getRegistry()->deregisterQueue(queue.get());
+    queues.clear();
+    for (std::size_t i = 0; i < count; ++i) {
+        queues.push_back(std::make_unique<Vn::LgQueue>(i + 1));
+        Vn::LgLog::getRegistry()->registerQueue(queues.back().get());
+    }
+    current = queues.front().get();
+}
+
+/// A line by the reader, with as many queues; `used` of them have messages.
+double timeOfLine(std::size_t used)
+{
+    constexpr int lines = 2048;
+    int done = 0;
+    while (done < lines)
+        for (std::size_t i = 0; i < used && done < lines; ++i, ++done) {
+            current = queues[i * (queues.size() / used)].get();
+            if (!current->isFull())
+                logInteger(done);
+        }
+    const double time = timeOfEach(1, drain);
+    current = queues.front().get();
+    return time / lines;
+}
+
+void compareReaders()
+{
+    // Each round changes the queues, so the times of one and of many stand in one run.
+    for (const std::size_t count : {16, 64, 256, 1024}) {
+        for (const std::size_t used : {std::size_t(2), count}) {
+            Rounds rounds(std::to_string(count) + " queues, " + std::to_string(used) + " used", "ns");
+            rounds.add("a line", [count, used] {
+                useQueues(count);
+                return timeOfLine(used);
+            });
+            rounds.add("with 2 queues", [] {
+                useQueues(2);
+                return timeOfLine(2);
+            });
+            rounds.run(30);
+        }
+    }
+    useQueues(1);
+}
+
+class Lines
+{
+public:
+    explicit Lines(std::string const& folder)
+        : _file(::open((folder + "/bare.log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_TRUNC, 0600)),
+          _logger(spdlog::basic_logger_mt("flushing", folder + "/spdlog.log", true))
+    {
+        _logger->flush_on(spdlog::level::trace);
+    }
+
+    /// From the site to the line in the file.
+    static double ours()
+    {
+        int i = 0;
+        return timeOfEach(burst, [&i] {
+            logInteger(i++);
+            Vn::LgReader().flushEarliest();
+        });
+    }
+
+    /// The lines of a whole burst.
+    static double oursInBursts()
+    {
+        return timeOfEach(1,
+                          [] {
+                              for (int i = 0; i < burst; ++i)
+                                  logInteger(i);
+                              drain();
+                          }) /
+               burst;
+    }
+
+    double spdlog()
+    {
+        int i = 0;
+        return timeOfEach(burst, [this, &i] { _logger->warn("Bench a message with the number {}", i++); });
+    }
+
+    double bare() const
+    {
+        constexpr std::string_view line =
+            "0000000000 0123456789 (0x00000001) Warning: Bench a message with the number 123\n";
+        return timeOfEach(burst, [this, line] {
+            if (::write(_file, line.data(), line.size()) < 0)
+                std::abort();
+        });
+    }
+
+    /// The system calls that a shared file adds to a line: a lock, two questions for the size.
+    double bareShared() const
+    {
+        struct ::stat status;
+        return timeOfEach(burst, [this, &status] {
+            ::flock(_file, LOCK_EX);
+            ::fstat(_file, &status);
+            ::fstat(_file, &status);
+            ::flock(_file, LOCK_UN);
+        });
+    }
+
+private:
+    int _file;
+    std::shared_ptr<spdlog::logger> _logger;
+};
+
+void compareLines(std::string const& folder)
+{
+    Lines lines(folder);
+    Rounds rounds("a flushed line", "ns");
+    rounds.add("ours, each at once", Lines::ours);
+    rounds.add("ours, in bursts", Lines::oursInBursts);
+    rounds.add("spdlog, flushing", [&lines] { return lines.spdlog(); });
+    rounds.add("a bare write", [&lines] { return lines.bare(); });
+    rounds.run(200);
+}
+
+void compareTraces()
+{
+    static Vn::TraceLevel const& level = *Vn::Trace::registerLevel("Bench", __FILE__);
+    std::ios_base::sync_with_stdio(true);
+    const auto site = [] {
+        int i = 0;
+        return timeOfEach(burst, [&i] { VN_TRACE(level, "takes " << i++ << " colours"); });
+    };
+    Vn::Trace::setOptions("hide=Bench");
+    Rounds off("trace site, off", "ns");
+    off.add("a site", site);
+    off.add("an empty loop", [] {
+        int i = 0;
+        return timeOfEach(burst, [&i] { asm volatile("" : : "r"(i++) : "memory"); });
+    });
+    off.run(400);
+
+    // The lines go nowhere, so that the terminal isn't measured.
+    class NoTrace : public Vn::TraceManager
+    {
+    public:
+        NoTrace() : TraceManager(1) {}
+        Vn::Trace& getTrace() override { return _trace; }
+        void print(char const*) const override {}
+
+    private:
+        Vn::Trace _trace;
+    };
+    NoTrace nowhere;
+    Vn::Trace::setOptions("show=Bench");
+    Rounds on("trace site, on", "ns");
+    on.add("a site", site);
+    on.add("its text by std::ostringstream", [] {
+        int i = 0;
+        return timeOfEach(burst, [&i] {
+            std::ostringstream stream;
+            stream << "| "
+                   << "takes " << i++ << " colours" << '\0';
+            [[maybe_unused]] volatile std::size_t size = stream.str().size();
+        });
+    });
+    on.run(200);
+}
+
+/// The process starts with or without the lock, so this runs in a process of its own.
+void compareSharedLines(std::string const& folder)
+{
+    Lines lines(folder);
+    Rounds rounds("a line under the lock", "ns");
+    rounds.add("ours", Lines::oursInBursts);
+    rounds.add("a bare write", [&lines] { return lines.bare(); });
+    rounds.add("lock, 2 sizes, unlock", [&lines] { return lines.bareShared(); });
+    rounds.run(200);
+}
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    const bool isShared = argc > 1 && std::string_view(argv[1]) == "--shared";
+    std::string folder = (std::filesystem::temp_directory_path() / "vnbase-bench-XXXXXX").string();
+    if (::mkdtemp(folder.data()) == nullptr)
+        return 1;
+    ::setenv("T4Q_TEST_DIR", folder.c_str(), 1);
+    if (isShared)
+        ::setenv("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase bench", 1);
+    int count = 0;
+    char const* const* arguments = nullptr;
+    {
+        const Vn::InInitGuard guard(count, arguments);
+        Vn::LgLog::setQueueFunction(getCurrent);
+        Vn::LgLog::setLoggerActivation(true);
+        useQueues(1);
+        Rounds::printHead();
+        if (isShared)
+            compareSharedLines(folder);
+        else {
+            compareSites();
+            compareReaders();
+            compareLines(folder);
+            compareTraces();
+        }
+        drain();
+        Vn::LgLog::setLoggerActivation(false);
+    }
+    std::filesystem::remove_all(folder);
+}
