@@ -16,7 +16,8 @@ namespace Vn
 /// Excludes other processes and other threads. Its holder is a thread, whichever object of the name it has taken it
 /// through; it may take it again, and gives it up when it has unlocked as often. If the holder dies, the system
 /// releases the lock: on Linux the next one takes it as if nothing had happened; on Windows the next lock() throws,
-/// and later ones succeed. A child of `fork` holds nothing. Every call may throw ExSysErrorWindows. Tests:
+/// and later ones succeed. A child of `fork` holds nothing. Not in a signal handler, which may
+/// have interrupted the holder. Every call may throw ExSysErrorWindows. Tests:
 /// tests/base/lginterprocesslocktest.cpp.
 class VN_BASE_EXPORT LgInterProcessLock
 {

@@ -23,7 +23,8 @@ class LgFile;
 ///
 /// The package `logger` calls init() and destroy(); the environment says where each level goes (docs/logging.md).
 /// Nothing here empties the queues: the program does so with LgReader when it likes, and what no reader has taken
-/// when the package stops is lost. Members may be read and switched on any thread while others log; a change reaches
+/// when the package stops is lost. On a full disk 64 KiB of lines wait for each file; further ones are dropped, and
+/// their number is written once there is room. What waits when the program ends is lost. Members may be read and switched on any thread while others log; a change reaches
 /// those a little later. init(), destroy() and setRegistry() belong to one thread. Tests: tests/base/lglogtest.cpp.
 class VN_BASE_EXPORT LgLog
 {
@@ -156,7 +157,9 @@ private:
 /// room in its queue. While the logger isn't active, the message goes to the standard output stream.
 ///
 /// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the
-/// thread would come out one message late. Safe on any thread whose queue is its own; not in a signal handler.
+/// thread would come out one message late. Safe on any thread whose queue is its own. Not in a
+/// signal handler, which may have interrupted a message: set a flag of type `volatile std::sig_atomic_t` there, and log
+/// where the program looks at it.
 #define VN_LOG(GROUP, LEVEL, MESSAGE)                                                             \
     do {                                                                                          \
         Vn::LgMinorGroup const& vnLogGroup = (GROUP);                                             \

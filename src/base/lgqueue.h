@@ -23,8 +23,10 @@ namespace Vn
 ///     }
 ///
 /// The writer is one thread, the reader another one; neither waits, locks or allocates. A message that finds no room
-/// is lost, and an entry that counts such losses takes its place. A copy shares entries and text with its source and
-/// takes its observer; only one of the two may be destroyed. Tests: tests/base/lgqueuetest.cpp.
+/// is lost, and an entry that counts such losses takes its place. A registered queue must exist until a reader has
+/// deleted it, once it is empty after creatorExit(): end its thread with that call, not with `delete`. A copy shares
+/// entries and text with its source and takes its observer; only one of the two may be destroyed.
+/// Tests: tests/base/lgqueuetest.cpp.
 class VN_BASE_EXPORT LgQueue
 {
 public:

@@ -227,11 +227,12 @@ void OsFile::copyTo(OsFilePath const& target)
     const System::FileKind existing = System::getFileKind(target.getChars());
     if (existing == System::FileKind::Directory)
         workingCopy += getPath().getBaseName();
-    else if (existing != System::FileKind::Missing && !OsFile(target).isWritable())
-        throw OsFileEx::ExPathNotWritable(sourceName, __LINE__, target.getChars());
-    // Otherwise opening the target would empty the source.
+    // Opening the target would empty the source. Asked first: on Windows isWritable() opens the target.
     if (existing != System::FileKind::Missing && isSameFile(_path, workingCopy))
         throw OsFileEx::ExFileExists(sourceName, __LINE__);
+    if (existing != System::FileKind::Missing && existing != System::FileKind::Directory &&
+        !OsFile(target).isWritable())
+        throw OsFileEx::ExPathNotWritable(sourceName, __LINE__, target.getChars());
 
     // Intended: times, attributes and permissions are not carried over. Do not mend: the copy is a new file.
     OsFileReader reader(*this);

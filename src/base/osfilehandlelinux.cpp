@@ -194,7 +194,7 @@ bool setFileSize(std::int64_t handle, unsigned long size)
 CloseResult closeFile(std::int64_t handle)
 {
     const int file = descriptorOf(handle);
-    const int duplicate = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
+    const int duplicate = ::fcntl(file, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     const bool isUnknown = duplicate == -1 && errno == EBADF;
     // EINTR: the system has released the descriptor and has nothing to report.
     if (isUnknown || (duplicate != -1 && ::close(duplicate) != 0 && errno != EINTR))

@@ -63,7 +63,8 @@ public:
     std::int32_t seek(long offset, OsFileTypes::SeekMode mode);
 
     /// Closes the file. If the system reports a failure, throws and stays open, also if it no longer knows the
-    /// handle. A second call throws ExSysErrorANSI.
+    /// handle; but on Linux, where the process has no descriptor left to try the closing with, it is closed in any case. A
+    /// second call throws ExSysErrorANSI.
     void close();
 
     /// What was opened, as it was given.

@@ -70,7 +70,8 @@ public:
     void reserve(unsigned long size);
 
     /// Closes the file, and reports what a delayed write ran into. If it throws, the writer stays open, also if the
-    /// system no longer knows the handle. A second call throws ExSysErrorANSI.
+    /// system no longer knows the handle; but on Linux, where the process has no descriptor left to try the closing with,
+    /// it is closed in any case. A second call throws ExSysErrorANSI.
     void close();
 
     /// What was opened, as it was given.

@@ -168,8 +168,10 @@ bool startWithKeeper(char const* const* argv, ChildRecord& child)
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
         return false;
-    launch.ours.reset(ends[0]);
-    launch.theirs.reset(ends[1]);
+    launch.ours.reset(Posix::liftAboveStandard(ends[0]));
+    launch.theirs.reset(Posix::liftAboveStandard(ends[1]));
+    if (!launch.ours.isOpen() || !launch.theirs.isOpen())
+        return false;
     ::pid_t first = ::fork();
     if (first == 0)
         beIntermediate(launch);

@@ -35,6 +35,7 @@
 #include <base/exsyserror.h>
 #include <base/osprocesslinux_p.h>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/syscall.h>
@@ -241,12 +242,24 @@ Outcome failed(int error)
     return Outcome::failed;
 }
 
+/// The descriptor of a process off the numbers 0 to 2, if the system has another one. If not it is kept: the program runs
+/// already.
+int keepAboveStandard(int process)
+{
+    if (process == -1 || process > STDERR_FILENO)
+        return process;
+    const int lifted = ::fcntl(process, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (lifted != -1)
+        ::close(process);
+    return lifted != -1 ? lifted : process;
+}
+
 /// The outcome of a start whose intermediate process was cloned.
 Outcome follow(std::unique_ptr<Launch> launch, ChildRecord& child)
 {
     Descriptor intermediate(launch->intermediate);
     if (launch->isDirect && launch->error == 0) {
-        child.end.reset(intermediate.release());
+        child.end.reset(keepAboveStandard(intermediate.release()));
         return Outcome::isRunning;
     }
     waitFor(intermediate, 0);
@@ -254,7 +267,7 @@ Outcome follow(std::unique_ptr<Launch> launch, ChildRecord& child)
         abandon(std::move(launch));
         return failed(ECHILD);
     }
-    child.end.reset(launch->started);
+    child.end.reset(keepAboveStandard(launch->started));
     if (launch->error == 0)
         return Outcome::isRunning;
     child.end.reset();

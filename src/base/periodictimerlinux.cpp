@@ -38,7 +38,7 @@ constexpr char sourceName[] = "src/base/periodictimerlinux";
 /// A disarmed timer; -1 if the process has no descriptors left.
 int openTimer()
 {
-    return ::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
+    return Posix::liftAboveStandard(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
 }
 
 /// Beats on a timer of the kernel, which is its descriptor.

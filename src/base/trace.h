@@ -211,7 +211,8 @@ private:
 
 /// Traces a line: VN_TRACE(level, "takes " << count << " colours"). LEVEL is a TraceLevel.
 ///
-/// Nothing of TEXT is evaluated while the level is off. TEXT may throw; the line is then not printed.
+/// Nothing of TEXT is evaluated while the level is off. TEXT may throw; the line is then not printed. Not in a signal
+/// handler: the line allocates and takes locks.
 #define VN_TRACE(LEVEL, TEXT)                                                                  \
     do {                                                                                       \
         if (Vn::Trace::isEnabled(LEVEL)) {                                                     \
@@ -223,7 +224,7 @@ private:
     } while (false)
 
 /// Traces entry and exit of the block that it stands in; FUNCTION is the text to show. FUNCTION must outlive the
-/// block.
+/// block. Not in a signal handler.
 #define VN_TRACE_ENTRY(LEVEL, FUNCTION)                                                                      \
     const Vn::Trace::Entry VN_TRACE_NAME(vnTraceEntry, __LINE__)(Vn::TraceManager::getInstance().getTrace(), \
                                                                  (LEVEL), (FUNCTION), __FILE__, __LINE__)

@@ -109,7 +109,7 @@ public:
     /// Copies of the values, in place of what was held.
     Vector& operator=(std::initializer_list<T> values)
     {
-        Base::operator=(values);
+        assign(values);
         return *this;
     }
 

@@ -2,6 +2,7 @@
 // standard descriptors that are closed.
 #include "loggertest.h"
 
+#include "descriptors.h"
 #include "expectchild.h"
 #include "lockname.h"
 
@@ -219,12 +220,9 @@ TEST_F(LgFilePosix, aFileIsOpenForAppendingAlways)
 
 VN_CHILD(logWithClosedDescriptors)
 {
-    for (int file = 0; file < 3; ++file)
-        ::close(file);
+    VnTest::closeStandardDescriptors();
     LgLog::init();
-    int found = 0;
-    for (int file = 0; file < 3; ++file)
-        found += ::fcntl(file, F_GETFD) != -1;
+    const int found = VnTest::countStandardDescriptors();
     // What the program writes to its standard output goes nowhere, and not into the log.
     std::cout << "lost" << std::endl;
     LgLog::destroy();

@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <random>
 #include <string>
@@ -467,6 +468,11 @@ VN_CHILD(osFileAsNobody)
     tell([&] { source.copyTo(OsFilePath("readable")); });
     tell([&] { fileOf(folder + "/closed").copyTo(OsFilePath("new")); });
     tell([&] { source.copyTo(OsFilePath("writable")); });
+    try {
+        fileOf(folder + "/readable").copyTo(OsFilePath("readable"));
+    } catch (OsFileEx::ExFileExists const&) {
+        std::cout << "the same file\n";
+    }
     return 0;
 }
 
@@ -484,7 +490,7 @@ TEST(OsFile, whatMayNotBeReadOrWrittenIsRefused)
     const VnTest::ChildRun run = VnTest::Child("osFileAsNobody").arguments({temp.path()}).run();
     EXPECT_EQ(run.out, "open 3\nreadable 1\nwritable 2\nclosed 0\n"
                        "not writable, Invalid path: 'readable'.\n" +
-                           std::to_string(EACCES) + "\ndone\n");
+                           std::to_string(EACCES) + "\ndone\nthe same file\n");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_FALSE(std::filesystem::exists(temp.path("new")));
 }
@@ -696,6 +702,14 @@ TEST(OsFile, aCopyOntoItselfIsRefusedBeforeAnythingIsOpened)
         expectThrow<OsFileEx::ExFileExists, std::runtime_error>([&] { file.copyTo(pathOf(target)); },
                                                                 "File already exists.");
         EXPECT_EQ(contentOf(temp.path("source")), "content");
+        // Nothing can be opened for writing that is read-only, or on Windows held by anybody: it isn't tried.
+        const std::ifstream held(temp.path("source"));
+        std::filesystem::permissions(temp.path("source"), std::filesystem::perms::owner_write,
+                                     std::filesystem::perm_options::remove);
+        expectThrow<OsFileEx::ExFileExists, std::runtime_error>([&] { file.copyTo(pathOf(target)); },
+                                                                "File already exists.");
+        std::filesystem::permissions(temp.path("source"), std::filesystem::perms::owner_write,
+                                     std::filesystem::perm_options::add);
     }
 }
 

@@ -1,8 +1,10 @@
 #include <base/exsyserror.h>
 #include <base/osfile.h>
 #include <base/osfileex.h>
+#include <base/osfilereader.h>
 #include <base/osfilewriter.h>
 
+#include "child.h"
 #include "closebehind.h"
 #include "expectthrow.h"
 #include "largebuffer.h"
@@ -13,16 +15,20 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <iostream>
 #include <string>
 #include <type_traits>
 
 #if !defined(_WIN32)
+#    include "descriptors.h"
+
 #    include <sys/stat.h>
 #endif
 
 using Vn::OsFile;
 using Vn::OsFileEx;
 using Vn::OsFilePath;
+using Vn::OsFileReader;
 using Vn::OsFileTypes;
 using Vn::OsFileWriter;
 using VnTest::contentOf;
@@ -253,5 +259,25 @@ TEST(OsFileWriter, aFullDeviceTakesNoByteAndIsNoFailure)
 {
     OsFileWriter writer(OsFilePath("/dev/full"), usual, false);
     EXPECT_EQ(writer.write("x", 1), 0U);
+}
+#endif
+
+#if !defined(_WIN32)
+VN_CHILD(opensWithoutStandardDescriptors)
+{
+    VnTest::closeStandardDescriptors();
+    OsFileWriter writer(OsFilePath(argv[1]), usual, true);
+    OsFileReader reader{OsFilePath(argv[1])};
+    const int count = VnTest::countStandardDescriptors();
+    std::cout << "lost" << std::endl;  // goes nowhere, and not into the file
+    writer.write("y", 1);
+    return count;
+}
+
+TEST(OsFileWriter, takesNoStandardDescriptorAndNorDoesAReader)
+{
+    const TempFolder temp;
+    EXPECT_EQ(VnTest::Child("opensWithoutStandardDescriptors").arguments({temp.path("file")}).run().exitCode, 0);
+    EXPECT_EQ(contentOf(temp.path("file")), "y");
 }
 #endif

@@ -325,23 +325,25 @@ VN_CHILD(startsInAnotherNamespace)
 {
     if (!VnTest::enterPidNamespace())
         return VnTest::notAllowed;
-    const TempFolder folder;
-    const std::string program = getProgramPath(), file = folder.path("first");
-    Gate gate(folder.path("gate"));
-    char const* const command[] = {program.c_str(), "--child",           "processTellsItsNumber",
-                                   file.c_str(),    gate.name().c_str(), nullptr};
-    const int ours = ::dup(1);  // which isn't to be closed at an exec of ours
-    OsProcess first;
-    first.start(command);
-    runBody("processTellsItsNumber", folder.path("second"));
-    std::cout << (::fcntl(ours, F_GETFD) == 0);
-    std::cout << (std::stoi(contentOf(folder.path("second"))) > 1) << (::waitpid(-1, nullptr, WNOHANG) == 0);
-    gate.open();
-    first.wait();
-    std::cout << contentOf(file) << hasNoChildren();
-    // It was the first process there, and without one there are no others.
-    std::cout << (systemErrorOf([&] { first.start(command); }, "src/base/osprocesswindows") == ENOMEM)
-              << hasNoChildren() << "\n";
+    {  // so that all of it is gone when the process ends
+        const TempFolder folder;
+        const std::string program = getProgramPath(), file = folder.path("first");
+        Gate gate(folder.path("gate"));
+        char const* const command[] = {program.c_str(), "--child",           "processTellsItsNumber",
+                                       file.c_str(),    gate.name().c_str(), nullptr};
+        const int ours = ::dup(1);  // which isn't to be closed at an exec of ours
+        OsProcess first;
+        first.start(command);
+        runBody("processTellsItsNumber", folder.path("second"));
+        std::cout << (::fcntl(ours, F_GETFD) == 0);
+        std::cout << (std::stoi(contentOf(folder.path("second"))) > 1) << (::waitpid(-1, nullptr, WNOHANG) == 0);
+        gate.open();
+        first.wait();
+        std::cout << contentOf(file) << hasNoChildren();
+        // It was the first process there, and without one there are no others.
+        std::cout << (systemErrorOf([&] { first.start(command); }, "src/base/osprocesswindows") == ENOMEM)
+                  << hasNoChildren() << "\n";
+    }
     VnTest::leavePidNamespace();
 }
 
@@ -349,20 +351,22 @@ VN_CHILD(leavesOneInAnotherNamespace)
 {
     if (!VnTest::enterPidNamespace())
         return VnTest::notAllowed;
-    const TempFolder folder;
-    const std::string program = getProgramPath();
-    Gate gate(folder.path("gate"));
-    char const* const command[] = {program.c_str(), "--child", "processOutlives", gate.name().c_str(), nullptr};
-    const int descriptors = countDescriptors();
-    {
-        OsProcess process;
-        process.start(command);
+    {  // so that all of it is gone when the process ends
+        const TempFolder folder;
+        const std::string program = getProgramPath();
+        Gate gate(folder.path("gate"));
+        char const* const command[] = {program.c_str(), "--child", "processOutlives", gate.name().c_str(), nullptr};
+        const int descriptors = countDescriptors();
+        {
+            OsProcess process;
+            process.start(command);
+        }
+        gate.open();
+        std::cout << meetAChildThatHasEnded();
+        OsProcess next;
+        systemErrorOf([&] { next.start(command); }, "src/base/osprocesswindows");
+        std::cout << hasNoChildren() << (countDescriptors() == descriptors) << "\n";
     }
-    gate.open();
-    std::cout << meetAChildThatHasEnded();
-    OsProcess next;
-    systemErrorOf([&] { next.start(command); }, "src/base/osprocesswindows");
-    std::cout << hasNoChildren() << (countDescriptors() == descriptors) << "\n";
     VnTest::leavePidNamespace();
 }
 

@@ -135,3 +135,16 @@ TEST(PeriodicTimer, aRunningOneIsStoppedInAChildOfForkAndGoesOnInTheParent)
     EXPECT_TRUE(other->stop());
     EXPECT_FALSE(stopped->stop());
 }
+
+TEST(PeriodicTimer, takesNoStandardDescriptor)
+{
+    VnTest::startOnce();
+    const int code = exitCodeOfFork([] {
+        VnTest::closeStandardDescriptors();
+        const ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.002);
+        const int here = VnTest::countStandardDescriptors();
+        const int inAChild = exitCodeOfFork(VnTest::countStandardDescriptors);
+        return here + 4 * inAChild + (timer->start() && timer->wait() > 0 && timer->stop() ? 0 : 16);
+    });
+    EXPECT_EQ(code, 0);
+}

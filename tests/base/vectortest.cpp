@@ -80,6 +80,16 @@ TEST(Vector, reserveTakesWhatIsAsked)
     EXPECT_EQ(vector.capacity(), 17u);
 }
 
+TEST(Vector, aListOfValuesGrowsItAsMuchAsAssignDoes)
+{
+    Vector<int> assigned(10, 7), set(10, 7);
+    assigned.assign({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+    set = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+    EXPECT_EQ(set, assigned);
+    EXPECT_EQ(assigned.capacity(), 15u);
+    EXPECT_EQ(set.capacity(), 15u);
+}
+
 TEST(Vector, growthNeverLosesAnElement)
 {
     Vector<std::string> vector;

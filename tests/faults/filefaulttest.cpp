@@ -18,7 +18,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -243,6 +245,27 @@ TEST_F(FileFault, closingWorksWithoutAFreeDescriptor)
         writer.close();
     }
     EXPECT_THROW(writer.close(), ExSysErrorANSI);
+}
+
+TEST_F(FileFault, aFailureToCloseWithoutAFreeDescriptorIsThrownOnce)
+{
+    OsFileWriter writer(at("written"), usual, true);
+    ::rlimit before = {};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    ::rlimit few = before;
+    few.rlim_cur = 64;
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    std::vector<int> all;
+    for (int copy = ::dup(0); copy != -1; copy = ::dup(0))
+        all.push_back(copy);
+    {
+        const FailingCall failing("close", EIO);
+        EXPECT_THROW(writer.close(), ExSysErrorWindows);
+    }
+    for (const int copy : all)
+        ::close(copy);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_THROW(writer.close(), ExSysErrorANSI) << "the system has closed it all the same";
 }
 
 TEST_F(FileFault, aDestructorSwallowsWhatClosingReports)

@@ -408,6 +408,27 @@ VN_CHILD(faultyWaits)
     return 0;
 }
 
+/// Also waits for the program, which it couldn't by a descriptor that its own output has replaced.
+VN_CHILD(startsWithoutStandardDescriptors)
+{
+    VnTest::makeSystemOld(std::string(argv[1]) == "old");
+    Starter starter;
+    Gate gate(starter.path("file-gate"));
+    VnTest::closeStandardDescriptors();
+    starter.start("faultyWaits");
+    const int count = VnTest::countStandardDescriptors();
+    gate.open();
+    starter.process.wait();
+    return count + (starter.take() == "there" ? 0 : 4);
+}
+
+TEST_P(ProcessFaults, takesNoStandardDescriptor)
+{
+    const VnTest::ChildRun run =
+        VnTest::Child("startsWithoutStandardDescriptors").arguments({GetParam() == old ? "old" : "current"}).run();
+    EXPECT_EQ(run.exitCode, 0);
+}
+
 TEST_P(ProcessFaults, whatStaysForTheProgramHoldsNothingOfOurs)
 {
     int ends[2];
@@ -580,16 +601,18 @@ VN_CHILD(startsInAnotherNamespaceOnAnOldSystem)
     VnTest::makeSystemOld(true);
     if (!VnTest::enterPidNamespace())
         return VnTest::notAllowed;
-    Starter starter;
-    Gate gate(starter.path("file-gate"));
-    starter.start("faultyWaits");
-    Starter other;
-    other.start();
-    other.process.wait();
-    std::cout << other.take() << starter.hasRun();
-    gate.open();
-    starter.process.wait();
-    std::cout << starter.take() << hasNoChildren() << "\n";
+    {  // so that all of it is gone when the process ends
+        Starter starter;
+        Gate gate(starter.path("file-gate"));
+        starter.start("faultyWaits");
+        Starter other;
+        other.start();
+        other.process.wait();
+        std::cout << other.take() << starter.hasRun();
+        gate.open();
+        starter.process.wait();
+        std::cout << starter.take() << hasNoChildren() << "\n";
+    }
     VnTest::leavePidNamespace();
 }
 

@@ -9,6 +9,7 @@
 #include <base/testdir.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 
 namespace
@@ -20,21 +21,30 @@ class Files : public WorkGroup
 public:
     Files() : WorkGroup("files", "Writes files, lists, copies and reads them, and removes them again.", 100) {}
 
-    void prepare(int, char** const) override
-    {
-        const std::string name = "groups-" + std::to_string(OsUtils::getPid());
-        _root = TestDir::create(TestDir::getDefaultPath() + name.c_str());
-    }
-
-    void terminate() override { OsDirectory(_root).remove(); }
-
 private:
+    /// A folder that is removed with what it holds; the group is over if it throws, and nothing else would do it.
+    class Folder
+    {
+    public:
+        explicit Folder(OsFilePath const& path) : _path(TestDir::create(path)) {}
+        ~Folder() { std::filesystem::remove_all(_path.getChars()); }
+        Folder(Folder const&) = delete;
+        Folder& operator=(Folder const&) = delete;
+
+        OsFilePath const& getPath() const { return _path; }
+
+    private:
+        OsFilePath _path;
+    };
+
     void work(unsigned long count) override
     {
-        const OsFilePath source = TestDir::create(_root + "source");
+        const std::string own = "groups-" + std::to_string(OsUtils::getPid());
+        const Folder root(TestDir::getDefaultPath() + own.c_str());
+        const OsFilePath source = TestDir::create(root.getPath() + "source");
         for (unsigned long i = 0; i < count; ++i)
             write(source + std::to_string(i).c_str(), i);
-        const OsFilePath target = _root + "target";
+        const OsFilePath target = root.getPath() + "target";
         OsDirectory::copyHierarchy(source, target);
         const ObjPtr<Vector<OsFilePath>> names(
             OsDirectory(target).getChildrenPath(OsFileTypes::LeafPath, OsPassThroughFilter()));
@@ -62,8 +72,6 @@ private:
         require(reader.read(&value, sizeof value) == sizeof value, "the bytes read");
         return value;
     }
-
-    OsFilePath _root;
 } files;
 
 class Dates : public WorkGroup

@@ -17,8 +17,10 @@ TempFolder::TempFolder()
 
 TempFolder::~TempFolder()
 {
+    // A program that the test has started may put something in meanwhile; once the folder is gone, nobody can.
     std::error_code ignored;
-    std::filesystem::remove_all(_path, ignored);
+    for (int tries = 0; tries < 1000 && std::filesystem::exists(_path, ignored); ++tries)
+        std::filesystem::remove_all(_path, ignored);
 }
 
 std::string TempFolder::path(std::string const& name) const
