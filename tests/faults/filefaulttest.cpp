@@ -416,7 +416,8 @@ TEST_F(FileFault, aFileThatChangesWhileItIsCopiedIsCopiedUpToItsEnd)
             for (void (*const change)() : {+grow, +shrink}) {
                 temp.file("file", std::string(0x18000, 'f'));
                 VnTest::setSystemCopies(copies);
-                VnTest::interruptCall(call, change);
+                // Shared blocks are all that there was; what comes after them is found by the second reading.
+                VnTest::interruptCall(call, change, copies == VnTest::SystemCopies::byBlocks ? 1 : 0);
                 EXPECT_NO_THROW(file("file").copyTo(at("target")));
                 EXPECT_EQ(VnTest::stopFailingCalls(), isCalled ? 1 : 0);
                 VnTest::setSystemCopies(VnTest::SystemCopies::asItCan);
