@@ -484,6 +484,16 @@ TEST_F(FileFault, aFileSystemThatListsNoTypesIsAskedAboutEachChild)
     }
 }
 
+TEST_F(FileFault, aTreeIsCopiedByTheTypesOfItsListings)
+{
+    temp.folder("nest/sub");
+    // Three questions are about the roots; the next one is for the identity of the child, whose type is known.
+    const FailingCall failing("stat", EIO, 3);
+    EXPECT_EQ(
+        systemErrorOf([&] { OsDirectory::copyHierarchy(at("nest"), at("tree")); }, "src/base/osdirectorywindows"),
+        EIO);
+}
+
 TEST_F(FileFault, aChildThatVanishesWhileATreeIsCopiedEndsTheCopyWithTheSystemsError)
 {
     static std::string path;
