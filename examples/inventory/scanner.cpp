@@ -133,16 +133,18 @@ void Scanner::takeChild(Vn::OsFile& child, Waiting const& folder)
     const std::string name = pathBelow(folder.name, child.getPath().getBaseName().getChars());
     char const* const path = child.getPath().getChars();
     const bool isLink = Vn::OsFsUtils::isSymLink(path);
+    // By its class and not by a question: the listing has told folders from files.
+    const bool isFolder = dynamic_cast<Vn::OsDirectory*>(&child) != nullptr;
     try {
         if (isLink && !child.exists())
             _findings.unread.push_back({name, "a link to nothing"});
         else if (isLink)
             _findings.links.push_back({name});
-        else if (child.isDirectory() && folder.level < _depth)
+        else if (isFolder && folder.level < _depth)
             _waiting.push_back({name, folder.level + 1});
-        else if (child.getType() == Vn::OsFileTypes::SpecialFile)
+        else if (!isFolder && child.getType() == Vn::OsFileTypes::SpecialFile)
             _findings.unread.push_back({name, "neither file nor folder"});
-        else if (child.isFile())
+        else if (!isFolder)
             _toRead.push_back({name, path});
     } catch (Vn::ExBase const& failure) {
         _findings.unread.push_back({name, failure.getReason()});

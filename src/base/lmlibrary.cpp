@@ -42,6 +42,7 @@ LmLibrary& LmLibrary::operator=(LmLibrary other) noexcept
 
 LmLibrary::~LmLibrary() = default;
 
+// Copies the text, which may be in a buffer of the system's.
 void LmLibrary::setPath(char const* path)
 {
     _path = duplicateString(path != nullptr ? path : unknownPath);

@@ -33,6 +33,7 @@ OsCalendarTime toCalendar(::SYSTEMTIME const& time)
 }
 }  // namespace
 
+// Always an answer; the optional is for the other form.
 std::optional<OsCalendarTime> readCalendar()
 {
     ::SYSTEMTIME time;

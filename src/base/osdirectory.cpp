@@ -1,19 +1,20 @@
-// Everything that lists goes through visitChildren(): it opens the directory, judges each child by the filter, and hands
-// on what passes, in the system's order. The listing tells the type of most children, so the library's own filters are
-// applied to name and type (ListingFilter), and only a symlink, or a child whose type the file system doesn't list, costs a
-// question to the system. A filter of another class, also a derived one, is asked about the full path. Three results
-// are made of that:
+// Everything that lists goes through visitChildren(): it opens the directory, judges each child by the filter, and
+// hands on what passes, in the system's order. The listing tells the type of most children, so the library's own
+// filters are applied to name and type (ListingFilter), and only a symlink, or a child whose type the file system
+// doesn't list, costs a question to the system. A filter of another class, also a derived one, is asked about the
+// full path. Three results are made of that:
 //
 //     getChildrenPath()   one block of text first (ChildTexts), then the vector of paths, whose length is then known
 //     getChildren()       an object for each child: a directory is told from a file by the listing, which costs no
 //                         question; only for a symlink the system is asked
 //     hasChildren()       ends at the first child
 //
-// A tree is copied by TreeCopy, depth first: it creates the target directory, then lists the source, then copies child
-// by child. What the listing calls a file is copied without another question: if it has become a directory meanwhile,
-// opening it fails. It remembers the identities of the directories that it is in the middle of. A symlink to one of these would
-// make the copy endless and is refused as the system refuses a cycle of links; and the root of the target, if it lies
-// inside the source, is passed over. The first failure ends the copy, and what has been copied stays.
+// A tree is copied by TreeCopy, depth first: it creates the target directory, then lists the source, then copies
+// child by child. What the listing calls a file is copied without another question: if it has become a directory
+// meanwhile, opening it fails. It remembers the identities of the directories that it is in the middle of. A symlink
+// to one of these would make the copy endless and is refused as the system refuses a cycle of links; and the root of
+// the target, if it lies inside the source, is passed over. The first failure ends the copy, and what has been copied
+// stays.
 //
 // Failures of the system have the source name of the platform's form on every system.
 #include <base/osdirectory.h>
@@ -278,6 +279,7 @@ void OsDirectory::remove()
     performRemove();
 }
 
+// Into an existing directory under the own name, as a file is copied; onto a file never, also if that may be written.
 void OsDirectory::copyTo(OsFilePath const& target)
 {
     requirePath(getPath(), __LINE__);
@@ -297,6 +299,7 @@ void OsDirectory::create(OsFileTypes::Permissions const& permissions)
     performCreate(permissions);
 }
 
+// By what the path leads to: a symlink to a directory becomes an OsDirectory, one to nothing an OsFile.
 ObjPtrRet<Vector<OsFile*>> OsDirectory::getChildren(OsFileFilter const& filter) const
 {
     requirePath(getPath(), __LINE__);
@@ -313,6 +316,7 @@ ObjPtrRet<Vector<OsFile*>> OsDirectory::getChildren(OsFileFilter const& filter) 
     return result;
 }
 
+// Intended: every kind but FullPath gives names. Do not mend: any other number is taken for LeafPath.
 ObjPtrRet<Vector<OsFilePath>> OsDirectory::getChildrenPath(OsFileTypes::PathTypes kind,
                                                            OsFileFilter const& filter) const
 {
@@ -352,6 +356,7 @@ void OsDirectory::removeChildren(OsFileFilter const& filter)
     }
 }
 
+// What the source is, is not known before its first question.
 void OsDirectory::copyHierarchy(OsFilePath const& source, OsFilePath const& target)
 {
     TreeCopy().copy(source, target, DirectoryListing::Kind::Unknown);
@@ -363,6 +368,7 @@ void OsDirectory::performCreate(OsFileTypes::Permissions const& permissions)
         throw ExSysErrorWindows(systemSourceName, __LINE__);
 }
 
+// Only an empty directory can be removed; removeChildren() empties one of files.
 void OsDirectory::performRemove()
 {
     if (!System::removeEmptyDirectory(getPath().getChars()))

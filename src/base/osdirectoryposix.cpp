@@ -1,7 +1,7 @@
 // osdirectoryposix.cpp (Windows form: osdirectorywindows.cpp)
 //
-// opendir() and readdir(). Most file systems put an entry's type into the listing (d_type); those that don't, and symlinks,
-// whose targets the listing doesn't tell, are Unknown.
+// opendir() and readdir(). Most file systems put an entry's type into the listing (d_type); those that don't, and
+// symlinks, whose targets the listing doesn't tell, are Unknown.
 #include <base/osdirectory_p.h>
 
 #include <base/exsyserror.h>
@@ -44,6 +44,7 @@ struct DirectoryListing::State
 DirectoryListing::DirectoryListing(char const* directory) : _state(std::make_unique<State>())
 {
     char const* const path = directory[0] != '\0' ? directory : ".";
+    // A signal may interrupt the opening on a network file system.
     do {
         _state->stream = ::opendir(path);
     } while (_state->stream == nullptr && errno == EINTR);
@@ -51,6 +52,7 @@ DirectoryListing::DirectoryListing(char const* directory) : _state(std::make_uni
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+// Here, where State is complete; it closes the stream.
 DirectoryListing::~DirectoryListing() = default;
 
 bool DirectoryListing::readEntry()

@@ -34,12 +34,14 @@ struct DirectoryListing::State
 
 DirectoryListing::DirectoryListing(char const* directory) : _state(std::make_unique<State>())
 {
+    // "*" and not "*.*": all names, on every file system.
     const std::string pattern = getPathGrammar().join(directory, "*");
     _state->search = ::FindFirstFileA(pattern.c_str(), &_state->entry);
     if (_state->search == INVALID_HANDLE_VALUE && ::GetLastError() != ERROR_NO_MORE_FILES)
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+// Here, where State is complete; it closes the search.
 DirectoryListing::~DirectoryListing() = default;
 
 bool DirectoryListing::readEntry()

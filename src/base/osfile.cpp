@@ -9,8 +9,8 @@
 // error instead of the check's exception.
 //
 // copyTo() is the one operation with rules of its own. It decides where the copy goes, refuses to copy a file onto
-// itself, and only then opens anything; from there on the target is being replaced. A failure leaves the part that has
-// been copied.
+// itself, and only then opens anything; from there on the target is being replaced. A failure leaves the part that
+// has been copied.
 #include <base/osfile.h>
 
 #include <base/duplicatestring.h>
@@ -90,7 +90,6 @@ void writeWhole(OsFileWriter& writer, char const* bytes, std::uint32_t count)
         count -= written;
     }
 }
-
 }  // namespace
 
 /// Knows the handles of the two ends of a copy, for what neither end can do alone.
@@ -98,11 +97,19 @@ class FileCopy
 {
 public:
     /// Both are at the start of their files, and the writer's is empty.
+    ///
+    ///     up to one block             read, write, read (which finds the end)
+    ///     more, blocks are shared     read, share, read
+    ///     more, otherwise             read, write, copied by the system, read
+    ///     the system copies nothing   read, write, read, write, ..., read
+    ///
+    /// The end is always what a reading finds, so a file that grows meanwhile is copied with what has been appended,
+    /// and one that shrinks up to its new end.
     static void run(OsFileReader& reader, OsFileWriter& writer)
     {
         char block[blockSize];
         std::uint32_t count = reader.read(block, sizeof block);
-        // Only for a file that fills the first block: a small one is copied in as many calls.
+        // Not for a small file, for which these calls would be as many as they save.
         bool isLarge = count == sizeof block;
         if (isLarge && System::shareBlocks(reader._handle, writer._handle)) {
             isLarge = false;
@@ -196,6 +203,7 @@ OsFileTypes::ElementType OsFile::getType()
     return performGetType();
 }
 
+// A path that the system does not let us look at counts as one at which nothing exists.
 bool OsFile::exists() const
 {
     requirePath(_path, __LINE__);
@@ -211,6 +219,7 @@ void OsFile::remove()
     performRemove();
 }
 
+// The target may be in another directory, but not on another file system; a file that is there is not replaced.
 void OsFile::renameTo(OsFilePath const& target)
 {
     requirePath(_path, __LINE__);
@@ -242,12 +251,14 @@ void OsFile::copyTo(OsFilePath const& target)
     reader.close();
 }
 
+// Through OsFsUtils, so that both have the same exceptions and the same source name for them.
 void OsFile::create(OsFileTypes::Permissions const& permissions, bool failIfExists)
 {
     requirePath(_path, __LINE__);
     OsFsUtils::createFile(_path.getChars(), permissions, failIfExists);
 }
 
+// For derived classes, which own the handle and give it back with close().
 std::int64_t OsFile::open(int mode) const
 {
     requirePath(_path, __LINE__);
@@ -263,6 +274,8 @@ void OsFile::setPath(OsFilePath const& path)
 {
     _path = path;
 }
+
+// --- asking the system; failures have the source name of the platform's form on every system -----------------------
 
 ArrayPtrRet<char> OsFile::performGetOwner() const
 {
@@ -320,6 +333,7 @@ OsFileTypes::ElementType OsFile::performGetType() const
     }
 }
 
+// Other readers and writers may open the file meanwhile. A directory can't be opened.
 std::int64_t OsFile::performOpen(int mode) const
 {
     const std::int64_t handle = System::openFile(_path.getChars(), mode);

@@ -42,8 +42,8 @@ bool createFile(char const* path, OsFileTypes::Permissions const& permissions, b
 /// Accepts that the file does not exist, but not that its directory doesn't.
 void deleteFile(char const* path);
 
-// These return false or nothing if the system refuses, and leave its error for the caller, who throws it with a source
-// name of its own.
+// These return false or nothing if the system refuses, and leave its error for the caller, who throws it with a
+// source name of its own.
 
 /// Creates a directory. A party that may read it may search it as well.
 bool makeDirectory(char const* path, OsFileTypes::Permissions const& permissions);

@@ -19,6 +19,8 @@ ExReasonText invalidPath(char const* path)
 }
 }  // namespace
 
+// The classes of paths: joining, and the home directory.
+
 OsFileEx::ExIllegalPathConcat::ExIllegalPathConcat(char const* file, int line)
     : std::runtime_error(""), ExBase(file, line)
 {
@@ -42,6 +44,8 @@ OsFileEx::ExHomeNotDefined::ExHomeNotDefined(char const* file, int line)
 }
 
 VN_EX_DEFINE_MEMBERS(OsFileEx::ExHomeNotDefined);
+
+// The classes of files and directories. "Null" is the empty path: a path object is never without a text.
 
 OsFileEx::ExNullFilePath::ExNullFilePath(char const* file, int line) : std::runtime_error(""), ExBase(file, line)
 {
@@ -76,6 +80,7 @@ OsFileEx::ExPathNotWritable::ExPathNotWritable(char const* file, int line, char 
 
 VN_EX_DEFINE_MEMBERS(OsFileEx::ExPathNotWritable);
 
+// The place is what the system was asked about: the path on Linux, the root of its drive on Windows.
 OsFileEx::ExNoRemoteUnbuffered::ExNoRemoteUnbuffered(char const* file, int line, char const* path)
     : std::runtime_error(""), ExBase(file, line)
 {

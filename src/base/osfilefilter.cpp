@@ -1,6 +1,7 @@
 // filter() asks the file system about the path it is given, through OsFsUtils. A path at which nothing exists is no
-// directory: OsLeafFileFilter passes it, OsDirectoryFilter doesn't. Listings don't call filter() of these three classes
-// themselves: they know a child's type already, and apply the same rules to that (ListingFilter in osdirectory.cpp).
+// directory: OsLeafFileFilter passes it, OsDirectoryFilter doesn't. Listings don't call filter() of these three
+// classes themselves: they know a child's type already, and apply the same rules to that (ListingFilter in
+// osdirectory.cpp).
 #include <base/osfilefilter.h>
 
 #include <base/duplicatestring.h>

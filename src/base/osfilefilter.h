@@ -16,7 +16,10 @@ namespace Vn
 ///         bool filter(Vn::OsFilePath const& path) const override { return ...; }
 ///     };
 ///
-/// OsDirectory calls it in the caller's thread and does not keep it. What it throws ends the listing.
+/// OsDirectory calls it in the caller's thread and does not keep it. What it throws ends the listing. The three classes
+/// below are not called: OsDirectory knows their rules, and applies them to the name and type that the listing tells.
+/// So they cost no question to the system, but for symlinks and on file systems whose listings have no types. A
+/// class derived from one of them is called like any other.
 /// Tests: tests/base/osdirectorytest.cpp.
 class VN_BASE_EXPORT OsFileFilter
 {
@@ -27,7 +30,7 @@ public:
     virtual bool filter(OsFilePath const& path) const = 0;
 };
 
-/// Passes every child. OsDirectory recognises this very class and skips the call.
+/// Passes every child.
 class VN_BASE_EXPORT OsPassThroughFilter : public OsFileFilter
 {
 public:
@@ -64,7 +67,8 @@ public:
     OsLeafFileFilter(OsLeafFileFilter const&) = delete;
     OsLeafFileFilter& operator=(OsLeafFileFilter const&) = delete;
 
-    /// Compares the base name of `path` byte by byte. Throws ExSysErrorWindows if that name cannot be resolved.
+    /// Compares the base name of `path` byte by byte. Throws ExSysErrorWindows if that name cannot be resolved; a listing
+    /// has the name already, and doesn't.
     bool filter(OsFilePath const& path) const override;
 
 private:

@@ -33,8 +33,8 @@ std::int64_t openFile(char const* path, int mode);
 /// Creates a file for writing, or empties an existing one. closedHandle if that fails.
 std::int64_t openNewFile(char const* path, OsFileTypes::Permissions const& permissions, bool failIfExists);
 
-/// One call each, or as many as the system's limit takes. The number of bytes or -1; sizes beyond 32 bits are refused.
-/// Fewer bytes than asked for are all there was: the rest of the file, or what a pipe or a terminal had.
+/// One call each, or as many as the system's limit takes. The number of bytes or -1; sizes beyond 32 bits are
+/// refused. Fewer bytes than asked for are all there was: the rest of the file, or what a pipe or a terminal had.
 std::int64_t readFile(std::int64_t handle, void* buffer, unsigned long size);
 
 /// Goes on until all is written. A device that is full takes fewer bytes and is no failure.
@@ -46,16 +46,16 @@ std::optional<std::int32_t> seekFile(std::int64_t handle, long offset, OsFileTyp
 /// Sets the length, and the position to it.
 bool setFileSize(std::int64_t handle, unsigned long size);
 
-// The system's part in copying a file, from `source`, open for reading, to `target`, open for writing. Both do what the
-// system can do by itself, and report no failure: the caller goes on with reading and writing up to the end of the
-// source, and meets there what has stopped the system.
+// The system's part in copying a file, from `source`, open for reading, to `target`, open for writing. Both do what
+// the system can do by itself, and report no failure: the caller goes on with reading and writing up to the end of
+// the source, and meets there what has stopped the system.
 
-/// Lets the target share the blocks of the source, all of them. True if it does; both positions are then behind the last
-/// byte. False, with nothing changed, if the system can't.
+/// Lets the target share the blocks of the source, all of them. True if it does; both positions are then behind the
+/// last byte. False, with nothing changed, if the system can't.
 bool shareBlocks(std::int64_t source, std::int64_t target);
 
-/// Copies from the position of the source to that of the target, which may be nothing or a part of the rest. Both positions
-/// are then behind the last byte that was copied.
+/// Copies from the position of the source to that of the target, which may be nothing or a part of the rest. Both
+/// positions are then behind the last byte that was copied.
 void copyRange(std::int64_t source, std::int64_t target);
 
 enum class CloseResult

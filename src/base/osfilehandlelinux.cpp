@@ -9,13 +9,15 @@
 //     write     goes on after every short count; a full device ends it with what has been written
 //     close     through a duplicate, so that a failed one leaves the file open: see closeFile()
 //
-// A large file is copied by the system itself, in one of two ways, and what they leave is copied by read() and write():
+// A large file is copied by the system itself, in one of two ways, and what they leave is copied by read() and
+// write():
 //
 //     FICLONE             the copy shares the blocks of the file until either is changed; on btrfs, XFS and the like
 //     copy_file_range()   moves bytes in the kernel, or on the server of a network file system
 //
-// Whatever refuses these (another file system, a pipe, an old kernel, a full device) is no failure of the copy: reading
-// and writing decide, and report it. A file that grows or shrinks meanwhile is copied up to the end that reading finds.
+// Whatever refuses these (another file system, a pipe, an old kernel, a full device) is no failure of the copy:
+// reading and writing decide, and report it. A file that grows or shrinks meanwhile is copied up to the end that
+// reading finds.
 //
 // Positions and sizes have 32 bits in the interface. What the system could do beyond that is refused with EOVERFLOW.
 #include <base/osfilehandle_p.h>
@@ -62,7 +64,8 @@ bool makeBlocking(int file)
     return flags != -1 && ((flags & O_PATH) != 0 || ::fcntl(file, F_SETFL, flags & ~O_NONBLOCK) != -1);
 }
 
-/// The second half of opening, `file` being what open() returned: refuses a directory, and lets a pipe or device block.
+/// The second half of opening, `file` being what open() returned: refuses a directory, and lets a pipe or device
+/// block.
 std::int64_t finishOpening(int file)
 {
     if (file == -1)
@@ -189,8 +192,8 @@ bool setFileSize(std::int64_t handle, unsigned long size)
 }
 
 // close() reports the error of a delayed write, but releases the descriptor all the same. So a duplicate is closed
-// first: if that reports an error, our descriptor is still open, and the caller can throw and try again. Without a free
-// descriptor for the duplicate the file is closed directly, and an error can no longer keep it open.
+// first: if that reports an error, our descriptor is still open, and the caller can throw and try again. Without a
+// free descriptor for the duplicate the file is closed directly, and an error can no longer keep it open.
 CloseResult closeFile(std::int64_t handle)
 {
     const int file = descriptorOf(handle);

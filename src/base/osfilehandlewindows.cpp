@@ -1,7 +1,7 @@
 // osfilehandlewindows.cpp (Linux form: osfilehandlelinux.cpp)
 //
-// Each function is one call of the system, whose limits are the interface's: sizes have 32 bits, as `unsigned long` has
-// here. Files are opened shared, so other readers and writers may have them at the same time.
+// Each function is one call of the system, whose limits are the interface's: sizes have 32 bits, as `unsigned long`
+// has here. Files are opened shared, so other readers and writers may have them at the same time.
 #include <base/osfilehandle_p.h>
 
 #include <base/osaccess_p.h>

@@ -6,8 +6,8 @@
 //     return false or nothing        the others; the caller throws with a source name of its own, from `errno`
 //
 // So nothing may change `errno` between a failing call and the caller's throw. Every call that a signal may interrupt
-// is repeated (Posix::retry). Nothing is opened to ask a question: stat() needs only the right to search the directories
-// on the way, and doesn't disturb other users of the file. All questions but isSymLink() follow symlinks.
+// is repeated (Posix::retry). Nothing is opened to ask a question: stat() needs only the right to search the
+// directories on the way, and doesn't disturb other users of the file. All questions but isSymLink() follow symlinks.
 //
 // The rules come from Windows, so some calls are not the obvious ones:
 //

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace Vn
 {
@@ -89,32 +88,28 @@ struct OsFilePathGrammars
     ///
     static std::string resolveOnLinux(std::string_view directory, std::string_view path)
     {
-        std::vector<std::string_view> elements;
-        if (path.substr(0, 1) != "/")
-            appendElements(elements, directory);
-        appendElements(elements, path);
-
         std::string resolved;
         resolved.reserve(directory.size() + path.size() + 2);
-        for (std::string_view element : elements)
-            (resolved += '/') += element;
+        if (path.substr(0, 1) != "/")
+            appendElements(resolved, directory);
+        appendElements(resolved, path);
         if (resolved.empty() || (!path.empty() && path.back() == '/'))
             resolved += '/';
         return resolved;
     }
 
 private:
-    /// Appends the elements of `path`; ".." removes the last one, if there is one.
-    static void appendElements(std::vector<std::string_view>& elements, std::string_view path)
+    /// Appends the elements of `path`, each behind a separator; ".." removes the last one, if there is one.
+    static void appendElements(std::string& resolved, std::string_view path)
     {
         while (!path.empty()) {
             const std::size_t length = std::min(path.find('/'), path.size());
             const std::string_view element = path.substr(0, length);
             path.remove_prefix(std::min(length + 1, path.size()));
-            if (element == ".." && !elements.empty())
-                elements.pop_back();
+            if (element == ".." && !resolved.empty())
+                resolved.resize(resolved.rfind('/'));
             else if (!element.empty() && element != "." && element != "..")
-                elements.push_back(element);
+                (resolved += '/') += element;
         }
     }
 };

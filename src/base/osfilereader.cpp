@@ -20,8 +20,8 @@ constexpr char sourceName[] = "src/base/osfilereader";
 constexpr char systemSourceName[] = "src/base/osfilereaderwindows";
 
 /// Throws ExSysErrorANSI for a closed handle.
-// Intended: the class differs from that of the system's failures, and the code is whatever `errno` holds. Do not mend:
-// callers tell their own mistakes from the system's by the class.
+// Intended: the class differs from that of the system's failures, and the code is whatever `errno` holds. Do not
+// mend: callers tell their own mistakes from the system's by the class.
 void requireOpen(std::int64_t handle, int line)
 {
     if (handle == System::closedHandle)
@@ -38,6 +38,7 @@ OsFileReader::OsFileReader(OsFilePath const& path) : _path(path), _handle(System
 
 OsFileReader::OsFileReader(OsFile const& file) : OsFileReader(file.getPath()) {}
 
+// Not through close(), which throws.
 OsFileReader::~OsFileReader()
 {
     System::dropFile(_handle);
@@ -69,6 +70,7 @@ std::int64_t OsFileReader::performOpen()
     return handle;
 }
 
+// 0 is the end of the file and no failure.
 std::uint32_t OsFileReader::performRead(void* buffer, unsigned long size)
 {
     const std::int64_t count = System::readFile(_handle, buffer, size);

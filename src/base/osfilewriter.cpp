@@ -1,5 +1,5 @@
-// Built like OsFileReader: a public operation checks, a private one makes the call (osfilehandle_p.h), and the two throw
-// with source names of their own. There is no buffer, so what write() has returned is in the system's hands and
+// Built like OsFileReader: a public operation checks, a private one makes the call (osfilehandle_p.h), and the two
+// throw with source names of their own. There is no buffer, so what write() has returned is in the system's hands and
 // survives the death of the process, though not that of the machine.
 #include <base/osfilewriter.h>
 
@@ -16,8 +16,8 @@ constexpr char sourceName[] = "src/base/osfilewriter";
 constexpr char systemSourceName[] = "src/base/osfilewriterwindows";
 
 /// Throws ExSysErrorANSI for a closed handle.
-// Intended: the class differs from that of the system's failures, and the code is whatever `errno` holds. Do not mend:
-// callers tell their own mistakes from the system's by the class.
+// Intended: the class differs from that of the system's failures, and the code is whatever `errno` holds. Do not
+// mend: callers tell their own mistakes from the system's by the class.
 void requireOpen(std::int64_t handle, int line)
 {
     if (handle == System::closedHandle)
@@ -37,6 +37,7 @@ OsFileWriter::OsFileWriter(OsFile const& file, OsFileTypes::Permissions const& p
     : OsFileWriter(file.getPath(), permissions, failIfExists)
 {}
 
+// What closing reports is lost here: a destructor must not throw. Programs that care call close().
 OsFileWriter::~OsFileWriter()
 {
     System::dropFile(_handle);
@@ -66,6 +67,7 @@ void OsFileWriter::close()
     performClose();
 }
 
+// An existing file is emptied here, before any write(), or refused.
 std::int64_t OsFileWriter::performOpen(OsFileTypes::Permissions const& permissions, bool failIfExists)
 {
     const std::int64_t handle = System::openNewFile(_path.getChars(), permissions, failIfExists);

@@ -8,11 +8,11 @@
 //     2. The keeper reports by a socket that it is ready, and waits for our answer.
 //     3. The new process runs the program. If that fails, it sends `errno` to the keeper through a pipe; if it
 //        succeeds, the system closes the pipe (O_CLOEXEC).
-//     4. The keeper reports the result. It closes everything else, keeps its end of the socket open, and exits when the
-//        program has ended. The socket then hangs up, and so we learn of the end.
+//     4. The keeper reports the result. It closes everything else, keeps its end of the socket open, and exits
+//        when the program has ended. The socket then hangs up, and so we learn of the end.
 //
-// Where our children live in another PID namespace, all processes there die with the first one. There the intermediate
-// process must not exit, and is the keeper itself.
+// Where our children live in another PID namespace, all processes there die with the first one. There the
+// intermediate process must not exit, and is the keeper itself.
 //
 // Costs: each fork copies our page tables, and a keeper holds on to memory that we change afterwards.
 #include <base/osprocesslinux_p.h>
@@ -55,7 +55,7 @@ bool receive(int channel, Message& message)
     return Posix::retry([&] { return ::recv(channel, &message, sizeof message, 0); }) == sizeof message;
 }
 
-// --- in the forked processes -----------------------------------------------------------------------------------------
+// --- in the forked processes ---------------------------------------------------------------------------------------
 
 struct Launch
 {
@@ -137,7 +137,7 @@ void keepOnly(int channel)
     leave(0);
 }
 
-// --- in this process -------------------------------------------------------------------------------------------------
+// --- in this process -----------------------------------------------------------------------------------------------
 
 /// Waits for a child of ours that ends by itself, and forgets its number. 0 for none.
 void collect(::pid_t& child)

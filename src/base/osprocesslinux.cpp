@@ -7,8 +7,8 @@
 // Orphans. The intermediate process exits as soon as the new one runs the program, so the program is an orphan. The
 // system's first process collects it, and it leaves no zombie, whatever becomes of its OsProcess.
 //
-// The descriptor. We keep the program's pidfd. It becomes readable when the program ends, and it never refers to a later
-// process of the same number. wait() is a poll() on it.
+// The descriptor. We keep the program's pidfd. It becomes readable when the program ends, and it never refers to a
+// later process of the same number. wait() is a poll() on it.
 //
 // No copies. Both new processes run in our memory (CLONE_VM), each on its own stack, and the process that clones is
 // suspended until the new one has run a program or exited (CLONE_VFORK). So a start takes the same time however much
@@ -25,8 +25,8 @@
 // Own children. A program is our own child after all in two cases. If this process is the first one of its system, or
 // adopts orphans (PR_SET_CHILD_SUBREAPER), the program falls to us. If our children live in another PID namespace
 // (unshare(CLONE_NEWPID)), the first of them must not exit before the others, so the intermediate process runs the
-// program itself. In both cases we collect it: in wait(), or, if the program outlives its OsProcess, at the next start
-// (ReleasedChildren).
+// program itself. In both cases we collect it: in wait(), or, if the program outlives its OsProcess, at the next
+// start (ReleasedChildren).
 //
 // Systems before Linux 5.4, emulators and filters of system calls that lack one of these calls get
 // osprocesskeeperlinux.cpp.
@@ -92,7 +92,7 @@ struct Launch
     Launch* before = nullptr;  ///< in the list of abandon()
 };
 
-// --- in the new processes --------------------------------------------------------------------------------------------
+// --- in the new processes ------------------------------------------------------------------------------------------
 
 VN_UNCHECKED int becomeProgram(void* argument)
 {
@@ -102,8 +102,8 @@ VN_UNCHECKED int becomeProgram(void* argument)
     return 127;
 }
 
-/// In the intermediate process, which still shares our descriptor table: running the program would close our descriptors,
-/// so it takes a copy of the table first.
+/// In the intermediate process, which still shares our descriptor table: running the program would close our
+/// descriptors, so it takes a copy of the table first.
 VN_UNCHECKED int becomeProgramHere(Launch& launch)
 {
     launch.isDirect = true;
@@ -130,10 +130,10 @@ VN_UNCHECKED int beIntermediate(void* argument)
     return 0;
 }
 
-// --- in this process -------------------------------------------------------------------------------------------------
+// --- in this process -----------------------------------------------------------------------------------------------
 
-/// Waits for the process of a pidfd, also one that sends no signal when it exits (__WALL). Its number, 0 if it runs and
-/// `options` has WNOHANG, -1 if it is not our child.
+/// Waits for the process of a pidfd, also one that sends no signal when it exits (__WALL). Its number, 0 if it runs
+/// and `options` has WNOHANG, -1 if it is not our child.
 int waitFor(Descriptor const& process, int options)
 {
     ::siginfo_t state;
@@ -143,8 +143,8 @@ int waitFor(Descriptor const& process, int options)
     return result == 0 ? state.si_pid : -1;
 }
 
-/// Collects the child if it has ended. False if it is our own child and still runs; true if nothing is left to collect,
-/// also for a program that is not our child.
+/// Collects the child if it has ended. False if it is our own child and still runs; true if nothing is left to
+/// collect, also for a program that is not our child.
 bool collectIfEnded(ChildRecord& child)
 {
     if (child.keeper == 0)
@@ -164,7 +164,8 @@ void collect(ChildRecord& child)
 }
 
 /// The list of our own children that have outlived their OsProcess and are still to be collected. It has no lock: a
-/// forked child, which inherits the list but owns none of these, could find a lock held by a thread that it does not have.
+/// forked child, which inherits the list but owns none of these, could find a lock held by a thread that it does not
+/// have.
 class ReleasedChildren
 {
 public:
@@ -215,8 +216,8 @@ void abandon(std::unique_ptr<Launch> launch)
     launch.release();
 }
 
-/// Whether the system has all calls of a start in shared memory. waitid() with a pidfd is the newest of them, Linux 5.4; it
-/// answers EBADF to a number that is no open descriptor, and EINVAL where it is unknown.
+/// Whether the system has all calls of a start in shared memory. waitid() with a pidfd is the newest of them, Linux
+/// 5.4; it answers EBADF to a number that is no open descriptor, and EINVAL where it is unknown.
 bool knowsProcessDescriptors()
 {
     return Posix::retry([] { return ::waitid(P_PIDFD, INT_MAX, nullptr, WEXITED | WNOHANG); }) == -1 &&

@@ -13,8 +13,8 @@
 #include <vector>
 
 /// Switches the sanitizers off in functions that run in a process which shares our memory but has its own stack. A
-/// sanitizer would take their calls for calls of the waiting thread, and would keep records about the stack after it is
-/// freed.
+/// sanitizer would take their calls for calls of the waiting thread, and would keep records about the stack after it
+/// is freed.
 #if defined(__has_attribute) && __has_attribute(disable_sanitizer_instrumentation)
 #    define VN_UNCHECKED __attribute__((disable_sanitizer_instrumentation))
 #else
@@ -52,16 +52,16 @@ private:
     ::sigset_t _before;
 };
 
-/// What a new process is to become. The constructor does everything that allocates memory or reads the environment, so
-/// the new process makes system calls only.
+/// What a new process is to become. The constructor does everything that allocates memory or reads the environment,
+/// so the new process makes system calls only.
 class Program
 {
 public:
     /// Keeps the pointer `argv`; the array holds at least one text. Throws std::bad_alloc.
     explicit Program(char const* const* argv);
 
-    /// In the new process: closes all descriptors but 0 to 2, resets the signal handlers, blocks `signals` and runs the
-    /// program. Returns only if the program can't be run, with the system's error.
+    /// In the new process: closes all descriptors but 0 to 2, resets the signal handlers, blocks `signals` and runs
+    /// the program. Returns only if the program can't be run, with the system's error.
     int become(::sigset_t const& signals);
 
 private:
@@ -83,8 +83,8 @@ enum class Closing
 /// Closes all descriptors of the calling process from `first` on.
 void closeFrom(unsigned first, Closing closing);
 
-/// Ends the calling process and runs no code of this program: no exit handlers, and nothing that a sanitizer puts before
-/// `_exit`. Buffered output belongs to the parent, which will flush it itself.
+/// Ends the calling process and runs no code of this program: no exit handlers, and nothing that a sanitizer puts
+/// before `_exit`. Buffered output belongs to the parent, which will flush it itself.
 [[noreturn]] void leave(int code);
 
 /// Starts a program by forks of this process, which works on every version of Linux. False, with `errno` set, if the

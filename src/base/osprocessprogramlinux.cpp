@@ -4,9 +4,9 @@
 //     in the new one      become(): close descriptors, reset signal handlers, restore the signal mask, execve()
 //
 // become() may run in a process that shares our memory while our other threads go on. Therefore it takes no lock,
-// allocates no memory and calls the kernel directly (::syscall): a sanitizer wraps the C library's functions and keeps
-// tables about the process, which the new one must not change. execvp() searches PATH with memory and wrappers of that
-// kind, so the search is done here, by its rules.
+// allocates no memory and calls the kernel directly (::syscall): a sanitizer wraps the C library's functions and
+// keeps tables about the process, which the new one must not change. execvp() searches PATH with memory and wrappers
+// of that kind, so the search is done here, by its rules.
 #include <base/osprocesslinux_p.h>
 
 #include <dirent.h>
@@ -53,8 +53,9 @@ VN_UNCHECKED bool makesCore(int number)
 }
 
 /// Removes the signal handlers before the signals are unblocked: a pending one would run our handler in our memory.
-/// Ignored signals stay ignored. Signals that would dump a core end this process quietly instead: before Linux 5.16 the
-/// dump would kill every process that shares its memory. execve() gives the program the default action for each handler.
+/// Ignored signals stay ignored. Signals that would dump a core end this process quietly instead: before Linux 5.16
+/// the dump would kill every process that shares its memory. execve() gives the program the default action for each
+/// handler.
 VN_UNCHECKED void resetHandlers()
 {
     for (int number = 1; number < NSIG; ++number) {
@@ -112,7 +113,8 @@ VN_UNCHECKED bool closeListed(unsigned first, Closing closing)
 }
 }  // namespace
 
-// Three ways, from the fastest to the one that works everywhere: one call for the range, /proc, every possible number.
+// Three ways, from the fastest to the one that works everywhere: one call for the range, /proc, every possible
+// number.
 VN_UNCHECKED void closeFrom(unsigned first, Closing closing)
 {
     // CLOSE_RANGE_CLOEXEC is Linux 5.11, the call itself 5.9.

@@ -20,6 +20,7 @@ constexpr char const* sourceName = "src/base/ossharedlibwindows";
 class OsSharedLibWindows : public OsSharedLib
 {
 public:
+    /// Loads nothing yet: see load().
     explicit OsSharedLibWindows(OsFilePath const& path) : OsSharedLib(path), _module(nullptr) {}
 
     void load()
@@ -44,6 +45,7 @@ public:
     }
 
 private:
+    /// With the system's text for `error` in the user's language.
     [[noreturn]] void throwCantOpen(::DWORD error) const
     {
         char text[256] = "";  // stays empty if the system has no text for the error, or a longer one

@@ -1,7 +1,7 @@
 // osutilsposix.cpp (Windows form: osutilswindows.cpp)
 //
-// The names come in arrays of the system's largest size, as on Windows, so that a caller may write into one up to that
-// size. The failures are thrown as the C library's, ExSysErrorANSI.
+// The names come in arrays of the system's largest size, as on Windows, so that a caller may write into one up to
+// that size. The failures are thrown as the C library's, ExSysErrorANSI.
 #include <base/osutils.h>
 
 #include <base/exsyserror.h>

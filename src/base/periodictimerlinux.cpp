@@ -6,14 +6,14 @@
 //     wait()     reads the ticks that have come so far, to forget them, then polls for the next one
 //     stop()     ends the count, then disarms it; a waiter stays in its poll until the next start
 //
-// The descriptor never blocks on reading, so forgetting ticks that have not come costs no wait. The tick itself is not
-// read by the waiter: it stays readable, so several waiters are woken by one tick. The ticks only wake; the count is
-// computed from the clock in periodictimer.cpp, and a missed tick does not disturb it.
+// The descriptor never blocks on reading, so forgetting ticks that have not come costs no wait. The tick itself is
+// not read by the waiter: it stays readable, so several waiters are woken by one tick. The ticks only wake; the count
+// is computed from the clock in periodictimer.cpp, and a missed tick does not disturb it.
 //
-// Fork. A child process inherits the descriptor, but the kernel's timer behind it is shared: reading in the child would
-// take ticks from the parent, and stopping would stop the parent's. So all timers are in a list (LiveTimers), and in
-// the child of a fork each gets a new, stopped timer of the kernel. The list's lock is held across the fork, so
-// that the child finds the list whole.
+// Fork. A child process inherits the descriptor, but the kernel's timer behind it is shared: reading in the child
+// would take ticks from the parent, and stopping would stop the parent's. So all timers are in a list (LiveTimers),
+// and in the child of a fork each gets a new, stopped timer of the kernel. The list's lock is held across the fork,
+// so that the child finds the list whole.
 #include <base/periodictimer.h>
 
 #include <base/exsyserror.h>

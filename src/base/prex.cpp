@@ -26,6 +26,7 @@ PrEx::ExBadCounterIndex::ExBadCounterIndex(char const* file, int line, unsigned 
 
 VN_EX_DEFINE_MEMBERS(PrEx::ExBadCounterIndex);
 
+// A null name counts as the empty one.
 PrEx::ExBadCounterInstance::ExBadCounterInstance(char const* file, int line, char const* name)
     : std::runtime_error(""), PrEx(file, line)
 {

@@ -3,8 +3,8 @@
 //     a standard stream    in the stream's precision and locale, adjusted left; each row ends with a flush
 //     a log message        nine decimals, whatever the locale, so that log files of all machines look alike
 //
-// The measuring itself is in profiler.imp, as Profiler is a template. Printing only reads, but reading a profiler while
-// another thread ends its cycles is a race: a profiler belongs to one thread.
+// The measuring itself is in profiler.imp, as Profiler is a template. Printing only reads, but reading a profiler
+// while another thread ends its cycles is a race: a profiler belongs to one thread.
 #include <base/profiler.h>
 
 #include <base/exreasontext_p.h>

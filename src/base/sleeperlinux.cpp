@@ -1,8 +1,9 @@
 // sleeperlinux.cpp (Windows form: sleeperwindows.cpp)
 //
-// A sleep computes when it is due on the monotonic clock and waits for that moment (clock_nanosleep with TIMER_ABSTIME),
-// so signals in between do not make it longer. By default the kernel may delay a wake-up by up to 50 microseconds, to
-// join it with others; the calling thread's timer slack is set to its minimum for the time of the sleep.
+// A sleep computes when it is due on the monotonic clock and waits for that moment (clock_nanosleep with
+// TIMER_ABSTIME), so signals in between do not make it longer. By default the kernel may delay a wake-up by up to 50
+// microseconds, to join it with others; the calling thread's timer slack is set to its minimum for the time of the
+// sleep.
 //
 // Unlike on Windows a thread needs no record of its own, so any thread may sleep on a reference that was handed over.
 #include <base/sleeper.h>
