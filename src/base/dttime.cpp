@@ -105,7 +105,7 @@ DtTime DtTime::combinedAtCommonRate(DtTime left, DtTime right, Operator operatio
     const int d1 = left._rate.getDenominator(), d2 = right._rate.getDenominator();
     const std::int64_t above = std::int64_t(n1) * n2;
     const int below = d1 * d2;
-    if (above > commonRateLimit * below && above <= std::numeric_limits<int>::max())
+    if (above > std::int64_t(commonRateLimit) * below && above <= std::numeric_limits<int>::max())
         return combinedAtTheLimit(left, right, operation);
     if (above > commonRateLimit || below > 1001 || !areCoprime(n1, d2) || !areCoprime(n2, d1))
         return combinedByTheRule(left, right, operation);

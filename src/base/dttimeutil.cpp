@@ -1,7 +1,7 @@
-// Text: takeField() splits the text into three fields without copying it, scanNumber() reads a number from the
-// beginning of a field, and scanRateTerm() adds the limits of 32 bits and the exceptions. None of them uses the C
-// library, whose functions depend on the current locale and, for `long`, have another range on Windows. Writing goes
-// through std::to_chars() for the same reason.
+// Text: FieldReader goes through the text once, without copying it, and reads a number from the beginning of each field;
+// rateTermOf() adds the limits of 32 bits and the exceptions. None of them uses the C library, whose functions depend on
+// the current locale and, for `long`, have another range on Windows. Writing goes through std::to_chars() for the same
+// reason.
 //
 // Seconds: each conversion is a template over float and double that computes in that type alone. The quotient of the
 // rate's terms is formed first, then multiplied; another order would change the last bit of the results. Whole counts
@@ -9,14 +9,11 @@
 #include <base/dttimeutil.h>
 
 #include <base/dtex.h>
-#include <base/duplicatestring.h>
 #include <base/floatutil.h>
 
-#include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <limits>
-#include <string_view>
-#include <system_error>
 
 namespace Vn
 {
@@ -25,57 +22,65 @@ namespace
 constexpr char const* sourceName = "src/base/dttimeutil";
 using ErrorCode = DtEx::DtStringError::ErrorCode;
 
-/// Removes the next field from the front of `text` and returns it; empty if there is none. Only blanks separate
-/// fields.
-///
-///     "  100 25 1"  ->  "100", and " 25 1" is left
-///     "   "         ->  "", and "" is left
-///
-std::string_view takeField(std::string_view& text)
-{
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    const std::string_view field = text.substr(0, text.find(' '));
-    text.remove_prefix(field.size());
-    return field;
-}
-
-struct ScannedNumber
+struct FieldNumber
 {
     std::int64_t value;  ///< the nearest limit if the number passes 64 bits, 0 if there is none
     bool isFound;
 };
 
-/// Leading white space, a sign, then digits up to the first other character.
-///
-///     "\t-25x"  ->  -25
-///     "+25"     ->  25
-///     "+-25"    ->  not found
-///     ""        ->  not found
-///
-ScannedNumber scanNumber(std::string_view field)
+/// The fields of a text, each as the number that it begins with. Only blanks separate fields.
+class FieldReader
 {
-    field.remove_prefix(std::min(field.find_first_not_of(" \t\n\v\f\r"), field.size()));
-    if (field.substr(0, 1) == "+") {  // which std::from_chars() does not take
-        field.remove_prefix(1);
-        if (field.substr(0, 1) == "-")
-            return {0, false};
+public:
+    explicit FieldReader(char const* text) : _at(text) {}
+
+    /// The next field's number: leading white space, a sign, then digits up to the first other character.
+    ///
+    ///     "\t-25x"  ->  -25
+    ///     "+25"     ->  25
+    ///     "+-25"    ->  not found
+    ///     ""        ->  not found, as for a field that is missing
+    ///
+    FieldNumber next()
+    {
+        while (*_at == ' ')
+            ++_at;
+        while (*_at >= '\t' && *_at <= '\r')  // the white space of the "C" locale that doesn't separate fields
+            ++_at;
+        const bool isNegative = *_at == '-';
+        if (isNegative || *_at == '+')
+            ++_at;
+        const FieldNumber number = digits(isNegative);
+        while (*_at != ' ' && *_at != '\0')
+            [[unlikely]]  // what is behind the number belongs to its field
+            ++ _at;
+        return number;
     }
-    std::int64_t value = 0;
-    const std::from_chars_result result = std::from_chars(field.data(), field.data() + field.size(), value);
-    if (result.ec == std::errc::invalid_argument)
-        return {0, false};
-    if (result.ec == std::errc::result_out_of_range) {
-        value = field.front() == '-' ? std::numeric_limits<std::int64_t>::min()
-                                     : std::numeric_limits<std::int64_t>::max();
+
+private:
+    FieldNumber digits(bool isNegative)
+    {
+        constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+        const std::uint64_t limit = isNegative ? most + 1 : most;
+        char const* const first = _at;
+        std::uint64_t magnitude = 0;
+        for (unsigned digit; (digit = static_cast<unsigned>(*_at - '0')) <= 9; ++_at) {
+            // Beyond this another digit may pass the limit; once at the limit the number stays there.
+            if (magnitude >= most / 10 && (magnitude > most / 10 || digit > limit % 10)) [[unlikely]]
+                magnitude = limit;
+            else
+                magnitude = magnitude * 10 + digit;
+        }
+        return {static_cast<std::int64_t>(isNegative ? 0 - magnitude : magnitude), _at != first};
     }
-    return {value, true};
-}
+
+    char const* _at;
+};
 
 /// A term of the rate in 32 bits, whatever the width of `long`. Throws with `overflow` for a number that does not
 /// fit, and with `malformed` for a field without a number, a missing one included.
-int scanRateTerm(std::string_view field, ErrorCode malformed, ErrorCode overflow)
+inline int rateTermOf(FieldNumber number, ErrorCode malformed, ErrorCode overflow)
 {
-    const ScannedNumber number = scanNumber(field);
     if (number.value < std::numeric_limits<int>::min() || number.value > std::numeric_limits<int>::max())
         throw DtEx::DtStringError(sourceName, __LINE__, overflow);
     if (!number.isFound)
@@ -139,19 +144,23 @@ ArrayPtrRet<char> DtTimeUtil::getDtStringFromDtTime(DtTime const& time)
     end = std::to_chars(end, last, time.getRate().getNumerator()).ptr;
     *end++ = ' ';
     end = std::to_chars(end, last, time.getRate().getDenominator()).ptr;
-    *end = '\0';
-    return duplicateString(text);
+    *end++ = '\0';
+    // Not by duplicateString(), which would measure the text.
+    const std::size_t size = static_cast<std::size_t>(end - text);
+    ArrayPtrRet<char> copy(new char[size]);
+    std::memcpy(copy.get(), text, size);
+    return copy;
 }
 
 DtTime DtTimeUtil::getDtTimeFromDtString(char const* text)
 {
-    std::string_view rest = text != nullptr ? text : "";
-    const std::int64_t count = scanNumber(takeField(rest)).value;  // 0 without a number, which is no error
+    FieldReader fields(text != nullptr ? text : "");
+    const std::int64_t count = fields.next().value;  // 0 without a number, which is no error
     // The order of the throws is part of the interface: the numerator is checked before the denominator is looked at.
     const int numerator =
-        scanRateTerm(takeField(rest), ErrorCode::ErrRateNumeratorMalformed, ErrorCode::ErrRateNumeratorOverflow);
-    const int denominator = scanRateTerm(takeField(rest), ErrorCode::ErrRateDenominatorMalformed,
-                                         ErrorCode::ErrRateDenominatorOverflow);
+        rateTermOf(fields.next(), ErrorCode::ErrRateNumeratorMalformed, ErrorCode::ErrRateNumeratorOverflow);
+    const int denominator =
+        rateTermOf(fields.next(), ErrorCode::ErrRateDenominatorMalformed, ErrorCode::ErrRateDenominatorOverflow);
     return DtTime(count, numerator, denominator);
 }
 

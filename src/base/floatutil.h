@@ -252,6 +252,26 @@ private:
         return std::bit_cast<Float>(bits) - power;
     }
 
+#if defined(__SSE4_1__)
+    /// @{
+    /// floor() and ceil() of either type where the processor rounds with one instruction, which the library's functions
+    /// then become. The comparisons return a whole number and not-a-number as they are. The sum makes +0 of the -0 that
+    /// std::ceil() gives between -1 and 0.
+    template <class Float>
+    static Float floorOf(Float x)
+    {
+        const Float whole = std::floor(x);
+        return whole < x ? whole : x;
+    }
+
+    template <class Float>
+    static Float ceilOf(Float x)
+    {
+        const Float whole = std::ceil(x) + Float(0);
+        return whole > x ? whole : x;
+    }
+    /// @}
+#else
     /// @{
     /// floor() and ceil() of either type. There is no branch, so a compiler can round several numbers with one
     /// instruction. A whole number is returned as it is, which keeps the sign of a zero.
@@ -271,6 +291,7 @@ private:
         return bool((std::fabs(x) < Whole<Float>::from) & (whole != x)) ? whole : x;
     }
     /// @}
+#endif
 };
 
 /// For float, which has 24 significant bits.

@@ -5,9 +5,13 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <typeinfo>
 
 namespace Vn
 {
+
+template <class T>
+class RnUniformHistogramBi;
 
 /// Counts how often points fall into the cells of a grid: RnHistogram in two dimensions.
 /// RnHistogramBiRng draws points of the distribution that it has recorded.
@@ -59,7 +63,25 @@ public:
 
     /// Adds `weight` to the bin of the point and to the total; to neither if the point is in no
     /// bin.
-    void addSample(T x, T y, T weight);
+    [[gnu::always_inline]] void addSample(T x, T y, T weight)
+    {
+        // As RnHistogram::addSample(): a point in a bin of RnUniformHistogramBi needs no call.
+        if (&typeid(*this) == &typeid(RnUniformHistogramBi<T>)) {
+            const T xPlace = (x - _xEdges.front()) / (_xEdges.back() - _xEdges.front()) * static_cast<T>(_xCount);
+            const T yPlace = (y - _yEdges.front()) / (_yEdges.back() - _yEdges.front()) * static_cast<T>(_yCount);
+            constexpr T limit = T(2147483648.0);
+            if (xPlace >= T(0) && xPlace < limit && yPlace >= T(0) && yPlace < limit) [[likely]] {
+                const std::uint32_t ix = static_cast<std::uint32_t>(static_cast<std::int32_t>(xPlace));
+                const std::uint32_t iy = static_cast<std::uint32_t>(static_cast<std::int32_t>(yPlace));
+                if (ix < _xCount && iy < _yCount) [[likely]] {
+                    _bins[std::size_t(iy) * _xCount + ix] += weight;
+                    addToTotal(weight);
+                }
+                return;
+            }
+        }
+        addByBin(x, y, weight);
+    }
 
     /// Draws `n` points from `rng`, as by getSample(), and adds each with weight 1. If the source
     /// throws, the points before it are in.
@@ -73,7 +95,7 @@ public:
     T getBinValue(unsigned int ix, unsigned int iy) const;
 
     /// The sum of all weights that fell into a bin.
-    T getTotal() const { return _total; }
+    T getTotal() const;
 
     /// The number of bins in a row or in a column. It is a T, for formulas with densities; convert
     /// it before you use it as an index.
@@ -126,19 +148,34 @@ protected:
 
 private:
     void makeCells();
+    void addByBin(T x, T y, T weight);
     void findBins(unsigned int n, T const* x, T const* y, unsigned int* ix, unsigned int* iy) const;
     unsigned int addRun(unsigned int n, T const* x, T const* y);
+
+    /// Ones are counted apart, as in RnHistogram.
+    [[gnu::always_inline]] void addToTotal(T weight)
+    {
+        if (weight == T(1) && _ones < maxOnes) [[likely]]
+            ++_ones;
+        else
+            settleTotal(weight);
+    }
+
+    static constexpr std::uint32_t maxOnes = 4096;  ///< few enough to be added one by one where that must be
+
+    void settleTotal(T weight);
 
     std::uint32_t _xCount;
     std::uint32_t _yCount;
     Vector<T> _bins;
     Vector<T> _xEdges;
     Vector<T> _yEdges;
-    T _total;
+    T _total;       ///< without the ones
     T _xCellScale;  ///< cells per unit; see rnbins_p.h
     T _yCellScale;
     Vector<std::uint32_t> _xCells;  ///< the lowest bin in each cell; empty without a table
     Vector<std::uint32_t> _yCells;
+    std::uint32_t _ones;  ///< samples of weight 1 that are to be added to the total
 };
 
 /// RnHistogramBi with bins of equal size, which finds a bin by two divisions. For a point within

@@ -44,12 +44,12 @@ public:
     ///     of(1, 1, 6)    ->  0
     static T of(std::uint32_t base, T inverse, std::uint32_t n)
     {
+        if (base == 2) [[likely]]  // the default base; a jump table would cost as much as the point
+            return mirrored(n);
         switch (base) {
         case 0:
         case 1:
             return T(0);
-        case 2:
-            return mirrored(n);
         case 3:
             return fromTable(table3, n);
         case 5:

@@ -244,6 +244,40 @@ TEST(DtTimeUtil, ratesAreNormalised)
     expectTime(DtTimeUtil::getDtTimeFromDtString("100 4 6"), 100, 2, 3);
 }
 
+TEST(DtTimeUtil, countsStopAtTheLimitsOf64Bits)
+{
+    const struct
+    {
+        char const* text;
+        std::int64_t expected;
+    } table[] = {
+        {"9223372036854775799 1 1", 9223372036854775799}, {"9223372036854775806 1 1", INT64_MAX - 1},
+        {"9223372036854775807 1 1", INT64_MAX},           {"9223372036854775808 1 1", INT64_MAX},
+        {"9223372036854775810 1 1", INT64_MAX},           {"9999999999999999999 1 1", INT64_MAX},
+        {"92233720368547758070 1 1", INT64_MAX},          {"18446744073709551617 1 1", INT64_MAX},
+        {"-9223372036854775807 1 1", -INT64_MAX},         {"-9223372036854775808 1 1", INT64_MIN},
+        {"-9223372036854775809 1 1", INT64_MIN},          {"-92233720368547758080 1 1", INT64_MIN},
+        {"-18446744073709551617 1 1", INT64_MIN},         {"+000000000000000000000000000000042 1 1", 42},
+        {"-000000000000000000000000000000042 1 1", -42},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.text);
+        expectTime(DtTimeUtil::getDtTimeFromDtString(row.text), row.expected, 1, 1);
+    }
+}
+
+TEST(DtTimeUtil, whiteSpaceOtherThanBlanksBelongsToItsField)
+{
+    expectTime(DtTimeUtil::getDtTimeFromDtString("\t7 \n25 \v\f\r2"), 7, 25, 2);
+    expectTime(DtTimeUtil::getDtTimeFromDtString("7\t8 25 1"), 7, 25, 1);
+    expectTime(DtTimeUtil::getDtTimeFromDtString("\t 25 2"), 0, 25, 2);  // a first field without a number
+    EXPECT_EQ(refusalOf("7 \t 25 2"), Refusal::String0);
+    EXPECT_EQ(refusalOf("7 25 \t"), Refusal::String2);
+    EXPECT_EQ(refusalOf("7 +-25 1"), Refusal::String0);
+    EXPECT_EQ(refusalOf("7 -+25 1"), Refusal::String0);
+    EXPECT_EQ(refusalOf("7 - 25"), Refusal::String0);
+}
+
 TEST(DtTimeUtil, nullReadsAsAnEmptyText)
 {
     EXPECT_EQ(refusalOf(nullptr), Refusal::String0);

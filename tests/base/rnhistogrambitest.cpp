@@ -123,6 +123,37 @@ TYPED_TEST(RnHistogramBiTest, manySamplesAreAddedAsOneByOne)
     }
 }
 
+TYPED_TEST(RnHistogramBiTest, theTotalIsTheSumInTheOrderOfThePoints)
+{
+    using T = TypeParam;
+    RnUniformHistogramBi<T> histogram(4, 4, T(0), T(1), T(0), T(1)), copy(histogram);
+    RnHistogramBi<T> byEdges(4, 4, T(0), T(1), T(0), T(1));
+    T total = T(0);
+    for (int i = 0; i < 20000; ++i) {
+        const T weight = i % (20000 - i) == 0 ? T(0.1) : T(1), place = T(0.25) * static_cast<T>(i % 4);
+        histogram.addSample(place, T(0.75) - place, weight);
+        byEdges.addSample(place, T(0.75) - place, weight);
+        total += weight;
+        if (i % 100 == 0) {
+            histogram.addSample(place, T(1), T(1));
+            histogram.addSample(T(-0.01), place, T(1));
+        }
+        if (i % 1000 == 999) {
+            RnUniformHistogramBi<T> const taken(histogram);
+            copy = histogram;
+            ASSERT_EQ(histogram.getTotal(), total) << i;
+            ASSERT_EQ(byEdges.getTotal(), total) << i;
+            ASSERT_EQ(taken.getTotal(), total) << i;
+            ASSERT_EQ(copy.getTotal(), total) << i;
+        }
+    }
+    for (unsigned int i = 0; i < 4; ++i)
+        EXPECT_EQ(histogram.getBinValue(i, 3 - i), byEdges.getBinValue(i, 3 - i));
+    histogram.clear();
+    histogram.addSample(T(0), T(0), T(1));
+    EXPECT_EQ(histogram.getTotal(), T(1));
+}
+
 TYPED_TEST(RnHistogramBiTest, othersSourcesAreDrawnPointByPoint)
 {
     using T = TypeParam;

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
+#include <iterator>
 #include <limits>
 #include <sstream>
 #include <vector>
@@ -300,6 +301,48 @@ TEST(RnHistogramFloat, binAndTotalStopGrowingWhereFloatDoes)
     histogram.addSample(0.5f, -7.5f);
     histogram.addSamples(source, 100);
     EXPECT_EQ(histogram.getTotal(), 92.5f);
+}
+
+TYPED_TEST(RnHistogramTest, theTotalIsTheSumInTheOrderOfTheSamples)
+{
+    using T = TypeParam;
+    constexpr T weights[] = {T(1), T(1), T(0.1), T(1), T(-1), T(1e7), T(1)};
+    RnUniformHistogram<T> histogram(4, T(0), T(1)), copy(histogram), assigned(histogram);
+    RnHistogram<T> byEdges(4, T(0), T(1));
+    T total = T(0);
+    auto const add = [&](T x, T weight, bool isIn) {
+        histogram.addSample(x, weight);
+        byEdges.addSample(x, weight);
+        if (isIn)
+            total += weight;
+    };
+    for (int i = 0; i < 20000; ++i) {
+        // Long runs of ones first, then other weights between ever shorter ones; now and then a number in no bin.
+        const T weight = i % (20000 - i) == 0 ? weights[static_cast<std::size_t>(i) % std::size(weights)] : T(1);
+        add(T(0.25) * static_cast<T>(i % 4), weight, true);
+        if (i % 100 == 0)
+            add(i % 200 == 0 ? T(-1) : T(1), T(1), false);
+        if (i % 1000 == 999) {
+            RnUniformHistogram<T> const taken(histogram);
+            copy = histogram;
+            static_cast<RnHistogram<T>&>(assigned) = byEdges;
+            ASSERT_EQ(histogram.getTotal(), total) << i;
+            ASSERT_EQ(byEdges.getTotal(), total) << i;
+            ASSERT_EQ(taken.getTotal(), total) << i;
+            ASSERT_EQ(copy.getTotal(), total) << i;
+            ASSERT_EQ(assigned.getTotal(), total) << i;
+        }
+    }
+    ScriptedRng<T> source({T(0.5)});
+    histogram.addSamples(source, 3);
+    EXPECT_EQ(histogram.getTotal(), total + T(1) + T(1) + T(1));
+    RnLecuyerUniformRng<T> inBulk;
+    copy.addSamples(inBulk, 0);
+    EXPECT_EQ(copy.getTotal(), total);
+    histogram.clear();
+    EXPECT_EQ(histogram.getTotal(), T(0));
+    histogram.addSample(T(0), T(1));
+    EXPECT_EQ(histogram.getTotal(), T(1));
 }
 
 TYPED_TEST(RnHistogramTest, othersSourcesAreDrawnOneByOne)
