@@ -17,8 +17,8 @@ namespace Vn
 
 /// The objects of each API, in the order of their registration, by the address of its name.
 ///
-/// The text of the name spreads the APIs over buckets, the address tells them apart: equal texts at two addresses are two
-/// APIs of one bucket. There are 8 buckets at first, and twice as many whenever there are more APIs than buckets.
+/// The text of the name spreads the APIs over buckets, the address tells them apart: equal texts at two addresses are
+/// two APIs of one bucket. There are 8 buckets at first, and twice as many whenever there are more APIs than buckets.
 /// Destroying the table destroys the objects.
 class DbgApiTable
 {

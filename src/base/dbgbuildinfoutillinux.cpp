@@ -9,8 +9,8 @@
 namespace Vn::System
 {
 
-/// The loader's record of the module that was asked for, compared with the record of the one that holds the address. The
-/// module is loaded already, so RTLD_NOLOAD only finds it.
+/// The loader's record of the module that was asked for, compared with the record of the one that holds the address.
+/// The module is loaded already, so RTLD_NOLOAD only finds it.
 bool isInModule(void* address, char const* file)
 {
     void* const module = Posix::openModule(file, RTLD_LAZY | RTLD_NOLOAD, nullptr);

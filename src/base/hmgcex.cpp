@@ -1,3 +1,5 @@
+// Intended: no standard base, unlike in every other exception, so a catch of std::exception lets a leak pass. Do not
+// mend.
 #include <base/hmgcex.h>
 
 namespace Vn

@@ -13,6 +13,7 @@ InSingletonEx::InSingletonEx(char const* file, int line, char const* name, char 
     setReason(ExReasonText("%s %s.", ExReasonText::orEmpty(name), ExReasonText::orEmpty(state)).get());
 }
 
+/// Also what getInstance() throws after the stop.
 InSingletonEx::ExNotInitialized::ExNotInitialized(char const* file, int line, char const* name)
     : std::runtime_error(""), InSingletonEx(file, line, name, "is not initialized")
 {}
@@ -25,6 +26,7 @@ InSingletonEx::ExAlreadyInitialized::ExAlreadyInitialized(char const* file, int 
 
 VN_EX_DEFINE_MEMBERS(InSingletonEx::ExAlreadyInitialized);
 
+/// From initialize() and finalize() alone.
 InSingletonEx::ExAlreadyDestroyed::ExAlreadyDestroyed(char const* file, int line, char const* name)
     : std::runtime_error(""), InSingletonEx(file, line, name, "has already been destroyed")
 {}

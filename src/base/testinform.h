@@ -5,8 +5,9 @@
 namespace Vn
 {
 
-/// Tells how a test run has failed: to the file that `VN_RUN_TEST_MSGS` names, which then holds the last such message, or
-/// else as a line of trace. A file that can't be written loses the message. A null reason is left out. Static only.
+/// Tells how a test run has failed: to the file that `VN_RUN_TEST_MSGS` names, which then holds the last such
+/// message, or else as a line of trace. A file that can't be written loses the message. A null reason is left out.
+/// Static only.
 /// Tests: tests/base/testinformtest.cpp.
 class VN_BASE_EXPORT TestInform
 {

@@ -5,8 +5,8 @@
 namespace Vn
 {
 
-/// The whole `main` of a test program: brings the library up, picks a TestGroup by the command line, runs it, and turns
-/// every outcome into an exit code.
+/// The whole `main` of a test program: brings the library up, picks a TestGroup by the command line, runs it, and
+/// turns every outcome into an exit code.
 ///
 ///     int main(int argc, char** argv) { return Vn::TestMgr::runTest(argc, argv); }
 ///
@@ -18,8 +18,8 @@ namespace Vn
 /// | `-dumpLibs GROUP ARG...`, `-dumpLibs`              | the same, or nothing, then lists the loaded modules |
 /// | `-perf FILE`                                       | times groups by a list, as TestPerformer does       |
 ///
-/// 0: done; 1: no such group, or no list; 2: an exception came out; 3: a leak was found. What went wrong is told through
-/// TestInform. Static only; once in a process, on its main thread.
+/// 0: done; 1: no such group, or no list; 2: an exception came out; 3: a leak was found. What went wrong is told
+/// through TestInform. Static only; once in a process, on its main thread.
 /// Tests: tests/base/testmgrtest.cpp, tests/groups.
 class VN_BASE_EXPORT TestMgr
 {

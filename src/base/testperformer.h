@@ -17,8 +17,8 @@ class TestGroup;
 ///     std::cout << TestPerformer::getInstance();
 ///
 /// A line of the list holds a group's name (47 characters at most), the number of cycles (not 0; a negative one runs
-/// none), and up to 16 arguments, parted by blanks. Up to 128 lines with up to 255 characters; empty ones are skipped.
-/// While it runs, and the standard error stream is a terminal, that shows how far it is. One thread.
+/// none), and up to 16 arguments, parted by blanks. Up to 128 lines with up to 255 characters; empty ones are
+/// skipped. While it runs, and the standard error stream is a terminal, that shows how far it is. One thread.
 /// Tests: tests/base/testperformertest.cpp.
 class VN_BASE_EXPORT TestPerformer
 {

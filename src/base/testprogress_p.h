@@ -1,4 +1,5 @@
 // Private to testperformer.cpp and testprogress.cpp; implemented in testprogressposix.cpp and testprogresswindows.cpp.
+// testprogresswindows.cpp.
 #pragma once
 
 #include <chrono>
@@ -6,8 +7,8 @@
 namespace Vn
 {
 
-/// Tells on the standard error stream how far a performance run is, if that is a terminal, ten times a second at most;
-/// wipes it out at the end.
+/// Tells on the standard error stream how far a performance run is, if that is a terminal, ten times a second at
+/// most; wipes it out at the end.
 class TestProgress
 {
 public:

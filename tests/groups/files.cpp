@@ -5,6 +5,7 @@
 #include <base/osendian.h>
 #include <base/osfilereader.h>
 #include <base/osfilewriter.h>
+#include <base/osfsutils.h>
 #include <base/osutils.h>
 #include <base/testdir.h>
 
@@ -26,6 +27,18 @@ public:
         _root = TestDir::create(TestDir::getDefaultPath() + name.c_str());
     }
 
+    /// After an exception the driver doesn't call terminate(), so the folder goes here.
+    void execute(int argc, char** const argv) override
+    {
+        try {
+            WorkGroup::execute(argc, argv);
+        } catch (...) {
+            removeTrees();
+            terminate();
+            throw;
+        }
+    }
+
     void terminate() override { OsDirectory(_root).remove(); }
 
 private:
@@ -41,7 +54,15 @@ private:
         require(names->size() == count, "the number of copies");
         for (OsFilePath const& name : *names)
             require(std::to_string(read(target + name.getChars())) == name.getChars(), "what a copy holds");
-        for (OsFilePath const& folder : {source, target}) {
+        removeTrees();
+    }
+
+    /// What there is of them: a run may have failed anywhere.
+    void removeTrees() const
+    {
+        for (OsFilePath const& folder : {_root + "source", _root + "target"}) {
+            if (!OsFsUtils::isDirectory(folder.getChars()))
+                continue;
             OsDirectory directory(folder);
             directory.removeChildren(OsLeafFileFilter());
             directory.remove();
