@@ -31,6 +31,7 @@ public:
 };
 }  // namespace
 
+/// For the package `base`, which registers the result, and for the entry below.
 DbgBuildInfo* DbgBuildValues::createInfo()
 {
     return new BaseBuildInfo;

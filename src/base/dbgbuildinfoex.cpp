@@ -53,6 +53,7 @@ DbgBuildInfoEx::ExAppAlreadyRegistered::ExAppAlreadyRegistered(char const* file,
 
 VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExAppAlreadyRegistered);
 
+/// Programs that only print use printAppInfo(), which doesn't throw.
 DbgBuildInfoEx::ExAppNotRegistered::ExAppNotRegistered(char const* file, int line)
     : DbgBuildInfoEx(file, line), std::runtime_error("")
 {

@@ -32,6 +32,7 @@ char const* orEmpty(char const* text)
     return ExReasonText::orEmpty(text);
 }
 
+/// Major and minor alone; the status may differ.
 bool haveSameVersion(DbgBuildInfo const& left, DbgBuildInfo const& right)
 {
     return left.getMajorVersion() == right.getMajorVersion() && left.getMinorVersion() == right.getMinorVersion();

@@ -21,6 +21,7 @@ bool isInModule(void* address, char const* file)
     ::Dl_info info;
     const bool isIn = ::dlinfo(module, RTLD_DI_LINKMAP, &asked) == 0 &&
                       ::dladdr1(address, &info, &found, RTLD_DL_LINKMAP) != 0 && found == asked;
+    // Only the use that this function has added ends; the library stays.
     ::dlclose(module);
     return isIn;
 }

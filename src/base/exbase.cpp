@@ -49,8 +49,10 @@ ExBase const& ExBase::operator=(ExBase const& other)
     return *this;
 }
 
+/// Out of line: the vtable of this class then stands in this library alone, and a catch in any library finds it.
 ExBase::~ExBase() = default;
 
+/// Empty, not null, before the first setReason().
 char const* ExBase::getReason() const
 {
     return _reason;

@@ -5,6 +5,7 @@
 namespace Vn
 {
 
+/// The driver of test programs turns it into an exit code of its own.
 HmGCEx::ExGarbageDetected::ExGarbageDetected(char const* file, int line) : ExBase(file, line)
 {
     setReason("Garbage Collector has detected leaks.");

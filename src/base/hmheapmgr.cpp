@@ -120,6 +120,7 @@ unsigned HmHeapMgr::setCheckPoint(unsigned)
 /// The compiler's heap is thread-safe from the start.
 void HmHeapMgr::initMultiThread() {}
 
+/// The compiler's heap can't protect single blocks.
 void HmHeapMgr::protectPtr(void*, PtrProtect) {}
 
 /// The three texts are part of the interface: programs compare them.
@@ -170,6 +171,7 @@ bool HmHeapMgr::setDumpLeaks(bool dumps)
     return std::exchange(_dumpLeaks, dumps);
 }
 
+/// Between two checkpoints, of which this heap has none.
 void HmHeapMgr::reportLeakage(unsigned, unsigned) const {}
 
 bool HmHeapMgr::setDoDeferFreeing(bool defers)

@@ -12,6 +12,7 @@ extern "C" char** environ;
 namespace Vn::System
 {
 
+/// The first entry of a name counts, as for getenv(). The table points into the environment and so is used at once.
 EnvironmentReader::EnvironmentReader()
 {
     if (environ == nullptr)  // what clearenv() leaves

@@ -9,6 +9,7 @@
 namespace Vn::System
 {
 
+/// Nothing to prepare here.
 EnvironmentReader::EnvironmentReader() = default;
 
 char const* EnvironmentReader::find(char const* name) const

@@ -25,7 +25,7 @@ constexpr int nameLimit = 256;  ///< characters of a name that a message shows
 /// A run-time type name as the source writes the type, or as it is if it can't be read.
 std::string readableName(char const* typeName)
 {
-    int status = 0;
+    int status = 0;  // not looked at: a null result says the same
     const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(typeName, nullptr, nullptr, &status),
                                                            &std::free);
     return name != nullptr ? name.get() : typeName;
@@ -99,6 +99,7 @@ InEx::ExReinitWithoutGuard::ExReinitWithoutGuard(char const* file, int line)
 
 VN_EX_DEFINE_MEMBERS(InEx::ExReinitWithoutGuard);
 
+/// For programs that must not start twice; the library's own initialize() may be called again.
 InEx::ExDoubleInit::ExDoubleInit(char const* file, int line) : std::runtime_error(""), InEx(file, line)
 {
     setReason("Multiple calls to initialize().");
@@ -115,6 +116,7 @@ InEx::ExFinaliseBeforeInit::ExFinaliseBeforeInit(char const* file, int line)
 
 VN_EX_DEFINE_MEMBERS(InEx::ExFinaliseBeforeInit);
 
+/// Also from a hook that stops everything while the stop is under way.
 InEx::ExDoubleFinalise::ExDoubleFinalise(char const* file, int line) : std::runtime_error(""), InEx(file, line)
 {
     setReason("Multiple calls to finalize().");

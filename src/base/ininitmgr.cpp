@@ -58,6 +58,7 @@ InInitMgr::InInitMgr() : _state(new State) {}
 /// All copies are made before anything changes, so an exception for want of memory changes nothing.
 void InInitMgr::initialize(int& argc, char const* const*& argv)
 {
+    // addArgs() takes the copies over, all of them or (if there is no memory) none.
     std::vector<ArrayPtr<char>> copies = copiesOf(argc, argv);
     InContextAliasMgrBase::addArgs(copies);
     argc = 0;

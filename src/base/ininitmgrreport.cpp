@@ -77,6 +77,7 @@ void InInitMgr::State::reportCycles(std::ostream& stream) const
 /// Each package on a cycle once: the first of a group as its heading, the others that it depends on below it.
 void InInitMgr::State::printCycles(std::ostream& stream) const
 {
+    // The batch is still in name order: a cycle ends the start before it is sorted by counts.
     const std::size_t count = _packagesToInit.size();
     std::vector<bool> isPrinted(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -114,6 +115,7 @@ void InInitMgr::State::dumpGraph(std::ostream& stream) const
     }
     const auto nameAt = [&packages](std::size_t i) { return quotedForDot(packages[i]->getName()); };
 
+    // All nodes before the edges, so that the packages are drawn in start order.
     stream << "digraph packages {\n";
     for (std::size_t i = 0; i < packages.size(); ++i) {
         const std::string label = std::to_string(i + 1) + ". " + packages[i]->getName();

@@ -29,8 +29,8 @@ namespace
 {
 constexpr char sourceName[] = "src/base/ininitmgr";
 
-/// Sets a flag for the length of a scope. Restores the former value and not false: startWaiting() can run within
-/// itself.
+/// Sets a flag for the length of a scope, exceptions included. Restores the former value and not false:
+/// startWaiting() can run within itself.
 class FlagScope
 {
 public:
@@ -141,6 +141,7 @@ void InInitMgr::State::startBatch()
 
     // From here on hooks run.
     const FlagScope initializing(_initializing);
+    // Not a comparison of the lists: a hook may start a batch of the same packages.
     const unsigned batchNumber = _batchNumber;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         const PackageEntry entry = _packagesToInit[i];
@@ -225,7 +226,7 @@ void InInitMgr::State::stopAll()
 {
     if (!_initialized)
         throw InEx::ExFinaliseBeforeInit(sourceName, __LINE__);
-    // A hook that stops everything from within the stop would never end.
+    // A hook that stops everything from within the stop would never end: it would walk through the same list again.
     if (_finalized || _finalizing)
         throw InEx::ExDoubleFinalise(sourceName, __LINE__);
     {

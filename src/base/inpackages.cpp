@@ -25,6 +25,8 @@
 
 #include <iostream>
 
+// Dependencies as listed; the comment in inpackages.h has the order that follows from them. A package lists what it
+// uses itself, also where another of its dependencies lists it too: the lists don't change when that one's do.
 VN_DEFINE_PACKAGE(base, VnInit::random, VnInit::discreteTime, VnInit::baseMath, VnInit::initVars, VnInit::testing,
                   VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
                   VnInit::heapMgr, VnInit::initialize);

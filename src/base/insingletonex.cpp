@@ -20,6 +20,7 @@ InSingletonEx::ExNotInitialized::ExNotInitialized(char const* file, int line, ch
 
 VN_EX_DEFINE_MEMBERS(InSingletonEx::ExNotInitialized);
 
+/// The object that was passed in stays with the caller.
 InSingletonEx::ExAlreadyInitialized::ExAlreadyInitialized(char const* file, int line, char const* name)
     : std::runtime_error(""), InSingletonEx(file, line, name, "has already been initialized")
 {}

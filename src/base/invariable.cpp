@@ -61,6 +61,7 @@ class InVariableBase::Overrides : public std::map<std::string, Override*, std::l
 
 InVariableBase::Registry* InVariableBase::_registry = nullptr;
 InVariableBase::Overrides* InVariableBase::_pendingOverrides = nullptr;
+/// Its description shows in a debugger and in the exceptions that its getValue() would throw.
 InVariableBase::InContextAliasDummy InVariableBase::_dummy;
 
 /// Recognised by its address alone. A call of a virtual operation means that it was taken for a source, which the
@@ -183,6 +184,7 @@ void InVariableBase::overrideViaHandle(char const* const handle, char const* con
         std::cerr << "----" << std::endl;
     }
     InVariableBase const* const variable = queryViaHandle(handle);
+    // A variable whose package has stopped counts as not initialised; the next check refuses those.
     if (variable != nullptr && variable->isValid())
         throw InEx::ExVariableAlreadyInitialized(sourceName, __LINE__, handle);
 

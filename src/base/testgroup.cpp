@@ -103,6 +103,7 @@ void TestGroup::setName(char const* name)
     _name = nullptr;
     if (name == nullptr)
         return;
+    // The group itself isn't in the registry yet, or has no name at the moment.
     if (getInstance(name) != nullptr) {
         const ExInternalError duplicate(sourceName, __LINE__,
                                         ExReasonText("Duplicate test group : \"%s\".", name).get());

@@ -120,6 +120,7 @@ void printText(std::string const& text)
 /// Off by default, as the level is: for a log that should say which builds were tested.
 void reportLibraries()
 {
+    // The text is formed first, as the log takes it in one piece.
     std::ostringstream text;
     text << "Registered versioned libraries:\n";
     DbgBuildInfoMgr::printBuildInfo(text, false);
@@ -234,6 +235,7 @@ int runGroup(Arguments& arguments)
     }
     if (group->getPrintHeaders())
         traceGroupHeading(*group);
+    // Behind the last argument stands the null pointer, so a group without arguments gets a vector as well.
     const int first = options.getGroupIndex() + (group->getGroupNameInArgs() ? 0 : 1);
     const int count = arguments.getCount() - first;
     char** const vector = arguments.from(first);
@@ -295,6 +297,7 @@ int TestMgr::runTest(int argc, char** const argv)
     try {
         return run(argc, argv);
     } catch (ExBase const& failure) {
+        // Nearly all of these are standard exceptions too: this one comes first, as it has the place of the throw.
         TestInform::exceptionEncountered(failure.getDetailedReason());
     } catch (std::exception const& failure) {
         TestInform::exceptionEncountered(describe(failure).c_str());

@@ -106,6 +106,7 @@ void TestPerformer::loadFile(char const* path)
     dropGroups();
     char line[lineSize];
     stream.getline(line, lineSize);
+    // A last line without a line end leaves the stream at its end but the buffer filled.
     while (stream.good() || line[0] != '\0') {
         if (_groupCount == groupLimit)
             refuse(__LINE__, "Too many test groups in file.");
@@ -135,7 +136,7 @@ void TestPerformer::readLine(char* line)
 {
     Group& group = _groups[_groupCount];
     group.argc = 0;
-    int number = 0;
+    int number = 0;  // of the word: name, cycles, arguments
     for (char* word = std::strtok(line, " "); word != nullptr; word = std::strtok(nullptr, " "))
         readWord(group, number++, word);
     // Intended: behind 16 arguments the null pointer belongs into the next field, which is the average. As zeros that
@@ -175,7 +176,7 @@ void TestPerformer::execute(OsFilePath const& path)
 {
     loadFile(path.getChars());
     reset();
-    TestProgress progress;
+    TestProgress progress;  // blanks its line out at the end, also after an exception
     for (std::int32_t i = 0; i < _groupCount; ++i) {
         Group& group = _groups[i];
         for (std::int32_t cycle = 0; cycle < group.nbCycles; ++cycle) {

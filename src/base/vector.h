@@ -3,10 +3,9 @@
 #include <compare>
 #include <concepts>
 #include <initializer_list>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
-#include <vector>
+#include <vector>  // and what iterators need: <iterator> would bring the streams as well
 
 namespace Vn
 {
