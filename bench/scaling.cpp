@@ -446,9 +446,9 @@ struct Line
 };
 
 constexpr Line lines[] = {
-    {"start: packages registered, ten needs each", 300, registerPackages},
+    {"start: packages registered, ten dependencies each", 300, registerPackages},
     {"start: packages without needs", 300, startPackages<0>},
-    {"start: packages with ten needs each", 300, startPackages<10>},
+    {"start: packages, ten dependencies each", 300, startPackages<10>},
     {"stop: packages", 300, stopPackages},
     {"packages that wait destroyed, last to first", 300, destroyWaiting<Order::lastToFirst>},
     {"packages that wait destroyed, first to last", 300, destroyWaiting<Order::firstToLast>},

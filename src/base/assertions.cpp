@@ -1,5 +1,5 @@
-// Assertions are part of every build: a release reports a wrong argument just as a debug build does. The last two functions
-// are for clients; nothing in the library calls them.
+// Assertions are part of every build: a release reports a wrong argument just as a debug build does. The last two
+// functions are for clients; nothing in the library calls them.
 #include <base/assertions.h>
 
 #include <base/exinternalerror.h>
@@ -10,6 +10,7 @@
 namespace Vn
 {
 
+/// `condition` is the source's own text of it; null counts as empty.
 void Assertions::throwAssertionFailed(char const* file, int line, char const* condition)
 {
     const ExReasonText text("Assertion '%s' failed.", ExReasonText::orEmpty(condition));

@@ -5,8 +5,8 @@
 namespace Vn
 {
 
-/// Failed assertions as exceptions, so that the stop unwinds and is reported like any other failure. They are in every
-/// build, release included.
+/// Failed assertions as exceptions, so that the stop unwinds and is reported like any other failure. They are in
+/// every build, release included.
 ///
 ///     if (!(_sigma > 0))
 ///         Vn::Assertions::throwAssertionFailed(sourceName, __LINE__, "_sigma > 0");

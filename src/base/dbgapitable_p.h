@@ -17,8 +17,8 @@ namespace Vn
 
 /// The objects of each API, in the order of their registration, by the address of its name.
 ///
-/// The text of the name spreads the APIs over buckets, the address tells them apart: equal texts at two addresses are two
-/// APIs of one bucket. There are 8 buckets at first, and twice as many whenever there are more APIs than buckets.
+/// The text of the name spreads the APIs over buckets, the address tells them apart: equal texts at two addresses are
+/// two APIs of one bucket. There are 8 buckets at first, and twice as many whenever there are more APIs than buckets.
 /// Destroying the table destroys the objects.
 class DbgApiTable
 {
@@ -32,6 +32,8 @@ public:
     DbgApiTable(DbgApiTable const&) = delete;
     DbgApiTable& operator=(DbgApiTable const&) = delete;
 
+    /// Intended: by the text, though names are told apart by address; in 32 bits, with signed characters. The order
+    /// in which APIs are printed depends on it; do not mend.
     static std::uint32_t hash(char const* name)
     {
         std::uint32_t value = 0;
@@ -89,6 +91,7 @@ public:
                 action(api.infos);
     }
 
+    /// For tests: a power of two, 8 at least.
     std::size_t countBuckets() const { return _buckets.size(); }
 
 private:
@@ -104,6 +107,7 @@ private:
 
     Bucket& bucketOf(std::uint32_t hash) { return _buckets[hash & (_buckets.size() - 1)]; }
 
+    /// Moves the entries as they are, so pointers to them stay valid.
     void grow()
     {
         std::vector<Bucket> more(_buckets.size() * 2);

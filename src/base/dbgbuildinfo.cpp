@@ -31,13 +31,14 @@ public:
 };
 }  // namespace
 
+/// For the package `base`, which registers the result, and for the entry below.
 DbgBuildInfo* DbgBuildValues::createInfo()
 {
     return new BaseBuildInfo;
 }
 
-/// Intended: the base's plain destructor, although `info` points to a derived class. The base has no virtual destructor, as
-/// its slots are given, so a description must hold nothing that needs destruction. Do not mend.
+/// Intended: the base's plain destructor, although `info` points to a derived class. The base has no virtual
+/// destructor, as its slots are given, so a description must hold nothing that needs destruction. Do not mend.
 void destroyOwned(DbgBuildInfo* info)
 {
     if (info == nullptr)

@@ -17,8 +17,8 @@ namespace Vn
 ///
 /// An API is known by the address of its name: two libraries implement the same one only if both return the same
 /// pointer, so whoever defines an API exports its name for others. All texts must stay as long as the object is
-/// registered. A form has no data: objects are destroyed as what this class is, and the destructor of a form never runs.
-/// docs/heap-and-build.md shows a whole library.
+/// registered. A form has no data: objects are destroyed as what this class is, and the destructor of a form never
+/// runs. docs/heap-and-build.md shows a whole library.
 /// Tests: tests/base/dbgbuildinfomgrtest.cpp.
 class VN_BASE_EXPORT DbgBuildInfo
 {
@@ -72,8 +72,8 @@ VN_BASE_EXPORT void destroyOwned(DbgBuildInfo* info);
 
 }  // namespace Vn
 
-/// Heads the definition of the function that every library of the family exports, with its library's export macro. The
-/// function returns a new object of its own, which the caller owns:
+/// Heads the definition of the function that every library of the family exports, with its library's export macro.
+/// The function returns a new object of its own, which the caller owns:
 ///
 ///     VN_BUILD_INFO_ENTRY(VN_PALETTE_EXPORT)
 ///     {

@@ -1,7 +1,7 @@
 // The exceptions of the build-information registry.
 //
-// Intended: the family stands before the standard base, unlike in most families. The order of the bases is part of the
-// interface; do not mend.
+// Intended: the family stands before the standard base, unlike in most families. The order of the bases is part of
+// the interface; do not mend.
 #include <base/dbgbuildinfoex.h>
 
 #include <base/exreasontext_p.h>
@@ -15,6 +15,7 @@ constexpr int longestText = 64;  ///< of each name and stamp; the rest of it is 
 
 DbgBuildInfoEx::DbgBuildInfoEx(char const* file, int line) : ExBase(file, line) {}
 
+/// The text has the first library's version behind the API, since that version counts as the API's.
 DbgBuildInfoEx::ExVersionMismatch::ExVersionMismatch(char const* file, int line, char const* api, int apiMajor,
                                                      int apiMinor, char const* library, int libraryMajor,
                                                      int libraryMinor)
@@ -28,6 +29,7 @@ DbgBuildInfoEx::ExVersionMismatch::ExVersionMismatch(char const* file, int line,
 
 VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExVersionMismatch);
 
+/// Null texts count as empty: they come from other libraries.
 DbgBuildInfoEx::ExBuildStampMismatch::ExBuildStampMismatch(char const* file, int line, char const* api,
                                                            char const* apiStamp, char const* library,
                                                            char const* libraryStamp)
@@ -42,6 +44,7 @@ DbgBuildInfoEx::ExBuildStampMismatch::ExBuildStampMismatch(char const* file, int
 
 VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExBuildStampMismatch);
 
+/// A process is one application, so a second object is a mistake in the program.
 DbgBuildInfoEx::ExAppAlreadyRegistered::ExAppAlreadyRegistered(char const* file, int line)
     : DbgBuildInfoEx(file, line), std::runtime_error("")
 {
@@ -50,6 +53,7 @@ DbgBuildInfoEx::ExAppAlreadyRegistered::ExAppAlreadyRegistered(char const* file,
 
 VN_EX_DEFINE_MEMBERS(DbgBuildInfoEx::ExAppAlreadyRegistered);
 
+/// Programs that only print use printAppInfo(), which doesn't throw.
 DbgBuildInfoEx::ExAppNotRegistered::ExAppNotRegistered(char const* file, int line)
     : DbgBuildInfoEx(file, line), std::runtime_error("")
 {

@@ -22,7 +22,8 @@ protected:
     DbgBuildInfoEx(char const* file, int line);
 };
 
-/// A library has another version than the first one of its API. Throw it nowhere else: DbgBuildInfoMgr::registerInfo() does.
+/// A library has another version than the first one of its API. Throw it nowhere else:
+/// DbgBuildInfoMgr::registerInfo() does.
 class VN_BASE_EXPORT DbgBuildInfoEx::ExVersionMismatch : public DbgBuildInfoEx, public std::runtime_error
 {
 public:

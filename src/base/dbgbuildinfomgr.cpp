@@ -1,9 +1,9 @@
 // The registry of what the libraries of a process say of themselves.
 //
 // A library that registers is compared with the first library of its API, and only with that one: major and minor
-// version, then the build stamp. A mismatch is reported through the log group "BuildInfo", and refused by an exception if
-// the caller asks for that. Two libraries have the same API only if their names stand at the same address
-// (dbgapitable_p.h).
+// version, then the build stamp. A mismatch is reported through the log group "BuildInfo", and refused by an
+// exception if the caller asks for that. Two libraries have the same API only if their names stand at the same
+// address (dbgapitable_p.h).
 //
 // Intended: an object that is refused has been taken from the caller already and is never destroyed; do not mend.
 #include <base/dbgbuildinfomgr.h>
@@ -32,6 +32,7 @@ char const* orEmpty(char const* text)
     return ExReasonText::orEmpty(text);
 }
 
+/// Major and minor alone; the status may differ.
 bool haveSameVersion(DbgBuildInfo const& left, DbgBuildInfo const& right)
 {
     return left.getMajorVersion() == right.getMajorVersion() && left.getMinorVersion() == right.getMinorVersion();
@@ -43,8 +44,8 @@ bool haveSameStamp(DbgBuildInfo const& left, DbgBuildInfo const& right)
     return std::strcmp(orEmpty(left.getBuildStamp(false)), orEmpty(right.getBuildStamp(false))) == 0;
 }
 
-/// Before the package `debugging` has started there is no group, and nothing is written: registration then is only meant
-/// for the first library of an API, which is compared with nothing.
+/// Before the package `debugging` has started there is no group, and nothing is written: registration then is only
+/// meant for the first library of an API, which is compared with nothing.
 void reportVersion(DbgBuildInfo const& first, DbgBuildInfo const& info)
 {
     if (DbgGroup::get() == nullptr)
@@ -98,8 +99,8 @@ void DbgBuildInfoMgr::registerInfo(ObjPtr<DbgBuildInfo> info, bool validateVersi
 {
     if (!info)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "info != 0");
-    // Intended: the comparison is with the first library alone, even if later ones were let in that differ from it. Do not
-    // mend.
+    // Intended: the comparison is with the first library alone, even if later ones were let in that differ from it.
+    // Do not mend.
     if (DbgApiTable::Infos const* const known = _apis.find(info->getApiName())) {
         DbgBuildInfo const& first = *known->front();
         if (!haveSameVersion(first, *info)) {
@@ -131,6 +132,7 @@ void DbgBuildInfoMgr::registerAppInfo(ObjPtr<DbgBuildInfo> info)
     _appInfo = info;
 }
 
+/// A reference, so an application that hasn't registered is an error and not a null pointer.
 DbgBuildInfo const& DbgBuildInfoMgr::getAppInfo()
 {
     if (!_appInfo)
@@ -138,6 +140,7 @@ DbgBuildInfo const& DbgBuildInfoMgr::getAppInfo()
     return *_appInfo;
 }
 
+/// The status stands behind the version of an API and of an application alike, so both share printApi().
 std::ostream& DbgBuildInfoMgr::printAppInfo(std::ostream& stream, bool verbose)
 {
     if (!_appInfo)

@@ -18,6 +18,8 @@ constexpr char sourceName[] = "src/base/dbgbuildinfoutil";
 constexpr char entryName[] = "getBuildInfo";
 }  // namespace
 
+// A wrong version breaks a process, another build as a rule doesn't: hence the defaults. The package `debugging`
+// changes them when its variables say so.
 bool DbgBuildInfoUtil::_validateVersions = true;
 bool DbgBuildInfoUtil::_checkStamps = false;
 
@@ -32,7 +34,8 @@ void DbgBuildInfoUtil::registerModule(char const* name)
     const std::string file = std::string("libVN") + ExReasonText::orEmpty(name) + OsSharedLib::getSuffix();
     ObjPtr<OsSharedLib> const library = OsSharedLib::open(file.c_str());
     void* const address = library->getFunction(entryName);
-    // The system also finds a function of that name in the libraries that this one links; that one would describe them.
+    // The system also finds a function of that name in the libraries that this one links; that one would describe
+    // them.
     if (!System::isInModule(address, file.c_str()))
         throw OsSharedLibEx::ExFunctionNotFound(sourceName, __LINE__, file.c_str(), entryName);
     // A cast from a data pointer to a function pointer is not in the language; the bytes are the same.

@@ -6,11 +6,12 @@
 namespace Vn
 {
 
-/// How libraries come into DbgBuildInfoMgr: with the settings of the process, and from modules that are loaded by name.
+/// How libraries come into DbgBuildInfoMgr: with the settings of the process, and from modules that are loaded by
+/// name.
 ///
-/// The package `debugging` takes the settings from `VN_BUILDINFO_NO_VALIDATE` and `VN_BUILDINFO_CHECK_STAMPS`, or from the
-/// variables `Vn::Tessola::debugging::buildInfoNoValidate` and `Vn::Tessola::debugging::buildInfoCheckStamps`, when it starts. All belongs to
-/// the thread that drives the start.
+/// The package `debugging` takes the settings from `VN_BUILDINFO_NO_VALIDATE` and `VN_BUILDINFO_CHECK_STAMPS`, or
+/// from the variables `Vn::Tessola::debugging::buildInfoNoValidate` and
+/// `Vn::Tessola::debugging::buildInfoCheckStamps`, when it starts. All belongs to the thread that drives the start.
 /// Tests: tests/base/dbgbuildinfomgrtest.cpp, tests/examples/swatchtest.cpp.
 class VN_BASE_EXPORT DbgBuildInfoUtil
 {

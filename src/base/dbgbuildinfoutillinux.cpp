@@ -9,8 +9,8 @@
 namespace Vn::System
 {
 
-/// The loader's record of the module that was asked for, compared with the record of the one that holds the address. The
-/// module is loaded already, so RTLD_NOLOAD only finds it.
+/// The loader's record of the module that was asked for, compared with the record of the one that holds the address.
+/// The module is loaded already, so RTLD_NOLOAD only finds it.
 bool isInModule(void* address, char const* file)
 {
     void* const module = Posix::openModule(file, RTLD_LAZY | RTLD_NOLOAD, nullptr);
@@ -21,6 +21,7 @@ bool isInModule(void* address, char const* file)
     ::Dl_info info;
     const bool isIn = ::dlinfo(module, RTLD_DI_LINKMAP, &asked) == 0 &&
                       ::dladdr1(address, &info, &found, RTLD_DL_LINKMAP) != 0 && found == asked;
+    // Only the use that this function has added ends; the library stays.
     ::dlclose(module);
     return isIn;
 }

@@ -16,8 +16,8 @@ extern char const date[];
 extern char const type[];
 extern char const builder[];
 
-/// This library's own build information; the caller owns it. What getBuildInfo() returns, but no other library that is
-/// loaded can stand in for it.
+/// This library's own build information; the caller owns it. What getBuildInfo() returns, but no other library that
+/// is loaded can stand in for it.
 DbgBuildInfo* createInfo();
 
 }  // namespace Vn::DbgBuildValues

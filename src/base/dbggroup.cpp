@@ -13,6 +13,7 @@ namespace
 std::optional<LgMinorGroup> group;
 }  // namespace
 
+/// A second start after a stop makes a new group.
 void create()
 {
     group.emplace(LgMajorGroup::getInstanceForName("Base"), "BuildInfo");
@@ -23,6 +24,7 @@ void destroy()
     group.reset();
 }
 
+/// Asked for at each report, never kept: the group goes with its package.
 LgMinorGroup const* get()
 {
     return group.has_value() ? &*group : nullptr;

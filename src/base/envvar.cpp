@@ -19,7 +19,7 @@ namespace Vn
 {
 namespace
 {
-constexpr int nameWidth = 25;
+constexpr int nameWidth = 25;  ///< of the name's column in a dump
 
 char const* orNil(char const* text)
 {
@@ -33,12 +33,14 @@ class EnvVarRegistry::Places : public ListPlaces<EnvVar*>
 
 EnvVarRegistry::EnvVarRegistry() : _places(new Places) {}
 
+/// Entry by entry, as a copy needs a table of places of its own.
 EnvVarRegistry::EnvVarRegistry(EnvVarRegistry const& other) : EnvVarRegistry()
 {
     for (EnvVar* variable : other)
         push_back(variable);
 }
 
+/// Copy and swap: without memory the target stays as it was.
 EnvVarRegistry& EnvVarRegistry::operator=(EnvVarRegistry const& other)
 {
     EnvVarRegistry copy(other);
@@ -59,6 +61,7 @@ void EnvVarRegistry::push_front(EnvVar* variable)
     _places->pushFront(_variables, variable);
 }
 
+/// Every entry equal to `variable`; none is no error.
 void EnvVarRegistry::remove(EnvVar* variable)
 {
     _places->remove(_variables, variable);
@@ -84,12 +87,14 @@ EnvVar::~EnvVar()
     getRegistry().remove(this);
 }
 
+/// The old pointer may be out of date by now and is not used.
 void EnvVar::refresh()
 {
     _value = OsEnv::getVariable(_name);
 }
 
-/// Intended: the looked-up text and not getValue(), so an unset variable shows "NIL" even if it has a default. Do not mend.
+/// Intended: the looked-up text and not getValue(), so an unset variable shows "NIL" even if it has a default. Do not
+/// mend.
 std::ostream& EnvVar::dump(std::ostream& stream) const
 {
     return dumpName(stream) << " value \"" << orNil(_value) << "\" default \"" << orNil(_default) << '"';
@@ -102,6 +107,7 @@ EnvVarRegistry& EnvVar::getRegistry()
     return registry;
 }
 
+/// Changes the environment alone; objects see it at their next refresh().
 void EnvVar::putEnv(char const* assignment)
 {
     OsEnv::putVariable(assignment);
@@ -124,6 +130,7 @@ EnvIntVar::EnvIntVar(char const* name, int defaultValue)
     compute();
 }
 
+/// The look-up first: compute() converts what it found.
 void EnvIntVar::refresh()
 {
     EnvVar::refresh();

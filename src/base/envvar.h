@@ -56,8 +56,8 @@ public:
     operator List<EnvVar*> const&() const { return _variables; }
 
     /// @{
-    /// Lists `variable`, last or first. Objects do so by themselves when they are made. Without memory this throws, and the
-    /// registry stays as it was.
+    /// Lists `variable`, last or first. Objects do so by themselves when they are made. Without memory this throws,
+    /// and the registry stays as it was.
     void push_back(EnvVar* variable);
     void push_front(EnvVar* variable);
     /// @}

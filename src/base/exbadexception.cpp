@@ -4,6 +4,7 @@
 namespace Vn
 {
 
+/// Takes the place of an exception that a function isn't allowed to throw.
 ExBadException::ExBadException(char const* file, int line) : ExBase(file, line)
 {
     setReason("Invalid exception thrown.");

@@ -1,5 +1,5 @@
-// The root of all exceptions: texts in buffers of fixed size, so that an exception can be made when memory is short. A text
-// that doesn't fit is cut and never refused.
+// The root of all exceptions: texts in buffers of fixed size, so that an exception can be made when memory is short.
+// A text that doesn't fit is cut and never refused.
 #include <base/exbase.h>
 
 #include <cstdio>
@@ -30,6 +30,7 @@ ExBase::ExBase(char const* file, int line) : _lineNo(line)
     setFileName(file);
 }
 
+/// Intended: a copy has the cached detailed text as well, unlike an assignment. Do not mend.
 ExBase::ExBase(ExBase const& other) : _lineNo(other._lineNo)
 {
     std::memcpy(_detailedReason, other._detailedReason, sizeof _detailedReason);
@@ -48,15 +49,17 @@ ExBase const& ExBase::operator=(ExBase const& other)
     return *this;
 }
 
+/// Out of line: the vtable of this class then stands in this library alone, and a catch in any library finds it.
 ExBase::~ExBase() = default;
 
+/// Empty, not null, before the first setReason().
 char const* ExBase::getReason() const
 {
     return _reason;
 }
 
-/// Formed at the first call, since it needs the type of the finished object, and kept: text added to the reason later on
-/// doesn't show. Writes into the object, so two threads must not make the first call at once.
+/// Formed at the first call, since it needs the type of the finished object, and kept: text added to the reason later
+/// on doesn't show. Writes into the object, so two threads must not make the first call at once.
 char const* ExBase::getDetailedReason() const
 {
     if (_detailedReason[0] != '\0')

@@ -11,15 +11,15 @@ namespace Vn
 ///         std::cerr << failure.getDetailedReason() << '\n';
 ///     }
 ///
-/// Nearly every concrete class is a standard exception as well, so a caller catches either and reads the same message.
-/// This part allocates nothing. Text that doesn't fit is cut, never refused. An object belongs to one thread:
-/// getDetailedReason() writes into it although it is const.
+/// Nearly every concrete class is a standard exception as well, so a caller catches either and reads the same
+/// message. This part allocates nothing. Text that doesn't fit is cut, never refused. An object belongs to one
+/// thread: getDetailedReason() writes into it although it is const.
 /// Tests: tests/base/exbasetest.cpp.
 class VN_BASE_EXPORT ExBase
 {
 public:
-    /// An exception without a reason, thrown in line `line` of the source `file`. The file is cut to 127 characters; null
-    /// leaves it empty.
+    /// An exception without a reason, thrown in line `line` of the source `file`. The file is cut to 127 characters;
+    /// null leaves it empty.
     ExBase(char const* file, int line);
 
     /// Takes the detailed reason along, if `other` has made it.

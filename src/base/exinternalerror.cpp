@@ -4,6 +4,7 @@
 namespace Vn
 {
 
+/// A null reason leaves it empty.
 ExInternalError::ExInternalError(char const* file, int line, char const* reason)
     : std::runtime_error(""), ExBase(file, line)
 {

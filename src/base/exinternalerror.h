@@ -15,8 +15,8 @@ namespace Vn
 class VN_BASE_EXPORT ExInternalError : public std::runtime_error, public ExBase
 {
 public:
-    /// An error with that reason, cut to 1,023 characters, thrown in line `line` of the source `file`. A null `reason` leaves
-    /// the message empty.
+    /// An error with that reason, cut to 1,023 characters, thrown in line `line` of the source `file`. A null
+    /// `reason` leaves the message empty.
     ExInternalError(char const* file, int line, char const* reason);
 
     VN_EX_MEMBERS();

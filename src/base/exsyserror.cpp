@@ -1,7 +1,7 @@
 // Errors of the system, with its own code and text.
 //
-// The error must be read before anything else can change it, an allocation included. So the public constructors only read
-// it, as the argument of a private constructor that builds the bases.
+// The error must be read before anything else can change it, an allocation included. So the public constructors only
+// read it, as the argument of a private constructor that builds the bases.
 #include <base/exsyserror.h>
 
 #include <base/exsyserror_p.h>
@@ -22,6 +22,7 @@ char const* ExSysError::what() const noexcept
 
 ExSysErrorANSI::ExSysErrorANSI(char const* file, int line) : ExSysErrorANSI(file, line, errno) {}
 
+/// A virtual base is built by the most derived class: hence ExBase in the list.
 ExSysErrorANSI::ExSysErrorANSI(char const* file, int line, int error)
     : ExBase(file, line), ExSysError(file, line), _error(error)
 {
@@ -33,6 +34,7 @@ int ExSysErrorANSI::getError() const
     return _error;
 }
 
+/// Without the usual macro, which would define what() as well: that is the base's here.
 ExBase* ExSysErrorANSI::clone() const
 {
     return new ExSysErrorANSI(*this);

@@ -13,6 +13,7 @@ int getLastError()
     return errno;
 }
 
+/// Cut to the buffer. The C library has a text for every number, unknown ones included.
 void getErrorText(int errorCode, char* buffer, std::size_t size)
 {
     std::snprintf(buffer, size, "%s", std::strerror(errorCode));

@@ -6,6 +6,7 @@
 namespace Vn::System
 {
 
+/// The calling thread's, which nearly every call of the system changes.
 int getLastError()
 {
     return static_cast<int>(::GetLastError());

@@ -1,8 +1,8 @@
 // The leak collector without a heap that could tell it of leaks.
 //
-// The compiler's heap keeps no list of its blocks, so there is nothing to validate and nothing to print: the operations that
-// would ask it do nothing, and a leak-checked run of a test group passes. What is complete is the filter of known leaks
-// (hmleakfilter_p.h), which needs no heap.
+// The compiler's heap keeps no list of its blocks, so there is nothing to validate and nothing to print: the
+// operations that would ask it do nothing, and a leak-checked run of a test group passes. What is complete is the
+// filter of known leaks (hmleakfilter_p.h), which needs no heap.
 #include <base/hmgc.h>
 
 #include <base/hmleakfilter_p.h>
@@ -12,6 +12,7 @@
 namespace Vn
 {
 
+/// Kept for a heap that reports leaks; nothing is written with this one.
 void HmGC::setOutput(std::ostream* output)
 {
     _output = output;

@@ -8,8 +8,8 @@
 namespace Vn
 {
 
-/// Put around a piece of code, finds what that leaked, where the heap is one for debugging. The compiler's heap is none:
-/// with it nothing is found, and isMemDebugLoaded() says so.
+/// Put around a piece of code, finds what that leaked, where the heap is one for debugging. The compiler's heap is
+/// none: with it nothing is found, and isMemDebugLoaded() says so.
 ///
 ///     Vn::HmGC collector{};
 ///     collector.setThrowException(true);
@@ -41,8 +41,8 @@ public:
     static bool isMemDebugLoaded();
 
 private:
-    /// Whether a leak with the call stack `frames`, innermost first and ended by a pointer to nothing, is one to report:
-    /// no record of `text` matches it. Null is a text without records.
+    /// Whether a leak with the call stack `frames`, innermost first and ended by a pointer to nothing, is one to
+    /// report: no record of `text` matches it. Null is a text without records.
     bool isLeakValid(ArrayPtr<char>* frames, char const* text) const;
 
     // For a heap for debugging; these do nothing here.

@@ -1,5 +1,5 @@
-// The heap's policy: settings read from the environment when the package `heapMgr` starts, and operations for a heap that
-// is managed.
+// The heap's policy: settings read from the environment when the package `heapMgr` starts, and operations for a heap
+// that is managed.
 //
 // The compiler's heap has no such operations, so with it they do nothing or give the answer that does no harm: every
 // pointer is valid, every checkpoint is 0. The settings are kept and returned all the same, for programs that read
@@ -21,6 +21,7 @@ namespace
 /// Any other word, and an unset variable, leave the level as it is.
 void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
 {
+    // To the letter: "Full" is no level.
     constexpr char const* words[] = {"some", "full", "debug"};  // by value
     char const* const value = System::getOwnVariable("VN_HEAP_SAFETY_LEVEL");
     for (int i = 0; value != nullptr && i < 3; ++i)
@@ -28,8 +29,8 @@ void readSafetyLevel(HmHeapMgr::SafetyLevel& level)
             level = static_cast<HmHeapMgr::SafetyLevel>(i);
 }
 
-/// Intended: an unset variable makes the flag false, also the one that is true by default. Programs set what they want; do
-/// not mend.
+/// Intended: an unset variable makes the flag false, also the one that is true by default. Programs set what they
+/// want; do not mend.
 void readFlag(char const* name, bool& flag)
 {
     char const* const value = System::getOwnVariable(name);
@@ -49,6 +50,7 @@ void readNumber(char const* name, T& number)
 /// Compiled here, so that all libraries share the one instance.
 template class InSingleton<HmHeapMgr>;
 
+/// The defaults, then the environment. Each variable is looked up once, here.
 HmHeapMgr::HmHeapMgr()
     : _safetyLevel(SafetyFull),
       _output2Prompt(false),
@@ -75,17 +77,20 @@ HmHeapMgr::HmHeapMgr()
     readNumber<int>("VN_HEAP_CHECK_FREQUENCY", _checkFrequency);
 }
 
+/// Out of line, as the members are part of the exported interface.
 HmHeapMgr::HmHeapMgr(HmHeapMgr const&) = default;
 
 HmHeapMgr& HmHeapMgr::operator=(HmHeapMgr const&) = default;
 
 HmHeapMgr::~HmHeapMgr() = default;
 
+/// For the package `heapMgr`, which installs the result as the singleton.
 HmHeapMgr* HmHeapMgr::create()
 {
     return new HmHeapMgr;
 }
 
+/// Throws before the package `heapMgr` has started and after it has stopped.
 HmHeapMgr& HmHeapMgr::getInstance()
 {
     return InSingleton<HmHeapMgr>::getInstance();
@@ -94,22 +99,28 @@ HmHeapMgr& HmHeapMgr::getInstance()
 /// A place for a debugger to stop at.
 void HmHeapMgr::breakpoint() {}
 
+/// Nothing to check: the compiler's heap shows no blocks.
 void HmHeapMgr::checkHeap() const {}
 
+/// A heap that can't tell says yes: a program must not stop over a pointer that is right.
 bool HmHeapMgr::isValid(void*, unsigned long, PtrType)
 {
     return true;
 }
 
+/// Nothing is deferred, whatever setDoDeferFreeing() was told.
 void HmHeapMgr::freeDeferred() const {}
 
+/// No checkpoints, so leaks since one can't be told either: see reportLeakage().
 unsigned HmHeapMgr::setCheckPoint(unsigned)
 {
     return 0;
 }
 
+/// The compiler's heap is thread-safe from the start.
 void HmHeapMgr::initMultiThread() {}
 
+/// The compiler's heap can't protect single blocks.
 void HmHeapMgr::protectPtr(void*, PtrProtect) {}
 
 /// The three texts are part of the interface: programs compare them.
@@ -160,6 +171,7 @@ bool HmHeapMgr::setDumpLeaks(bool dumps)
     return std::exchange(_dumpLeaks, dumps);
 }
 
+/// Between two checkpoints, of which this heap has none.
 void HmHeapMgr::reportLeakage(unsigned, unsigned) const {}
 
 bool HmHeapMgr::setDoDeferFreeing(bool defers)

@@ -17,15 +17,16 @@ namespace Vn
 template <class Tag>
 class InInit;
 
-/// Policy of the program's heap: how careful it is, what it reports. Behind this interface stands the compiler's heap,
-/// which keeps every setting and acts on none.
+/// Policy of the program's heap: how careful it is, what it reports. Behind this interface stands the compiler's
+/// heap, which keeps every setting and acts on none.
 ///
 ///     Vn::HmHeapMgr& heap = Vn::HmHeapMgr::getInstance();
 ///     const bool before = heap.setCheckAllMemory(true);
 ///     heap.dumpMallocStats(std::cout);
 ///
 /// Alive from the start of the package `heapMgr` to its stop. The environment gives the first settings
-/// (docs/heap-and-build.md has the table); each setter hands back the former value. Nothing is locked: settings belong to the start.
+/// (docs/heap-and-build.md has the table); each setter hands back the former value. Nothing is locked: settings
+/// belong to the start.
 /// Tests: tests/base/hmheapmgrtest.cpp.
 class VN_BASE_EXPORT HmHeapMgr
 {
@@ -81,8 +82,8 @@ public:
     virtual void protectPtr(void* pointer, PtrProtect protection);
 
     /// @{
-    /// A report on the heap, on one pointer, or on the allocator's figures: here two lines that name this heap, and one line
-    /// each that says there is nothing to tell. Not even null is looked at.
+    /// A report on the heap, on one pointer, or on the allocator's figures: here two lines that name this heap, and
+    /// one line each that says there is nothing to tell. Not even null is looked at.
     virtual void dump(std::ostream& stream) const;
     virtual void dumpPtrInfo(void* pointer, std::ostream& stream) const;
     virtual void dumpMallocStats(std::ostream& stream) const;
@@ -118,8 +119,8 @@ public:
     virtual unsigned setCheckFrequency(unsigned frequency);
 
     /// @{
-    /// The setting as it stands: from the environment, or what was set last. Whether output goes to the prompt comes from the
-    /// environment alone.
+    /// The setting as it stands: from the environment, or what was set last. Whether output goes to the prompt comes
+    /// from the environment alone.
     SafetyLevel getSafetyLevel() const { return _safetyLevel; }
     bool isOutput2Prompt() const { return _output2Prompt; }
     bool isContinueOnError() const { return _continueOnError; }

@@ -8,10 +8,11 @@
 namespace Vn::HmLeakFilter
 {
 
-/// Whether the record that begins at `record` matches the call stack `frames`: each of its words, up to "ENDL", begins
-/// with the text of a frame. A frame may be shorter than its word, and a record than the stack. `reached` becomes the
-/// last blank that was passed, or the end of the text: a record that isn't ended matches nothing, and neither does one
-/// that is longer than the stack, which a pointer to nothing ends. Null frames are a stack without any.
+/// Whether the record that begins at `record` matches the call stack `frames`: each of its words, up to "ENDL",
+/// begins with the text of a frame. A frame may be shorter than its word, and a record than the stack. `reached`
+/// becomes the last blank that was passed, or the end of the text: a record that isn't ended matches nothing, and
+/// neither does one that is longer than the stack, which a pointer to nothing ends. Null frames are a stack without
+/// any.
 inline bool matches(char const* record, ArrayPtr<char> const* frames, char const*& reached)
 {
     reached = record;
@@ -31,8 +32,8 @@ inline bool matches(char const* record, ArrayPtr<char> const* frames, char const
     }
 }
 
-/// Whether some record of `text` matches the call stack. Records are "KNOWNLEAK", words and "ENDL", separated by single
-/// blanks; what stands between records doesn't matter, nor does it how the text is malformed.
+/// Whether some record of `text` matches the call stack. Records are "KNOWNLEAK", words and "ENDL", separated by
+/// single blanks; what stands between records doesn't matter, nor does it how the text is malformed.
 inline bool knows(char const* text, ArrayPtr<char> const* frames)
 {
     char const* position = text;

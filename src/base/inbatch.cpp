@@ -2,8 +2,8 @@
 //
 // 1. By name, with one entry for each type. This order breaks ties later on, and positions in it are what the
 //    dependency graph and the closure speak of.
-// 2. The listed dependencies become a graph of positions. A dependency outside the batch is an error: packages that run
-//    already were never listed (InPackageInit::addDependency()).
+// 2. The listed dependencies become a graph of positions. A dependency outside the batch is an error: packages that
+//    run already were never listed (InPackageInit::addDependency()).
 // 3. The caller closes the graph (independencyclosure.cpp), which gives each package the number of its dependencies.
 // 4. By that number. A package's count is always larger than the counts of the packages it depends on, so these come
 //    first. Nothing else decides: not the order of registration, and not the addresses.
@@ -24,6 +24,7 @@ namespace
 constexpr char sourceName[] = "src/base/ininitmgr";
 }  // namespace
 
+/// A second list and a swap, so that an exception for want of memory leaves the first as it was.
 InBatch::Entries InBatch::sortByName()
 {
     // getName() is virtual and each comparison needs two names, so they are asked for once.
@@ -50,6 +51,7 @@ InBatch::Entries InBatch::sortByName()
     return sorted;
 }
 
+/// Intended: a dependency listed twice stands in the graph twice, since both count for the order. Do not mend.
 InDependencyGraph InBatch::getDependencies(bool isTelling)
 {
     InDependencyGraph graph;
@@ -74,6 +76,7 @@ InDependencyGraph InBatch::getDependencies(bool isTelling)
     return graph;
 }
 
+/// A stable sort: equal counts stay in name order, which is the second half of the ordering rule.
 void InBatch::sortByCount(std::vector<int> const& counts)
 {
     for (std::size_t i = 0; i < _packages.size(); ++i)

@@ -30,6 +30,7 @@ bool isFalse(char const* text)
 }
 }  // namespace
 
+/// Without a value until the manager of the kind gives one.
 InContextAliasBase::InContextAliasBase(char const* description)
     : _initialized(false), _description(duplicateString(description))
 {}
@@ -58,6 +59,7 @@ void InContextAliasBase::initialize(char const* value)
     _initialized = true;
 }
 
+/// Intended: the text stays, though nobody can read it; initialize(nullptr) makes it readable again. Do not mend.
 void InContextAliasBase::finalize()
 {
     _initialized = false;
@@ -70,6 +72,7 @@ char const* InContextAliasBase::getValue() const
     return _value;
 }
 
+/// Out of line, so that reading a setting stays small. Which of the two is missing decides the class.
 void InContextAliasBase::throwNotValid() const
 {
     if (!_initialized)

@@ -79,7 +79,8 @@ private:
     ArrayPtr<char> _value;
     ArrayPtr<char> _description;
 
-    // What the value says to a variable of another type, once one has chosen this source; follows the value from then on.
+    // What the value says to a variable of another type, once one has chosen this source; follows the value from then
+    // on.
     bool _isConverted = false;
     bool _truth = false;
     int _number = 0;

@@ -7,15 +7,16 @@
 //     environment        the variable's text as it is now
 //     option             what the option parser found in the argument list
 //
-// From then on the kind is closed: a further alias would have no value, so its constructor throws. Options are the only
-// kind that changes the argument list: what the parser consumed is removed, and the rest is what getUnboundArgs() shows.
+// From then on the kind is closed: a further alias would have no value, so its constructor throws. Options are the
+// only kind that changes the argument list: what the parser consumed is removed, and the rest is what
+// getUnboundArgs() shows.
 #include <base/incontextaliasmgr.h>
 
 #include <base/incontextaliasmgr_p.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
 #include <base/inoptionparser.h>
-#include <base/inpointertable_p.h>
+#include <base/intable_p.h>
 #include <base/neverdestroyed_p.h>
 #include <base/osenv_p.h>
 
@@ -23,11 +24,10 @@
 #include <functional>
 #include <iostream>
 #include <map>
+#include <new>
 #include <string>
-#include <string_view>
 #include <type_traits>
 #include <typeinfo>
-#include <unordered_map>
 
 namespace Vn
 {
@@ -42,10 +42,11 @@ struct Option
     char const* value;  ///< null while it wasn't given
 };
 
-/// Known options by their letter, in the order in which their keys form the option string. The letter is signed, as the
-/// parser returns it.
+/// Known options by their letter, in the order in which their keys form the option string. The letter is signed, as
+/// the parser returns it.
 using Options = std::map<signed char, Option>;
 
+/// The empty key has the terminator as its letter, which no argument can hold.
 signed char letterOf(char const* key)
 {
     return static_cast<signed char>(key[0]);
@@ -69,13 +70,6 @@ int parseOptions(Vector<char*>& arguments, Options& options)
     }
     return parser.getArgumentIndex();
 }
-
-/// Hash of a key that is found by its characters as well, without a std::string made for the search.
-struct HashOfText
-{
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-};
 }  // namespace
 
 // Arguments are read until the last static object is gone.
@@ -85,6 +79,7 @@ InContextAliasMgrBase::InContextAliasMgrBase() = default;
 
 InContextAliasMgrBase::~InContextAliasMgrBase() = default;
 
+/// Shared by the managers of all kinds, as it is a static member of their base.
 Vector<char*>& InContextAliasMgrBase::args()
 {
     return _args;
@@ -95,11 +90,13 @@ Vector<char*> const& InContextAliasMgrBase::getUnboundArgs()
     return _args;
 }
 
+/// The empty text for an empty list, in the place of a read outside it.
 char const* InContextAliasMgrBase::getApplicationName()
 {
     return _args.empty() ? "" : _args[0];
 }
 
+/// Called for each start, with what main() got.
 void InContextAliasMgrBase::addArgs(std::vector<ArrayPtr<char>>& strings)
 {
     // By steps, as a program may add its arguments one by one; and before the list gains the first.
@@ -110,6 +107,7 @@ void InContextAliasMgrBase::addArgs(std::vector<ArrayPtr<char>>& strings)
         _args.push_back(string.release());
 }
 
+/// At the stop. The memory of the list itself stays, for another start's arguments.
 void InContextAliasMgrBase::clearArgs()
 {
     for (char* argument : _args)
@@ -118,6 +116,10 @@ void InContextAliasMgrBase::clearArgs()
 }
 
 /// The aliases of one kind, and the keys that they use.
+///
+/// A program with a thousand settings has four thousand aliases, most of them clones, and all are made before `main`.
+/// So an alias costs one pointer here, and a key one short text and a slot: a node for each, as std::set and std::map
+/// have it, took most of the time of the start.
 template <class Alias>
 class InContextAliasMgr<Alias>::Register
 {
@@ -125,33 +127,39 @@ public:
     bool isEmpty() const { return _aliases.empty(); }
 
     /// Whether some alias uses that key.
-    bool usesKey(std::string_view key) const { return _keyUses.find(key) != _keyUses.end(); }
+    bool usesKey(InTextKey const& key) { return _keyUses.find(key) != nullptr; }
 
-    /// Enters an alias; `countsKey` for kinds whose keys are unique. If there is no memory, it may be entered in part:
-    /// remove() undoes that.
-    void add(Alias& alias, bool countsKey)
+    /// Enters an alias, and for unique kinds its key; `key` is null for the others. If there is no memory, nothing
+    /// changes.
+    void add(Alias& alias, InTextKey const* key)
     {
-        if (countsKey)
-            ++_keyUses[alias.getKey()];
-        _places.get(&alias) = _aliases.size();
         _aliases.push_back(&alias);
+        try {
+            if (_places.size() != 0)
+                _places.get(&alias) = _aliases.size() - 1;
+            if (key != nullptr)
+                useKey(*key);
+        } catch (...) {
+            _places.erase(&alias);
+            _aliases.pop_back();
+            throw;
+        }
         _isSorted = _isSorted && (_aliases.size() == 1 || isBefore(_aliases[_aliases.size() - 2], &alias));
     }
 
     /// The last alias takes the place of the one that goes: only walks need an order, and they sort.
     void remove(Alias& alias) noexcept
     {
-        const auto key = _keyUses.find(std::string_view(alias.getKey()));
-        if (key != _keyUses.end() && --key->second == 0)
-            _keyUses.erase(key);
-        std::size_t const* const place = _places.find(&alias);
-        if (place != nullptr && *place < _aliases.size()) {
-            _isSorted = _isSorted && *place + 1 == _aliases.size();
-            _aliases[*place] = _aliases.back();
-            _places.get(_aliases.back()) = *place;
-            _aliases.pop_back();
-        }
+        releaseKey(alias.getKey());
+        const std::size_t place = placeOf(alias);
         _places.erase(&alias);
+        if (place + 1 != _aliases.size()) {
+            _isSorted = false;
+            _aliases[place] = _aliases.back();
+            if (_places.size() != 0)
+                _places.get(_aliases[place]) = place;
+        }
+        _aliases.pop_back();
     }
 
     /// The aliases in the order of their addresses. The order shows in dump(), and of two options with one letter the
@@ -160,9 +168,9 @@ public:
     {
         if (!_isSorted) {
             std::sort(_aliases.begin(), _aliases.end(), isBefore);
-            for (std::size_t i = 0; i < _aliases.size(); ++i)
-                _places.get(_aliases[i]) = i;
             _isSorted = true;
+            for (std::size_t i = 0; _places.size() != 0 && i < _aliases.size(); ++i)
+                _places.get(_aliases[i]) = i;
         }
         return _aliases;
     }
@@ -173,9 +181,53 @@ public:
 private:
     static bool isBefore(Alias const* left, Alias const* right) { return std::less<>()(left, right); }
 
+    void useKey(InTextKey const& key)
+    {
+        if (unsigned* const uses = _keyUses.find(key)) {
+            ++*uses;
+            return;
+        }
+        // The table needs a text that lives as long as the entry, which the alias may not.
+        ArrayPtr<char> text = duplicateString(key.getText());
+        _keyUses.get(key.withText(text)) = 1;
+        text.release();
+    }
+
+    void releaseKey(char const* text) noexcept
+    {
+        if (_keyUses.size() == 0)
+            return;
+        const InTextKey key(text);
+        unsigned* const uses = _keyUses.find(key);
+        if (uses == nullptr || --*uses != 0)
+            return;
+        char const* const owned = _keyUses.keyOf(key).getText();
+        _keyUses.erase(key);
+        delete[] owned;
+    }
+
+    /// Where the alias stands. Static objects go in the reverse of the order in which they came, and then it is the
+    /// last; the first that doesn't has the table of places made for all. If there is no memory for that, it is
+    /// searched for.
+    std::size_t placeOf(Alias const& alias) noexcept
+    {
+        if (_aliases.back() == &alias)
+            return _aliases.size() - 1;
+        try {
+            for (std::size_t i = _places.size(); i < _aliases.size(); ++i)
+                _places.get(_aliases[i]) = i;
+        } catch (std::bad_alloc const&) {
+            const auto found = std::find(_aliases.begin(), _aliases.end(), &alias);
+            return static_cast<std::size_t>(found - _aliases.begin());
+        }
+        return *_places.find(&alias);
+    }
+
     std::vector<Alias*> _aliases;
-    InPointerTable<std::size_t> _places;  ///< of each alias in `_aliases`
-    std::unordered_map<std::string, unsigned, HashOfText, std::equal_to<>> _keyUses;
+    /// Of each alias in `_aliases`; empty until it is needed.
+    InTable<InAddressKey, std::size_t> _places;
+    /// The keys of a unique kind and how many aliases use each. Owns the texts.
+    InTable<InTextKey, unsigned> _keyUses;
     bool _isSorted = true;
 };
 
@@ -195,6 +247,7 @@ void InContextAliasMgr<Alias>::initialize()
         dump();
 }
 
+/// Intended: the kind stays closed, and its aliases keep their texts. A process starts once; do not mend.
 template <class Alias>
 void InContextAliasMgr<Alias>::finalize()
 {
@@ -204,6 +257,7 @@ void InContextAliasMgr<Alias>::finalize()
         alias->finalize();
 }
 
+/// Uninitialised aliases are shown too: that a variable is unset is what one looks for.
 template <class Alias>
 void InContextAliasMgr<Alias>::dump()
 {
@@ -221,6 +275,8 @@ void InContextAliasMgr<Alias>::dump()
     std::cerr << "----" << std::endl;
 }
 
+/// The environment is read as it is now and not from the manager's copy, so that a program may set variables before
+/// it starts the library.
 template <class Alias>
 void InContextAliasMgr<Alias>::readSources()
 {
@@ -240,6 +296,7 @@ void InContextAliasMgr<Alias>::readSources()
     }
 }
 
+/// Intended: without an alias of this kind nothing is parsed and the list stays whole, "--" included. Do not mend.
 template <class Alias>
 void InContextAliasMgr<Alias>::parseArguments()
 {
@@ -266,34 +323,39 @@ template <class Alias>
 void InContextAliasMgr<Alias>::add(Alias& alias, Registration registration)
 {
     constexpr bool isUnique = std::is_same_v<Alias, InContextAlias<typename Alias::KindTag, 1>>;
-    char const* const key = alias.getKey();
     if (_initialized)
-        throw InEx::ExNoNewContextAliasAfterInit(sourceName, __LINE__, alias.getDescription(), key);
+        throw InEx::ExNoNewContextAliasAfterInit(sourceName, __LINE__, alias.getDescription(), alias.getKey());
+    const InTextKey key = isUnique ? InTextKey(alias.getKey()) : InTextKey();
     if (isUnique && registration == Registration::Declaration && _register != nullptr && _register->usesKey(key))
-        throw InEx::ExContextAliasAlreadyDefined(sourceName, __LINE__, key);
+        throw InEx::ExContextAliasAlreadyDefined(sourceName, __LINE__, alias.getKey());
+    if (_register == nullptr)
+        _register = new Register;
     try {
-        if (_register == nullptr)
-            _register = new Register;
-        _register->add(alias, isUnique);
+        _register->add(alias, isUnique ? &key : nullptr);
     } catch (...) {
-        remove(alias);
+        dropRegisterIfEmpty();
         throw;
     }
 }
 
-/// Also undoes what an add() that failed has done. The last alias takes the register along.
 template <class Alias>
 void InContextAliasMgr<Alias>::remove(Alias& alias) noexcept
 {
-    if (_register == nullptr)
-        return;
     _register->remove(alias);
+    dropRegisterIfEmpty();
+}
+
+/// The last alias takes the register along.
+template <class Alias>
+void InContextAliasMgr<Alias>::dropRegisterIfEmpty() noexcept
+{
     if (_register->isEmpty()) {
         delete _register;
         _register = nullptr;
     }
 }
 
+/// Compiled once, so that all libraries of a process share one register for each kind.
 template class InContextAliasMgr<InContextAlias<InInitOvr, 0>>;
 template class InContextAliasMgr<InContextAlias<InInitArg, 1>>;
 template class InContextAliasMgr<InContextAlias<InInitEnv, 1>>;

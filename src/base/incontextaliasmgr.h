@@ -91,6 +91,7 @@ private:
 
     static void add(Alias& alias, Registration registration);
     static void remove(Alias& alias) noexcept;
+    static void dropRegisterIfEmpty() noexcept;
     static void readSources();
     static void parseArguments();
 

@@ -1,7 +1,7 @@
 // incontextaliasmgrposix.cpp (Windows form: incontextaliasmgrwindows.cpp)
 //
-// getenv() walks through the whole environment each time, so asking it for each of n variables that are set costs n * n
-// steps. One walk puts the environment into a table instead.
+// getenv() walks through the whole environment each time, so asking it for each of n variables that are set costs n *
+// n steps. One walk puts the environment into a table instead.
 #include <base/incontextaliasmgr_p.h>
 
 #include <cstdlib>
@@ -12,6 +12,7 @@ extern "C" char** environ;
 namespace Vn::System
 {
 
+/// The first entry of a name counts, as for getenv(). The table points into the environment and so is used at once.
 EnvironmentReader::EnvironmentReader()
 {
     if (environ == nullptr)  // what clearenv() leaves

@@ -1,8 +1,8 @@
 // The transitive closure of the dependency graph, in three steps.
 //
 // 1. ComponentWalk finds the strongly connected components, dependencies before dependants (Tarjan's algorithm).
-// 2. RowFiller gives all members of a component one row of bits: their own bits, if there is more than one member, and
-//    the rows of what they depend on, which are complete already because of that order.
+// 2. RowFiller gives all members of a component one row of bits: their own bits, if there is more than one member,
+//    and the rows of what they depend on, which are complete already because of that order.
 // 3. closeDependencies() counts the bits of each row and finds the cycles.
 //
 // So the rows are built in one pass instead of Warshall's three nested loops; the result is the same bit for bit,

@@ -1,8 +1,8 @@
 // The exceptions of start, stop and settings.
 //
 // All follow one pattern: the standard base comes first and gets an empty text, since what() returns ExBase's buffer;
-// then the constructor forms the reason from a fixed text, and from names that are cut to `nameLimit`. The texts are part
-// of the interface: programs compare them.
+// then the constructor forms the reason from a fixed text, and from names that are cut to `nameLimit`. The texts are
+// part of the interface: programs compare them.
 #include <base/inex.h>
 
 #include <base/duplicatestring.h>
@@ -25,7 +25,7 @@ constexpr int nameLimit = 256;  ///< characters of a name that a message shows
 /// A run-time type name as the source writes the type, or as it is if it can't be read.
 std::string readableName(char const* typeName)
 {
-    int status = 0;
+    int status = 0;  // not looked at: a null result says the same
     const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(typeName, nullptr, nullptr, &status),
                                                            &std::free);
     return name != nullptr ? name.get() : typeName;
@@ -81,8 +81,8 @@ InEx::ExPackageInitError::ExPackageInitError(char const* file, int line, char co
 
 VN_EX_DEFINE_MEMBERS(InEx::ExPackageInitError);
 
-/// Intended: nothing in the library throws this class or ExDoubleInit, as the library allows what both name. They stay part
-/// of the interface; do not mend.
+/// Intended: nothing in the library throws this class or ExDoubleInit, as the library allows what both name. They
+/// stay part of the interface; do not mend.
 InEx::ExRegAfterInit::ExRegAfterInit(char const* file, int line) : std::runtime_error(""), InEx(file, line)
 {
     setReason("Package registered after initialize().");
@@ -99,6 +99,7 @@ InEx::ExReinitWithoutGuard::ExReinitWithoutGuard(char const* file, int line)
 
 VN_EX_DEFINE_MEMBERS(InEx::ExReinitWithoutGuard);
 
+/// For programs that must not start twice; the library's own initialize() may be called again.
 InEx::ExDoubleInit::ExDoubleInit(char const* file, int line) : std::runtime_error(""), InEx(file, line)
 {
     setReason("Multiple calls to initialize().");
@@ -106,6 +107,7 @@ InEx::ExDoubleInit::ExDoubleInit(char const* file, int line) : std::runtime_erro
 
 VN_EX_DEFINE_MEMBERS(InEx::ExDoubleInit);
 
+/// The check comes after overrides and arguments were freed; see InInitMgr::finalize().
 InEx::ExFinaliseBeforeInit::ExFinaliseBeforeInit(char const* file, int line)
     : std::runtime_error(""), InEx(file, line)
 {
@@ -114,6 +116,7 @@ InEx::ExFinaliseBeforeInit::ExFinaliseBeforeInit(char const* file, int line)
 
 VN_EX_DEFINE_MEMBERS(InEx::ExFinaliseBeforeInit);
 
+/// Also from a hook that stops everything while the stop is under way.
 InEx::ExDoubleFinalise::ExDoubleFinalise(char const* file, int line) : std::runtime_error(""), InEx(file, line)
 {
     setReason("Multiple calls to finalize().");
@@ -132,6 +135,7 @@ InEx::ExHandleAlreadyInUse::ExHandleAlreadyInUse(char const* file, int line, cha
 
 VN_EX_DEFINE_MEMBERS(InEx::ExHandleAlreadyInUse);
 
+/// Before the start or after the stop. `name` is a handle or, for an alias, its description.
 InEx::ExUninitializedObject::ExUninitializedObject(char const* file, int line, char const* name)
     : std::logic_error(""), InEx(file, line)
 {
@@ -142,6 +146,7 @@ InEx::ExUninitializedObject::ExUninitializedObject(char const* file, int line, c
 
 VN_EX_DEFINE_MEMBERS(InEx::ExUninitializedObject);
 
+/// Initialised, but without a value: an unset variable, or an option that was not given.
 InEx::ExInvalidObject::ExInvalidObject(char const* file, int line, char const* description)
     : std::logic_error(""), InEx(file, line)
 {
@@ -152,6 +157,7 @@ InEx::ExInvalidObject::ExInvalidObject(char const* file, int line, char const* d
 
 VN_EX_DEFINE_MEMBERS(InEx::ExInvalidObject);
 
+/// For a second declaration; a clone shares its key.
 InEx::ExContextAliasAlreadyDefined::ExContextAliasAlreadyDefined(char const* file, int line, char const* key)
     : std::logic_error(""), InEx(file, line)
 {
@@ -162,6 +168,7 @@ InEx::ExContextAliasAlreadyDefined::ExContextAliasAlreadyDefined(char const* fil
 
 VN_EX_DEFINE_MEMBERS(InEx::ExContextAliasAlreadyDefined);
 
+/// An override that comes too late would never be read.
 InEx::ExVariableAlreadyInitialized::ExVariableAlreadyInitialized(char const* file, int line, char const* handle)
     : std::logic_error(""), InEx(file, line)
 {

@@ -59,7 +59,8 @@ public:
     ExPackageNotRegistered(char const* file, int line, char const* package);
 
     /// The missing package as sources write its tag, for a program's message: "VnInit::palette". A type that is no
-    /// InInit<Tag> has its own name; what is no run-time type name, or one of over 256 characters, stays as the reason has it.
+    /// InInit<Tag> has its own name; what is no run-time type name, or one of over 256 characters, stays as the
+    /// reason has it.
     ArrayPtrRet<char> getPackageTag() const;
 
     VN_EX_MEMBERS();

@@ -44,19 +44,21 @@ void callInDestructor(Action const& action)
 }
 }  // namespace
 
-/// Never destroyed: packages that are destroyed after this library's static objects still leave it, and a static object
-/// may stop everything.
+/// Never destroyed: packages that are destroyed after this library's static objects still leave it, and a static
+/// object may stop everything.
 InInitMgr& InInitMgr::getInstance()
 {
     static InInitMgr& theInInitMgr = *new InInitMgr;
     return theInInitMgr;
 }
 
+/// The state reads the environment, so getEnv() shows it as it was at the first use of the manager.
 InInitMgr::InInitMgr() : _state(new State) {}
 
 /// All copies are made before anything changes, so an exception for want of memory changes nothing.
 void InInitMgr::initialize(int& argc, char const* const*& argv)
 {
+    // addArgs() takes the copies over, all of them or (if there is no memory) none.
     std::vector<ArrayPtr<char>> copies = copiesOf(argc, argv);
     InContextAliasMgrBase::addArgs(copies);
     argc = 0;
@@ -73,6 +75,7 @@ void InInitMgr::finalize()
     _state->stopAll();
 }
 
+/// From here on the public names of what the state does.
 bool InInitMgr::isInitializing() const
 {
     return _state->isInitializing();
@@ -101,6 +104,7 @@ std::ostream& InInitMgr::dumpGraph(std::ostream& stream) const
     return stream;
 }
 
+/// Null asks for nothing, and is answered without the manager being made.
 char const* InInitMgr::getEnv(char const* name)
 {
     return name != nullptr ? getInstance()._state->getEnv(name) : nullptr;
@@ -116,6 +120,7 @@ void InInitMgr::decReinitCount()
     _state->leaveGuard();
 }
 
+/// The three below are for InPackageInit: a package registers, asks, and is forgotten when it is destroyed.
 void InInitMgr::registerPackage(InPackageInit* package)
 {
     _state->registerPackage(package);
@@ -155,6 +160,7 @@ InInitGuard::InInitGuard(int& argc, char const* const*& argv)
     }
 }
 
+/// An exception from a hook must reach main(), where the program reports it.
 InInitGuard::~InInitGuard() noexcept(false)
 {
     callInDestructor([] { InInitMgr::getInstance().finalize(); });
@@ -165,6 +171,7 @@ InReinitGuard::InReinitGuard()
     InInitMgr::getInstance().incReinitCount();
 }
 
+/// The start happens here, so its exceptions come from here: a library whose packages don't start must be noticed.
 InReinitGuard::~InReinitGuard() noexcept(false)
 {
     callInDestructor([] { InInitMgr::getInstance().decReinitCount(); });

@@ -22,9 +22,10 @@ class InPackageInit;
 ///     base: 12 dependencies, logger: 3, osal: 1, heapMgr: 1  ->  heapMgr, osal, logger, base
 ///
 /// A process initialises once: after finalize() nothing that needs a package of before can start. The manager owns no
-/// package, and is never destroyed, and neither are the library's own packages: the stop may come from the destructor of
-/// a static object. It takes no lock: start, stop, registration and guards belong to one thread at a time; only getInstance()
-/// is thread-safe. With `VN_DEBUG_INITIALIZE` in the environment each step is printed to standard error.
+/// package, and is never destroyed, and neither are the library's own packages: the stop may come from the destructor
+/// of a static object. It takes no lock: start, stop, registration and guards belong to one thread at a time; only
+/// getInstance() is thread-safe. With `VN_DEBUG_INITIALIZE` in the environment each step is printed to standard
+/// error.
 /// Tests: tests/base/ininitmgrtest.cpp, tests/base/inrandomgraphtest.cpp.
 class VN_BASE_EXPORT InInitMgr
 {

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+/// The C library's own block; no header of the language declares it.
 extern "C" char** environ;
 
 namespace Vn::System

@@ -1,5 +1,5 @@
-// What the manager prints: its packages, the dependency cycles, and the packages as a graph. The texts of dump() and of
-// the cycles are part of the interface, since programs compare them.
+// What the manager prints: its packages, the dependency cycles, and the packages as a graph. The texts of dump() and
+// of the cycles are part of the interface, since programs compare them.
 #include <base/ininitmgrstate_p.h>
 
 #include <algorithm>
@@ -12,13 +12,14 @@ namespace Vn
 {
 namespace
 {
+/// Without those that have been destroyed.
 std::size_t countPackages(Vector<PackageEntry> const& entries)
 {
     return entries.size() - static_cast<std::size_t>(std::count_if(entries.begin(), entries.end(), isHole));
 }
 
-/// Intended: "1 packages" for a single one; programs compare the text. Do not mend. The numbers are formatted apart from
-/// the stream, whose base and grouping the caller may have changed.
+/// Intended: "1 packages" for a single one; programs compare the text. Do not mend. The numbers are formatted apart
+/// from the stream, whose base and grouping the caller may have changed.
 void printEntries(std::ostream& stream, Vector<PackageEntry> const& entries, char const* title)
 {
     stream << std::to_string(countPackages(entries)) << title << std::endl;
@@ -64,6 +65,7 @@ void InInitMgr::State::dump(std::ostream& stream) const
     }
 }
 
+/// For a program that caught the exception of a start and wants to say why. The batch and its matrix are still there.
 void InInitMgr::State::reportCycles(std::ostream& stream) const
 {
     if (_cycleDetected)
@@ -75,6 +77,7 @@ void InInitMgr::State::reportCycles(std::ostream& stream) const
 /// Each package on a cycle once: the first of a group as its heading, the others that it depends on below it.
 void InInitMgr::State::printCycles(std::ostream& stream) const
 {
+    // The batch is still in name order: a cycle ends the start before it is sorted by counts.
     const std::size_t count = _packagesToInit.size();
     std::vector<bool> isPrinted(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -92,8 +95,8 @@ void InInitMgr::State::printCycles(std::ostream& stream) const
 
 /// Whether a package of the batch depends on itself; false for one that was destroyed since.
 ///
-/// Intended: a package that only lists itself is no cycle for the start, but is printed with those that are, since its
-/// bit (i, i) is set; do not mend.
+/// Intended: a package that only lists itself is no cycle for the start, but is printed with those that are, since
+/// its bit (i, i) is set; do not mend.
 bool InInitMgr::State::isOnCycle(std::size_t i) const
 {
     return !isHole(_packagesToInit[i]) && _dependencyMatrix->test(i, i);
@@ -112,6 +115,7 @@ void InInitMgr::State::dumpGraph(std::ostream& stream) const
     }
     const auto nameAt = [&packages](std::size_t i) { return quotedForDot(packages[i]->getName()); };
 
+    // All nodes before the edges, so that the packages are drawn in start order.
     stream << "digraph packages {\n";
     for (std::size_t i = 0; i < packages.size(); ++i) {
         const std::string label = std::to_string(i + 1) + ". " + packages[i]->getName();

@@ -9,9 +9,9 @@
 // 3. stopAll() walks `_packagesSaved` backwards and skips what is unmarked.
 //
 // All of this runs on one thread and takes no lock. But hooks may call back into it: they register packages, destroy
-// them (with their library), end a guard (which runs startWaiting() within itself), or stop everything. So no iterator
-// and no pointer into a list is kept across a hook: entries are copied and positions are checked again. A package that
-// is destroyed leaves a hole, which is closed only while no hook runs, so the loops' indices stay right.
+// them (with their library), end a guard (which runs startWaiting() within itself), or stop everything. So no
+// iterator and no pointer into a list is kept across a hook: entries are copied and positions are checked again. A
+// package that is destroyed leaves a hole, which is closed only while no hook runs, so the loops' indices stay right.
 #include <base/ininitmgrstate_p.h>
 
 #include <base/inbatch_p.h>
@@ -29,8 +29,8 @@ namespace
 {
 constexpr char sourceName[] = "src/base/ininitmgr";
 
-/// Sets a flag for the length of a scope. Restores the former value and not false: startWaiting() can run within
-/// itself.
+/// Sets a flag for the length of a scope, exceptions included. Restores the former value and not false:
+/// startWaiting() can run within itself.
 class FlagScope
 {
 public:
@@ -61,6 +61,7 @@ InInitMgr::State::Environment InInitMgr::State::takeEnvironment()
     return environment;
 }
 
+/// Compared bytewise, on Windows too: "Path" is not "PATH" here.
 char const* InInitMgr::State::getEnv(char const* name) const
 {
     const auto found = _environment.find(std::string_view(name));
@@ -88,6 +89,7 @@ void InInitMgr::State::registerPackage(InPackageInit* package)
     ++places.listed;
 }
 
+/// Hooks may register packages, under a guard; these form the next batch.
 void InInitMgr::State::startWaiting()
 {
     _initialized = true;
@@ -131,12 +133,15 @@ void InInitMgr::State::orderBatch()
     _dependencyMatrix.reset();
 }
 
+/// An exception leaves the loop: the packages before it run, it and those behind it stay unmarked. Nothing retries
+/// the batch, which stays in `_packagesToInit` until the next one is taken up.
 void InInitMgr::State::startBatch()
 {
     const std::vector<std::size_t> savedAt = saveBatch();
 
     // From here on hooks run.
     const FlagScope initializing(_initializing);
+    // Not a comparison of the lists: a hook may start a batch of the same packages.
     const unsigned batchNumber = _batchNumber;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         const PackageEntry entry = _packagesToInit[i];
@@ -208,18 +213,20 @@ PackageEntry* InInitMgr::State::findSaved(std::type_info const& type)
     return found != InTypeTable::none ? &_packagesSaved[found] : nullptr;
 }
 
+/// Saved is not enough: a package whose start failed is saved too.
 bool InInitMgr::State::isRunning(std::type_info const& type)
 {
     PackageEntry const* const saved = findSaved(type);
     return saved != nullptr && saved->initialized;
 }
 
-/// An exception leaves the loop with everything still in the list and marked, so a repeated stop calls all hooks again.
+/// An exception leaves the loop with everything still in the list and marked, so a repeated stop calls all hooks
+/// again.
 void InInitMgr::State::stopAll()
 {
     if (!_initialized)
         throw InEx::ExFinaliseBeforeInit(sourceName, __LINE__);
-    // A hook that stops everything from within the stop would never end.
+    // A hook that stops everything from within the stop would never end: it would walk through the same list again.
     if (_finalized || _finalizing)
         throw InEx::ExDoubleFinalise(sourceName, __LINE__);
     {
@@ -233,6 +240,7 @@ void InInitMgr::State::stopAll()
     drop(_packagesSaved);
     _savedByType.clear();
     _isSavedIndexed = true;
+    // Set last: a stop that ended in an exception can be repeated.
     _finalized = true;
 }
 
@@ -261,8 +269,8 @@ void InInitMgr::State::forget(InPackageInit* package) noexcept
         InHoles::dropAtEnd(_packagesSaved, isHole);
 }
 
-/// Makes a hole if that package stands at `place`. The start and the stop walk through these lists by index, so nothing
-/// may move.
+/// Makes a hole if that package stands at `place`. The start and the stop walk through these lists by index, so
+/// nothing may move.
 bool InInitMgr::State::removeEntry(Entries& entries, std::size_t place, InPackageInit const* package) noexcept
 {
     const bool isThere = place < entries.size() && entries[place].package == package;
@@ -293,6 +301,7 @@ void InInitMgr::State::drop(Entries& entries) noexcept
     entries.clear();
 }
 
+/// After each sort, as forget() looks there first.
 void InInitMgr::State::rememberBatch()
 {
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i)

@@ -4,7 +4,7 @@
 #include <base/independencyclosure_p.h>
 #include <base/ininitmgr.h>
 #include <base/inpackageentry_p.h>
-#include <base/inpointertable_p.h>
+#include <base/intable_p.h>
 #include <base/intypetable_p.h>
 #include <base/objptr.h>
 #include <base/vector.h>
@@ -48,8 +48,8 @@ public:
 
     void enterGuard() { ++_reinitCount; }
 
-    /// The last guard starts what waits, whether InInitMgr::initialize() was called before or not: a program that only
-    /// loads libraries may have nothing but guards.
+    /// The last guard starts what waits, whether InInitMgr::initialize() was called before or not: a program that
+    /// only loads libraries may have nothing but guards.
     void leaveGuard();
 
     /// @{
@@ -121,7 +121,7 @@ private:
 
     Environment _environment;
     /// Of each registered package. Not fields of the package, whose fields are part of the interface.
-    InPointerTable<PackagePlaces> _places;
+    InTable<InAddressKey, PackagePlaces> _places;
     /// Position in `_packagesSaved` of each type in it, if `_isSavedIndexed`.
     InTypeTable _savedByType;
     bool _isSavedIndexed = true;

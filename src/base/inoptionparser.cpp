@@ -1,13 +1,13 @@
 // Options one by one, in the manner of getopt() but without global state.
 //
-// `_cursor` stands on the last character consumed, in the element `_argIndex`. A step moves it on by one; if it then stands
-// on the terminator, the next element is looked at: one that begins with a dash is entered, anything else ends the parsing.
-// An option with a value takes the rest of its element, or else the whole next element, and the cursor goes to the end of
-// what was taken. So several letters may stand in one element, and the constructor only has to put the cursor on the end
-// of element 0.
+// `_cursor` stands on the last character consumed, in the element `_argIndex`. A step moves it on by one; if it then
+// stands on the terminator, the next element is looked at: one that begins with a dash is entered, anything else ends
+// the parsing. An option with a value takes the rest of its element, or else the whole next element, and the cursor
+// goes to the end of what was taken. So several letters may stand in one element, and the constructor only has to put
+// the cursor on the end of element 0.
 //
-// Vectors may be wrong in ways that the rule doesn't speak of (a null element, an empty one, no element 0, a call after the
-// end): the parser then ends, or takes the element as empty, and never reads outside an element.
+// Vectors may be wrong in ways that the rule doesn't speak of (a null element, an empty one, no element 0, a call
+// after the end): the parser then ends, or takes the element as empty, and never reads outside an element.
 #include <base/inoptionparser.h>
 
 #include <cstring>

@@ -1,17 +1,17 @@
 // A package's name, dependencies and variables. The lists of packages and the order of start are the manager's
 // (ininitmgrstate.cpp); a package only knows what it depends on itself.
 //
-// Variables come and go in any order, and each departure must take the same time whatever the number of the others. So
-// one that goes leaves a hole in `_variables` (inholes_p.h), and a register of all variables knows the place of each. The
-// fields of the classes are part of the interface, hence a register. While a package starts or stops, its variables keep
-// their places: an override or a diagnostic may add or destroy one meanwhile.
+// Variables come and go in any order, and each departure must take the same time whatever the number of the others.
+// So one that goes leaves a hole in `_variables` (inholes_p.h), and a register of all variables knows the place of
+// each. The fields of the classes are part of the interface, hence a register. While a package starts or stops, its
+// variables keep their places: an override or a diagnostic may add or destroy one meanwhile.
 #include <base/inpackageinit.h>
 
 #include <base/assertions.h>
 #include <base/indiagnostics_p.h>
 #include <base/inholes_p.h>
 #include <base/ininitmgr.h>
-#include <base/inpointertable_p.h>
+#include <base/intable_p.h>
 #include <base/invariable.h>
 
 #include <algorithm>
@@ -64,19 +64,18 @@ private:
 
 WalkScope const* WalkScope::_innermost = nullptr;
 
-/// Where a variable stands. Nearly every variable is listed once, by its own package; for one that is listed several
-/// times the package searches.
+/// What is known of a variable's entries, in all packages together. Nearly every variable has one entry, in its own
+/// package; for one with several each package searches. Small, as a program may have thousands.
 struct Listing
 {
-    InPackageInit const* package = nullptr;  ///< null if `place` isn't known
-    std::size_t place = 0;
-    std::size_t count = 0;  ///< entries of the variable, in all packages together
+    unsigned place = 0;  ///< of the only entry, in a package that isn't told
+    unsigned count = 0;
 };
 
 /// Never destroyed: static objects of any library may be variables, and leave at any time.
-InPointerTable<Listing>& listings()
+InTable<InAddressKey, Listing>& listings()
 {
-    static InPointerTable<Listing>& theListings = *new InPointerTable<Listing>;
+    static InTable<InAddressKey, Listing>& theListings = *new InTable<InAddressKey, Listing>;
     return theListings;
 }
 
@@ -110,21 +109,20 @@ InPackageInit::~InPackageInit()
     InInitMgr::forgetPackage(this);
 }
 
+/// Called from the variable's constructor, so only its address is used.
 void InPackageInit::addDependency(InVariableBase* variable)
 {
     if (variable == nullptr)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "variable != 0");
     if (!WalkScope::isOpenFor(*this))
         InHoles::makeRoom(_variables, isHole, [this](InVariableBase* moved, std::size_t to) {
-            if (Listing* const listing = listings().find(moved); listing != nullptr && listing->package == this)
-                listing->place = to;
+            listings().get(moved).place = static_cast<unsigned>(to);
         });
     _variables.push_back(variable);
     try {
         Listing& listing = listings().get(variable);
         ++listing.count;
-        listing.package = listing.count == 1 ? this : nullptr;
-        listing.place = _variables.size() - 1;
+        listing.place = static_cast<unsigned>(_variables.size() - 1);
     } catch (...) {
         _variables.pop_back();
         throw;
@@ -143,18 +141,20 @@ void InPackageInit::removeDependency(InVariableBase* variable)
         InHoles::dropAtEnd(_variables, isHole);
 }
 
-/// Place of the first entry of `variable`, or the size of the list.
+/// Place of the first entry of `variable`, or the size of the list. The place that the listing knows may be in
+/// another package, or out of date: hence the look.
 std::size_t InPackageInit::placeOf(InVariableBase const* variable) const
 {
     Listing const* const listing = listings().find(variable);
     if (listing == nullptr)
         return _variables.size();
-    if (listing->package != nullptr)
-        return listing->package == this ? listing->place : _variables.size();
+    if (listing->count == 1 && listing->place < _variables.size() && _variables[listing->place] == variable)
+        return listing->place;
     const auto found = std::find(_variables.begin(), _variables.end(), variable);
     return static_cast<std::size_t>(found - _variables.begin());
 }
 
+/// Virtual, so a package may have a name that it makes up.
 char const* InPackageInit::getName() const
 {
     return _name;
@@ -202,6 +202,7 @@ void InPackageInit::finalize()
             _variables[i - 1]->finalize();
 }
 
+/// The type that counts is the one that the object has while its most derived constructor runs.
 void InPackageInit::registerPackage()
 {
     if (InDiagnostics::areOn())

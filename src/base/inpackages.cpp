@@ -25,6 +25,8 @@
 
 #include <iostream>
 
+// Dependencies as listed; the comment in inpackages.h has the order that follows from them. A package lists what it
+// uses itself, also where another of its dependencies lists it too: the lists don't change when that one's do.
 VN_DEFINE_PACKAGE(base, VnInit::random, VnInit::discreteTime, VnInit::baseMath, VnInit::initVars, VnInit::testing,
                   VnInit::debugging, VnInit::logger, VnInit::profiling, VnInit::osal, VnInit::initArg,
                   VnInit::heapMgr, VnInit::initialize);
@@ -90,17 +92,17 @@ struct OwnPackages
 
 NeverDestroyed<OwnPackages> ownPackages;
 
-/// Installs an object as its class's singleton; it is destroyed if there is one already.
+/// Installs an object as its class's singleton. If there is one already, that throws, and the object is destroyed.
 template <class T>
-void establish(ObjPtr<T> object)
+void installSingleton(ObjPtr<T> object)
 {
     InSingleton<T>::initialize(object.get());
     object.release();
 }
 
-/// Ends the singleton's life. It has ended already if a stop failed in another package and is now repeated.
+/// Destroys the singleton. It is gone already if a stop failed in another package and is now repeated.
 template <class T>
-void abolish()
+void destroySingleton()
 {
     try {
         InSingleton<T>::finalize();
@@ -130,16 +132,18 @@ void InInit<VnInit::initialize>::performFinalize()
 /// The dump comes after the manager is installed: it goes through getInstance() as any client's call does.
 void InInit<VnInit::heapMgr>::performInitialize()
 {
-    establish(ObjPtr<HmHeapMgr>(HmHeapMgr::create()));
+    installSingleton(ObjPtr<HmHeapMgr>(HmHeapMgr::create()));
     if (HmHeapMgr::getInstance().isDumpHeapInfo())
         HmHeapMgr::getInstance().dump(std::cout);
 }
 
+/// The settings of the heap end with the package; the heap itself goes on.
 void InInit<VnInit::heapMgr>::performFinalize()
 {
-    abolish<HmHeapMgr>();
+    destroySingleton<HmHeapMgr>();
 }
 
+/// From here on the argument list holds only what no option took.
 void InInit<VnInit::initArg>::performInitialize()
 {
     ArgumentMgr::initialize();
@@ -169,12 +173,13 @@ void InInit<VnInit::profiling>::performInitialize()
     // checker reports it.
     [[maybe_unused]] static HwCounterEng const* const abandoned = HwCounter::_theHwCounter;
     HwCounter::setEngine(HwCounterEng::create());
-    establish(ObjPtr<Sleeper>(Sleeper::create()));
+    installSingleton(ObjPtr<Sleeper>(Sleeper::create()));
 }
 
+/// The counter keeps its engine: code that runs after the stop may still take a time stamp.
 void InInit<VnInit::profiling>::performFinalize()
 {
-    abolish<Sleeper>();
+    destroySingleton<Sleeper>();
 }
 
 void InInit<VnInit::logger>::performInitialize()
@@ -182,6 +187,7 @@ void InInit<VnInit::logger>::performInitialize()
     LgLog::init();
 }
 
+/// Intended: what is left in the queues is not written. The program flushes them before it stops; do not mend.
 void InInit<VnInit::logger>::performFinalize()
 {
     LgLog::destroy();

@@ -13,18 +13,21 @@ InSingletonEx::InSingletonEx(char const* file, int line, char const* name, char 
     setReason(ExReasonText("%s %s.", ExReasonText::orEmpty(name), ExReasonText::orEmpty(state)).get());
 }
 
+/// Also what getInstance() throws after the stop.
 InSingletonEx::ExNotInitialized::ExNotInitialized(char const* file, int line, char const* name)
     : std::runtime_error(""), InSingletonEx(file, line, name, "is not initialized")
 {}
 
 VN_EX_DEFINE_MEMBERS(InSingletonEx::ExNotInitialized);
 
+/// The object that was passed in stays with the caller.
 InSingletonEx::ExAlreadyInitialized::ExAlreadyInitialized(char const* file, int line, char const* name)
     : std::runtime_error(""), InSingletonEx(file, line, name, "has already been initialized")
 {}
 
 VN_EX_DEFINE_MEMBERS(InSingletonEx::ExAlreadyInitialized);
 
+/// From initialize() and finalize() alone.
 InSingletonEx::ExAlreadyDestroyed::ExAlreadyDestroyed(char const* file, int line, char const* name)
     : std::runtime_error(""), InSingletonEx(file, line, name, "has already been destroyed")
 {}

@@ -5,18 +5,19 @@
 //    aliases that it was given; its own clones stand in `_aliases`, highest rank first.
 // 2. Before the start a program may override the variable. The override waits under the handle.
 // 3. The packages `initialize` and `initArg` start: each alias, clones included, gets its text.
-// 4. The variable's own package starts: initialize() takes the override, chooses the first alias that has a text, and has
-//    it converted to a number and a truth value.
+// 4. The variable's own package starts: initialize() takes the override, chooses the first alias that has a text, and
+//    has it converted to a number and a truth value.
 // 5. getValue() reads what was converted, from the chosen alias.
 // 6. The package stops: finalize() forgets the choice, and reading throws.
 //
-// The registry and the overrides are made for their first entry and deleted with their last one, so that a program that
-// has destroyed its settings holds no memory of them.
+// The registry and the overrides are made for their first entry and deleted with their last one, so that a program
+// that has destroyed its settings holds no memory of them.
 #include <base/invariable.h>
 
 #include <base/duplicatestring.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
+#include <base/intable_p.h>
 
 #include <cstdlib>
 #include <functional>
@@ -26,7 +27,6 @@
 #include <string>
 #include <string_view>
 #include <typeinfo>
-#include <unordered_map>
 
 namespace Vn
 {
@@ -34,6 +34,7 @@ namespace
 {
 constexpr char sourceName[] = "src/base/invariable";
 
+/// A null text counts as empty.
 std::string_view viewOf(char const* text)
 {
     return text != nullptr ? std::string_view(text) : std::string_view();
@@ -43,7 +44,7 @@ std::string_view viewOf(char const* text)
 template <class Map>
 void dropIfEmpty(Map*& map) noexcept
 {
-    if (map->empty()) {
+    if (map->size() == 0) {
         delete map;
         map = nullptr;
     }
@@ -51,7 +52,7 @@ void dropIfEmpty(Map*& map) noexcept
 }  // namespace
 
 /// Keys are the variables' own handles, so an entry must not outlive its variable.
-class InVariableBase::Registry : public std::unordered_map<std::string_view, InVariableBase*>
+class InVariableBase::Registry : public InTable<InTextKey, InVariableBase*>
 {};
 
 /// In the order of the handles, in which those that nobody took are printed.
@@ -60,6 +61,7 @@ class InVariableBase::Overrides : public std::map<std::string, Override*, std::l
 
 InVariableBase::Registry* InVariableBase::_registry = nullptr;
 InVariableBase::Overrides* InVariableBase::_pendingOverrides = nullptr;
+/// Its description shows in a debugger and in the exceptions that its getValue() would throw.
 InVariableBase::InContextAliasDummy InVariableBase::_dummy;
 
 /// Recognised by its address alone. A call of a virtual operation means that it was taken for a source, which the
@@ -81,6 +83,7 @@ char const* InVariableBase::InContextAliasDummy::getKey() const
     std::abort();
 }
 
+/// Ten parameters are the interface's: a program lists its sources in one declaration. Here they become a loop.
 InVariableBase::InVariableBase(char const* const handle, InPackageInitBase& package,
                                InContextAliasBase const& alias1, InContextAliasBase const& alias2,
                                InContextAliasBase const& alias3, InContextAliasBase const& alias4,
@@ -113,13 +116,14 @@ InVariableBase::~InVariableBase()
     _package->removeDependency(this);
 }
 
+/// For a package that is not an InPackageInit: those look the switch up once for all their variables.
 void InVariableBase::initialize()
 {
     initialize(InDiagnostics::areOn());
 }
 
-/// An alias whose kind has no values yet is passed over in silence: such a variable lacks a dependency on `initialize` or
-/// `initArg`. Having no source at all is no error either, until the variable is read.
+/// An alias whose kind has no values yet is passed over in silence: such a variable lacks a dependency on
+/// `initialize` or `initArg`. Having no source at all is no error either, until the variable is read.
 void InVariableBase::initialize(bool isTelling)
 {
     takeOverride();
@@ -151,6 +155,7 @@ char const* InVariableBase::getHandle() const
     return _handle;
 }
 
+/// Comparable by its text alone: each module may have the type's name at an address of its own.
 char const* InVariableBase::initSource() const
 {
     if (_contextAlias == nullptr)
@@ -158,12 +163,13 @@ char const* InVariableBase::initSource() const
     return typeid(*_contextAlias).name();
 }
 
+/// Also finds variables whose package doesn't run.
 InVariableBase const* InVariableBase::queryViaHandle(char const* const handle)
 {
     if (_registry == nullptr)
         return nullptr;
-    const auto found = _registry->find(viewOf(handle));
-    return found != _registry->end() ? found->second : nullptr;
+    InVariableBase* const* const found = _registry->find(handle != nullptr ? handle : "");
+    return found != nullptr ? *found : nullptr;
 }
 
 void InVariableBase::overrideViaHandle(char const* const handle, char const* const value,
@@ -178,6 +184,7 @@ void InVariableBase::overrideViaHandle(char const* const handle, char const* con
         std::cerr << "----" << std::endl;
     }
     InVariableBase const* const variable = queryViaHandle(handle);
+    // A variable whose package has stopped counts as not initialised; the next check refuses those.
     if (variable != nullptr && variable->isValid())
         throw InEx::ExVariableAlreadyInitialized(sourceName, __LINE__, handle);
 
@@ -196,6 +203,8 @@ void InVariableBase::overrideViaHandle(char const* const handle, char const* con
     }
 }
 
+/// Intended: false again once a variable has taken the override; initSource() says then where its value came from. Do
+/// not mend.
 bool InVariableBase::isOverridden(char const* const handle)
 {
     return _pendingOverrides != nullptr && _pendingOverrides->contains(viewOf(handle));
@@ -209,6 +218,8 @@ void InVariableBase::throwNoSource() const
     _contextAlias->throwNotValid();
 }
 
+/// At the stop, whether it is then refused or not. Prints each: an override that nobody took is as a rule a mistyped
+/// handle.
 void InVariableBase::clearPendingOverrides()
 {
     if (_pendingOverrides == nullptr)
@@ -229,25 +240,30 @@ void InVariableBase::clearPendingOverrides()
     _pendingOverrides = nullptr;
 }
 
+/// Before anything else of the variable is registered, so that a handle in use leaves nothing to undo.
 void InVariableBase::enterRegistry()
 {
     if (_registry == nullptr)
         _registry = new Registry;
     try {
-        if (!_registry->try_emplace(_handle.get(), this).second)
+        InVariableBase*& entry = _registry->get(_handle.get());
+        if (entry != nullptr)
             throw InEx::ExHandleAlreadyInUse(sourceName, __LINE__, _handle);
+        entry = this;
     } catch (...) {
         dropIfEmpty(_registry);
         throw;
     }
 }
 
+/// While the handle still exists, which is the key.
 void InVariableBase::leaveRegistry() noexcept
 {
-    _registry->erase(_registry->find(viewOf(_handle)));
+    _registry->erase(_handle.get());
     dropIfEmpty(_registry);
 }
 
+/// insert() puts equal priorities in the order in which they were given, so the first of them is chosen first.
 void InVariableBase::cloneAlias(InContextAliasBase const& alias)
 {
     std::unique_ptr<InContextAliasBase> copy(alias.clone());
@@ -255,6 +271,7 @@ void InVariableBase::cloneAlias(InContextAliasBase const& alias)
     copy.release();
 }
 
+/// Includes an override that was taken, which is owned like the clones.
 void InVariableBase::deleteAliases() noexcept
 {
     for (InContextAliasBase* alias : _aliases)

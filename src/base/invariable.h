@@ -171,8 +171,8 @@ public:
     ///     bool         false for "0" and for "false" in any case; true for all else, "" and "no" included
     ///
     /// Throws InEx::ExUninitializedObject, with the handle, before the package's start, after its stop, and if no
-    /// source has a value. A read is a few loads: the text is converted when the source is chosen, and again when it gets
-    /// another text.
+    /// source has a value. A read is a few loads: the text is converted when the source is chosen, and again when it
+    /// gets another text.
     // Always inline: on Windows an instance that the library exports lacks what stands in the class.
     [[gnu::always_inline]] T getValue() const
     {

@@ -53,23 +53,23 @@ public:
     using Base::operator=;
 
     /// @{
-    /// Replaces all elements; `count` copies of `value`, or as in `std::list`. Throws `std::length_error` for more than
-    /// max_size(), with the list as it was.
+    /// Replaces all elements; `count` copies of `value`, or as in `std::list`. Throws `std::length_error` for more
+    /// than max_size(), with the list as it was.
     void assign(size_type count, T const& value) { Base::assign(checked(count), value); }
 
     /// @}
 
     /// @{
-    /// Removes elements from the end, or appends ones that are made from nothing or copied from `value`, until there are
-    /// `count`. Throws `std::length_error` for more than max_size(), with the list as it was.
+    /// Removes elements from the end, or appends ones that are made from nothing or copied from `value`, until there
+    /// are `count`. Throws `std::length_error` for more than max_size(), with the list as it was.
     void resize(size_type count) { Base::resize(checked(count)); }
     void resize(size_type count, T const& value) { Base::resize(checked(count), value); }
 
     /// @}
 
     /// @{
-    /// Inserts `count` copies of `value` before `position`, or as in `std::list`, and returns where the first one stands.
-    /// Throws `std::length_error` where max_size() would be passed, with the list as it was.
+    /// Inserts `count` copies of `value` before `position`, or as in `std::list`, and returns where the first one
+    /// stands. Throws `std::length_error` where max_size() would be passed, with the list as it was.
     iterator insert(const_iterator position, size_type count, T const& value)
     {
         if (count > this->max_size() - this->size())

@@ -6,8 +6,8 @@
 #include <utility>
 
 // Static objects that static destruction leaves alone. Threads go on while `main` returns, and a static object may be
-// destroyed behind those of this library: what they can still call has to be there. The system takes the memory back with
-// the rest of the process's. Until then it is in reach, so nobody takes it for a leak.
+// destroyed behind those of this library: what they can still call has to be there. The system takes the memory back
+// with the rest of the process's. Until then it is in reach, so nobody takes it for a leak.
 // Tests: tests/base/neverdestroyedtest.cpp, tests/end.
 
 namespace Vn
@@ -42,9 +42,9 @@ private:
 ///
 ///     VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgRegistry>, registryStorage, "_ZN2Vn5LgLog9_registryE");
 ///
-/// The class declares the member as what it is, and every definition of such a member has it destroyed at exit; there is
-/// no attribute against that which all compilers know. So this defines no more than the memory: zeros, under the name by
-/// which the linker knows the member. A TYPE whose objects aren't all zeros after their construction is constructed in
-/// there, in NAME. A wrong SYMBOL is an undefined symbol when the library is linked.
+/// The class declares the member as what it is, and every definition of such a member has it destroyed at exit; there
+/// is no attribute against that which all compilers know. So this defines no more than the memory: zeros, under the
+/// name by which the linker knows the member. A TYPE whose objects aren't all zeros after their construction is
+/// constructed in there, in NAME. A wrong SYMBOL is an undefined symbol when the library is linked.
 #define VN_NEVER_DESTROYED_MEMBER(TYPE, NAME, SYMBOL) \
     alignas(TYPE) constinit std::byte NAME[sizeof(TYPE)] __asm__(SYMBOL) = {}

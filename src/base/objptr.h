@@ -8,8 +8,8 @@ namespace Vn
 template <class T>
 class ObjPtrRet;
 
-/// How both owners destroy an object: by `delete`; null is allowed. A class that is destroyed in another way has an overload
-/// in its own namespace, which the owners find.
+/// How both owners destroy an object: by `delete`; null is allowed. A class that is destroyed in another way has an
+/// overload in its own namespace, which the owners find.
 template <class T>
 void destroyOwned(T* object)
 {

@@ -7,8 +7,8 @@
 namespace Vn
 {
 
-/// Read once and never destroyed: files stay together in one folder even if the variable changes, and static objects may
-/// still ask.
+/// Read once and never destroyed: files stay together in one folder even if the variable changes, and static objects
+/// may still ask.
 OsFilePath const& TestDir::getDefaultPath()
 {
     static OsFilePath const& path = *[] {

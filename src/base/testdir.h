@@ -5,18 +5,22 @@
 namespace Vn
 {
 
-/// Where a test's files go. Static only.
+/// The folder for the files that tests make. Static only, one thread.
+///
+///     Vn::OsFilePath folder = Vn::TestDir::create(Vn::TestDir::getDefaultPath() + "sorting");
+///
 /// Tests: tests/base/testdirtest.cpp.
 class VN_BASE_EXPORT TestDir
 {
 public:
     TestDir() = delete;
 
-    /// The value of `VN_TEST_DIR`, or else the system's folder for temporary files; asked for once and kept. Throws as
-    /// OsFilePath::getTempDir().
+    /// The value of `VN_TEST_DIR`, or the system's temporary folder if that is unset. Looked up at the first call and
+    /// kept: later changes of the variable have no effect. Throws what OsFilePath::getTempDir() throws.
     static OsFilePath const& getDefaultPath();
 
-    /// Makes the directory, as OsFsUtils::createDir(), and returns its path.
+    /// Makes the directory and returns a copy of `path`. One that exists already is no error. Throws what
+    /// OsFsUtils::createDir() throws.
     static OsFilePath create(OsFilePath const& path);
 };
 

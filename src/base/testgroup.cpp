@@ -1,11 +1,11 @@
 // Groups and their registry, and the headings that groups print.
 //
-// Groups are static objects, so they enter the registry before `main`, in the order in which the linker placed them. The
-// registry is made by the first of them and never destroyed, and a group doesn't leave it: groups live as long as the
-// program, and a program that ends may still list them.
+// Groups are static objects, so they enter the registry before `main`, in the order in which the linker placed them.
+// The registry is made by the first of them and never destroyed, and a group doesn't leave it: groups live as long as
+// the program, and a program that ends may still list them.
 //
-// Everything a group prints goes through trace at the level "Main" (testtrace_p.h), so trace options silence or redirect
-// it; only the list of groups is printed whatever levels are on.
+// Everything a group prints goes through trace at the level "Main" (testtrace_p.h), so trace options silence or
+// redirect it; only the list of groups is printed whatever levels are on.
 #include <base/testgroup.h>
 
 #include <base/duplicatestring.h>
@@ -45,6 +45,7 @@ void traceHeading(int line, std::string const& text)
     traceTest(sourceName, line, "");
 }
 
+/// A null text counts as empty everywhere in this class.
 std::string orEmpty(char const* text)
 {
     return ExReasonText::orEmpty(text);
@@ -94,14 +95,15 @@ bool TestGroup::getGroupNameInArgs() const
     return _groupNameInArgs;
 }
 
-/// The old name goes first, so a group may take its own name anew. A duplicate is thrown during static construction as a
-/// rule and so ends the program before `main`; the trace is where its developer sees why.
+/// The old name goes first, so a group may take its own name anew. A duplicate is thrown during static construction
+/// as a rule and so ends the program before `main`; the trace is where its developer sees why.
 void TestGroup::setName(char const* name)
 {
     const ArrayPtr<char> previous(_name);  // `name` may be this very text
     _name = nullptr;
     if (name == nullptr)
         return;
+    // The group itself isn't in the registry yet, or has no name at the moment.
     if (getInstance(name) != nullptr) {
         const ExInternalError duplicate(sourceName, __LINE__,
                                         ExReasonText("Duplicate test group : \"%s\".", name).get());
@@ -111,6 +113,7 @@ void TestGroup::setName(char const* name)
     _name = duplicateString(name).release();
 }
 
+/// Null clears both texts, and the list then shows none.
 void TestGroup::setUsage(char const* usage)
 {
     replaceText(_usage, usage);
@@ -155,21 +158,25 @@ void TestGroup::printInstances()
             text += orEmpty(group->_description) + "\n";
         manager.print(text.c_str());
     }
+    // Last come the trace levels, since options for them are part of calling a test program.
     std::ostringstream levels;
     Trace::printLevels(levels);
     manager.print(levels.str().c_str());
 }
 
+/// For the parts of a group: each heading is a line of stars around the name.
 void TestGroup::caseHeader(char const* name)
 {
     traceHeading(__LINE__, "***** " + orEmpty(name) + " *****");
 }
 
+/// Null counts as empty.
 void TestGroup::log(char const* text)
 {
     traceHeading(__LINE__, "[ " + orEmpty(text) + " ] ");
 }
 
+/// Set by the driver once, from the program's name, before any group runs.
 bool TestGroup::isPixified()
 {
     return _isPixified;

@@ -69,8 +69,8 @@ protected:
     explicit TestGroup(char const* name = nullptr);
 
     /// @{
-    /// Copies share the texts, which the first one that is destroyed frees; they aren't registered, and no group is made
-    /// like that.
+    /// Copies share the texts, which the first one that is destroyed frees; they aren't registered, and no group is
+    /// made like that.
     TestGroup(TestGroup const&) = default;
     TestGroup& operator=(TestGroup const&) = default;
     /// @}
@@ -80,8 +80,8 @@ protected:
     void setName(char const* name);
 
     /// @{
-    /// One line on the arguments, as "COUNT [SEED]", and any text; both are copied and shown by the driver's help. Null clears
-    /// them.
+    /// One line on the arguments, as "COUNT [SEED]", and any text; both are copied and shown by the driver's help.
+    /// Null clears them.
     void setUsage(char const* usage);
     void setDescription(char const* description);
     /// @}

@@ -13,8 +13,9 @@ namespace
 {
 /// Passes opening and reason on as one text.
 ///
-/// Intended: each message replaces the file's content, so the file holds the last one, which is the one that matters to
-/// whoever ran the program. A file that can't be opened loses the message: a report of a failure must not fail. Do not mend.
+/// Intended: each message replaces the file's content, so the file holds the last one, which is the one that matters
+/// to whoever ran the program. A file that can't be opened loses the message: a report of a failure must not fail. Do
+/// not mend.
 void report(char const* opening, char const* reason)
 {
     const std::string text = std::string(opening) + ExReasonText::orEmpty(reason);
@@ -26,6 +27,7 @@ void report(char const* opening, char const* reason)
 }
 }  // namespace
 
+/// The three differ by their openings alone. A null reason leaves the opening.
 void TestInform::testNotPerformed(char const* reason)
 {
     report("Test not performed: ", reason);

@@ -5,8 +5,13 @@
 namespace Vn
 {
 
-/// Tells how a test run has failed: to the file that `VN_RUN_TEST_MSGS` names, which then holds the last such message, or
-/// else as a line of trace. A file that can't be written loses the message. A null reason is left out. Static only.
+/// Reports how a test run has failed.
+///
+///     Vn::TestInform::testNotPerformed("no network");    // "Test not performed: no network"
+///
+/// The report goes to the file that `VN_RUN_TEST_MSGS` names, and each one replaces the one before. Without that
+/// variable it goes to the trace output, whatever trace levels are on. A file that can't be written loses the report.
+/// A null reason counts as empty. Static only, one thread.
 /// Tests: tests/base/testinformtest.cpp.
 class VN_BASE_EXPORT TestInform
 {

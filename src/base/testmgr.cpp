@@ -8,8 +8,8 @@
 // 4. The group runs: prepare(), execute(), terminate(). An exception skips what follows; a leak found by the check
 //    skips it too, and is told by the exit code alone.
 //
-// Exceptions become an exit code here and nowhere else, so a group needs no handling of its own. The harness runs on one
-// thread.
+// Exceptions become an exit code here and nowhere else, so a group needs no handling of its own. The harness runs on
+// one thread.
 #include <base/testmgr.h>
 
 #include <base/dbgbuildinfo.h>
@@ -53,8 +53,8 @@ enum ExitCode : int
     LeakFound = 3
 };
 
-/// Intended: the order of the words differs from the one that is accepted, which has the option first. Programs compare
-/// this text; do not mend.
+/// Intended: the order of the words differs from the one that is accepted, which has the option first. Programs
+/// compare this text; do not mend.
 constexpr char usage[] = "\nArguments: \n\n<testGroup> { <args> } \n<testGroup> -perf <fileName>\n"
                          "<testGroup> -dumpLeaks { <args> }\n<testGroup> -dumpLibs { <args> }\n"
                          "<testGroup> -detectLeaks { <args> }\n";
@@ -90,11 +90,13 @@ public:
         _texts.push_back(nullptr);
     }
 
+    /// Without the null pointer.
     int getCount() const { return _count; }
 
-    /// Null behind the last.
+    /// Null behind the last, so an option without what should follow it is an unknown group.
     char* operator[](int index) const { return index < _count ? _texts[static_cast<std::size_t>(index)] : nullptr; }
 
+    /// Whether the argument is there and equals `text`.
     bool is(int index, char const* text) const
     {
         char const* const argument = (*this)[index];
@@ -118,6 +120,7 @@ void printText(std::string const& text)
 /// Off by default, as the level is: for a log that should say which builds were tested.
 void reportLibraries()
 {
+    // The text is formed first, as the log takes it in one piece.
     std::ostringstream text;
     text << "Registered versioned libraries:\n";
     DbgBuildInfoMgr::printBuildInfo(text, false);
@@ -186,7 +189,8 @@ void warnWithoutHeapForDebugging(char const* option)
                   std::string("Warning: ") + option + " specified but MemDebug version of smartheap is not loaded");
 }
 
-/// Returns whether a leak was found. The check reports at its end, by an exception, which execute() may throw as well.
+/// Returns whether a leak was found. The check reports at its end, by an exception, which execute() may throw as
+/// well.
 bool findsLeak(TestGroup& group, int count, char** vector, bool dumpsStack)
 {
     try {
@@ -217,8 +221,8 @@ void traceGroupEnd()
     traceTest(sourceName, __LINE__, "");
 }
 
-/// `GROUP ARGUMENTS`, with or without an option before the name. A group that asks for its name gets it in the place of
-/// a program's name.
+/// `GROUP ARGUMENTS`, with or without an option before the name. A group that asks for its name gets it in the place
+/// of a program's name.
 int runGroup(Arguments& arguments)
 {
     const GroupOptions options(arguments);
@@ -231,6 +235,7 @@ int runGroup(Arguments& arguments)
     }
     if (group->getPrintHeaders())
         traceGroupHeading(*group);
+    // Behind the last argument stands the null pointer, so a group without arguments gets a vector as well.
     const int first = options.getGroupIndex() + (group->getGroupNameInArgs() ? 0 : 1);
     const int count = arguments.getCount() - first;
     char** const vector = arguments.from(first);
@@ -255,6 +260,7 @@ int run(int argc, char** argv)
     Arguments arguments;
     DbgBuildInfoMgr::registerAppInfo(ObjPtr<DbgBuildInfo>(new TestSuiteBuildInfo));
     reportLibraries();
+    // A caller may pass no arguments at all; then there is no program name either.
     if (arguments.getCount() > 0)
         TestMgr::setIsPixified(isPixie(arguments[0]));
     if (arguments.getCount() < 2) {
@@ -271,8 +277,8 @@ int run(int argc, char** argv)
     return runGroup(arguments);
 }
 
-/// Intended: the text ends in the address of the logger's `ends`, as a standard stream takes that function for a pointer.
-/// The report has always had this form; do not mend.
+/// Intended: the text ends in the address of the logger's `ends`, as a standard stream takes that function for a
+/// pointer. The report has always had this form; do not mend.
 std::string describe(std::exception const& exception)
 {
     std::ostringstream text;
@@ -291,6 +297,7 @@ int TestMgr::runTest(int argc, char** const argv)
     try {
         return run(argc, argv);
     } catch (ExBase const& failure) {
+        // Nearly all of these are standard exceptions too: this one comes first, as it has the place of the throw.
         TestInform::exceptionEncountered(failure.getDetailedReason());
     } catch (std::exception const& failure) {
         TestInform::exceptionEncountered(describe(failure).c_str());
@@ -300,6 +307,7 @@ int TestMgr::runTest(int argc, char** const argv)
     return ExceptionReached;
 }
 
+/// The group's own setter is private: only the driver knows the program's name.
 void TestMgr::setIsPixified(bool isPixified)
 {
     TestGroup::setIsPixified(isPixified);

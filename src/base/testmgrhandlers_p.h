@@ -11,7 +11,7 @@
 namespace Vn
 {
 
-/// What a test program does with an exception that nobody may throw, and with one that nobody catches.
+/// What a test program does with an exception that a function may not throw, and with one that nothing catches.
 struct TestMgrHandlers
 {
     static constexpr char sourceName[] = "src/base/testmgr";
@@ -27,6 +27,7 @@ struct TestMgrHandlers
         throw exception;
     }
 
+    /// Reports and aborts: the stack can't unwind any more, so nothing is stopped or destroyed.
     [[noreturn]] static void handleTermination()
     {
         const Trace::Entry entry(TraceManager::getInstance().getTrace(), *Trace::MainTraceLevel,
@@ -35,6 +36,7 @@ struct TestMgrHandlers
         std::abort();
     }
 
+    /// For the rest of the process.
     static void install()
     {
 #if defined(__GLIBCXX__)

@@ -1,12 +1,13 @@
 // Performance runs: a list file names groups, each runs a number of cycles under two clocks, and a table shows the
 // averages.
 //
-// loadFile() fills the records line by line; execute() then takes each record in turn. Only the group's execute() lies
-// between start() and stop(): texts are formed and printed outside, so that they don't count. After each record the
-// profilers are reset, so that it has figures of its own.
+// loadFile() fills the records line by line; execute() then takes each record in turn. Only the group's execute()
+// lies between start() and stop(): texts are formed and printed outside, so that they don't count. After each record
+// the profilers are reset, so that it has figures of its own.
 //
-// The table shows the hardware counter's average, or that of the time of day if it is above 30 s. A wrong line ends the run with an exception and leaves the records before it as they are: the destructor
-// and the next load count on `_groupCount` to free what they own.
+// The table shows the hardware counter's average, or that of the time of day if it is above 30 s. A wrong line ends
+// the run with an exception and leaves the records before it as they are: the destructor and the next load count on
+// `_groupCount` to free what they own.
 #include <base/testperformer.h>
 
 #include <base/duplicatestring.h>
@@ -52,7 +53,8 @@ TraceLevel const& traceLevel()
     throw error;
 }
 
-/// Intended: a word of 128 characters or more is left out, and the text then ends in "<"; programs compare it. Do not mend.
+/// Intended: a word of 128 characters or more is left out, and the text then ends in "<"; programs compare it. Do not
+/// mend.
 [[noreturn]] void refuseWord(int line, std::string text, char const* word)
 {
     if (std::strlen(word) < wordLimit)
@@ -76,6 +78,7 @@ void print(std::ostringstream const& stream)
 /// With parentheses, so that all records are zero: a line without a number of cycles takes up what its record holds.
 TestPerformer::TestPerformer() : _groups(), _groupCount(0) {}
 
+/// For copies: the one instance is never destroyed.
 TestPerformer::~TestPerformer()
 {
     dropGroups();
@@ -90,9 +93,9 @@ TestPerformer& TestPerformer::getInstance()
 
 /// On Linux a directory opens and then reads like an empty file, hence the question for it.
 ///
-/// Intended: the limit of groups is tested before the line is looked at, so an empty line behind the last group is one too
-/// many; and a line that is too long is parsed as far as it was read and ends the file, without a message. Lists depend on
-/// both; do not mend.
+/// Intended: the limit of groups is tested before the line is looked at, so an empty line behind the last group is
+/// one too many; and a line that is too long is parsed as far as it was read and ends the file, without a message.
+/// Lists depend on both; do not mend.
 void TestPerformer::loadFile(char const* path)
 {
     const Trace::Entry entry(TraceManager::getInstance().getTrace(), traceLevel(), "TestPerformer::loadFile()",
@@ -103,6 +106,7 @@ void TestPerformer::loadFile(char const* path)
     dropGroups();
     char line[lineSize];
     stream.getline(line, lineSize);
+    // A last line without a line end leaves the stream at its end but the buffer filled.
     while (stream.good() || line[0] != '\0') {
         if (_groupCount == groupLimit)
             refuse(__LINE__, "Too many test groups in file.");
@@ -115,7 +119,8 @@ void TestPerformer::loadFile(char const* path)
 
 /// Frees the arguments and counts from 0 again.
 ///
-/// Intended: the records keep their numbers of cycles, and a line without one takes up what its record had. Do not mend.
+/// Intended: the records keep their numbers of cycles, and a line without one takes up what its record had. Do not
+/// mend.
 void TestPerformer::dropGroups()
 {
     for (std::int32_t i = 0; i < _groupCount; ++i) {
@@ -125,25 +130,25 @@ void TestPerformer::dropGroups()
     _groupCount = 0;
 }
 
-/// The blank is the only separator: a line with tabs is one word. strtok() writes into `line` and passes over several blanks
-/// at once.
+/// The blank is the only separator: a line with tabs is one word. strtok() writes into `line` and passes over several
+/// blanks at once.
 void TestPerformer::readLine(char* line)
 {
     Group& group = _groups[_groupCount];
     group.argc = 0;
-    int number = 0;
+    int number = 0;  // of the word: name, cycles, arguments
     for (char* word = std::strtok(line, " "); word != nullptr; word = std::strtok(nullptr, " "))
         readWord(group, number++, word);
-    // Intended: behind 16 arguments the null pointer belongs into the next field, which is the average. As zeros that is
-    // 0.0, written here without running past the array; execute() overwrites it. Do not mend.
+    // Intended: behind 16 arguments the null pointer belongs into the next field, which is the average. As zeros that
+    // is 0.0, written here without running past the array; execute() overwrites it. Do not mend.
     if (group.argc < argumentLimit)
         group.argv[group.argc] = nullptr;
     else
         group.averageTime = 0.0;
 }
 
-/// Intended: the record counts as soon as its name is known, before the rest of the line has been read; a wrong number
-/// leaves it in. Do not mend.
+/// Intended: the record counts as soon as its name is known, before the rest of the line has been read; a wrong
+/// number leaves it in. Do not mend.
 void TestPerformer::readWord(Group& group, int number, char const* word)
 {
     if (number == 0) {
@@ -171,7 +176,7 @@ void TestPerformer::execute(OsFilePath const& path)
 {
     loadFile(path.getChars());
     reset();
-    TestProgress progress;
+    TestProgress progress;  // blanks its line out at the end, also after an exception
     for (std::int32_t i = 0; i < _groupCount; ++i) {
         Group& group = _groups[i];
         for (std::int32_t cycle = 0; cycle < group.nbCycles; ++cycle) {
@@ -205,6 +210,7 @@ void TestPerformer::runCycle(Group& group, int cycle)
           << _hwProfiler << "\n";
     print(after);
     group.group->terminate();
+    // An empty dump prints nothing.
     std::ostringstream dumped;
     group.group->dump(dumped);
     print(dumped);

@@ -11,14 +11,18 @@ namespace Vn
 
 class TestGroup;
 
-/// Times test groups under two clocks, by a list in a file, and tells the average of each:
+/// Times the test groups of a list under two clocks and prints their average times:
 ///
 ///     TestPerformer::getInstance().execute(OsFilePath("groups.perf"));
 ///     std::cout << TestPerformer::getInstance();
 ///
-/// A line of the list holds a group's name (47 characters at most), the number of cycles (not 0; a negative one runs
-/// none), and up to 16 arguments, parted by blanks. Up to 128 lines with up to 255 characters; empty ones are skipped.
-/// While it runs, and the standard error stream is a terminal, that shows how far it is. One thread.
+/// A line of the list holds a group's name (at most 47 characters), the number of cycles (not 0; a negative number
+/// runs none) and up to 16 arguments, separated by blanks. A list has at most 128 lines of at most 255 characters;
+/// empty lines are skipped.
+///
+///     sorting 20 1000    // 20 cycles of the group "sorting", each with the argument "1000"
+///
+/// If standard error is a terminal, it shows the progress. One thread.
 /// Tests: tests/base/testperformertest.cpp.
 class VN_BASE_EXPORT TestPerformer
 {

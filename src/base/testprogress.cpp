@@ -1,5 +1,5 @@
-// A line on the terminal that says how far a performance run is. Nothing is printed where nobody watches, so output in
-// files stays the same.
+// A line on the terminal that says how far a performance run is. Nothing is printed where nobody watches, so output
+// in files stays the same.
 #include <base/testprogress_p.h>
 
 #include <cstdio>

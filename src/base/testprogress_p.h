@@ -6,8 +6,8 @@
 namespace Vn
 {
 
-/// Tells on the standard error stream how far a performance run is, if that is a terminal, ten times a second at most;
-/// wipes it out at the end.
+/// Shows the progress of a performance run on standard error, if that is a terminal: a line that is overwritten at most
+/// ten times a second, and blanked out at the end. Nothing is printed where nobody watches.
 class TestProgress
 {
 public:
@@ -16,6 +16,7 @@ public:
     TestProgress(TestProgress const&) = delete;
     TestProgress& operator=(TestProgress const&) = delete;
 
+    /// Says that the group is in cycle `cycle`, counted from 0, of `cycles`.
     void show(char const* group, int cycle, int cycles);
 
 private:
@@ -26,7 +27,7 @@ private:
 
 namespace System
 {
-/// Platform side.
+/// Whether standard error is a terminal.
 bool isErrorStreamATerminal();
 }  // namespace System
 

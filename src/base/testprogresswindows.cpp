@@ -4,6 +4,7 @@
 #include <io.h>
 #include <stdio.h>
 
+/// False for a pipe or a file, as in a build server.
 bool Vn::System::isErrorStreamATerminal()
 {
     return ::_isatty(::_fileno(stderr)) != 0;

@@ -9,7 +9,8 @@
 namespace Vn
 {
 
-/// Traces one line of the test harness at the level "Main", if that is on.
+/// Traces one line of the test harness at the level "Main", if that is on: prefix and text in one print, since the
+/// trace output ends each print with a line end.
 inline void traceTest(char const* file, int line, std::string const& text)
 {
     if (!Trace::isEnabled(*Trace::MainTraceLevel))

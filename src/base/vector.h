@@ -3,10 +3,9 @@
 #include <compare>
 #include <concepts>
 #include <initializer_list>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
-#include <vector>
+#include <vector>  // and what iterators need: <iterator> would bring the streams as well
 
 namespace Vn
 {
@@ -17,8 +16,8 @@ namespace Vn
 ///     Vn::Vector<int> primes = {2, 3, 5};
 ///     primes.push_back(7);
 ///
-/// Operations, their cost and their guarantees are the standard's; `operator[]` is not checked. A full vector grows to
-/// one and a half times its capacity, or to the size that is needed if that is more. More than max_size() elements
+/// Operations, their cost and their guarantees are the standard's; `operator[]` is not checked. A full vector grows
+/// to one and a half times its capacity, or to the size that is needed if that is more. More than max_size() elements
 /// are refused with `std::length_error` ("vector<T> too long"), and the vector stays as it was.
 /// Tests: tests/base/vectortest.cpp.
 template <class T>
@@ -88,8 +87,8 @@ public:
     /// @}
 
     /// @{
-    /// Copies of the values, or of what stands from `first` up to `last`, in their order. A range that can be read only once
-    /// grows the storage by half again and again; of any other the size is known, and it is allocated once.
+    /// Copies of the values, or of what stands from `first` up to `last`, in their order. A range that can be read
+    /// only once grows the storage by half again and again; of any other the size is known, and it is allocated once.
     Vector(std::initializer_list<T> values) : Base(values) {}
     template <std::input_iterator Iterator>
     Vector(Iterator first, Iterator last)
@@ -127,8 +126,8 @@ public:
     void reserve(size_type count) { Base::reserve(checked(count)); }
 
     /// @{
-    /// Removes elements from the end, or appends ones that are made from nothing or copied from `value`, until there are
-    /// `count`. `value` may be an element of this vector. Throws `std::length_error` for more than max_size().
+    /// Removes elements from the end, or appends ones that are made from nothing or copied from `value`, until there
+    /// are `count`. `value` may be an element of this vector. Throws `std::length_error` for more than max_size().
     void resize(size_type count)
     {
         makeRoomFor(count);
@@ -149,8 +148,9 @@ public:
     /// @}
 
     /// @{
-    /// Replaces all elements: by `count` copies of `value`, by the values, or by those from `first` up to `last`. `value` may
-    /// be an element of this vector, the range must not be of it. Throws `std::length_error` for more than max_size().
+    /// Replaces all elements: by `count` copies of `value`, by the values, or by those from `first` up to `last`.
+    /// `value` may be an element of this vector, the range must not be of it. Throws `std::length_error` for more
+    /// than max_size().
     void assign(size_type count, T const& value)
     {
         if (checked(count) <= capacity()) {
@@ -188,8 +188,8 @@ public:
     /// @}
 
     /// @{
-    /// Appends an element; at most one in many appends moves the others to larger storage. The arguments may be elements of
-    /// this vector. If it throws, the vector is as it was. Throws `std::length_error` at max_size().
+    /// Appends an element; at most one in many appends moves the others to larger storage. The arguments may be
+    /// elements of this vector. If it throws, the vector is as it was. Throws `std::length_error` at max_size().
     void push_back(T const& value) { emplace_back(value); }
     void push_back(T&& value) { emplace_back(std::move(value)); }
 
@@ -206,8 +206,8 @@ public:
     /// @}
 
     /// @{
-    /// Inserts before `position`, and returns where the first new element stands, or `position` if there is none. What is
-    /// inserted may be an element of this vector, the range from `first` up to `last` must not be of it.
+    /// Inserts before `position`, and returns where the first new element stands, or `position` if there is none.
+    /// What is inserted may be an element of this vector, the range from `first` up to `last` must not be of it.
     ///
     ///     primes.insert(primes.begin(), 2);     ->  2 3 5 7
     ///

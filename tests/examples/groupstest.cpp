@@ -92,6 +92,10 @@ TEST(Groups, filesGoWhereTheVariableSays)
     const ChildRun result = child.arguments({"files", "3"}).with("VN_TEST_DIR", temp.path()).run();
     EXPECT_EQ(result.exitCode, 0) << result.out;
     EXPECT_TRUE(std::filesystem::is_empty(temp.path())) << "and are gone";
+    const ChildRun failing =
+        Child::program("groups").arguments({"files", "many"}).with("VN_TEST_DIR", temp.path()).run();
+    EXPECT_EQ(failing.exitCode, 2);
+    EXPECT_TRUE(std::filesystem::is_empty(temp.path())) << "also after a run that failed";
     const ChildRun nowhere =
         Child::program("groups").arguments({"files"}).with("VN_TEST_DIR", temp.path("a")).run();
     EXPECT_EQ(nowhere.exitCode, 2);

@@ -5,11 +5,11 @@
 #include <base/osendian.h>
 #include <base/osfilereader.h>
 #include <base/osfilewriter.h>
+#include <base/osfsutils.h>
 #include <base/osutils.h>
 #include <base/testdir.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 
 namespace
@@ -21,37 +21,48 @@ class Files : public WorkGroup
 public:
     Files() : WorkGroup("files", "Writes files, lists, copies and reads them, and removes them again.", 100) {}
 
-private:
-    /// A folder that is removed with what it holds; the group is over if it throws, and nothing else would do it.
-    class Folder
+    void prepare(int, char** const) override
     {
-    public:
-        explicit Folder(OsFilePath const& path) : _path(TestDir::create(path)) {}
-        ~Folder() { std::filesystem::remove_all(_path.getChars()); }
-        Folder(Folder const&) = delete;
-        Folder& operator=(Folder const&) = delete;
+        const std::string name = "groups-" + std::to_string(OsUtils::getPid());
+        _root = TestDir::create(TestDir::getDefaultPath() + name.c_str());
+    }
 
-        OsFilePath const& getPath() const { return _path; }
+    /// After an exception the driver doesn't call terminate(), so the folder goes here.
+    void execute(int argc, char** const argv) override
+    {
+        try {
+            WorkGroup::execute(argc, argv);
+        } catch (...) {
+            removeTrees();
+            terminate();
+            throw;
+        }
+    }
 
-    private:
-        OsFilePath _path;
-    };
+    void terminate() override { OsDirectory(_root).remove(); }
 
+private:
     void work(unsigned long count) override
     {
-        const std::string own = "groups-" + std::to_string(OsUtils::getPid());
-        const Folder root(TestDir::getDefaultPath() + own.c_str());
-        const OsFilePath source = TestDir::create(root.getPath() + "source");
+        const OsFilePath source = TestDir::create(_root + "source");
         for (unsigned long i = 0; i < count; ++i)
             write(source + std::to_string(i).c_str(), i);
-        const OsFilePath target = root.getPath() + "target";
+        const OsFilePath target = _root + "target";
         OsDirectory::copyHierarchy(source, target);
         const ObjPtr<Vector<OsFilePath>> names(
             OsDirectory(target).getChildrenPath(OsFileTypes::LeafPath, OsPassThroughFilter()));
         require(names->size() == count, "the number of copies");
         for (OsFilePath const& name : *names)
             require(std::to_string(read(target + name.getChars())) == name.getChars(), "what a copy holds");
-        for (OsFilePath const& folder : {source, target}) {
+        removeTrees();
+    }
+
+    /// What there is of them: a run may have failed anywhere.
+    void removeTrees() const
+    {
+        for (OsFilePath const& folder : {_root + "source", _root + "target"}) {
+            if (!OsFsUtils::isDirectory(folder.getChars()))
+                continue;
             OsDirectory directory(folder);
             directory.removeChildren(OsLeafFileFilter());
             directory.remove();
@@ -72,6 +83,8 @@ private:
         require(reader.read(&value, sizeof value) == sizeof value, "the bytes read");
         return value;
     }
+
+    OsFilePath _root;
 } files;
 
 class Dates : public WorkGroup

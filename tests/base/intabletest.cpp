@@ -1,15 +1,16 @@
-#include <base/inpointertable_p.h>
+#include <base/intable_p.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <random>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
-using Table = Vn::InPointerTable<int>;
+using Table = Vn::InTable<Vn::InAddressKey, int>;
 
-TEST(InPointerTable, findsNothingInAnEmptyOne)
+TEST(InTable, findsNothingInAnEmptyOne)
 {
     Table table;
     const int object = 0;
@@ -18,7 +19,7 @@ TEST(InPointerTable, findsNothingInAnEmptyOne)
     EXPECT_EQ(table.size(), 0u);
 }
 
-TEST(InPointerTable, makesAnEntryAtTheFirstUseAndKeepsItsValue)
+TEST(InTable, makesAnEntryAtTheFirstUseAndKeepsItsValue)
 {
     Table table;
     const int objects[2] = {};
@@ -33,7 +34,7 @@ TEST(InPointerTable, makesAnEntryAtTheFirstUseAndKeepsItsValue)
     EXPECT_EQ(table.get(&objects[0]), 0) << "the value of a former entry is gone";
 }
 
-TEST(InPointerTable, agreesWithTheStandardLibrarysTableWhateverComesAndGoes)
+TEST(InTable, agreesWithTheStandardLibrarysTableWhateverComesAndGoes)
 {
     std::mt19937 random(1);
     std::vector<int> objects(300);
@@ -60,5 +61,37 @@ TEST(InPointerTable, agreesWithTheStandardLibrarysTableWhateverComesAndGoes)
                 ASSERT_EQ(*value, found->second);
             }
         }
+    }
+}
+
+TEST(InTable, findsTextsByTheirCharactersAndKeepsTheFirstOfEqualOnes)
+{
+    Vn::InTable<Vn::InTextKey, int> table;
+    const std::string first = "depth", equal = "depth", shorter = "dept", empty;
+    table.get(first.c_str()) = 1;
+    table.get(equal.c_str()) += 1;
+    table.get(shorter.c_str()) = 3;
+    table.get(empty.c_str()) = 4;
+    EXPECT_EQ(table.size(), 3u);
+    EXPECT_EQ(*table.find("depth"), 2);
+    EXPECT_EQ(table.keyOf("depth").getText(), first.c_str());
+    EXPECT_EQ(*table.find(""), 4);
+    EXPECT_EQ(table.find("depths"), nullptr);
+    table.erase("depth");
+    EXPECT_EQ(table.find(first.c_str()), nullptr);
+    EXPECT_EQ(*table.find("dept"), 3);
+}
+
+TEST(InTable, givesItsMemoryBackWithTheLastEntryAndCanBeFilledAnew)
+{
+    std::vector<int> objects(1000);
+    Table table;
+    for (int round = 0; round < 3; ++round) {
+        for (int const& object : objects)
+            table.get(&object) = 5;
+        for (int const& object : objects)
+            table.erase(&object);
+        EXPECT_EQ(table.size(), 0u);
+        EXPECT_EQ(table.find(&objects[0]), nullptr);
     }
 }
