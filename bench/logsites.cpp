@@ -1,5 +1,8 @@
 // What a message costs: at its site beside the clock alone, and in the reader with many queues beside one; a flushed line
 // beside another logger's; what the locks of the outputs add; a trace site that is on and one that is off.
+//
+// benchlogsites             all of that, in one process
+// benchlogsites --shared    lines under the inter-process lock, of one process and of several that share a file
 #include "rounds.h"
 
 #include <base/hwcounter.h>
@@ -14,8 +17,10 @@
 #include <spdlog/spdlog.h>
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,8 +28,10 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 using VnBench::Rounds;
@@ -149,15 +156,15 @@ void useQueues(std::size_t count)
     current = queues.front().get();
 }
 
-/// A line by the reader, with as many queues; `used` of them have messages.
-double timeOfLine(std::size_t used)
+/// A line by the reader. `used` of the queues have messages, each `run` after one another, as threads log them.
+double timeOfLine(std::size_t used, int run)
 {
     constexpr int lines = 2048;
     int done = 0;
     while (done < lines)
-        for (std::size_t i = 0; i < used && done < lines; ++i, ++done) {
+        for (std::size_t i = 0; i < used && done < lines; ++i) {
             current = queues[i * (queues.size() / used)].get();
-            if (!current->isFull())
+            for (int k = 0; k < run && done < lines; ++k, ++done)
                 logInteger(done);
         }
     const double time = timeOfEach(1, drain);
@@ -167,20 +174,25 @@ double timeOfLine(std::size_t used)
 
 void compareReaders()
 {
-    // Each round changes the queues, so the times of one and of many stand in one run.
+    // Each round changes the queues, so the times of few and of many stand in one run. Where each message is in another queue
+    // than the one before, it is also in memory that nothing has touched for long, whatever the reader does.
+    const auto compare = [](std::size_t count, std::size_t used, int run) {
+        Rounds rounds(
+            std::to_string(count) + " queues, " + std::to_string(used) + " used by " + std::to_string(run), "ns");
+        rounds.add("a line", [count, used, run] {
+            useQueues(count);
+            return timeOfLine(used, run);
+        });
+        rounds.add("with 2 queues", [run] {
+            useQueues(2);
+            return timeOfLine(2, run);
+        });
+        rounds.run(30);
+    };
     for (const std::size_t count : {16, 64, 256, 1024}) {
-        for (const std::size_t used : {std::size_t(2), count}) {
-            Rounds rounds(std::to_string(count) + " queues, " + std::to_string(used) + " used", "ns");
-            rounds.add("a line", [count, used] {
-                useQueues(count);
-                return timeOfLine(used);
-            });
-            rounds.add("with 2 queues", [] {
-                useQueues(2);
-                return timeOfLine(2);
-            });
-            rounds.run(30);
-        }
+        compare(count, 2, 1);
+        compare(count, count, 8);
+        compare(count, count, 1);
     }
     useQueues(1);
 }
@@ -305,6 +317,90 @@ void compareTraces()
     on.run(200);
 }
 
+constexpr int linesOfProcess = 20000;
+
+/// What a child process does: so many lines into one file, by the logger or by plain calls.
+void writeLines(std::string_view how, char const* path)
+{
+    if (how == "ours") {
+        int i = 0;
+        while (i < linesOfProcess) {
+            for (int k = 0; k < burst; ++k)
+                logInteger(i++);
+            drain();
+        }
+        return;
+    }
+    const int file = ::open(path, O_WRONLY | O_CREAT | O_APPEND, 0600);
+    const int lock = how == "locked" ? ::open((std::string(path) + ".lock").c_str(), O_RDWR | O_CREAT, 0600) : -1;
+    constexpr std::string_view line =
+        "0000000000 0123456789 (0x00000001) Warning: Bench a message with the number 123\n";
+    for (int i = 0; i < linesOfProcess; ++i) {
+        if (lock != -1)
+            ::flock(lock, LOCK_EX);
+        if (::write(file, line.data(), line.size()) < 0)
+            std::abort();
+        if (lock != -1)
+            ::flock(lock, LOCK_UN);
+    }
+}
+
+/// Nanoseconds until all lines of `count` processes are in the file, for one line. Starts and ends included.
+double timeOfProcesses(char const* self, std::string const& folder, std::string const& how, std::size_t count)
+{
+    const std::string path = folder + "/shared.log";
+    std::vector<std::string> arguments = {self, "--lines", how, path};
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    ::setenv("VN_LOG_WARNING", ("+" + path).c_str(), 1);
+    ::setenv("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase bench", 1);
+    const double time = timeOfEach(1, [&] {
+        std::vector<::pid_t> children(count);
+        for (::pid_t& child : children)
+            if (::posix_spawn(&child, "/proc/self/exe", nullptr, nullptr, argv.data(), environ) != 0)
+                std::abort();
+        for (const ::pid_t child : children) {
+            int status = 0;
+            if (::waitpid(child, &status, 0) != child || status != 0)
+                std::abort();
+        }
+    });
+    ::unsetenv("VN_LOG_WARNING");
+    ::unsetenv("VN_INTERNAL_INTERPROCESS_LOG_LOCK");
+    std::filesystem::remove(path);
+    return time / (static_cast<double>(count) * linesOfProcess);
+}
+
+void compareProcesses(char const* self, std::string const& folder)
+{
+    for (const std::size_t count : {1, 2, 4}) {
+        Rounds rounds(std::to_string(count) + " processes, one log", "ns");
+        for (auto const& [who, how] : {std::pair("ours, under the lock", "ours"),
+                                       {"plain, under a lock", "locked"},
+                                       {"plain appending", "plain"}})
+            rounds.add(who, [self, &folder, how = std::string(how), count] {
+                return timeOfProcesses(self, folder, how, count);
+            });
+        rounds.run(7);
+    }
+}
+
+/// The mutex that a reader takes for each line, so that no other thread closes the file.
+void compareMutex()
+{
+    static std::recursive_mutex mutex;
+    Rounds rounds("the outputs' mutex", "ns");
+    rounds.add("a recursive mutex, both ways", [] {
+        return timeOfEach(burst, [] {
+            mutex.lock();
+            mutex.unlock();
+        });
+    });
+    rounds.run(200);
+}
+
 /// The process starts with or without the lock, so this runs in a process of its own.
 void compareSharedLines(std::string const& folder)
 {
@@ -320,6 +416,7 @@ void compareSharedLines(std::string const& folder)
 int main(int argc, char** argv)
 {
     const bool isShared = argc > 1 && std::string_view(argv[1]) == "--shared";
+    const bool isChild = argc == 4 && std::string_view(argv[1]) == "--lines";
     std::string folder = (std::filesystem::temp_directory_path() / "vnbase-bench-XXXXXX").string();
     if (::mkdtemp(folder.data()) == nullptr)
         return 1;
@@ -333,10 +430,15 @@ int main(int argc, char** argv)
         Vn::LgLog::setQueueFunction(getCurrent);
         Vn::LgLog::setLoggerActivation(true);
         useQueues(1);
-        Rounds::printHead();
-        if (isShared)
+        if (!isChild)
+            Rounds::printHead();
+        if (isChild)
+            writeLines(argv[2], argv[3]);
+        else if (isShared) {
             compareSharedLines(folder);
-        else {
+            compareProcesses(argv[0], folder);
+        } else {
+            compareMutex();
             compareSites();
             compareReaders();
             compareLines(folder);

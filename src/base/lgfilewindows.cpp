@@ -26,6 +26,7 @@ constexpr ::DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE;
     return reinterpret_cast<::HANDLE>(handle);
 }
 
+/// Opens what is there, or makes it. Never empties it: that waits until no other level is known to have it open.
 ::HANDLE openFile(char const* path, ::DWORD access)
 {
     return ::CreateFileA(path, access, sharing, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -95,6 +96,7 @@ bool LogOutput::makeEmpty()
     return ::SetFilePointerEx(handleOf(_handle), start, nullptr, FILE_BEGIN) && ::SetEndOfFile(handleOf(_handle));
 }
 
+/// In bytes of the file, CR included.
 std::optional<std::uint64_t> LogOutput::getSize() const
 {
     ::LARGE_INTEGER size = {};
@@ -103,6 +105,7 @@ std::optional<std::uint64_t> LogOutput::getSize() const
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
+/// The byte before that size: `size` is not 0.
 bool LogOutput::endsLineAt(std::uint64_t size) const
 {
     return isLineEnd(handleOf(_handle), size - 1);

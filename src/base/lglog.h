@@ -32,8 +32,8 @@ public:
     /// Where the messages of one level go.
     struct LevelInfo
     {
-        /// Only shown by displaySetup(): messages of a level that isn't enabled are read and thrown away for want of
-        /// an output.
+        /// Only shown by displaySetup(): messages of a level that isn't enabled are read and dropped, as they have
+        /// no output.
         bool enabled;
         bool echo;             ///< to the standard output stream as well
         bool append;           ///< behind what the file holds

@@ -117,7 +117,7 @@ public:
     /// Blocks until there is room for `size` bytes, if there is an observer; returns at once otherwise.
     void waitForSpace(int size) const;
 
-    /// Whether a message would be refused for want of an entry. True with 1,022 entries in the queue: the last but
+    /// Whether a message would be refused because no entry is free. True with 1,022 entries in the queue: the last but
     /// one free entry is kept for the count of losses.
     bool isFull() const;
 

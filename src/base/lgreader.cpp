@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <iostream>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <string_view>
 #include <typeinfo>
@@ -30,11 +31,11 @@
 namespace Vn
 {
 
-/// The queues in the registry's order, each with the time stamp of its head as far as it is known.
+/// The queues in the registry's order, and the time stamps of their heads as far as they have been seen.
 ///
-/// A head that was seen doesn't change until the reader removes it, so a walk looks again only at queues that were empty, and
-/// at the one that lost its head. The table stays from one message to the next while the registry's list is the same; a
-/// registry of the program's own can't tell that, and is asked for its list each time.
+/// A head that was seen doesn't change until the reader removes it. So a call looks only at queues that were empty before, and
+/// at the one that has lost its head; the others wait in a heap. All that stays from one message to the next while the
+/// registry's list is the same. A registry of the program's own can't tell that, and is asked for its list each time.
 class LgQueueHeads
 {
 public:
@@ -45,28 +46,38 @@ public:
         return heads;
     }
 
-    /// The queue whose head is the earliest; null if all are empty. Deletes queues that are finished, as removeFinished()
-    /// says.
+    /// The queue whose head is the earliest; null if all are empty. Among equal time stamps the queue that was registered
+    /// first wins.
+    ///
+    /// Deletes the queues in front of the first one with a message that are finished. Finished queues behind it wait for a
+    /// later call.
     LgQueue* takeEarliest();
 
 private:
+    using Place = std::uint32_t;
+
     struct Head
     {
-        LgQueue* queue;
         std::uint64_t timeStamp;
-        bool isKnown;
+        Place place;
     };
-    using Place = std::vector<Head>::iterator;
+
+    static bool isLater(Head const& one, Head const& other)
+    {
+        return one.timeStamp != other.timeStamp ? one.timeStamp > other.timeStamp : one.place > other.place;
+    }
 
     void update();
-    Place removeFinished();
-    Place findEarliest();
-    void invalidateHeads();
-    static bool updateHead(Head& head);
+    void fill();
+    std::size_t findChange() const;
+    void lookAtUnseen();
+    Head takeFirst();
 
     static constexpr std::uint64_t noVersion = 0;
 
-    std::vector<Head> _heads;
+    std::vector<LgQueue*> _queues;
+    std::vector<Head> _heads;            ///< a heap with the earliest one in front
+    std::vector<Place> _unseen;          ///< queues without an element there, in ascending order
     std::uint64_t _version = noVersion;  ///< that of the list in the table
 };
 
@@ -81,8 +92,7 @@ bool isFinished(LgQueue const& queue)
 }
 }  // namespace
 
-/// Takes the registry's list over, unless the table holds it already. Until that is done the table has no version, so a lack of
-/// memory on the way makes the next call begin again.
+/// Takes the registry's list over, unless the table holds it already.
 void LgQueueHeads::update()
 {
     LgRegistry const* const registry = LgLog::getRegistry();
@@ -92,87 +102,97 @@ void LgQueueHeads::update()
         version = static_cast<LgSimpleRegistry const*>(registry)->getVersion();
     if (version != noVersion && version == _version)
         return;
-    _version = noVersion;
-    _heads.clear();
-    if (registry == nullptr)
-        return;
-    List<LgQueue*> queues = registry->getQueueList();
-    for (LgQueue* queue : queues)
-        _heads.push_back({queue, 0, false});
-    recycleQueueList(queues);
+    fill();
     _version = version;
 }
 
-/// Whether the queue has a message, whose stamp is known from here on.
-bool LgQueueHeads::updateHead(Head& head)
+/// Until that is done the table has no version, so a lack of memory on the way makes the next call begin again.
+void LgQueueHeads::fill()
 {
-    if (head.isKnown)
-        return true;
-    if (head.queue->isEmpty())
-        return false;
-    head.timeStamp = head.queue->readEntry().getTimeStamp();
-    head.isKnown = true;
-    return true;
+    _version = noVersion;
+    _queues.clear();
+    _heads.clear();
+    LgRegistry const* const registry = LgLog::getRegistry();
+    List<LgQueue*> queues = registry != nullptr ? registry->getQueueList() : List<LgQueue*>();
+    _queues.assign(queues.begin(), queues.end());
+    _heads.reserve(_queues.size());
+    _unseen.resize(_queues.size());
+    std::iota(_unseen.begin(), _unseen.end(), 0u);
+    recycleQueueList(queues);
 }
 
-/// The first queue that isn't empty. Those before it that are finished are deleted, and leave registry and table. Finished
-/// queues behind it wait for a later call.
-LgQueueHeads::Place LgQueueHeads::removeFinished()
+/// Index of the first unseen queue that is not as empty as before, or that is finished and may go; nearly always there is none.
+/// Only loads, since this is what each message costs for each queue that is empty.
+std::size_t LgQueueHeads::findChange() const
 {
+    Place const* const unseen = _unseen.data();
+    LgQueue* const* const queues = _queues.data();
+    const std::size_t count = _unseen.size();
+    std::size_t i = 0;
+    // As long as no place is missing, no queue before has a message.
+    for (; i < count && unseen[i] == i; ++i)
+        if (!queues[i]->isEmpty() || isFinished(*queues[i]))
+            return i;
+    while (i < count && queues[unseen[i]]->isEmpty())
+        ++i;
+    return i;
+}
+
+/// Moves the heads that are there by now into the heap, and deletes what is finished.
+void LgQueueHeads::lookAtUnseen()
+{
+    const std::size_t first = findChange();
+    if (first == _unseen.size())
+        return;
     std::unordered_set<LgQueue*> deleted;  // for queues that are listed twice
-    auto place = _heads.begin();
-    for (; place != _heads.end(); ++place) {
-        LgQueue* const queue = place->queue;
-        if (!deleted.empty() && deleted.contains(queue))
+    auto kept = _unseen.begin() + static_cast<std::ptrdiff_t>(first);
+    bool isInFront = true;  // no queue before this one has a message
+    for (std::size_t i = first; i < _unseen.size(); ++i) {
+        const Place place = _unseen[i];
+        LgQueue* const queue = _queues[place];
+        isInFront = isInFront && place == i;
+        if (deleted.contains(queue))
             continue;
-        if (!place->isKnown && isFinished(*queue)) {
+        if (isInFront && isFinished(*queue)) {
+            _version = noVersion;  // the registry's list changes: this table serves for the present call only
             deleted.insert(queue);
             LgLog::getRegistry()->deregisterQueue(queue);
             delete queue;
-        } else if (updateHead(*place))
-            break;
+        } else if (queue->isEmpty()) {
+            *kept = place;
+            ++kept;
+        } else {
+            isInFront = false;
+            _heads.push_back({queue->readEntry().getTimeStamp(), place});
+            std::push_heap(_heads.begin(), _heads.end(), isLater);
+        }
     }
-    if (deleted.empty())
-        return place;
-    // The registry has changed as well, and its next version says so; the table goes on without one until then.
-    _version = noVersion;
-    const std::ptrdiff_t gone =
-        std::count_if(_heads.begin(), place, [&deleted](Head const& head) { return deleted.contains(head.queue); });
-    const std::ptrdiff_t first = place - _heads.begin() - gone;
-    std::erase_if(_heads, [&deleted](Head const& head) { return deleted.contains(head.queue); });
-    return _heads.begin() + first;
+    _unseen.erase(kept, _unseen.end());
 }
 
-/// Strictly smaller: among equal stamps the queue that was registered first wins.
-LgQueueHeads::Place LgQueueHeads::findEarliest()
+/// The caller removes that head from its queue, so the queue is unseen again.
+LgQueueHeads::Head LgQueueHeads::takeFirst()
 {
-    Place earliest = removeFinished();
-    for (Place place = earliest; place != _heads.end(); ++place)
-        if (updateHead(*place) && place->timeStamp < earliest->timeStamp)
-            earliest = place;
-    return earliest;
+    std::pop_heap(_heads.begin(), _heads.end(), isLater);
+    const Head first = _heads.back();
+    _heads.pop_back();
+    _unseen.insert(std::lower_bound(_unseen.begin(), _unseen.end(), first.place), first.place);
+    return first;
 }
 
-/// The next walk looks at every queue again.
-void LgQueueHeads::invalidateHeads()
-{
-    for (Head& head : _heads)
-        head.isKnown = false;
-}
-
-/// The second turn, if there is one, finds heads that it has just seen, so there is no third.
 LgQueue* LgQueueHeads::takeEarliest()
 {
     update();
     for (;;) {
-        const Place earliest = findEarliest();
-        if (earliest == _heads.end())
+        lookAtUnseen();
+        if (_heads.empty())
             return nullptr;
-        earliest->isKnown = false;  // the caller removes it from the queue
-        // The program may have read the queue itself since the last message; then no head is known.
-        if (!earliest->queue->isEmpty() && earliest->queue->readEntry().getTimeStamp() == earliest->timeStamp)
-            return earliest->queue;
-        invalidateHeads();
+        const Head first = takeFirst();
+        LgQueue* const queue = _queues[first.place];
+        if (!queue->isEmpty() && queue->readEntry().getTimeStamp() == first.timeStamp)
+            return queue;
+        // The program has read the queue itself since, or it is listed twice. What else was seen may be as wrong.
+        fill();
     }
 }
 

@@ -48,6 +48,7 @@ struct NameOrder
     bool operator()(char const* a, char const* b) const { return std::strcmp(a, b) < 0; }
 };
 
+// Two containers for one set: the list keeps the order of first use and owns the texts, the map finds groups by name.
 using Names = List<char*>;
 using Groups = std::map<char const*, LgMajorGroup, NameOrder>;
 

@@ -57,6 +57,7 @@ void Trace::printLevels(std::ostream& stream)
     TraceOptions::get().printLevels(stream);
 }
 
+/// For a site that writes its own text; VN_TRACE does.
 void Trace::log(std::ostream& stream, char const* file, int line)
 {
     prefix(stream, file, line);
@@ -134,6 +135,7 @@ void Trace::prefix(std::ostream& stream, char const* file, int line)
         stream << (i % 2 != 0 ? ' ' : '|');
 }
 
+/// Steps of two columns, which the bars of the prefix count on.
 void Trace::indent()
 {
     _depth += 2;

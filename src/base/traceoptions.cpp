@@ -251,6 +251,7 @@ void TraceOptions::parse(char const* options)
     applyAll(options);
 }
 
+/// Works on a copy: the option parser writes zeros into the text.
 void TraceOptions::applyAll(char const* options)
 {
     const ArrayPtr<char> copy = duplicateString(options);
@@ -265,7 +266,8 @@ void TraceOptions::applyAll(char const* options)
     }
 }
 
-/// These three act even after "writeprotect"; reset() looks at that itself.
+/// These three act even after "writeprotect"; reset() looks at that itself. Nothing takes "writeprotect" back, so a user who
+/// sets it in the environment has the last word over the program.
 void TraceOptions::apply(Token token, char const* value)
 {
     switch (token) {

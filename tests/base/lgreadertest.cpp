@@ -1,11 +1,14 @@
 #include "loggertest.h"
 
 #include "expectchild.h"
+#include "steps.h"
 
 #include <base/exsyserror.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <future>
 #include <iomanip>
 #include <iostream>
@@ -433,6 +436,110 @@ TEST_F(LgReaderTest, aRegistryOfTheProgramIsAskedForEachMessage)
     EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "two", "four"}));
     first.end();
     second.end();
+}
+
+namespace
+{
+/// What a reader must do, by a walk through all queues for each message.
+class PlainReader
+{
+public:
+    explicit PlainReader(std::vector<std::string>& texts) : _texts(texts) {}
+
+    void add(LgQueue* queue) { _queues.push_back({queue, {}, true}); }
+
+    /// A queue with a living creator; null if there is none.
+    LgQueue* pick(std::mt19937& random)
+    {
+        if (_queues.empty())
+            return nullptr;
+        Queue const& queue = _queues[random() % _queues.size()];
+        return queue.isAlive ? queue.queue : nullptr;
+    }
+
+    void log(LgQueue* queue, int number) { find(queue).messages.push_back(number); }
+    void end(LgQueue* queue) { find(queue).isAlive = false; }
+
+    bool flushEarliest()
+    {
+        const auto isFinished = [](Queue const& queue) { return !queue.isAlive && queue.messages.empty(); };
+        const auto hasMessage = [](Queue const& queue) { return !queue.messages.empty(); };
+        const auto first = std::find_if(_queues.begin(), _queues.end(), hasMessage);
+        _queues.erase(std::remove_if(_queues.begin(), first, isFinished), first);
+        Queue* earliest = nullptr;
+        for (Queue& queue : _queues)
+            if (hasMessage(queue) && (earliest == nullptr || queue.messages.front() < earliest->messages.front()))
+                earliest = &queue;
+        if (earliest == nullptr)
+            return false;
+        _texts.push_back(std::to_string(earliest->messages.front()));
+        earliest->messages.pop_front();
+        return true;
+    }
+
+    List<LgQueue*> getQueueList() const
+    {
+        List<LgQueue*> queues;
+        for (Queue const& queue : _queues)
+            queues.push_back(queue.queue);
+        return queues;
+    }
+
+private:
+    struct Queue
+    {
+        LgQueue* queue;
+        std::deque<int> messages;
+        bool isAlive;
+    };
+
+    Queue& find(LgQueue* queue)
+    {
+        return *std::find_if(_queues.begin(), _queues.end(), [queue](Queue const& q) { return q.queue == queue; });
+    }
+
+    std::vector<Queue> _queues;
+    std::vector<std::string>& _texts;
+};
+}  // namespace
+
+TEST_F(LgReaderTest, doesWhatAPlainWalkDoesWhileQueuesComeAndGo)
+{
+    start();
+    std::vector<std::string> expected;
+    PlainReader model(expected);
+    std::mt19937 random(48);
+    for (int step = 0; step < VnTest::steps(20000); ++step) {
+        const auto choice = random() % 100;
+        if (choice < 3) {
+            auto* const queue = new LgQueue;
+            LgLog::getRegistry()->registerQueue(queue);
+            model.add(queue);
+        } else if (choice < 50) {
+            if (LgQueue* const queue = model.pick(random);
+                queue != nullptr && queue->reserveEntry(LgTypes::Warning)) {
+                queue->getStream() << step << ends;
+                queue->addEntry();
+                model.log(queue, step);
+            }
+        } else if (choice < 53) {
+            if (LgQueue* const queue = model.pick(random)) {
+                queue->creatorExit();
+                model.end(queue);
+            }
+        } else {
+            ASSERT_EQ(LgReader().flushEarliest(), model.flushEarliest()) << step;
+            ASSERT_EQ(LgLog::getRegistry()->getQueueList(), model.getQueueList()) << step;
+        }
+    }
+    while (model.flushEarliest())
+        ASSERT_TRUE(LgReader().flushEarliest());
+    EXPECT_FALSE(LgReader().flushEarliest());
+    EXPECT_TRUE(textsOf(messages()) == expected);
+    for (LgQueue* queue : model.getQueueList()) {
+        LgLog::getRegistry()->deregisterQueue(queue);
+        delete queue;
+    }
 }
 
 TEST_F(LgReaderTest, aQueueThatTheProgramReadsItselfHasItsPresentHead)

@@ -10,6 +10,7 @@
 #include <deque>
 #include <memory>
 #include <new>
+#include <limits>
 #include <random>
 #include <string>
 #include <thread>
@@ -412,7 +413,7 @@ TEST(LgStream, aNumberIsWrittenWholeOrRefusedWhereverItBegins)
     expectNumberAnywhere(-2147483647 - 1);
     expectNumberAnywhere(4294967295u);
     expectNumberAnywhere(short(-32768));
-    expectNumberAnywhere(-12345678901L);
+    expectNumberAnywhere(std::numeric_limits<long>::min());
     expectNumberAnywhere(0.37);
     expectNumberAnywhere(-18446744073709549568.0);  // 28 characters: the longest that goes straight into the ring
     expectNumberAnywhere(18446744073709551616.0);
