@@ -1,4 +1,4 @@
-// Five thousand types, in a source of its own that is built without optimisation: they hold no code worth any.
+// Ten thousand types, in a source of its own that is built without optimisation: they hold no code worth any.
 #include "manypackages.h"
 
 #include <utility>

@@ -17,7 +17,7 @@ struct PackageType
     std::type_info const* type;
 };
 
-constexpr int packageTypeCount = 5000;
+constexpr int packageTypeCount = 10000;
 
 std::vector<PackageType> const& getPackageTypes();
 

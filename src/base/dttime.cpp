@@ -3,6 +3,10 @@
 // two. The operators on a time and a bare count, and the comparisons in the header, need none of this: they work on
 // counts and rate terms as they stand.
 //
+// Rates of streams are nearly always whole numbers, or whole numbers over 1001. combinedAtCommonRate() knows what the
+// steps make of such rates without taking them; it leaves all others to combinedByTheRule(). Both give the same times,
+// which a test compares over many rates.
+//
 // Everything that may throw comes before the first store, so an operator that throws leaves its left operand
 // unchanged. All products go through DtWrap. With plain integers an overflow would be undefined behaviour, and the
 // results of overflowing programs, which are part of the interface, would depend on the compiler.

@@ -39,6 +39,7 @@ double HwCounterIA32::seconds() const
     return static_cast<double>(static_cast<std::int64_t>(timeStamp())) * _cycle;
 }
 
+// One count. The clock behind the counter may move in larger steps.
 double HwCounterIA32::resolution() const
 {
     return _cycle;

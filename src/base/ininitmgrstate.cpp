@@ -141,7 +141,6 @@ void InInitMgr::State::startBatch()
 
     // From here on hooks run.
     const FlagScope initializing(_initializing);
-    // Not a comparison of the lists: a hook may start a batch of the same packages.
     const unsigned batchNumber = _batchNumber;
     for (std::size_t i = 0; i < _packagesToInit.size(); ++i) {
         const PackageEntry entry = _packagesToInit[i];

@@ -115,7 +115,7 @@ void InPackageInit::addDependency(InVariableBase* variable)
     if (variable == nullptr)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "variable != 0");
     if (!WalkScope::isOpenFor(*this))
-        InHoles::makeRoom(_variables, isHole, [this](InVariableBase* moved, std::size_t to) {
+        InHoles::makeRoom(_variables, isHole, [](InVariableBase* moved, std::size_t to) {
             listings().get(moved).place = static_cast<unsigned>(to);
         });
     _variables.push_back(variable);

@@ -130,11 +130,6 @@ void LgQueue::creatorExit()
     storeRelease(_creatorAlive, false);
 }
 
-bool LgQueue::isCreatorAlive() const
-{
-    return loadAcquire(_creatorAlive);
-}
-
 /// Publishes with release: without it the writer could reuse the entry while it is still being read.
 void LgQueue::removeEntry()
 {

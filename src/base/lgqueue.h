@@ -146,7 +146,7 @@ public:
     unsigned long getThreadId() const { return _threadId; }
 
     /// False once creatorExit() was called. If it is false and isEmpty() is true after that, no message will follow.
-    bool isCreatorAlive() const;
+    bool isCreatorAlive() const { return __atomic_load_n(&_creatorAlive, __ATOMIC_ACQUIRE); }
 
     /// @{
     /// The text of the messages: the writer writes to it, the reader reads from it.

@@ -32,6 +32,7 @@ std::vector<LmLibrary>& rebuild()
 }
 }  // namespace
 
+// The reference is always to the same list; its content is that of the last call.
 std::vector<LmLibrary> const& LmLibraries::getList()
 {
     return rebuild();

@@ -45,6 +45,7 @@ void OsCpuInfo::initialize()
 // The answers stay: they hold nothing that would have to be released.
 void OsCpuInfo::finalize() {}
 
+// Null for AMD64, which has no name in the table.
 char const* OsCpuInfo::getTypeName()
 {
     return nameOfType(_type);

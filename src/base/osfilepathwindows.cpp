@@ -38,12 +38,14 @@ ResolvedPath resolvePath(char const* path)
     return {buffer, last != nullptr ? static_cast<std::size_t>(last - buffer) : length};
 }
 
+// As the system gives it, with a separator at the end.
 void getTempDir(char* buffer, std::size_t size)
 {
     if (::GetTempPathA(static_cast<DWORD>(size), buffer) == 0)
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+// Of the current drive, so it changes with that.
 void getRootDir(char* buffer, std::size_t size)
 {
     std::snprintf(buffer, size, "%c:\\", ::_getdrive() + 64);  // 1 is drive A

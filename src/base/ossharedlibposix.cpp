@@ -61,6 +61,7 @@ ObjPtrRet<OsSharedLib> OsSharedLib::open(OsFilePath const& path)
     return ObjPtrRet<OsSharedLib>(library.release());
 }
 
+// Of a name that a program composes itself; open() appends nothing.
 char const* OsSharedLib::getSuffix()
 {
     return ".so";
