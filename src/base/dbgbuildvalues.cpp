@@ -4,6 +4,7 @@
 namespace Vn::DbgBuildValues
 {
 
+/// The short stamp is the number alone behind a letter; the long one names the product too.
 char const shortStamp[] = "P. " VN_BUILD_NUMBER;
 char const stamp[] = "ProductNG-Tessola_" VN_BUILD_NUMBER;
 char const date[] = VN_BUILD_DATE;

@@ -19,6 +19,7 @@ void create()
     group.emplace(LgMajorGroup::getInstanceForName("Base"), "BuildInfo");
 }
 
+/// Reports are dropped from here on.
 void destroy()
 {
     group.reset();

@@ -74,6 +74,7 @@ void EnvVarRegistry::clear()
 
 EnvVar::EnvVar(char const* name, char const* defaultValue) : _name(name), _value(nullptr), _default(defaultValue)
 {
+    // Listed first: the registry then exists before the first static object is finished, and is there when it goes.
     getRegistry().push_back(this);
     _value = OsEnv::getVariable(_name);
 }

@@ -82,6 +82,7 @@ HmHeapMgr::HmHeapMgr(HmHeapMgr const&) = default;
 
 HmHeapMgr& HmHeapMgr::operator=(HmHeapMgr const&) = default;
 
+/// With the package's stop, by the singleton.
 HmHeapMgr::~HmHeapMgr() = default;
 
 /// For the package `heapMgr`, which installs the result as the singleton.

@@ -1,5 +1,7 @@
 // What the manager prints: its packages, the dependency cycles, and the packages as a graph. The texts of dump() and
 // of the cycles are part of the interface, since programs compare them.
+//
+// Holes, which packages that were destroyed have left in the lists, are neither printed nor counted.
 #include <base/ininitmgrstate_p.h>
 
 #include <algorithm>

@@ -13,7 +13,7 @@ InSingletonEx::InSingletonEx(char const* file, int line, char const* name, char 
     setReason(ExReasonText("%s %s.", ExReasonText::orEmpty(name), ExReasonText::orEmpty(state)).get());
 }
 
-/// Also what getInstance() throws after the stop.
+/// Before the start; also what getInstance() throws after the stop.
 InSingletonEx::ExNotInitialized::ExNotInitialized(char const* file, int line, char const* name)
     : std::runtime_error(""), InSingletonEx(file, line, name, "is not initialized")
 {}

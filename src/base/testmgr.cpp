@@ -144,6 +144,7 @@ void printLibraries()
 /// `-perf FILE`: runs the groups of the file and prints the table of their times.
 int runPerformance(Arguments const& arguments)
 {
+    // Words behind the file are passed over.
     if (arguments.getCount() < 3) {
         TestInform::abnormalTermination(usage);
         return WrongArguments;
@@ -268,6 +269,7 @@ int run(int argc, char** argv)
         TestGroup::printInstances();
         return Done;
     }
+    // Words of the driver come before groups, so a group can't have one of these as its name.
     if (arguments.is(1, "-perf"))
         return runPerformance(arguments);
     if (arguments.getCount() == 2 && arguments.is(1, "-dumpLibs")) {
