@@ -9,6 +9,8 @@
 #include <base/ininitmgrstate_p.h>
 #include <base/invariable.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <iostream>
 #include <vector>
@@ -25,6 +27,7 @@ std::vector<ArrayPtr<char>> copiesOf(int argc, char const* const* argv)
     if (argc > 0 && argv == nullptr)
         Assertions::throwAssertionFailed(sourceName, __LINE__, "argv != 0");
     std::vector<ArrayPtr<char>> copies;
+    copies.reserve(static_cast<std::size_t>(std::max(argc, 0)));
     for (int i = 0; i < argc; ++i)
         copies.emplace_back(duplicateString(argv[i]));
     return copies;

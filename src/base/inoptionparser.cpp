@@ -62,7 +62,8 @@ int InOptionParser::getOption()
     }
 
     // Intended: a colon finds the colon of an option string and so counts as a letter. Do not mend.
-    const int letter = static_cast<signed char>(*_cursor);
+    const int letter =
+        static_cast<signed char>(*_cursor);  // NOLINT(bugprone-signed-char-misuse): signed everywhere
     char const* const known = std::strchr(_options, *_cursor);
     if (known == nullptr)
         return unknownOption;

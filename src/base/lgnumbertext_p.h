@@ -124,7 +124,7 @@ public:
 private:
     static constexpr int mantissaBits = std::numeric_limits<Number>::digits;
     static constexpr std::uint32_t million = 1000000;
-    __extension__ typedef unsigned __int128 Wide;
+    __extension__ typedef unsigned __int128 Wide;  // NOLINT(modernize-use-using): __extension__ needs a declaration
 
     /// The number mantissa / 2^shift; shift is at least 0.
     struct Binary

@@ -1,5 +1,4 @@
 // Private to lgreader.cpp and lgregistry.cpp.
-// Private
 #pragma once
 
 #include <base/lgregistry.h>

@@ -92,9 +92,9 @@ public:
     /// Enables the levels of the default threshold as it is now. Such a group is in no registry.
     LgMajorGroup();
 
-    /// Makes the registry of groups and applies `groups`, if not null, as parse() does. A registry that exists
+    /// Makes the registry of groups and applies `spec`, if not null, as parse() does. A registry that exists
     /// already keeps its groups. For LgLog::init().
-    static void initialize(char const* groups);
+    static void initialize(char const* spec);
 
     /// Ends all groups: none enables anything any more, and none is found. References stay valid. If the registry is
     /// made again, they refer to the group of that name again, once it has been asked for. For LgLog::destroy().

@@ -68,7 +68,8 @@ bool OsDateUtil::makeTime(int year, int month, int day, int hour, int minute, do
     time.second = cut(static_cast<int>(second));
     // Intended: 59.9996 rounds to the millisecond 1000 of second 59, which is refused. Do not mend: carrying it over
     // would accept dates that were always refused.
-    time.milliseconds = cut(static_cast<int>((second - std::floor(second)) * 1000 + 0.5));
+    time.milliseconds =
+        cut(static_cast<int>((second - std::floor(second)) * 1000 + 0.5));  // NOLINT(bugprone-incorrect-roundings)
     time.dayOfWeek = 0;
 
     std::optional<std::uint64_t> ticks = System::calendarToTicks(time);

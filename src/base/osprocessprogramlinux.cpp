@@ -159,7 +159,7 @@ void Program::listPaths(std::string const& name)
         end = folders.find(':', begin);
         const std::string folder = folders.substr(begin, end - begin);
         if (folder.size() < PATH_MAX)
-            _paths.push_back(folder.empty() ? name : folder + "/" + name);
+            _paths.push_back(folder.empty() ? name : std::string(folder).append("/").append(name));
     }
 }
 

@@ -8,9 +8,9 @@
 #include <clocale>
 #include <cstdio>
 #include <deque>
+#include <limits>
 #include <memory>
 #include <new>
-#include <limits>
 #include <random>
 #include <string>
 #include <thread>
