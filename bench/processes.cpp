@@ -2,6 +2,8 @@
 // (2 s if not said), with a parent that holds nothing, 256 MB and 2 GB of touched memory in pages of 4 KB. The two are
 // started in turn, one each, many times over. Shown are the best start of each, its ratio, the median, and what lies
 // between the 10th and the 90th percentile; last how many pages of ours each start has made the system map anew.
+#include "rows.h"
+
 #include <base/osprocess.h>
 
 #include <spawn.h>
@@ -17,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <string>
 #include <vector>
 
 extern "C" char** environ;
@@ -134,6 +137,8 @@ void measure(char const* what, std::size_t size, double duration)
         std::printf("%-7s %-12s %9.1f %7.2f %11.1f   %8.1f to %-8.1f %8zu\n", what, side->name, side->quantile(0),
                     side->quantile(0) / peer.quantile(0), side->quantile(0.5), side->quantile(0.1),
                     side->quantile(0.9), side->times.size());
+    VnBench::keepRow(std::string("start a program, parent of ") + what, peer.name, "us", VnBench::Times(ours.times),
+                     VnBench::Times(peer.times));
     std::printf("%-7s pages mapped anew: %ld, %ld\n", what, pagesMappedAfter(held, startOurs),
                 pagesMappedAfter(held, spawn));
 }

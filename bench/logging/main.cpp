@@ -1,6 +1,8 @@
 // What a message costs the thread that logs it, and what it costs to write it down, beside other loggers in one run.
 #include "contestant.h"
 
+#include "../rows.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -54,6 +56,9 @@ void compareCallers(std::vector<Contestant> const& contestants)
             std::printf("%-20s %8.1f %8.0f %8.0f %8.0f %8.2f\n", contestants[i].name.c_str(), average,
                         percentile(singles[i], 0.5), percentile(singles[i], 0.99), percentile(singles[i], 0.999),
                         ours / average);
+            if (i != 0)
+                VnBench::keepRow(std::string("a message: ") + messageNames[message], contestants[i].name, "ns",
+                                 VnBench::Times(averages[0]), VnBench::Times(averages[i]));
         }
     }
 }
@@ -92,6 +97,8 @@ void compareWriters(std::vector<Contestant> const& flushing, std::string const& 
     for (std::size_t i = 0; i < flushing.size(); ++i) {
         const double theirs = percentile(times[i + 1], 0.5);
         std::printf("%-20s %8.0f %8.2f\n", flushing[i].name.c_str(), theirs, theirs / ours);
+        VnBench::keepRow("write and flush a line", flushing[i].name, "ns", VnBench::Times(times[0]),
+                         VnBench::Times(times[i + 1]));
     }
 }
 

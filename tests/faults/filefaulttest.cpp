@@ -249,6 +249,9 @@ TEST_F(FileFault, closingWorksWithoutAFreeDescriptor)
 
 TEST_F(FileFault, aFailureToCloseWithoutAFreeDescriptorIsThrownOnce)
 {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer needs descriptors itself to look at an exception's type";
+#endif
     OsFileWriter writer(at("written"), usual, true);
     ::rlimit before = {};
     ::getrlimit(RLIMIT_NOFILE, &before);
