@@ -8,26 +8,29 @@
 namespace Vn::HmLeakFilter
 {
 
-/// Whether the record that begins at `record` matches the call stack `frames`: each of its words, up to "ENDL",
-/// begins with the text of a frame. A frame may be shorter than its word, and a record than the stack. `reached`
-/// becomes the last blank that was passed, or the end of the text: a record that isn't ended matches nothing, and
-/// neither does one that is longer than the stack, which a pointer to nothing ends. Null frames are a stack without
-/// any.
-inline bool matches(char const* record, ArrayPtr<char> const* frames, char const*& reached)
+struct Match
 {
-    reached = record;
+    bool isWhole;
+    char const* reached;  ///< the last blank that was passed, or the end of the text
+};
+
+/// Whether the record that begins at `record` matches the call stack `frames`: each of its words, up to "ENDL",
+/// begins with the text of a frame. A frame may be shorter than its word, and a record than the stack. A record that
+/// isn't ended matches nothing, and neither does one that is longer than the stack, which a pointer to nothing ends.
+/// Null frames are a stack without any.
+inline Match match(char const* record, ArrayPtr<char> const* frames)
+{
+    char const* reached = record;
     for (ArrayPtr<char> const* frame = frames;; ++frame) {
         char const* const blank = std::strchr(reached, ' ');
-        if (blank == nullptr) {
-            reached += std::strlen(reached);
-            return false;
-        }
+        if (blank == nullptr)
+            return {false, reached + std::strlen(reached)};
         char const* const word = blank + 1;
         reached = blank;
         if (std::strncmp(word, "ENDL", 4) == 0)
-            return true;
+            return {true, reached};
         if (frame == nullptr || !*frame || std::strncmp(word, frame->get(), std::strlen(frame->get())) != 0)
-            return false;
+            return {false, reached};
         reached = word;
     }
 }
@@ -38,10 +41,10 @@ inline bool knows(char const* text, ArrayPtr<char> const* frames)
 {
     char const* position = text;
     while ((position = std::strstr(position, "KNOWNLEAK")) != nullptr) {
-        char const* reached;
-        if (matches(position, frames, reached))
+        const Match found = match(position, frames);
+        if (found.isWhole)
             return true;
-        position = reached;
+        position = found.reached;
     }
     return false;
 }

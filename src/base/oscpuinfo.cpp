@@ -35,11 +35,10 @@ void OsCpuInfo::initialize()
     _type = typeOfArchitecture(System::getArchitecture());
     _hasMMX = System::hasFeature(System::CpuFeature::mmx);
     _hasSSE = System::hasFeature(System::CpuFeature::sse);
-    // A local number first, so that a refusal leaves the field at 0.
-    std::uint64_t frequency;
-    if (!System::readCounterFrequency(frequency))
-        System::throwCounterError(__LINE__);
-    _hwCounterFrequency = frequency;
+    const std::optional<std::uint64_t> frequency = System::readCounterFrequency();
+    if (!frequency)
+        System::throwCounterError(__LINE__);  // the field stays 0
+    _hwCounterFrequency = *frequency;
 }
 
 // The answers stay: they hold nothing that would have to be released.
@@ -73,10 +72,10 @@ void OsCpuInfo::getDetailedType(Type* type, int* family, int* model, int* steppi
 // Works before initialize(): the reading needs no frequency.
 std::uint64_t OsCpuInfo::getHwCounterValue()
 {
-    std::uint64_t value;
-    if (!System::readCounter(value))
+    const std::optional<std::uint64_t> value = System::readCounter();
+    if (!value)
         System::throwCounterError(__LINE__);
-    return value;
+    return *value;
 }
 
 // A stored number and no call of the system: it is asked for with every conversion of an interval to seconds.

@@ -22,23 +22,21 @@ constexpr std::uint64_t nanosecondsPerSecond = 1000000000;
 constexpr unsigned unknownArchitecture = 0xFFFF;  ///< as Windows has it
 }  // namespace
 
-bool readCounter(std::uint64_t& value)
+std::optional<std::uint64_t> readCounter()
 {
     ::timespec now;
     if (::clock_gettime(CLOCK_MONOTONIC, &now) != 0)
-        return false;
-    value = static_cast<std::uint64_t>(now.tv_sec) * nanosecondsPerSecond + static_cast<std::uint64_t>(now.tv_nsec);
-    return true;
+        return {};
+    return static_cast<std::uint64_t>(now.tv_sec) * nanosecondsPerSecond + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
-bool readCounterFrequency(std::uint64_t& frequency)
+std::optional<std::uint64_t> readCounterFrequency()
 {
     // The resolution isn't used; the call shows whether the system has this clock at all.
     ::timespec resolution;
     if (::clock_getres(CLOCK_MONOTONIC, &resolution) != 0)
-        return false;
-    frequency = nanosecondsPerSecond;  // unit of the reading; the clock's resolution may be coarser
-    return true;
+        return {};
+    return nanosecondsPerSecond;  // unit of the reading; the clock's resolution may be coarser
 }
 
 unsigned getArchitecture()
@@ -63,8 +61,8 @@ bool hasFeature(CpuFeature feature)
 // calls.
 std::uint64_t Vn::HwCounterIA32::timeStamp() const
 {
-    std::uint64_t value;
-    if (!System::readCounter(value))
+    const std::optional<std::uint64_t> value = System::readCounter();
+    if (!value)
         System::throwCounterError(__LINE__);
-    return value >> _shift;
+    return *value >> _shift;
 }

@@ -11,23 +11,21 @@
 namespace Vn::System
 {
 
-bool readCounter(std::uint64_t& value)
+std::optional<std::uint64_t> readCounter()
 {
     // Monotonic and the same on all processors; the system chooses the hardware behind it.
     ::LARGE_INTEGER counter;
     if (!::QueryPerformanceCounter(&counter))
-        return false;
-    value = static_cast<std::uint64_t>(counter.QuadPart);
-    return true;
+        return {};
+    return static_cast<std::uint64_t>(counter.QuadPart);
 }
 
-bool readCounterFrequency(std::uint64_t& frequency)
+std::optional<std::uint64_t> readCounterFrequency()
 {
     ::LARGE_INTEGER perSecond;
     if (!::QueryPerformanceFrequency(&perSecond))
-        return false;
-    frequency = static_cast<std::uint64_t>(perSecond.QuadPart);
-    return true;
+        return {};
+    return static_cast<std::uint64_t>(perSecond.QuadPart);
 }
 
 unsigned getArchitecture()
@@ -49,8 +47,8 @@ bool hasFeature(CpuFeature feature)
 // calls.
 std::uint64_t Vn::HwCounterIA32::timeStamp() const
 {
-    std::uint64_t value;
-    if (!System::readCounter(value))
+    const std::optional<std::uint64_t> value = System::readCounter();
+    if (!value)
         System::throwCounterError(__LINE__);
-    return value >> _shift;
+    return *value >> _shift;
 }

@@ -45,18 +45,16 @@ class SleeperLinux : public Sleeper
 public:
     SleeperLinux()
     {
-        std::uint64_t frequency = 0;
-        if (!System::readCounterFrequency(frequency))
+        const std::optional<std::uint64_t> frequency = System::readCounterFrequency();
+        if (!frequency)
             throw ExSysErrorANSI(sourceName, __LINE__);
-        _secondsPerCount = 1.0 / static_cast<double>(frequency);
+        _secondsPerCount = 1.0 / static_cast<double>(*frequency);
     }
 
     double getCurrentTime() const override
     {
-        std::uint64_t count = 0;
-        System::readCounter(
-            count);  // not tested: with a frequency, as the constructor has found it, it does not fail
-        return static_cast<double>(count) * _secondsPerCount;
+        // With a frequency, as the constructor has found it, the counter doesn't fail.
+        return static_cast<double>(System::readCounter().value_or(0)) * _secondsPerCount;
     }
 
     double getResolution() const override { return 0.001; }
