@@ -96,7 +96,7 @@ void run(std::vector<std::string> words)
 
 // --- listing ---------------------------------------------------------------------------------------------------------
 
-void list(Ground const& ground)
+void list(Ground const& ground, std::string const& where)
 {
     for (int i = 0; i < entries; ++i)
         std::ofstream(ground.at("entry-" + std::to_string(i) + (i % 10 == 0 ? ".exr" : ".txt")));
@@ -113,11 +113,11 @@ void list(Ground const& ground)
                 names.push_back(entry.path());
         require(names.size(), expected);
     };
-    VnBench::Rounds all("list 100,000 names", "us");
+    VnBench::Rounds all("list 100,000 names, " + where, "us");
     all.add("getChildrenPath", timed([&] { ours(OsPassThroughFilter(), entries); }));
     all.add("directory_iterator", timed([&] { theirs(false, entries); }));
     all.run(20);
-    VnBench::Rounds some("list 100,000 names by suffix", "us");
+    VnBench::Rounds some("list 100,000 names by suffix, " + where, "us");
     const auto floor = [&] {  // what the system itself takes, and no path made of it
         ::DIR* const stream = ::opendir(folder.c_str());
         std::size_t count = 0;
@@ -366,8 +366,8 @@ int main(int argc, char** argv)
         body(ground);
     };
     VnBench::Rounds::printHead();
-    bench("list, disk", disk, list);
-    bench("list, memory", memory, list);
+    bench("list, disk", disk, [](Ground const& g) { list(g, "disk"); });
+    bench("list, memory", memory, [](Ground const& g) { list(g, "memory"); });
     bench("walk", disk, walk);
     bench("copy 1 MB, memory", memory, [](Ground const& g) { copyFile(g, "copy 1 MB, memory", small, 200); });
     bench("copy 1 MB, disk", disk, [](Ground const& g) { copyFile(g, "copy 1 MB, disk", small, 200); });
