@@ -9,5 +9,12 @@ if [ "$1" = stop ]; then
 fi
 mkdir -p "$WINEPREFIX"
 exec </dev/null >/dev/null 2>&1
+# The server that has made a prefix doesn't know the prefix's drives as volumes; the next one does.
+if [ ! -e "$WINEPREFIX/system.reg" ]; then
+    /usr/lib/wine/wineserver64 -p
+    "$(dirname "$0")/wine.sh" cmd /c exit
+    /usr/lib/wine/wineserver64 -k
+    /usr/lib/wine/wineserver64 -w
+fi
 /usr/lib/wine/wineserver64 -p
 exec "$(dirname "$0")/wine.sh" cmd /c exit
