@@ -1,7 +1,7 @@
 #!/bin/bash
 # Measures the library beside its peers and writes docs/performance.md: tools/bench.sh [PROGRAM]...
 #
-#   PROGRAM  one of build/bench/bin/bench*; all that compare, if none is named (about ten minutes)
+#   PROGRAM  one of build/bench/bin/bench*; all that compare, if none is named (about three minutes)
 #
 # Builds with the preset bench. Each program runs both sides in turn, in short rounds. The rows of all runs so far are kept in
 # build/bench/rows; the page and its picture, docs/performance.svg, are made of them. Let the machine do nothing else.
