@@ -24,7 +24,8 @@ void check(bool condition)
 /// An empty folder to work in: a value may name any file, but none outside.
 fs::path const& getFolder()
 {
-    static const fs::path folder = [] {
+    // Never destroyed: that would come before it is removed.
+    static fs::path const& folder = *new fs::path([] {
         const fs::path path = fs::temp_directory_path() / ("vnbase-fuzz-" + std::to_string(std::random_device()()));
         fs::create_directory(path);
         for (char const* level :
@@ -32,7 +33,7 @@ fs::path const& getFolder()
             Vn::OsEnv::putVariable((std::string("VN_LOG_") + level + "=--").c_str());
         std::atexit([] { fs::remove_all(getFolder()); });
         return path;
-    }();
+    }());
     return folder;
 }
 }  // namespace
