@@ -1,1 +1,11 @@
+# find_package(VNbase [COMPONENTS base threadlog]): VN::base, and VN::threadlog where it was installed.
 include("${CMAKE_CURRENT_LIST_DIR}/VNbaseTargets.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/VNthreadlogTargets.cmake" OPTIONAL)
+foreach(component IN LISTS ${CMAKE_FIND_PACKAGE_NAME}_FIND_COMPONENTS)
+    if(TARGET VN::${component})
+        set(${CMAKE_FIND_PACKAGE_NAME}_${component}_FOUND TRUE)
+    elseif(${CMAKE_FIND_PACKAGE_NAME}_FIND_REQUIRED_${component})
+        set(${CMAKE_FIND_PACKAGE_NAME}_FOUND FALSE)
+        set(${CMAKE_FIND_PACKAGE_NAME}_NOT_FOUND_MESSAGE "VNbase has no component ${component}.")
+    endif()
+endforeach()

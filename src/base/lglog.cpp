@@ -328,6 +328,11 @@ std::ostream* LgLog::getLevelOutput(LgTypes::Level level)
     return isLevel(level) ? _level[level].output : nullptr;
 }
 
+char const* LgLog::getLevelFileName(LgTypes::Level level)
+{
+    return isLevel(level) ? _level[level].fileName : nullptr;
+}
+
 LgFile* LgLog::getFile(LgTypes::Level level)
 {
     return isLevel(level) ? fileOf(_level[level]) : nullptr;

@@ -95,6 +95,10 @@ public:
     /// be opened. Owned by LgLog, until destroy() or the next init(); only the thread that reads may write to it.
     static std::ostream* getLevelOutput(LgTypes::Level level);
 
+    /// The name of that level's file, as the environment or the default has it; null without a file and for a value that
+    /// is no level. Valid until destroy() or the next init().
+    static char const* getLevelFileName(LgTypes::Level level);
+
     /// @{
     /// Whether lines begin with time, thread and level, and banners tell the date. True at first;
     /// `VN_LOG_DISABLE_TIMESTAMPS` makes it false.

@@ -1,0 +1,192 @@
+#include <threadlog/threadlog.h>
+
+#include <threadlog/threadlogcrash_p.h>
+#include <threadlog/threadlogengine_p.h>
+#include <threadlog/threadlogpolicy_p.h>
+
+#include <base/dbgbuildinfo.h>
+#include <base/dbgbuildinfoutil.h>
+#include <base/exinternalerror.h>
+#include <base/lglog.h>
+#include <base/lgtrace.h>
+#include <base/trace.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <string>
+
+VN_DEFINE_PACKAGE(threadlog, VnInit::base);
+
+namespace Vn
+{
+namespace
+{
+constexpr char sourceName[] = "src/threadlog/threadlog";
+
+InInit<VnInit::threadlog> package;
+
+using Option = InContextAlias<InInitArg, 1>;
+using Variable = InContextAlias<InInitEnv, 1>;
+using Default = InContextAlias<InInitDef, 0>;
+using Override = InContextAlias<InInitOvr, 0>;
+
+constexpr char defaultWait[] = "Internal Error,Fatal Error,Error";
+constexpr char defaultFlush[] = "Error";
+constexpr char waitText[] = "levels whose messages wait for room in a full queue, with commas; all, none";
+constexpr char flushText[] = "level from which on messages are written at once; none";
+constexpr char dozeText[] = "milliseconds that other messages may rest, up to an hour";
+
+InVariable<char const*> waitSetting("threadlog.wait", package, Variable("VN_THREADLOG_WAIT", waitText),
+                                    Default(defaultWait, defaultWait));
+InVariable<char const*> flushSetting("threadlog.flush", package, Variable("VN_THREADLOG_FLUSH", flushText),
+                                     Default(defaultFlush, defaultFlush));
+InVariable<int> dozeSetting("threadlog.doze", package, Variable("VN_THREADLOG_DOZE", dozeText),
+                            Default("1", "1"));
+
+/// What the option says, unless it wasn't given or an override beats it.
+char const* getText(InVariable<char const*> const& setting, char const* optionHandle)
+{
+    auto const* const option =
+        dynamic_cast<InVariable<char const*> const*>(InVariableBase::queryViaHandle(optionHandle));
+    const bool isOverridden = std::strcmp(setting.initSource(), Override::initSourceString()) == 0;
+    return option != nullptr && option->isValid() && !isOverridden ? option->getValue() : setting.getValue();
+}
+
+void tellUnreadable(char const* setting, std::string const& text, std::string const& fallback)
+{
+    std::cerr << std::string("log: ") + setting + ": \"" + text + "\" can't be read; it is \"" + fallback + "\"\n";
+}
+
+ThreadLogPolicy readPolicy()
+{
+    ThreadLogPolicy policy;
+    char const* const wait = getText(waitSetting, "threadlog.wait.option");
+    if (const auto levels = ThreadLogPolicy::parseLevels(wait))
+        policy.waiting = *levels;
+    else
+        tellUnreadable("threadlog.wait", wait, defaultWait);
+    char const* const flush = getText(flushSetting, "threadlog.flush.option");
+    if (const auto threshold = ThreadLogPolicy::parseThreshold(flush))
+        policy.urgent = *threshold;
+    else
+        tellUnreadable("threadlog.flush", flush, defaultFlush);
+    const int doze = dozeSetting.getValue();
+    policy.doze = std::chrono::milliseconds(std::clamp(doze, 0, 3600000));
+    return policy;
+}
+
+/// Trace with a depth for each thread, written into the log.
+class ThreadTraceManager : public TraceManager
+{
+public:
+    ThreadTraceManager() : TraceManager(1) {}
+
+    Trace& getTrace() override
+    {
+        static Trace shared;
+        Trace* const own = ThreadLogEngine::getTraceOfThread();
+        return own != nullptr ? *own : shared;
+    }
+
+    void print(char const* text) const override { LgTrace::print(text); }
+};
+
+std::unique_ptr<ThreadTraceManager> traces;
+
+/// Gives back what a ThreadLog has taken, if there is one.
+void endLog()
+{
+    if (!ThreadLogEngine::get().isRunning())
+        return;
+    LgLog::setLoggerActivation(false);
+    LgLog::setQueueFunction(nullptr);
+    traces.reset();
+    ThreadLogCrash::uninstall();
+    ThreadLogEngine::get().stop();
+}
+
+class BuildInfo : public DbgBuildInfo
+{
+public:
+    char const* getApiName() const override { return threadLogApiName; }
+    int getMajorVersion() const override { return VN_THREADLOG_MAJOR; }
+    int getMinorVersion() const override { return VN_THREADLOG_MINOR; }
+    char const* getStatus() const override { return ""; }
+    char const* getLibraryName(bool) const override { return "libVNthreadlog"; }
+    char const* getBuildStamp(bool verbose) const override
+    {
+        return verbose ? "Threadlog_" VN_BUILD_NUMBER : "T. " VN_BUILD_NUMBER;
+    }
+    char const* getBuildDate(bool) const override { return VN_BUILD_DATE; }
+    char const* getBuildType(bool) const override { return VN_BUILD_TYPE; }
+    char const* getBuilder(bool) const override { return VN_BUILDER; }
+    char const* getExtraInfo() const override { return ""; }
+};
+
+/// Whoever loads the library by its name registers it before its package starts.
+bool isAskedFor = false;
+}  // namespace
+
+char const threadLogApiName[] = "Threadlog";
+
+void InInit<VnInit::threadlog>::performInitialize()
+{
+    if (!isAskedFor)
+        DbgBuildInfoUtil::registerInfo(ObjPtr<DbgBuildInfo>(new BuildInfo));
+}
+
+void InInit<VnInit::threadlog>::performFinalize()
+{
+    endLog();
+}
+
+ThreadLog::ThreadLog()
+{
+    ThreadLogEngine& engine = ThreadLogEngine::get();
+    if (LgLog::getRegistry() == nullptr || !waitSetting.isValid())
+        throw ExInternalError(sourceName, __LINE__, "a ThreadLog is made once the packages have started");
+    if (engine.isRunning())
+        throw ExInternalError(sourceName, __LINE__, "there is a ThreadLog already");
+    auto ownTraces = std::make_unique<ThreadTraceManager>();
+    engine.start(readPolicy());
+    traces = std::move(ownTraces);
+    LgLog::setQueueFunction(ThreadLogEngine::getQueueOfThread);
+    LgLog::setLoggerActivation(true);
+}
+
+ThreadLog::~ThreadLog()
+{
+    endLog();
+}
+
+void ThreadLog::flush()
+{
+    ThreadLogEngine::get().flush();
+}
+
+bool ThreadLog::reopen()
+{
+    return ThreadLogEngine::get().reopen();
+}
+
+void ThreadLog::installCrashHandlers()
+{
+    ThreadLogCrash::install();
+}
+
+ThreadLogOptions::ThreadLogOptions(char const* waitKey, char const* flushKey)
+    : _wait("threadlog.wait.option", package, Option(waitKey, waitText)),
+      _flush("threadlog.flush.option", package, Option(flushKey, flushText))
+{}
+
+ThreadLogOptions::~ThreadLogOptions() = default;
+
+}  // namespace Vn
+
+VN_BUILD_INFO_ENTRY(VN_THREADLOG_EXPORT)
+{
+    Vn::isAskedFor = true;
+    return new Vn::BuildInfo;
+}

@@ -1,0 +1,243 @@
+// What is left of the log when the process crashes.
+//
+// The handler first keeps the reader from beginning another line, and waits for the one that it is writing; nearly always that
+// is all, and the queues are as between two lines. It then merges them by time, as the reader does, and writes each line in one
+// piece straight to its file.
+//
+// The reader may be unable to finish: the crash is its own, or it waits for a lock of the allocator that the crashed thread
+// holds. Its message is then still the head of its queue, but the text may have been taken off the ring, and the line may be in
+// the file. Both can be seen. The ring holds as many texts as there are messages, or one less. The line, if it is in the file,
+// begins with the time and the thread of the message, which no other line has. A text that is in neither place is lost, and
+// that is told by an overflow entry in its place.
+#include <threadlog/threadlogcrash_p.h>
+
+#include <threadlog/threadlogengine_p.h>
+#include <threadlog/threadlogsystem_p.h>
+#include <threadlog/threadlogwriter_p.h>
+
+#include <base/hwcounter.h>
+#include <base/lglog.h>
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <cstring>
+#include <new>
+
+namespace Vn
+{
+namespace
+{
+/// The thread that writes; 0 while there is none.
+std::atomic<std::uint64_t> writingThread = 0;
+
+/// One line, on no stack: the one of the crash may be nearly full. Used by one thread, see writeAll().
+class Line
+{
+public:
+    void clear() { _size = 0; }
+
+    void putPrefix(LgQueue::Entry const& entry, unsigned long threadId)
+    {
+        if (!LgLog::isTimeStampsEnabled())
+            return;
+        const std::uint64_t ticks = entry.getTimeStamp() - LgLog::getStart();
+        putPadded(static_cast<std::uint32_t>(ticks >> 32), 10, 10);
+        put(" ");
+        putPadded(static_cast<std::uint32_t>(ticks), 10, 10);
+        put(" (0x");
+        putPadded(static_cast<std::uint32_t>(threadId), 16, 8);
+        put(") ");
+        put(LgTypes::levelToString(levelOf(entry)));
+        put(": ");
+    }
+
+    void putOverflow(int count)
+    {
+        put("Event overflow [");
+        putPadded(static_cast<std::uint32_t>(count), 10, 1);
+        put("]\n");
+    }
+
+    void putText(LgStream& stream)
+    {
+        stream >> (_text + _size);
+        _size += std::strlen(_text + _size);
+        _text[_size++] = '\n';
+    }
+
+    void put(char const* text)
+    {
+        const std::size_t length = std::strlen(text);
+        std::memcpy(_text + _size, text, length);
+        _size += length;
+    }
+
+    std::string_view getText() const { return {_text, _size}; }
+
+    static LgTypes::Level levelOf(LgQueue::Entry const& entry)
+    {
+        return entry.isOverflowEntry() ? LgTypes::Informational : entry.getLevel();
+    }
+
+private:
+    void putPadded(std::uint32_t number, int base, std::size_t width)
+    {
+        char digits[16];
+        const auto length =
+            static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, number, base).ptr - digits);
+        for (std::size_t i = length; i < width; ++i)
+            _text[_size++] = '0';
+        std::memcpy(_text + _size, digits, length);
+        _size += length;
+    }
+
+    char _text[64 + 32768 + 2];
+    std::size_t _size = 0;
+};
+
+Line line;
+char tail[2 * 65536];
+alignas(LgStream) unsigned char streamCopy[sizeof(LgStream)];
+
+void writeLine(LgTypes::Level level)
+{
+    ThreadLogEngine::get().getOutputs().append(level, line.getText());
+    if (LgLog::isLevelEchoed(level))
+        ThreadLogOutputs::appendToStandardOutput(line.getText());
+}
+
+/// Whether a line that begins with `prefix` is among the last ones of the level's file.
+enum class Found
+{
+    Nowhere,
+    Whole,
+    Partly
+};
+
+Found findLine(LgTypes::Level level, std::string_view prefix)
+{
+    const std::size_t size = ThreadLogEngine::get().getOutputs().readTail(level, tail, sizeof tail);
+    const std::string_view text(tail, size);
+    for (std::size_t place = text.find(prefix); place != text.npos; place = text.find(prefix, place + 1))
+        if (place == 0 || text[place - 1] == '\n')
+            return text.find('\n', place) != text.npos ? Found::Whole : Found::Partly;
+    return Found::Nowhere;
+}
+
+/// The head that was earliest, and by how much queues of the spill come later: never earlier than what waits before them.
+struct Earliest
+{
+    LgQueue* queue = nullptr;
+    std::uint64_t timeStamp = 0;
+
+    void consider(LgQueue& candidate)
+    {
+        if (candidate.isEmpty())
+            return;
+        const std::uint64_t time = candidate.readEntry().getTimeStamp();
+        if (queue != nullptr && time >= timeStamp)
+            return;
+        queue = &candidate;
+        timeStamp = time;
+    }
+};
+}  // namespace
+
+void ThreadLogCrash::writeAll() noexcept
+{
+    ThreadLogEngine& engine = ThreadLogEngine::get();
+    if (!engine.isRunning() || !engine.isOwner())
+        return;
+    const std::uint64_t self = ThreadLogSystem::getThread();
+    std::uint64_t other = 0;
+    if (!writingThread.compare_exchange_strong(other, self)) {
+        if (other != self)  // else this crash is our own
+            ThreadLogSystem::waitBriefly([] { return writingThread.load() == 0; });
+        return;
+    }
+    writeQueues(!engine.holdReader());
+    engine.releaseReader();
+    writingThread.store(0);
+}
+
+/// What comes while this runs isn't waited for: a thread that logs without end would keep the process from its end.
+void ThreadLogCrash::writeQueues(bool isLineOpen)
+{
+    const std::uint64_t now = HwCounter::timeStamp();
+    if (isLineOpen)
+        ThreadLogWriters::forEach(skipOpenLine);
+    for (;;) {
+        Earliest earliest;
+        ThreadLogWriters::forEach([&earliest](ThreadLogWriter& writer) {
+            earliest.consider(writer.getQueue());
+            if (LgQueue* const spill = writer.getSpill())
+                earliest.consider(*spill);
+        });
+        if (earliest.queue == nullptr || earliest.timeStamp > now)
+            return;
+        writeHead(*earliest.queue);
+    }
+}
+
+void ThreadLogCrash::writeHead(LgQueue& queue)
+{
+    LgQueue::Entry const& entry = queue.readEntry();
+    line.clear();
+    line.putPrefix(entry, queue.getThreadId());
+    if (entry.isOverflowEntry())
+        line.putOverflow(entry.getOverflowCount());
+    else
+        line.putText(queue.getStream());
+    writeLine(Line::levelOf(entry));
+    queue.removeEntry();
+}
+
+/// Whether the head's text isn't on the ring any more. A copy of the stream reads what the stream will, and leaves it there; it
+/// shares the ring, so it is never destroyed.
+bool ThreadLogCrash::isTextTaken(ThreadLogWriter& writer)
+{
+    // In this order: a message that is added meanwhile is then in the copy alone.
+    std::uint32_t left = writer.countMessages();
+    LgStream& copy = *new (streamCopy) LgStream(writer.getQueue().getStream());
+    bool isAny = true;
+    for (; left != 0; --left) {
+        copy >> tail;
+        isAny = tail[0] != '\0';
+    }
+    return !isAny;
+}
+
+/// The reader has stopped within this queue's line, or within another one's.
+void ThreadLogCrash::skipOpenLine(ThreadLogWriter& writer)
+{
+    LgQueue& queue = writer.getQueue();
+    if (queue.isEmpty())
+        return;
+    LgQueue::Entry const& entry = queue.readEntry();
+    const LgTypes::Level level = Line::levelOf(entry);
+    line.clear();
+    line.putPrefix(entry, queue.getThreadId());
+    const Found found = line.getText().empty() ? Found::Whole : findLine(level, line.getText());
+    if (entry.isOverflowEntry()) {
+        if (found == Found::Whole && !line.getText().empty())
+            queue.removeEntry();
+        return;
+    }
+    if (!isTextTaken(writer))
+        return;
+    if (found != Found::Whole) {
+        if (found == Found::Partly) {
+            line.clear();
+            line.put("\n");
+            writeLine(level);
+        }
+        line.clear();
+        line.putPrefix(entry, queue.getThreadId());
+        line.putOverflow(1);
+        writeLine(level);
+    }
+    queue.removeEntry();
+}
+
+}  // namespace Vn

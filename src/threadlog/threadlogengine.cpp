@@ -1,0 +1,456 @@
+// The reader's thread.
+//
+// It writes until the queues are empty, dozes for a moment, and falls asleep if nothing came meanwhile. While it dozes only
+// what is urgent wakes it, so that a busy program pays for a wake-up once for many messages and not once for each; asleep, any
+// message does. An idle program has no timer at work.
+//
+// A writer that has added a message looks whether the reader sleeps, and a reader that falls asleep looks for messages. Each
+// must see what the other has stored before it looked. The writer has no fence for that, since it would cost more than the
+// message: the reader makes all threads pass one (ThreadLogSystem::fenceAllThreads) before its look.
+//
+// Queues are known in three places: ThreadLogWriters, which anybody may add to; the logger's registry, which the reader alone
+// fills from there, so that the registry needs no lock; and the thread's own pointer.
+//
+// Whoever reads holds _readMutex, for some lines at a time. So `fork` finds the queues at rest, and flush() and reopen() get
+// their turn. A crash handler can't wait for a lock: it raises _isHeld and waits until no line is being written.
+#include <threadlog/threadlogengine_p.h>
+
+#include <threadlog/threadlogcrash_p.h>
+#include <threadlog/threadlogsystem_p.h>
+#include <threadlog/threadlogwriter_p.h>
+
+#include <base/hwcounter.h>
+#include <base/lglog.h>
+
+#include <cerrno>
+#include <iostream>
+#include <new>
+#include <string>
+
+namespace Vn
+{
+namespace
+{
+/// Takes no message and counts none: the queue of a thread for which there is no memory.
+LgQueue& getRefusingQueue()
+{
+    static LgQueue& queue = *[] {
+        auto* const made = new LgQueue;
+        new LgQueue::SuppressGuard(*made);  // both stay for ever
+        return made;
+    }();
+    return queue;
+}
+
+void tell(std::string const& what)
+{
+    std::cerr << "log: " + what + "\n";
+}
+}  // namespace
+
+std::atomic<ThreadLogEngine::Sleep> ThreadLogEngine::_sleep = Sleep::Awake;
+
+/// The right to read, for a block. Whoever waits for it is let in between two batches of the reader.
+class ThreadLogEngine::Reading
+{
+public:
+    explicit Reading(ThreadLogEngine& engine) : _engine(engine)
+    {
+        _engine._others.fetch_add(1, std::memory_order_relaxed);
+        _engine._readMutex.lock();
+        _engine._others.fetch_sub(1, std::memory_order_relaxed);
+        _engine._lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);
+    }
+    ~Reading() { _engine._readMutex.unlock(); }
+
+    Reading(Reading const&) = delete;
+    Reading& operator=(Reading const&) = delete;
+
+private:
+    ThreadLogEngine& _engine;
+};
+
+ThreadLogEngine& ThreadLogEngine::get()
+{
+    static ThreadLogEngine& engine = *new ThreadLogEngine;
+    return engine;
+}
+
+void ThreadLogEngine::start(ThreadLogPolicy const& policy)
+{
+    static const bool hasHooks = (ThreadLogSystem::installHooks(), true);
+    static_cast<void>(hasHooks);
+    getRefusingQueue();
+    _policy = policy;
+    _process.store(ThreadLogSystem::getProcess(), std::memory_order_relaxed);
+    _isFailing.store(false, std::memory_order_relaxed);
+    _seen = _made.load(std::memory_order_relaxed) - 1;  // queues of an earlier log are to be registered again
+    _outputs.open();
+    _isRunning.store(true, std::memory_order_release);
+    try {
+        _thread = std::make_unique<std::thread>([this] { runReader(); });
+    } catch (...) {
+        _isRunning.store(false, std::memory_order_release);
+        _outputs.close();
+        throw;
+    }
+}
+
+/// The reader's thread ends first, so that what it leaves is written here, and whoever waits for room gives up.
+void ThreadLogEngine::stop()
+{
+    _isRunning.store(false);
+    wakeReader();
+    if (_thread != nullptr)
+        _thread->join();
+    _thread.reset();
+    const Reading reading(*this);
+    if (_isForked.exchange(false))
+        forgetParent();
+    drain();
+    tellWaiting();
+    ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
+        if (LgRegistry* const registry = LgLog::getRegistry())
+            registry->deregisterQueue(&writer.getQueue());
+        writer.setRegistered(false);
+    });
+    collectFinished();
+    _outputs.close();
+}
+
+/// At the end of a program's main(), or behind it. On Windows all other threads are gone by then, perhaps with the lock.
+void ThreadLogEngine::stopAtExit() noexcept
+{
+    if (!isRunning() || _isForked.load() || !_readMutex.try_lock_for(aLook))
+        return;
+    LgLog::setLoggerActivation(false);
+    _lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);
+    drain();
+    _readMutex.unlock();
+}
+
+LgQueue* ThreadLogEngine::getQueueOfThread()
+{
+    if (ThreadLogWriter* const writer = ThreadLogSystem::getWriterOfThread()) [[likely]]
+        return writer->getCurrent();
+    ThreadLogWriter* const writer = get().makeWriter();
+    return writer != nullptr ? writer->getCurrent() : &getRefusingQueue();
+}
+
+Trace* ThreadLogEngine::getTraceOfThread()
+{
+    ThreadLogWriter* writer = ThreadLogSystem::getWriterOfThread();
+    if (writer == nullptr)
+        writer = get().makeWriter();
+    return writer != nullptr ? &writer->getTrace() : nullptr;
+}
+
+ThreadLogWriter* ThreadLogEngine::makeWriter() noexcept
+{
+    ThreadLogWriter* const writer =
+        provideReader() ? ThreadLogWriter::create(_threads.fetch_add(1, std::memory_order_relaxed) + 1) : nullptr;
+    if (writer == nullptr || !ThreadLogSystem::setWriterOfThread(writer)) {
+        static std::atomic<bool> isTold = false;
+        if (!isTold.exchange(true))
+            tell("no memory for a thread's queue: its messages are lost");
+        if (writer != nullptr)
+            endWriter(*writer);
+        return nullptr;
+    }
+    _made.fetch_add(1, std::memory_order_release);
+    if (ThreadLogCrash::isInstalled())
+        ThreadLogSystem::provideSignalStack();
+    return writer;
+}
+
+/// In a child of `fork` the reader's thread is missing until the first message. False if there can be none.
+bool ThreadLogEngine::provideReader() noexcept
+{
+    if (!_isForked.load(std::memory_order_acquire))
+        return true;
+    const std::lock_guard guard(_threadMutex);
+    if (!_isForked.load(std::memory_order_relaxed))
+        return true;
+    if (!_isForkClean)
+        return false;
+    try {
+        forgetParent();
+        _process.store(ThreadLogSystem::getProcess(), std::memory_order_relaxed);
+        _thread = std::make_unique<std::thread>([this] { runReader(); });
+    } catch (std::exception const&) {
+        return false;
+    }
+    _isForked.store(false, std::memory_order_release);
+    return true;
+}
+
+/// The parent's queues in the memory of its child: the parent writes what they hold.
+void ThreadLogEngine::forgetParent() noexcept
+{
+    ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
+        if (LgRegistry* const registry = LgLog::getRegistry())
+            registry->deregisterQueue(&writer.getQueue());
+        delete &writer.getQueue();
+    });
+}
+
+void ThreadLogEngine::endWriter(ThreadLogWriter& writer) noexcept
+{
+    writer.getQueue().creatorExit();  // the writer may be gone from here on
+    if (isRunning())
+        wakeReader();
+    else {
+        const Reading reading(*this);
+        collectFinished();
+    }
+}
+
+/// While no reader is at work: queues of threads that have ended since. Nothing is in them, as the logger isn't active.
+void ThreadLogEngine::collectFinished() noexcept
+{
+    if (isRunning())
+        return;
+    ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
+        if (!writer.getQueue().isCreatorAlive())
+            delete &writer.getQueue();
+    });
+}
+
+void ThreadLogEngine::runReader() noexcept
+{
+    while (isRunning()) {
+        bool hasWritten = false;
+        for (bool isMore = true; isMore && isRunning();) {
+            while (_others.load(std::memory_order_relaxed) != 0)
+                std::this_thread::yield();
+            const std::lock_guard guard(_readMutex);
+            _lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);
+            isMore = writeUpTo(batch);
+            hasWritten = hasWritten || isMore || _hasWritten;
+            tellWaiting();
+        }
+        if (isRunning())
+            rest(hasWritten);
+    }
+}
+
+/// Writes all that is there. Lines that can't be written now stay in their queues.
+void ThreadLogEngine::drain() noexcept
+{
+    while (writeUpTo(batch))
+        ;
+}
+
+/// False once the queues are empty, or if nothing can be written. A lock whose holder has died fails once on Windows and works
+/// again, so a failure is tried once more.
+bool ThreadLogEngine::writeUpTo(unsigned count) noexcept
+{
+    _hasWritten = false;
+    std::string reason;
+    for (int tries = 0; tries < 2; ++tries)
+        try {
+            registerNewQueues();
+            errno = 0;
+            unsigned written = 0;
+            while (written < count && writeOne())
+                ++written;
+            _hasWritten = written != 0;
+            if (_hasWritten)
+                _outputs.tellFailures(errno);
+            _isFailing.store(false, std::memory_order_relaxed);
+            return written == count;
+        } catch (std::exception const& failure) {
+            _isInLine.store(false, std::memory_order_release);
+            reason = failure.what();
+        }
+    if (!_isFailing.exchange(true))
+        tell(reason);
+    return false;
+}
+
+bool ThreadLogEngine::writeOne()
+{
+    enterLine();
+    const bool hasWritten = _reader.flushEarliest();
+    _isInLine.store(false, std::memory_order_release);
+    return hasWritten;
+}
+
+/// Sequentially consistent, here and in holdReader(): either the handler sees the line, or this sees that it is held.
+void ThreadLogEngine::enterLine()
+{
+    _isInLine.store(true);
+    while (_isHeld.load()) {
+        _isInLine.store(false);
+        ThreadLogSystem::pause();
+        _isInLine.store(true);
+    }
+}
+
+void ThreadLogEngine::registerNewQueues()
+{
+    // Acquire: the writers that were counted are there.
+    const unsigned made = _made.load(std::memory_order_acquire);
+    if (made == _seen)
+        return;
+    ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
+        if (writer.isRegistered())
+            return;
+        LgLog::getRegistry()->registerQueue(&writer.getQueue());
+        writer.setRegistered(true);
+    });
+    _seen = made;
+}
+
+bool ThreadLogEngine::isAnythingToDo()
+{
+    bool isAny = _made.load(std::memory_order_acquire) != _seen;
+    ThreadLogWriters::forEach([&isAny](ThreadLogWriter& writer) {
+        isAny = isAny || !writer.getQueue().isCreatorAlive() || !writer.getQueue().isEmpty();
+    });
+    return isAny;
+}
+
+/// A doze behind messages; a sleep if none came during the last one.
+void ThreadLogEngine::rest(bool hasWritten)
+{
+    std::chrono::milliseconds atMost(0);  // for ever
+    if (_isFailing.load(std::memory_order_relaxed))
+        atMost = aLook;
+    else if (hasWritten && _policy.doze.count() != 0)
+        atMost = _policy.doze;
+    if (atMost.count() != 0)
+        _sleep.store(Sleep::Dozing);
+    else {
+        _sleep.store(Sleep::Asleep);
+        if (!ThreadLogSystem::fenceAllThreads())
+            atMost = withoutFence;
+        // Nobody deletes a queue meanwhile: only this thread does while the engine runs, or others under the lock.
+        const std::lock_guard guard(_readMutex);
+        if (isAnythingToDo() || !_isRunning.load())
+            _sleep.store(Sleep::Awake);
+    }
+    sleepUntilWoken(atMost);
+    _sleep.store(Sleep::Awake);
+}
+
+void ThreadLogEngine::sleepUntilWoken(std::chrono::milliseconds atMost)
+{
+    const auto isAwake = [this] { return _sleep.load() == Sleep::Awake || !_isRunning.load(); };
+    std::unique_lock guard(_sleepMutex);
+    if (atMost.count() != 0)
+        _woken.wait_for(guard, atMost, isAwake);
+    else
+        _woken.wait(guard, isAwake);
+}
+
+void ThreadLogEngine::messageAdded(LgTypes::Level level, std::uint32_t place)
+{
+    constexpr std::uint32_t quarter = 256;  // of a queue
+    if (_sleep.load(std::memory_order_relaxed) == Sleep::Asleep || _policy.isUrgent(level) || place % quarter == 0)
+        wakeReader();
+}
+
+/// Through the lock: the reader is then before its look at the state, or asleep.
+void ThreadLogEngine::wakeReader()
+{
+    if (_sleep.exchange(Sleep::Awake) == Sleep::Awake)
+        return;
+    _sleepMutex.lock();
+    _sleepMutex.unlock();
+    _woken.notify_one();
+}
+
+/// The addition of nothing is what orders this behind the removal of messages: see waitUntil().
+void ThreadLogEngine::tellWaiting()
+{
+    if (_waiting.fetch_add(0, std::memory_order_acq_rel) == 0)
+        return;
+    _roomMutex.lock();
+    _roomMutex.unlock();
+    _room.notify_all();
+}
+
+/// By time, as messages go on coming: all that were accepted before carry an earlier stamp.
+void ThreadLogEngine::flush()
+{
+    if (!isRunning() || _isForked.load(std::memory_order_acquire))
+        return;  // nothing of this process's own is there
+    const std::uint64_t now = HwCounter::timeStamp();
+    const auto isBefore = [now] {
+        bool isAny = false;
+        ThreadLogWriters::forEach([&isAny, now](ThreadLogWriter& writer) {
+            LgQueue const& queue = writer.getQueue();
+            isAny = isAny || (!queue.isEmpty() && queue.readEntry().getTimeStamp() <= now);
+        });
+        return isAny;
+    };
+    const Reading reading(*this);
+    registerNewQueues();
+    try {
+        while (isBefore() && writeOne())
+            ;
+    } catch (...) {
+        _isInLine.store(false, std::memory_order_release);
+        throw;
+    }
+    tellWaiting();
+}
+
+bool ThreadLogEngine::reopen()
+{
+    flush();
+    const Reading reading(*this);
+    return !isRunning() || _outputs.reopen();
+}
+
+bool ThreadLogEngine::holdReader() noexcept
+{
+    _isHeld.store(true);
+    if (_isInLine.load() && _lineThread.load(std::memory_order_relaxed) == ThreadLogSystem::getThread())
+        return false;
+    return ThreadLogSystem::waitBriefly([this] { return !_isInLine.load(); });
+}
+
+void ThreadLogEngine::releaseReader() noexcept
+{
+    _isHeld.store(false);
+}
+
+bool ThreadLogEngine::isOwner() const
+{
+    return _process.load(std::memory_order_relaxed) == ThreadLogSystem::getProcess();
+}
+
+/// A reader that can't finish its line, as its pipe is full, must not hold up a `fork` for ever: the child then never logs.
+void ThreadLogEngine::beforeFork() noexcept
+{
+    _isForkClean = _readMutex.try_lock_for(aLook);
+}
+
+void ThreadLogEngine::afterForkInParent() noexcept
+{
+    if (_isForkClean)
+        _readMutex.unlock();
+}
+
+/// Of all threads only this one is left. Locks that others held stay held for ever, so they are made anew, in place; so is what
+/// stands for the reader's thread.
+void ThreadLogEngine::afterForkInChild() noexcept
+{
+    new (&_readMutex) std::timed_mutex;
+    new (&_sleepMutex) std::mutex;
+    new (&_woken) std::condition_variable;
+    new (&_roomMutex) std::mutex;
+    new (&_room) std::condition_variable;
+    new (&_threadMutex) std::mutex;
+    static_cast<void>(_thread.release());
+    _sleep.store(Sleep::Awake);
+    _waiting.store(0);
+    _others.store(0);
+    _isHeld.store(false);
+    _isForked.store(isRunning());
+    ThreadLogSystem::setWriterOfThread(nullptr);
+}
+
+}  // namespace Vn

@@ -1,0 +1,123 @@
+#include <threadlog/threadlogoutputs_p.h>
+
+#include <base/hwcounter.h>
+#include <base/lglog.h>
+
+#include <ctime>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+#include <system_error>
+
+namespace Vn
+{
+namespace
+{
+/// One write, so that the lines of several threads and processes don't mix.
+void tell(std::string const& path, std::string const& reason)
+{
+    std::cerr << "log: " + path + ": " + reason + "\n";
+}
+
+/// What the logger wrote at its start, with the date of that: times in the new file count from there as well.
+std::string bannerOfRun()
+{
+    std::ostringstream banner;
+    banner << "===== Message Logger Startup =====\n";
+    if (LgLog::isTimeStampsEnabled()) {
+        const double age = HwCounter::seconds(LgLog::getStart(), HwCounter::timeStamp());
+        const std::time_t start = std::time(nullptr) - static_cast<std::time_t>(age);
+        banner << "===== Started on " << std::ctime(&start) << "\n===== Clock Frequency: " << std::fixed
+               << std::setprecision(9) << HwCounter::resolution() << "\n";
+    }
+    return banner.str();
+}
+}  // namespace
+
+/// Levels of one file share the logger's stream: the lowest of them stands for all.
+ThreadLogOutputs::Output const* ThreadLogOutputs::findOutput(LgTypes::Level level) const
+{
+    for (Output const& output : _outputs)
+        if (output.stream != nullptr && output.stream == _outputs[level].stream)
+            return &output;
+    return nullptr;
+}
+
+bool ThreadLogOutputs::isFirstOfItsFile(Output const& output) const
+{
+    return output.stream != nullptr && findOutput(static_cast<LgTypes::Level>(&output - _outputs)) == &output;
+}
+
+/// Absolute paths: a program may change its folder before it calls reopen().
+void ThreadLogOutputs::open()
+{
+    for (int i = 0; i < levels; ++i) {
+        const auto level = static_cast<LgTypes::Level>(i);
+        char const* const name = LgLog::getLevelFileName(level);
+        Output& output = _outputs[i];
+        output = Output();
+        if (name == nullptr)
+            continue;
+        output.stream = LgLog::getLevelOutput(level);
+        if (!isFirstOfItsFile(output))
+            continue;
+        std::error_code failure;
+        output.path = std::filesystem::absolute(name, failure).string();
+        if (failure)
+            output.path = name;
+        output.isLink = isSymlink(output.path);
+        // One that has refused its banner is bad as well: the next line is refused, too, and tells why.
+        if (output.stream->fail() && !output.stream->bad()) {
+            tell(name, getOpenFailure(name));
+            output.isTold = true;
+        } else
+            output.handle = openHandle(output.path);
+    }
+}
+
+void ThreadLogOutputs::close()
+{
+    for (Output& output : _outputs)
+        if (output.handle != closed) {
+            closeHandle(output.handle);
+            output.handle = closed;
+        }
+}
+
+void ThreadLogOutputs::tellFailures(int error)
+{
+    for (Output& output : _outputs)
+        if (isFirstOfItsFile(output) && !output.isTold && output.stream->fail()) {
+            tell(output.path, getErrorText(error));
+            output.isTold = true;
+        }
+}
+
+bool ThreadLogOutputs::reopen()
+{
+    const std::string banner = bannerOfRun();
+    bool isDone = true;
+    for (Output& output : _outputs) {
+        const std::string failure = isFirstOfItsFile(output) ? reopenFile(output, banner) : std::string();
+        if (!failure.empty()) {
+            tell(output.path, failure);
+            isDone = false;
+        }
+    }
+    return isDone;
+}
+
+bool ThreadLogOutputs::append(LgTypes::Level level, std::string_view text) const
+{
+    Output const* const output = findOutput(level);
+    return output == nullptr || output->handle == closed || appendTo(output->handle, text);
+}
+
+std::size_t ThreadLogOutputs::readTail(LgTypes::Level level, char* bytes, std::size_t size) const
+{
+    Output const* const output = findOutput(level);
+    return output != nullptr && output->handle != closed ? readTailOf(output->handle, bytes, size) : 0;
+}
+
+}  // namespace Vn

@@ -1,0 +1,189 @@
+// threadlogoutputsposix.cpp (Windows form: threadlogoutputswindows.cpp)
+//
+// A file is replaced below the logger: its descriptor gets the new file in one step (dup3), so that a line goes to the one
+// or to the other, and nothing above notices. The descriptor is found among those of the process as one that appends to the
+// file that was opened by that name.
+#include <threadlog/threadlogoutputs_p.h>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+namespace Vn
+{
+namespace
+{
+template <class Call>
+auto retry(Call const& call)
+{
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+constexpr int noFile = -1;
+
+/// Closed at the end of the block, unless it was released.
+class Descriptor
+{
+public:
+    explicit Descriptor(int file) : _file(file) {}
+    ~Descriptor()
+    {
+        if (_file != noFile)
+            ::close(_file);
+    }
+    Descriptor(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor const&) = delete;
+
+    int get() const { return _file; }
+    bool isOpen() const { return _file != noFile; }
+    int release() { return std::exchange(_file, noFile); }
+
+private:
+    int _file;
+};
+
+bool isSameFile(struct ::stat const& one, struct ::stat const& other)
+{
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+/// What isn't a standard descriptor: these belong to whoever started the program.
+int moveBeyondStandard(int file)
+{
+    if (file < 0 || file > STDERR_FILENO)
+        return file;
+    const Descriptor low(file);
+    return ::fcntl(file, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
+
+/// Without waiting; `flags` say whether to read as well.
+int openToAppend(std::string const& path, int flags)
+{
+    const int all = O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | flags;
+    return moveBeyondStandard(retry([&] { return ::open(path.c_str(), all, 0666); }));
+}
+
+/// Opening must not wait for the reader of a pipe; writing to it may.
+void makeBlocking(int file)
+{
+    ::fcntl(file, F_SETFL, ::fcntl(file, F_GETFL) & ~O_NONBLOCK);
+}
+
+/// The logger's own descriptor: the process's first one that appends to that file, but for `ours`.
+int findLoggersFile(struct ::stat const& wanted, int ours)
+{
+    const std::unique_ptr<::DIR, int (*)(::DIR*)> folder(::opendir("/proc/self/fd"), ::closedir);
+    if (folder == nullptr)
+        return noFile;
+    while (struct ::dirent const* const entry = ::readdir(folder.get())) {
+        int file = noFile;
+        std::from_chars(entry->d_name, entry->d_name + std::strlen(entry->d_name), file);
+        struct ::stat status = {};
+        if (file > STDERR_FILENO && file != ours && ::fstat(file, &status) == 0 && isSameFile(status, wanted) &&
+            (::fcntl(file, F_GETFL) & O_APPEND) != 0)
+            return file;
+    }
+    return noFile;
+}
+}  // namespace
+
+std::string ThreadLogOutputs::getErrorText(int error)
+{
+    return std::generic_category().message(error);
+}
+
+/// The logger refuses more than the system does: a default file that isn't the user's own, or has further names.
+std::string ThreadLogOutputs::getOpenFailure(std::string const& path)
+{
+    const Descriptor file(openToAppend(path, O_WRONLY | O_NOFOLLOW));
+    return file.isOpen() ? "not a file of this user alone" : getErrorText(errno);
+}
+
+bool ThreadLogOutputs::isSymlink(std::string const& path)
+{
+    struct ::stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)
+{
+    struct ::stat status = {};
+    if (::stat(path.c_str(), &status) != 0)
+        return noFile;
+    // Reading from a pipe as well would make us one of those it waits for.
+    const int file = openToAppend(path, S_ISREG(status.st_mode) ? O_RDWR : O_WRONLY);
+    if (file != noFile)
+        makeBlocking(file);
+    return file;
+}
+
+void ThreadLogOutputs::closeHandle(std::intptr_t handle)
+{
+    ::close(static_cast<int>(handle));
+}
+
+bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
+{
+    while (!text.empty()) {
+        const ::ssize_t done =
+            retry([&] { return ::write(static_cast<int>(handle), text.data(), text.size()); });
+        if (done <= 0)
+            return false;
+        text.remove_prefix(static_cast<std::size_t>(done));
+    }
+    return true;
+}
+
+void ThreadLogOutputs::appendToStandardOutput(std::string_view text)
+{
+    appendTo(STDOUT_FILENO, text);
+}
+
+std::size_t ThreadLogOutputs::readTailOf(std::intptr_t handle, char* bytes, std::size_t size)
+{
+    const int file = static_cast<int>(handle);
+    struct ::stat status = {};
+    if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
+        return 0;
+    const ::off_t start = status.st_size > static_cast<::off_t>(size) ? status.st_size - static_cast<::off_t>(size) : 0;
+    const ::ssize_t done = retry([&] { return ::pread(file, bytes, size, start); });
+    return done > 0 ? static_cast<std::size_t>(done) : 0;
+}
+
+/// Our own descriptor tells which file the logger has: both were opened by one name, and are replaced together.
+std::string ThreadLogOutputs::reopenFile(Output& output, std::string_view banner)
+{
+    const Descriptor file(openToAppend(output.path, O_RDWR | O_CREAT | (output.isLink ? 0 : O_NOFOLLOW)));
+    struct ::stat status = {}, before = {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
+        return getErrorText(errno);
+    if (!S_ISREG(status.st_mode))
+        return {};
+    if (::fstat(static_cast<int>(output.handle), &before) != 0)
+        return getErrorText(errno);
+    if (isSameFile(status, before))
+        return {};
+    const int loggers = findLoggersFile(before, static_cast<int>(output.handle));
+    if (loggers == noFile)
+        return "the logger's own file isn't found";
+    makeBlocking(file.get());
+    if (status.st_size == 0)
+        appendTo(file.get(), banner);
+    if (retry([&] { return ::dup3(file.get(), loggers, O_CLOEXEC); }) == -1)
+        return getErrorText(errno);
+    ::dup3(file.get(), static_cast<int>(output.handle), O_CLOEXEC);
+    return {};
+}
+
+}  // namespace Vn

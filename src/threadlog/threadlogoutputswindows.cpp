@@ -1,0 +1,125 @@
+// threadlogoutputswindows.cpp (POSIX form: threadlogoutputsposix.cpp)
+#include <threadlog/threadlogoutputs_p.h>
+
+#include <base/exsyserror.h>
+
+#include <windows.h>
+
+#include <cerrno>
+
+namespace Vn
+{
+namespace
+{
+::HANDLE handleOf(std::intptr_t handle)
+{
+    return reinterpret_cast<::HANDLE>(handle);
+}
+
+/// Appending is the one access, so that each write goes to the file's end in one step.
+::HANDLE openToAppend(std::string const& path, ::DWORD access)
+{
+    return ::CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+std::string textOf(::DWORD error)
+{
+    char text[256] = "";
+    const ::DWORD length = ::FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                            error, 0, text, sizeof text, nullptr);
+    std::string result(text, length);
+    while (!result.empty() && (result.back() == '\n' || result.back() == '\r' || result.back() == '.'))
+        result.pop_back();
+    return result.empty() ? "error " + std::to_string(error) : result;
+}
+
+bool writeAll(::HANDLE file, char const* text, std::size_t size)
+{
+    ::DWORD done = 0;
+    return ::WriteFile(file, text, static_cast<::DWORD>(size), &done, nullptr) != 0 && done == size;
+}
+
+/// Used by one thread, that of a crash. A line end is two bytes in the logger's files.
+char converted[2 * 65536];
+
+std::string_view withLineEnds(std::string_view text)
+{
+    std::size_t size = 0;
+    for (const char character : text) {
+        if (character == '\n')
+            converted[size++] = '\r';
+        converted[size++] = character;
+        if (size + 2 > sizeof converted)
+            break;
+    }
+    return {converted, size};
+}
+}  // namespace
+
+/// The runtime's errno doesn't tell what the system said to the logger's own call.
+std::string ThreadLogOutputs::getErrorText(int)
+{
+    return "it can't be written";
+}
+
+std::string ThreadLogOutputs::getOpenFailure(std::string const& path)
+{
+    const ::HANDLE file = openToAppend(path, FILE_APPEND_DATA);
+    if (file == INVALID_HANDLE_VALUE)
+        return textOf(::GetLastError());
+    ::CloseHandle(file);
+    return "it couldn't be opened";
+}
+
+/// What the logger opens may be a link here.
+bool ThreadLogOutputs::isSymlink(std::string const&)
+{
+    return false;
+}
+
+std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)
+{
+    return reinterpret_cast<std::intptr_t>(openToAppend(path, FILE_APPEND_DATA | FILE_READ_DATA | SYNCHRONIZE));
+}
+
+void ThreadLogOutputs::closeHandle(std::intptr_t handle)
+{
+    ::CloseHandle(handleOf(handle));
+}
+
+bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
+{
+    const std::string_view line = withLineEnds(text);
+    return writeAll(handleOf(handle), line.data(), line.size());
+}
+
+void ThreadLogOutputs::appendToStandardOutput(std::string_view text)
+{
+    const std::string_view line = withLineEnds(text);
+    writeAll(::GetStdHandle(STD_OUTPUT_HANDLE), line.data(), line.size());
+}
+
+/// Nothing writes through this handle meanwhile, so its place is free to move. The lines come with two bytes at their ends,
+/// whose last one is that of a line.
+std::size_t ThreadLogOutputs::readTailOf(std::intptr_t handle, char* bytes, std::size_t size)
+{
+    ::LARGE_INTEGER whole = {};
+    if (!::GetFileSizeEx(handleOf(handle), &whole))
+        return 0;
+    ::LARGE_INTEGER start = {};
+    start.QuadPart = whole.QuadPart > static_cast<::LONGLONG>(size) ? whole.QuadPart - static_cast<::LONGLONG>(size) : 0;
+    ::DWORD done = 0;
+    if (!::SetFilePointerEx(handleOf(handle), start, nullptr, FILE_BEGIN) ||
+        !::ReadFile(handleOf(handle), bytes, static_cast<::DWORD>(size), &done, nullptr))
+        return 0;
+    return done;
+}
+
+/// Intended: nothing to do. The logger's files aren't open to be moved or deleted, so each is still where its name says.
+std::string ThreadLogOutputs::reopenFile(Output&, std::string_view)
+{
+    return {};
+}
+
+}  // namespace Vn

@@ -1,0 +1,57 @@
+// Private to the sources of this library; implemented in threadlogsystemposix.cpp and threadlogsystemwindows.cpp.
+#pragma once
+
+#include <base/hwcounter.h>
+
+#include <cstdint>
+
+namespace Vn
+{
+class ThreadLogWriter;
+}
+
+namespace Vn::ThreadLogSystem
+{
+
+/// @{
+/// The calling thread's writer, null at first. A writer that is set is handed to ThreadLogEngine::endWriter() when the
+/// thread ends, behind the thread's own thread-local objects.
+ThreadLogWriter* getWriterOfThread();
+bool setWriterOfThread(ThreadLogWriter* writer);  ///< false if the system refuses; then it stays null
+/// @}
+
+/// @{
+/// Numbers of the calling thread and of the process. Usable in a signal handler.
+std::uint64_t getThread();
+std::uint64_t getProcess();
+/// @}
+
+/// A full memory fence in every thread of the process. So the side that runs often needs none: a writer stores its message and
+/// then loads the reader's state; the reader stores its state, calls this, and then looks for messages. One of the two
+/// sees the other. False if the system has no such call.
+bool fenceAllThreads();
+
+/// Waits for about a tenth of a millisecond. Usable in a signal handler.
+void pause();
+
+/// Until `isDone()`, for two seconds at most. False if that was too short. Usable in a signal handler.
+template <class IsDone>
+bool waitBriefly(IsDone const& isDone)
+{
+    const std::uint64_t start = HwCounter::timeStamp();
+    while (!isDone()) {
+        if (HwCounter::seconds(start, HwCounter::timeStamp()) > 2)
+            return false;
+        pause();
+    }
+    return true;
+}
+
+/// Calls the engine's functions around each `fork`, and its stopAtExit() when the program ends.
+void installHooks();
+
+/// Gives the calling thread a stack for signal handlers, unless it has one: without it a stack overflow finds no room for
+/// its handler. Freed when the thread ends.
+void provideSignalStack();
+
+}  // namespace Vn::ThreadLogSystem

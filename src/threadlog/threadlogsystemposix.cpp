@@ -1,0 +1,132 @@
+// threadlogsystemposix.cpp (Windows form: threadlogsystemwindows.cpp)
+#include <threadlog/threadlogsystem_p.h>
+
+#include <threadlog/threadlogengine_p.h>
+
+#include <linux/membarrier.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+
+namespace Vn::ThreadLogSystem
+{
+namespace
+{
+/// In the block that the loader gives to each thread at once: an access is one load, and allocates nothing.
+[[gnu::tls_model("initial-exec")]] constinit thread_local ThreadLogWriter* writerOfThread = nullptr;
+
+/// A signal stack that this library has made for the thread; null without one.
+constinit thread_local void* signalStack = nullptr;
+constexpr std::size_t signalStackSize = 65536;
+
+void freeSignalStack()
+{
+    if (signalStack == nullptr)
+        return;
+    ::stack_t none = {};
+    none.ss_flags = SS_DISABLE;
+    ::sigaltstack(&none, nullptr);
+    ::munmap(signalStack, signalStackSize);
+    signalStack = nullptr;
+}
+
+void onThreadEnd(void* writer)
+{
+    writerOfThread = nullptr;
+    freeSignalStack();
+    ThreadLogEngine::get().endWriter(*static_cast<ThreadLogWriter*>(writer));
+}
+
+/// Keys are destroyed behind thread-local objects, whose destructors may log. A message behind that makes a new writer, and the
+/// system calls onThreadEnd() again.
+class ThreadEndKey
+{
+public:
+    ThreadEndKey() { _isMade = ::pthread_key_create(&_key, onThreadEnd) == 0; }
+    ~ThreadEndKey()
+    {
+        if (_isMade)
+            ::pthread_key_delete(_key);  // the function goes away with the library
+        _isMade = false;
+    }
+
+    bool set(void const* value) const { return _isMade && ::pthread_setspecific(_key, value) == 0; }
+
+private:
+    ::pthread_key_t _key;
+    bool _isMade;
+};
+
+ThreadEndKey threadEnd;
+}  // namespace
+
+ThreadLogWriter* getWriterOfThread()
+{
+    return writerOfThread;
+}
+
+bool setWriterOfThread(ThreadLogWriter* writer)
+{
+    if (!threadEnd.set(writer))
+        return false;
+    writerOfThread = writer;
+    return true;
+}
+
+std::uint64_t getThread()
+{
+    return static_cast<std::uint64_t>(::syscall(SYS_gettid));
+}
+
+std::uint64_t getProcess()
+{
+    return static_cast<std::uint64_t>(::getpid());
+}
+
+bool fenceAllThreads()
+{
+    // Registered by each process for itself; a second time costs nothing.
+    static std::uint64_t registered = 0;
+    if (registered != getProcess() &&
+        ::syscall(SYS_membarrier, MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED, 0, 0) == 0)
+        registered = getProcess();
+    return ::syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0;
+}
+
+void pause()
+{
+    const ::timespec time = {0, 100000};
+    ::nanosleep(&time, nullptr);
+}
+
+void installHooks()
+{
+    ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); }, [] { ThreadLogEngine::get().afterForkInParent(); },
+                     [] { ThreadLogEngine::get().afterForkInChild(); });
+    std::atexit([] { ThreadLogEngine::get().stopAtExit(); });
+}
+
+void provideSignalStack()
+{
+    ::stack_t present = {};
+    if (::sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0)
+        return;
+    void* const memory =
+        ::mmap(nullptr, signalStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    if (memory == MAP_FAILED)
+        return;
+    ::stack_t made = {};
+    made.ss_sp = memory;
+    made.ss_size = signalStackSize;
+    if (::sigaltstack(&made, nullptr) == 0)
+        signalStack = memory;
+    else
+        ::munmap(memory, signalStackSize);
+}
+
+}  // namespace Vn::ThreadLogSystem

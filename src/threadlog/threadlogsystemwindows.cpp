@@ -1,0 +1,66 @@
+// threadlogsystemwindows.cpp (POSIX form: threadlogsystemposix.cpp)
+//
+// Fiber-local storage instead of thread-local objects: its callback is the system's own, and runs in each thread that ends,
+// whoever made it; MinGW destroys thread-local objects when their memory is gone.
+#include <threadlog/threadlogsystem_p.h>
+
+#include <threadlog/threadlogengine_p.h>
+
+#include <windows.h>
+
+#include <cstdlib>
+
+namespace Vn::ThreadLogSystem
+{
+namespace
+{
+void WINAPI onThreadEnd(void* writer)
+{
+    if (writer != nullptr)
+        ThreadLogEngine::get().endWriter(*static_cast<ThreadLogWriter*>(writer));
+}
+
+/// The process's end calls nothing: the system frees no slot, and this object has no destructor.
+const ::DWORD slot = ::FlsAlloc(onThreadEnd);
+}  // namespace
+
+ThreadLogWriter* getWriterOfThread()
+{
+    return static_cast<ThreadLogWriter*>(::FlsGetValue(slot));
+}
+
+bool setWriterOfThread(ThreadLogWriter* writer)
+{
+    return ::FlsSetValue(slot, writer) != 0;
+}
+
+std::uint64_t getThread()
+{
+    return ::GetCurrentThreadId();
+}
+
+std::uint64_t getProcess()
+{
+    return ::GetCurrentProcessId();
+}
+
+bool fenceAllThreads()
+{
+    ::FlushProcessWriteBuffers();
+    return true;
+}
+
+void pause()
+{
+    ::Sleep(0);
+}
+
+void installHooks()
+{
+    std::atexit([] { ThreadLogEngine::get().stopAtExit(); });
+}
+
+/// The system calls the handler of a stack overflow on what it has kept of the stack.
+void provideSignalStack() {}
+
+}  // namespace Vn::ThreadLogSystem

@@ -1,0 +1,211 @@
+// One thread's side of the log: what happens between a site and the reader.
+//
+// The usual message costs two looks in entryAdded(): whether the reader sleeps, and whether the queue has enough room for the
+// next message. Both load memory that the site has just used, or that is rarely written.
+//
+// The level of a message is needed when the reader sleeps, to tell whether to wake it. LgQueue shows the oldest entry alone; the
+// ring is an array, so the newest one is found by counting from where the oldest one was when the queue was new.
+#include <threadlog/threadlogwriter_p.h>
+
+#include <threadlog/threadlogengine_p.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace Vn
+{
+namespace
+{
+constexpr std::uint32_t entryMask = 0x3FF;
+static_assert(entryMask > 1022, "as many entries as LgQueue has");
+}  // namespace
+
+/// Takes one message and hands it over. Its queue has room for the longest text, as nothing else is ever in it.
+class ThreadLogWriter::Spill : public LgQueue::Observer
+{
+public:
+    explicit Spill(ThreadLogWriter& writer) : _writer(writer) {}
+
+    void entryAdded(LgQueue& queue) override { _writer.move(queue, _text); }
+    void entryRemoved(LgQueue&) override {}
+    void waitForSpace(LgQueue const&, int size) override { _writer.waitForSpace(*_writer._queue, size); }
+
+private:
+    ThreadLogWriter& _writer;
+    char _text[32768];
+};
+
+ThreadLogWriters::Chunk ThreadLogWriters::_first;
+
+bool ThreadLogWriters::addTo(Chunk& chunk, ThreadLogWriter& writer)
+{
+    for (auto& place : chunk.places) {
+        ThreadLogWriter* expected = nullptr;
+        if (place.load(std::memory_order_relaxed) == nullptr &&
+            place.compare_exchange_strong(expected, &writer, std::memory_order_release, std::memory_order_relaxed))
+            return true;
+    }
+    return false;
+}
+
+bool ThreadLogWriters::add(ThreadLogWriter& writer) noexcept
+{
+    for (Chunk* chunk = &_first;;) {
+        if (addTo(*chunk, writer))
+            return true;
+        Chunk* next = chunk->next.load(std::memory_order_acquire);
+        if (next == nullptr) {
+            Chunk* const made = new (std::nothrow) Chunk;
+            if (made == nullptr)
+                return false;
+            // Acquire for the chunk that another thread has put there meanwhile, release for our own.
+            if (chunk->next.compare_exchange_strong(next, made, std::memory_order_acq_rel))
+                next = made;
+            else
+                delete made;
+        }
+        chunk = next;
+    }
+}
+
+void ThreadLogWriters::remove(ThreadLogWriter const& writer) noexcept
+{
+    for (Chunk* chunk = &_first; chunk != nullptr; chunk = chunk->next.load(std::memory_order_acquire))
+        for (auto& place : chunk->places)
+            if (place.load(std::memory_order_relaxed) == &writer) {
+                place.store(nullptr, std::memory_order_release);
+                return;
+            }
+}
+
+ThreadLogWriter* ThreadLogWriter::create(unsigned long threadId) noexcept
+{
+    try {
+        auto queue = std::make_unique<LgQueue>(threadId);
+        ObjPtr<LgQueue::Observer> owned(new ThreadLogWriter);
+        auto* const writer = static_cast<ThreadLogWriter*>(owned.get());
+        writer->_queue = queue.get();
+        writer->_current = queue.get();
+        writer->_entries = &queue->readEntry();  // the first place of the ring, as nothing was written yet
+        queue->changeObserver(owned);
+        if (!ThreadLogWriters::add(*writer))
+            return nullptr;
+        queue.release();
+        return writer;
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
+}
+
+ThreadLogWriter::~ThreadLogWriter()
+{
+    ThreadLogWriters::remove(*this);
+    delete _spill.load(std::memory_order_relaxed);
+}
+
+std::uint32_t ThreadLogWriter::countMessages() const
+{
+    const std::uint32_t end = _written.load(std::memory_order_acquire) & entryMask;
+    std::uint32_t messages = 0;
+    for (auto i = static_cast<std::uint32_t>(&_queue->readEntry() - _entries); i != end; i = (i + 1) & entryMask)
+        messages += _entries[i].isOverflowEntry() ? 0 : 1;
+    return messages;
+}
+
+/// The newest entry. Not of a queue that was never written.
+LgQueue::Entry const& ThreadLogWriter::getNewest() const
+{
+    return _entries[(_written.load(std::memory_order_relaxed) - 1) & entryMask];
+}
+
+/// Release: who sees the number, in a crash, sees the entry.
+void ThreadLogWriter::countEntry()
+{
+    _written.store(_written.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+}
+
+void ThreadLogWriter::entryAdded(LgQueue&)
+{
+    countEntry();
+    if (ThreadLogEngine::isReaderAsleep()) [[unlikely]]
+        ThreadLogEngine::get().messageAdded(getNewest().getLevel(), _written.load(std::memory_order_relaxed));
+    if (!hasRoomFor(comfortableRoom)) [[unlikely]]
+        chooseCurrent();
+}
+
+bool ThreadLogWriter::hasRoomFor(std::uint32_t size) const
+{
+    return !_queue->isFull() && _queue->getStream().getNumCharacters() >= size;
+}
+
+/// The spill, made when it is first needed. Null without memory.
+LgQueue* ThreadLogWriter::provideSpill() noexcept
+{
+    LgQueue* spill = _spill.load(std::memory_order_relaxed);
+    if (spill == nullptr)
+        try {
+            auto made = std::make_unique<LgQueue>(_queue->getThreadId());
+            made->changeObserver(ObjPtr<LgQueue::Observer>(new Spill(*this)));
+            spill = made.release();
+            // Release: a crash handler that sees the queue sees what it holds.
+            _spill.store(spill, std::memory_order_release);
+        } catch (std::bad_alloc const&) {
+        }
+    return spill;
+}
+
+/// Without memory for a spill every message waits for room, whatever its level: the queue would take entries for losses that
+/// nobody here counts.
+void ThreadLogWriter::chooseCurrent()
+{
+    if (hasRoomFor(comfortableRoom))
+        _current = _queue;
+    else if (LgQueue* const spill = provideSpill())
+        _current = spill;
+    else
+        waitForSpace(*_queue, static_cast<int>(comfortableRoom));
+}
+
+/// The message in the spill goes into the queue, or its loss does. It is taken off the spill only when it waits no more, so
+/// that a crash finds it there.
+void ThreadLogWriter::move(LgQueue& spill, char* text)
+{
+    const LgTypes::Level level = spill.readEntry().getLevel();
+    if (ThreadLogEngine::get().isWaiting(level))
+        waitForSpace(*_queue, static_cast<int>(spill.getStream().getNextSize() + 1));
+    spill.getStream() >> text;
+    spill.removeEntry();
+    // The queue counts a loss in an entry of its own, unless the newest one is such an entry already.
+    const bool isCounting = getNewest().isOverflowEntry();
+    if (_queue->reserveEntry(level)) {
+        writeCut(text);
+        _queue->addEntry();
+        return;
+    }
+    if (!isCounting)
+        countEntry();
+    chooseCurrent();
+}
+
+/// A text that doesn't fit is cut and marked as LgStream marks what it leaves out.
+void ThreadLogWriter::writeCut(char* text)
+{
+    const std::size_t room = _queue->getStream().getNumCharacters();
+    const bool isCut = std::strlen(text) > room;
+    if (isCut)
+        text[std::max<std::size_t>(room, 1) - 1] = '\0';
+    _queue->getStream() << text;
+    if (isCut)
+        _queue->getStream() << '#';
+    _queue->getStream() << ends;
+}
+
+/// Room for `size` characters, or an empty queue: more than that there never is.
+void ThreadLogWriter::waitForSpace(LgQueue const&, int size)
+{
+    const auto wanted = static_cast<std::uint32_t>(size);
+    ThreadLogEngine::get().waitUntil([this, wanted] { return _queue->isEmpty() || hasRoomFor(wanted); });
+}
+
+}  // namespace Vn

@@ -1,0 +1,115 @@
+// Private to the sources of this library.
+#pragma once
+
+#include <base/lgqueue.h>
+#include <base/trace.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+namespace Vn
+{
+
+/// What one thread has while it logs: a queue, the depth of its trace, and a place where messages wait for room.
+///
+/// It is the observer of its queue, which owns it: both go together, when the reader has emptied the queue behind the
+/// thread's end.
+///
+/// A site asks for its queue before it says how important the message is, and a full queue would count any message as
+/// lost. So while there is little room, getCurrent() is another queue, the spill, which holds one message at a time. Once the
+/// message is there its level is known: it is moved into the thread's own queue, waits for room there first, or is counted
+/// there as lost. The reader never sees the spill.
+class ThreadLogWriter : public LgQueue::Observer
+{
+public:
+    /// Makes the queue, and itself known to the reader and the crash handlers. Null without memory.
+    static ThreadLogWriter* create(unsigned long threadId) noexcept;
+
+    /// Called by the queue's destructor.
+    ~ThreadLogWriter() override;
+
+    /// The queue that takes the thread's next message.
+    LgQueue* getCurrent() { return _current; }
+
+    Trace& getTrace() { return _trace; }
+
+    // Reader.
+
+    LgQueue& getQueue() { return *_queue; }
+
+    /// Null as long as the queue has always had room. Any thread may ask, also one that is in a signal handler.
+    LgQueue* getSpill() const { return _spill.load(std::memory_order_acquire); }
+
+    /// Whether the logger's registry lists the queue; the reader's own mark.
+    bool isRegistered() const { return _isRegistered; }
+    void setRegistered(bool registered) { _isRegistered = registered; }
+
+    /// Messages in the queue, without entries that count losses. For the crash handlers.
+    std::uint32_t countMessages() const;
+
+    // Of LgQueue::Observer.
+
+    void entryAdded(LgQueue& queue) override;
+    void entryRemoved(LgQueue&) override {}
+    void waitForSpace(LgQueue const& queue, int size) override;
+
+private:
+    class Spill;
+
+    /// Characters that must be free for the next message, or it goes through the spill.
+    static constexpr std::uint32_t comfortableRoom = 4096;
+
+    ThreadLogWriter() = default;
+
+    LgQueue::Entry const& getNewest() const;
+    void countEntry();
+    bool hasRoomFor(std::uint32_t size) const;
+    LgQueue* provideSpill() noexcept;
+    void chooseCurrent();
+    void move(LgQueue& spill, char* text);
+    void writeCut(char* text);
+
+    LgQueue* _queue = nullptr;  ///< owns this object
+    LgQueue* _current = nullptr;
+    LgQueue::Entry const* _entries = nullptr;  ///< the queue's ring
+    std::atomic<std::uint32_t> _written = 0;   ///< entries so far; the index of the next one, modulo the ring's size
+    std::atomic<LgQueue*> _spill = nullptr;
+    bool _isRegistered = false;
+    Trace _trace;
+};
+
+/// The writers of all threads. Adding and removing takes no lock, and a signal handler can walk it.
+///
+/// Removing is the reader's, as is a walk outside a handler. Memory for as many writers as there ever were at a time is kept.
+class ThreadLogWriters
+{
+public:
+    /// False without memory.
+    static bool add(ThreadLogWriter& writer) noexcept;
+    static void remove(ThreadLogWriter const& writer) noexcept;
+
+    /// Calls `visit` with each writer, in the order of their places.
+    template <class Visit>
+    static void forEach(Visit const& visit)
+    {
+        for (Chunk* chunk = &_first; chunk != nullptr; chunk = chunk->next.load(std::memory_order_acquire))
+            for (auto& place : chunk->places)
+                // Acquire, with the release in add(): without it a writer could be seen before its fields.
+                if (ThreadLogWriter* const writer = place.load(std::memory_order_acquire))
+                    visit(*writer);
+    }
+
+private:
+    struct Chunk
+    {
+        std::atomic<ThreadLogWriter*> places[64] = {};
+        std::atomic<Chunk*> next = nullptr;
+    };
+
+    static bool addTo(Chunk& chunk, ThreadLogWriter& writer);
+
+    static Chunk _first;
+};
+
+}  // namespace Vn

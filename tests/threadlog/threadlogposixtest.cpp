@@ -1,0 +1,746 @@
+// What only the POSIX form has: forks, signals, files that are moved away below the logger.
+#include "threadlogbody.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csetjmp>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <latch>
+#include <random>
+#include <sstream>
+#include <thread>
+
+using namespace VnTest;
+using Vn::LgTypes;
+using Vn::ThreadLog;
+
+namespace
+{
+std::string getLogPath()
+{
+    return std::getenv("T4Q_TEST_DIR") + std::string("/events.log");
+}
+
+void logNumbers(char const* text, int first, int end, LgTypes::Level level = LgTypes::Warning)
+{
+    const Vn::LgMinorGroup group = groupOf();
+    for (int i = first; i < end; ++i)
+        VN_LOG(group, level, text << ' ' << i);
+}
+
+/// The numbers behind `text`, in the order of the lines.
+std::vector<int> numbersOf(std::string const& text, std::vector<LogLine> const& messages)
+{
+    std::vector<int> numbers;
+    const std::string start = "Test " + text + " ";
+    for (LogLine const& message : messages)
+        if (message.text.starts_with(start))
+            numbers.push_back(std::stoi(message.text.substr(start.size())));
+    return numbers;
+}
+
+std::vector<int> countTo(int end)
+{
+    std::vector<int> numbers;
+    for (int i = 0; i < end; ++i)
+        numbers.push_back(i);
+    return numbers;
+}
+
+/// How a child of `fork` ended.
+int waitFor(::pid_t child)
+{
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+void raiseItself(int signal)
+{
+    ::raise(signal);
+}
+
+/// Keeps the kernel from writing a core file for a crash that is wanted.
+void forbidCoreFiles()
+{
+    const ::rlimit none = {0, 0};
+    ::setrlimit(RLIMIT_CORE, &none);
+}
+}  // namespace
+
+// Forks.
+
+VN_CHILD(forksAndChildLogs)
+{
+    const Started start(argc, argv);
+    ThreadLog log;
+    // In the queue, for the most part, when the process is forked.
+    logNumbers("parent", 0, 300);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        logNumbers("child", 0, 300);
+        std::thread([] { logNumbers("thread", 0, 300); }).join();
+        log.flush();
+        ::_exit(0);
+    }
+    logNumbers("parent", 300, 600);
+    return waitFor(child);
+}
+
+TEST(ThreadLogFork, aChildThatLogsWritesItsOwnMessagesAndNoneOfTheParents)
+{
+    const TempFolder folder;
+    expectSuccess(logger("forksAndChildLogs", folder).run());
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(numbersOf("parent", messages), countTo(600));
+    EXPECT_EQ(numbersOf("child", messages), countTo(300));
+    EXPECT_EQ(numbersOf("thread", messages), countTo(300));
+}
+
+VN_CHILD(forksAndChildIsSilent)
+{
+    const Started start(argc, argv);
+    ThreadLog log;
+    logNumbers("parent", 0, 300);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        log.flush();
+        ::_exit(3);
+    }
+    logNumbers("parent", 300, 600);
+    return waitFor(child) == 3 << 8 ? 0 : 1;
+}
+
+TEST(ThreadLogFork, aChildThatDoesntLogWritesNothing)
+{
+    const TempFolder folder;
+    expectSuccess(logger("forksAndChildIsSilent", folder).run());
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(messages.size(), 600u);
+    EXPECT_EQ(numbersOf("parent", messages), countTo(600));
+}
+
+VN_CHILD(forksAndChildReturns)
+{
+    const Started start(argc, argv);
+    ::pid_t child = -1;
+    {
+        ThreadLog log;
+        logNumbers("parent", 0, 300);
+        child = ::fork();
+        if (child == 0 && argc > 1)
+            logNumbers("child", 0, 300);
+    }
+    if (child == 0)
+        ::_exit(0);
+    return waitFor(child);
+}
+
+TEST(ThreadLogFork, theObjectCanBeDestroyedInTheChild)
+{
+    for (const bool isLogging : {false, true}) {
+        const TempFolder folder;
+        Child program = logger("forksAndChildReturns", folder);
+        if (isLogging)
+            program.arguments({"log"});
+        expectSuccess(program.run());
+        const auto messages = messagesOf(folder.path("events.log"));
+        EXPECT_EQ(numbersOf("parent", messages), countTo(300));
+        EXPECT_EQ(numbersOf("child", messages), countTo(isLogging ? 300 : 0));
+    }
+}
+
+VN_CHILD(forksAndChildExits)
+{
+    const Started start(argc, argv);
+    ThreadLog log;
+    logNumbers("parent", 0, 300);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        logNumbers("child", 0, 300);
+        std::exit(0);
+    }
+    return waitFor(child);
+}
+
+TEST(ThreadLogFork, aChildThatCallsExitLosesNothing)
+{
+    const TempFolder folder;
+    expectSuccess(logger("forksAndChildExits", folder).run());
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(numbersOf("parent", messages), countTo(300));
+    EXPECT_EQ(numbersOf("child", messages), countTo(300));
+}
+
+VN_CHILD(forksAndChildExecutes)
+{
+    const Started start(argc, argv);
+    ThreadLog log;
+    logNumbers("parent", 0, 300);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        logNumbers("child", 0, argc > 1 ? 10 : 0);
+        ::execl("/bin/true", "true", nullptr);
+        ::_exit(1);
+    }
+    return waitFor(child);
+}
+
+TEST(ThreadLogFork, aChildMayExecuteAnotherProgram)
+{
+    for (const bool isLogging : {false, true}) {
+        const TempFolder folder;
+        Child program = logger("forksAndChildExecutes", folder);
+        if (isLogging)
+            program.arguments({"log"});
+        expectSuccess(program.run());
+        EXPECT_EQ(numbersOf("parent", messagesOf(folder.path("events.log"))), countTo(300));
+    }
+}
+
+VN_CHILD(forksWhileThreadsLog)
+{
+    const Started start(argc, argv);
+    ThreadLog log;
+    std::atomic<bool> isEnding = false;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&isEnding] {
+            while (!isEnding)
+                logNumbers("noise", 0, 50);
+        });
+    int failures = 0;
+    for (int i = 0; i < 40; ++i) {
+        const ::pid_t child = ::fork();
+        if (child == 0) {
+            logNumbers("child", i, i + 1, LgTypes::RecoverableError);
+            log.flush();
+            ::_exit(0);
+        }
+        failures += waitFor(child) != 0;
+    }
+    isEnding = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    return failures;
+}
+
+TEST(ThreadLogFork, forksWhileThreadsLogAndTheReaderWrites)
+{
+    const TempFolder folder;
+    expectSuccess(logger("forksWhileThreadsLog", folder).run());
+    auto numbers = numbersOf("child", messagesOf(folder.path("events.log")));
+    EXPECT_EQ(numbers, countTo(40)) << "each child once, in the order of their lives";
+}
+
+VN_CHILD(forksAndChildCrashes)
+{
+    forbidCoreFiles();
+    const Started start(argc, argv);
+    ThreadLog log;
+    log.installCrashHandlers();
+    logNumbers("parent", 0, 300);
+    for (const bool isLogging : {false, true}) {
+        const ::pid_t child = ::fork();
+        if (child == 0) {
+            if (isLogging)
+                logNumbers("child", 0, 300);
+            ::raise(SIGSEGV);
+        }
+        if (!WIFSIGNALED(waitFor(child)))
+            return 1;
+    }
+    return 0;
+}
+
+TEST(ThreadLogFork, aChildThatCrashesWritesItsOwnMessagesAlone)
+{
+    const TempFolder folder;
+    expectSuccess(logger("forksAndChildCrashes", folder).run());
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(messages.size(), 600u);
+    EXPECT_EQ(numbersOf("parent", messages), countTo(300));
+    EXPECT_EQ(numbersOf("child", messages), countTo(300));
+}
+
+// Crashes.
+
+namespace
+{
+int signalOf(char const* name)
+{
+    const std::string wanted = name;
+    return wanted == "SEGV"   ? SIGSEGV
+           : wanted == "ABRT" ? SIGABRT
+           : wanted == "BUS"  ? SIGBUS
+           : wanted == "FPE"  ? SIGFPE
+                              : SIGILL;
+}
+
+/// Logs 500 messages from each of three threads, of which the last one crashes with the reader at work.
+void logAndCrash(int signal)
+{
+    forbidCoreFiles();
+    static ThreadLog& log = *new ThreadLog;
+    log.installCrashHandlers();
+    std::latch all(2);
+    for (char const* name : {"one", "two"})
+        std::thread([name, &all] {
+            logNumbers(name, 0, 500);
+            all.count_down();
+            ::pause();
+        }).detach();
+    logNumbers("main", 0, 500);
+    all.wait();
+    raiseItself(signal);
+}
+
+/// Runs the crash in a child of this process, so that its status is seen whole. Nothing of the library has run here before.
+int runCrash(TempFolder const& folder, char const* body, char const* argument)
+{
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        ::setenv("T4Q_TEST_DIR", folder.path().c_str(), 1);
+        const int null = ::open("/dev/null", O_WRONLY);
+        ::dup2(null, STDERR_FILENO);
+        const std::string program = getProgramPath();
+        ::execl(program.c_str(), program.c_str(), "--child", body, argument, nullptr);
+        ::_exit(99);
+    }
+    return waitFor(child);
+}
+}  // namespace
+
+namespace
+{
+void expectEverythingInOrder(std::string const& path)
+{
+    const auto messages = messagesOf(path);
+    EXPECT_EQ(messages.size(), 1500u);
+    for (char const* name : {"one", "two", "main"})
+        EXPECT_EQ(numbersOf(name, messages), countTo(500));
+    std::uint64_t last = 0;
+    for (LogLine const& message : messages) {
+        EXPECT_GE(message.ticks, last) << message.text;
+        last = message.ticks;
+    }
+}
+
+/// How a thread comes to grief by itself.
+void fault(std::string const& how)
+{
+    if (how == "address") {
+        *reinterpret_cast<int volatile*>(std::getenv("NO SUCH VARIABLE")) = 1;
+    } else if (how == "division") {
+        int volatile zero = 0;
+        int volatile result = 7 / zero;
+        static_cast<void>(result);
+    } else if (how == "instruction") {
+        __builtin_trap();
+    } else if (how == "terminate") {
+        std::terminate();
+    } else if (how == "exception") {
+        const auto thrower = [](bool isThrowing) {
+            if (isThrowing)
+                throw 1;
+        };
+        [&]() noexcept { thrower(how.size() == 9); }();
+    }
+}
+
+[[gnu::noinline]] int overflowStack(int volatile* before)
+{
+    int volatile here[256] = {*before};
+    return *before == 0 ? overflowStack(here) + here[1] : here[0];
+}
+}  // namespace
+
+VN_CHILD(raises)
+{
+    const Started start;
+    logAndCrash(signalOf(argv[1]));
+    return 0;
+}
+
+TEST(ThreadLogCrash, eachSignalFindsAllMessagesInTheFileAndEndsTheProcess)
+{
+    for (char const* name : {"SEGV", "ABRT", "BUS", "FPE", "ILL"}) {
+        const TempFolder folder;
+        const int status = runCrash(folder, "raises", name);
+        EXPECT_TRUE(WIFSIGNALED(status)) << name;
+        EXPECT_EQ(WTERMSIG(status), signalOf(name)) << name;
+        expectEverythingInOrder(folder.path("events.log"));
+    }
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__has_feature)
+#    define VN_FAULTS_ARE_THE_SYSTEMS 1
+#elif defined(__has_feature)
+#    if !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer)
+#        define VN_FAULTS_ARE_THE_SYSTEMS 1
+#    endif
+#endif
+
+#if defined(VN_FAULTS_ARE_THE_SYSTEMS)  // a sanitizer has a say of its own in faults
+VN_CHILD(faultsByItself)
+{
+    forbidCoreFiles();
+    const Started start;
+    static ThreadLog& log = *new ThreadLog;
+    log.installCrashHandlers();
+    logNumbers("main", 0, 700);
+    fault(argv[1]);
+    return 0;
+}
+
+TEST(ThreadLogCrash, aFaultEndsTheProcessByItsOwnSignalBehindTheMessages)
+{
+    const std::pair<char const*, int> faults[] = {{"address", SIGSEGV},
+                                                  {"division", SIGFPE},
+                                                  {"instruction", SIGILL},
+                                                  {"terminate", SIGABRT},
+                                                  {"exception", SIGABRT}};
+    for (auto const& [how, signal] : faults) {
+        const TempFolder folder;
+        const int status = runCrash(folder, "faultsByItself", how);
+        EXPECT_TRUE(WIFSIGNALED(status)) << how;
+        EXPECT_EQ(WTERMSIG(status), signal) << how;
+        EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700)) << how;
+    }
+}
+
+VN_CHILD(overflowsItsStack)
+{
+    forbidCoreFiles();
+    const Started start;
+    static ThreadLog& log = *new ThreadLog;
+    log.installCrashHandlers();
+    const auto crash = [] {
+        logNumbers("main", 0, 700);
+        int volatile first = 0;
+        overflowStack(&first);
+    };
+    if (std::string(argv[1]) == "main")
+        crash();
+    std::thread(crash).join();
+    return 0;
+}
+
+TEST(ThreadLogCrash, aStackOverflowIsNoExceptionInAnyThread)
+{
+    for (char const* thread : {"main", "other"}) {
+        const TempFolder folder;
+        const int status = runCrash(folder, "overflowsItsStack", thread);
+        EXPECT_TRUE(WIFSIGNALED(status)) << thread;
+        EXPECT_EQ(WTERMSIG(status), SIGSEGV) << thread;
+        EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700)) << thread;
+    }
+}
+#endif
+
+VN_CHILD(hasAHandlerOfItsOwn)
+{
+    const Started start;
+    struct sigaction own = {};
+    own.sa_sigaction = [](int signal, ::siginfo_t* info, void*) {
+        ::sigset_t blocked;
+        ::pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+        const bool isAsWanted = signal == SIGBUS && info->si_pid == ::getpid() && ::sigismember(&blocked, SIGUSR1) == 1;
+        ::_exit(isAsWanted ? 42 : 1);
+    };
+    own.sa_flags = SA_SIGINFO;
+    ::sigaddset(&own.sa_mask, SIGUSR1);
+    ::sigaction(SIGBUS, &own, nullptr);
+    logAndCrash(SIGBUS);
+    return 0;
+}
+
+TEST(ThreadLogCrash, theProgramsHandlerIsCalledBehindTheMessagesAsTheSystemWould)
+{
+    const TempFolder folder;
+    const int status = runCrash(folder, "hasAHandlerOfItsOwn", "");
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 42);
+    expectEverythingInOrder(folder.path("events.log"));
+}
+
+namespace
+{
+sigjmp_buf rescue;
+}
+
+VN_CHILD(isRescued)
+{
+    const Started start;
+    struct sigaction own = {};
+    own.sa_handler = [](int) { ::siglongjmp(rescue, 1); };
+    ::sigaction(SIGSEGV, &own, nullptr);
+    ThreadLog log;
+    log.installCrashHandlers();
+    static int i = 0;  // not changed back by the jump
+    for (; i < 3; ++i) {
+        logNumbers("main", 200 * i, 200 * i + 100);
+        if (sigsetjmp(rescue, 1) == 0)
+            ::raise(SIGSEGV);
+        logNumbers("main", 200 * i + 100, 200 * i + 200);
+    }
+    return 0;
+}
+
+TEST(ThreadLogCrash, aProgramThatSavesItselfLogsOn)
+{
+    const TempFolder folder;
+    expectSuccess(logger("isRescued", folder).run());
+    EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(600));
+}
+
+VN_CHILD(crashesTwice)
+{
+    forbidCoreFiles();
+    const Started start;
+    static ThreadLog& log = *new ThreadLog;
+    log.installCrashHandlers();
+    std::latch both(2);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i)
+        threads.emplace_back([i, &both] {
+            logNumbers(i == 0 ? "one" : "two", 0, 500);
+            both.arrive_and_wait();
+            ::raise(i == 0 ? SIGSEGV : SIGBUS);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    return 0;
+}
+
+TEST(ThreadLogCrash, twoThreadsMayCrashAtOnce)
+{
+    const TempFolder folder;
+    EXPECT_TRUE(WIFSIGNALED(runCrash(folder, "crashesTwice", "")));
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(numbersOf("one", messages), countTo(500));
+    EXPECT_EQ(numbersOf("two", messages), countTo(500));
+}
+
+VN_CHILD(givesHandlersBack)
+{
+    const Started start;
+    {
+        ThreadLog log;
+        log.installCrashHandlers();
+        log.installCrashHandlers();
+    }
+    int left = 0;
+    for (const int signal : {SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL}) {
+        struct sigaction present = {};
+        ::sigaction(signal, nullptr, &present);
+        left += present.sa_handler != SIG_DFL;
+    }
+    return left;
+}
+
+#if defined(VN_FAULTS_ARE_THE_SYSTEMS)
+TEST(ThreadLogCrash, theDestructorGivesTheHandlersBack)
+{
+    const TempFolder folder;
+    expectSuccess(logger("givesHandlersBack", folder).run());
+}
+#endif
+
+VN_CHILD(crashesIntoAPipe)
+{
+    forbidCoreFiles();
+    int ends[2];
+    if (::pipe(ends) != 0)
+        return 1;
+    ::dup2(ends[1], STDOUT_FILENO);
+    ::setenv("VN_LOG_WARNING", "%", 1);
+    const Started start;
+    static ThreadLog& log = *new ThreadLog;
+    log.installCrashHandlers();
+    ::close(ends[0]);
+    logNumbers("main", 0, 10, LgTypes::Warning);
+    ::raise(SIGSEGV);
+    return 0;
+}
+
+TEST(ThreadLogCrash, aPipeThatNobodyReadsDoesntChangeTheWayOfTheCrash)
+{
+    const TempFolder folder;
+    const int status = runCrash(folder, "crashesIntoAPipe", "");
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGSEGV);
+}
+
+// Outputs.
+
+VN_CHILD(writesToAFullDevice)
+{
+    const Started start;
+    ThreadLog log;
+    for (int i = 0; i < 3; ++i) {
+        logNumbers("main", 0, 10);
+        log.flush();
+    }
+    std::this_thread::yield();
+    return 0;
+}
+
+TEST(ThreadLog, anOutputThatRefusesLinesIsToldOnceWithItsPathAndTheReason)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("writesToAFullDevice", folder).with("VN_LOG_WARNING", "+/dev/full").run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: /dev/full: No space left on device\n");
+}
+
+VN_CHILD(reopens)
+{
+    const Started start;
+    const std::string path = getLogPath();
+    ThreadLog log;
+    if (argc > 1)
+        log.installCrashHandlers();
+    logNumbers("main", 0, 100);
+    log.flush();
+    std::filesystem::rename(path, path + ".1");
+    logNumbers("main", 100, 200);
+    if (!log.reopen() || !log.reopen())
+        return 1;
+    logNumbers("main", 200, 300);
+    return 0;
+}
+
+TEST(ThreadLog, reopenGoesOnInANewFileOfTheSameName)
+{
+    const TempFolder folder;
+    expectSuccess(logger("reopens", folder).run());
+    const auto before = messagesOf(folder.path("events.log.1"));
+    const auto behind = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(before.size(), 200u) << "what was accepted before";
+    EXPECT_EQ(behind.size(), 100u);
+    const auto lines = linesOf(folder.path("events.log"));
+    ASSERT_GE(lines.size(), 4u);
+    EXPECT_EQ(lines[0], "===== Message Logger Startup =====");
+    EXPECT_TRUE(lines[1].starts_with("===== Started on ")) << lines[1];
+    EXPECT_EQ(lines[2], "");
+    EXPECT_TRUE(lines[3].starts_with("===== Clock Frequency: 0.00")) << lines[3];
+    EXPECT_EQ(lines.back(), "===== Message Logger Stopped =====");
+    EXPECT_EQ(lines[3], linesOf(folder.path("events.log.1"))[3]) << "the same clock";
+}
+
+VN_CHILD(reopensAndCrashes)
+{
+    forbidCoreFiles();
+    const Started start;
+    const std::string path = getLogPath();
+    static ThreadLog& log = *new ThreadLog;
+    log.installCrashHandlers();
+    std::filesystem::rename(path, path + ".1");
+    log.reopen();
+    logNumbers("main", 0, 700);
+    ::raise(SIGSEGV);
+    return 0;
+}
+
+TEST(ThreadLogCrash, aCrashBehindReopenGoesToTheNewFile)
+{
+    const TempFolder folder;
+    EXPECT_TRUE(WIFSIGNALED(runCrash(folder, "reopensAndCrashes", "")));
+    EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700));
+}
+
+VN_CHILD(cantReopen)
+{
+    const Started start;
+    const std::string path = getLogPath();
+    ThreadLog log;
+    logNumbers("main", 0, 1);
+    log.flush();
+    std::filesystem::rename(path, path + ".1");
+    std::filesystem::create_directory(path);
+    const bool isDone = log.reopen();
+    logNumbers("main", 1, 2);
+    return isDone ? 1 : 0;
+}
+
+TEST(ThreadLog, whatCantBeReopenedStaysAndIsTold)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("cantReopen", folder).run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: " + folder.path("events.log") + ": Is a directory\n");
+    EXPECT_EQ(messagesOf(folder.path("events.log.1")).size(), 2u);
+}
+
+VN_CHILD(isRotated)
+{
+    const Started start;
+    const std::string folder = std::getenv("T4Q_TEST_DIR");
+    const std::string command = "/usr/sbin/logrotate --force --state " + folder + "/state " + folder + "/conf";
+    ThreadLog log;
+    for (int i = 0; i < 3; ++i) {
+        logNumbers("main", 100 * i, 100 * i + 100);
+        log.flush();
+        if (std::system(command.c_str()) != 0)
+            return 1;
+    }
+    logNumbers("main", 300, 400);
+    return 0;
+}
+
+TEST(ThreadLog, logrotateMayCopyAndTruncateTheFile)
+{
+    if (::access("/usr/sbin/logrotate", X_OK) != 0)
+        GTEST_SKIP() << "logrotate isn't installed";
+    const TempFolder folder;
+    ::chmod(folder.path().c_str(), 0755);
+    const std::string log = folder.path("events.log");
+    const std::string conf = folder.file("conf", log + " {\n    copytruncate\n    rotate 5\n    missingok\n    nocreate\n}\n");
+    ::chmod(conf.c_str(), 0644);
+    expectSuccess(logger("isRotated", folder).run());
+    std::vector<LogLine> all;
+    for (std::string const& name : {log + ".3", log + ".2", log + ".1", log})
+        for (LogLine const& message : messagesOf(name))
+            all.push_back(message);
+    EXPECT_EQ(messagesOf(log).size(), 100u) << "the last part alone, without a hole before it";
+    EXPECT_EQ(numbersOf("main", all), countTo(400));
+}
+
+// What threads leave behind.
+
+VN_CHILD(countsDescriptorsAndTasks)
+{
+    const Started start;
+    const auto countIn = [](char const* folder) {
+        return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+    };
+    const auto files = countIn("/proc/self/fd");
+    const auto tasks = countIn("/proc/self/task");
+    for (int i = 0; i < 20; ++i) {
+        ThreadLog log;
+        log.installCrashHandlers();
+        logNumbers("main", 0, 10);
+    }
+    std::cout << countIn("/proc/self/fd") - files << ' ' << countIn("/proc/self/task") - tasks;
+    return 0;
+}
+
+TEST(ThreadLog, itsEndLeavesNoDescriptorAndNoThread)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("countsDescriptorsAndTasks", folder).run();
+    expectSuccess(run);
+    EXPECT_EQ(run.out, "0 0");
+}
