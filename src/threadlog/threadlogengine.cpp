@@ -388,8 +388,10 @@ void ThreadLogEngine::flush()
     const Reading reading(*this);
     registerNewQueues();
     try {
+        errno = 0;
         while (isBefore() && writeOne())
             ;
+        _outputs.tellFailures(errno);
     } catch (...) {
         _isInLine.store(false, std::memory_order_release);
         throw;
