@@ -15,7 +15,7 @@ case ${1:-} in
     ;;
 esac
 programs=("$@")
-[ $# -gt 0 ] || programs=(benchprocesses benchfiles benchlogsites benchlogging benchsettings benchloading benchwholestart
+[ $# -gt 0 ] || programs=(benchprocesses benchfiles benchlogsites benchthreadlog benchlogging benchsettings benchloading benchwholestart
     benchgrowth benchtimers benchexactnumbers benchnumbers benchsamplers benchfloatutil benchheadercost)
 
 mkdir -p build/logs build/bench/rows

@@ -344,10 +344,9 @@ void ThreadLogEngine::sleepUntilWoken(std::chrono::milliseconds atMost)
         _woken.wait(guard, isAwake);
 }
 
-void ThreadLogEngine::messageAdded(LgTypes::Level level, std::uint32_t place)
+void ThreadLogEngine::messageAdded(LgTypes::Level level, bool isFillingUp)
 {
-    constexpr std::uint32_t quarter = 256;  // of a queue
-    if (_sleep.load(std::memory_order_relaxed) == Sleep::Asleep || _policy.isUrgent(level) || place % quarter == 0)
+    if (_sleep.load(std::memory_order_relaxed) == Sleep::Asleep || isFillingUp || _policy.isUrgent(level))
         wakeReader();
 }
 

@@ -59,8 +59,8 @@ public:
     /// Relaxed: see ThreadLogSystem::fenceAllThreads() for what makes that enough.
     static bool isReaderAsleep() { return _sleep.load(std::memory_order_relaxed) != Sleep::Awake; }
 
-    /// Wakes the reader, if the message is worth it; `place` counts the thread's messages.
-    void messageAdded(LgTypes::Level level, std::uint32_t place);
+    /// Wakes the reader, if the message is worth it.
+    void messageAdded(LgTypes::Level level, bool isFillingUp);
 
     /// Whether messages of that level wait for room.
     bool isWaiting(LgTypes::Level level) const { return _policy.isWaiting(level); }

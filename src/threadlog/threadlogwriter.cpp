@@ -129,7 +129,7 @@ void ThreadLogWriter::entryAdded(LgQueue&)
 {
     countEntry();
     if (ThreadLogEngine::isReaderAsleep()) [[unlikely]]
-        ThreadLogEngine::get().messageAdded(getNewest().getLevel(), _written.load(std::memory_order_relaxed));
+        ThreadLogEngine::get().messageAdded(getNewest().getLevel(), isFillingUp());
     if (!hasRoomFor(comfortableRoom)) [[unlikely]]
         chooseCurrent();
 }
@@ -137,6 +137,14 @@ void ThreadLogWriter::entryAdded(LgQueue&)
 bool ThreadLogWriter::hasRoomFor(std::uint32_t size) const
 {
     return !_queue->isFull() && _queue->getStream().getNumCharacters() >= size;
+}
+
+/// Whether half of the entries or of the characters are used, so that the reader should begin.
+bool ThreadLogWriter::isFillingUp() const
+{
+    const auto oldest = static_cast<std::uint32_t>(&_queue->readEntry() - _entries);
+    const std::uint32_t used = (_written.load(std::memory_order_relaxed) - oldest) & entryMask;
+    return used > entryMask / 2 || _queue->getStream().getNumCharacters() < LgStream::getMaxSize() / 2;
 }
 
 /// The spill, made when it is first needed. Null without memory.

@@ -65,6 +65,7 @@ private:
     LgQueue::Entry const& getNewest() const;
     void countEntry();
     bool hasRoomFor(std::uint32_t size) const;
+    bool isFillingUp() const;
     LgQueue* provideSpill() noexcept;
     void chooseCurrent();
     void move(LgQueue& spill, char* text);

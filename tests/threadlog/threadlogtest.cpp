@@ -297,8 +297,8 @@ VN_CHILD(manyWarnings)
     logNumbers(LgTypes::RecoverableError, 1, "first");
     while (messagesOf(file).empty())
         std::this_thread::yield();
-    logNumbers(LgTypes::Warning, 256);
-    while (messagesOf(file).size() < 200)
+    logNumbers(LgTypes::Warning, 600);
+    while (messagesOf(file).size() < 400)
         std::this_thread::yield();
     return 0;
 }
