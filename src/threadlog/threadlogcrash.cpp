@@ -125,13 +125,14 @@ Found findLine(LgTypes::Level level, std::string_view prefix)
     return Found::Nowhere;
 }
 
-/// The head that was earliest, and by how much queues of the spill come later: never earlier than what waits before them.
+/// The head with the smallest time of those that were considered.
 struct Earliest
 {
     LgQueue* queue = nullptr;
+    ThreadLogWriter* writer = nullptr;
     std::uint64_t timeStamp = 0;
 
-    void consider(LgQueue& candidate)
+    void consider(ThreadLogWriter& owner, LgQueue& candidate)
     {
         if (candidate.isEmpty())
             return;
@@ -139,6 +140,7 @@ struct Earliest
         if (queue != nullptr && time >= timeStamp)
             return;
         queue = &candidate;
+        writer = &owner;
         timeStamp = time;
     }
 };
@@ -170,13 +172,15 @@ void ThreadLogCrash::writeQueues(bool isLineOpen)
     for (;;) {
         Earliest earliest;
         ThreadLogWriters::forEach([&earliest](ThreadLogWriter& writer) {
-            earliest.consider(writer.getQueue());
-            if (LgQueue* const spill = writer.getSpill())
-                earliest.consider(*spill);
+            earliest.consider(writer, writer.getQueue());
+            if (LgQueue* const waiting = writer.getWaiting())
+                earliest.consider(writer, *waiting);
         });
         if (earliest.queue == nullptr || earliest.timeStamp > now)
             return;
-        writeHead(*earliest.queue);
+        // A message that waits for room may be on its way: its thread goes on.
+        if (earliest.queue == &earliest.writer->getQueue() || earliest.writer->takeWaiting())
+            writeHead(*earliest.queue);
     }
 }
 

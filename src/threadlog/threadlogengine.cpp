@@ -218,6 +218,7 @@ void ThreadLogEngine::collectFinished() noexcept
 
 void ThreadLogEngine::runReader() noexcept
 {
+    ThreadLogSystem::nameThread();
     while (isRunning()) {
         bool hasWritten = false;
         for (bool isMore = true; isMore && isRunning();) {
@@ -282,7 +283,7 @@ void ThreadLogEngine::enterLine()
     _isInLine.store(true);
     while (_isHeld.load()) {
         _isInLine.store(false);
-        ThreadLogSystem::pause();
+        waitForHandler();
         _isInLine.store(true);
     }
 }
@@ -416,6 +417,12 @@ bool ThreadLogEngine::holdReader() noexcept
 void ThreadLogEngine::releaseReader() noexcept
 {
     _isHeld.store(false);
+}
+
+void ThreadLogEngine::waitForHandler() const
+{
+    while (_isHeld.load())
+        ThreadLogSystem::pause();
 }
 
 bool ThreadLogEngine::isOwner() const

@@ -89,6 +89,9 @@ public:
     bool holdReader() noexcept;
     void releaseReader() noexcept;
 
+    /// Until releaseReader(); not in a handler.
+    void waitForHandler() const;
+
     /// Whether the messages in the queues are this process's own.
     bool isOwner() const;
 

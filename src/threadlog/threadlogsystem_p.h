@@ -26,6 +26,9 @@ std::uint64_t getThread();
 std::uint64_t getProcess();
 /// @}
 
+/// Names the calling thread for debuggers and process lists.
+void nameThread();
+
 /// A full memory fence in every thread of the process. So the side that runs often needs none: a writer stores its message and
 /// then loads the reader's state; the reader stores its state, calls this, and then looks for messages. One of the two
 /// sees the other. False if the system has no such call.

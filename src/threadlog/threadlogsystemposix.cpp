@@ -88,6 +88,11 @@ std::uint64_t getProcess()
     return static_cast<std::uint64_t>(::getpid());
 }
 
+void nameThread()
+{
+    ::pthread_setname_np(::pthread_self(), "vn-threadlog");
+}
+
 bool fenceAllThreads()
 {
     // Registered by each process for itself; a second time costs nothing.

@@ -44,6 +44,15 @@ std::uint64_t getProcess()
     return ::GetCurrentProcessId();
 }
 
+/// From Windows 10 on; older ones don't have the call.
+void nameThread()
+{
+    using Call = ::HRESULT(WINAPI*)(::HANDLE, ::PCWSTR);
+    const ::FARPROC function = ::GetProcAddress(::GetModuleHandleA("kernel32.dll"), "SetThreadDescription");
+    if (function != nullptr)
+        reinterpret_cast<Call>(reinterpret_cast<void*>(function))(::GetCurrentThread(), L"vn-threadlog");
+}
+
 bool fenceAllThreads()
 {
     ::FlushProcessWriteBuffers();

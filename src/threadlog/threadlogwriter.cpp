@@ -180,8 +180,15 @@ void ThreadLogWriter::chooseCurrent()
 void ThreadLogWriter::move(LgQueue& spill, char* text)
 {
     const LgTypes::Level level = spill.readEntry().getLevel();
+    _isTaken.store(false);
     if (ThreadLogEngine::get().isWaiting(level))
         waitForSpace(*_queue, static_cast<int>(spill.getStream().getNextSize() + 1));
+    if (!takeWaiting()) {
+        // A crash handler has written it. If the program survives, it goes on when the handler is through.
+        ThreadLogEngine::get().waitForHandler();
+        chooseCurrent();
+        return;
+    }
     spill.getStream() >> text;
     spill.removeEntry();
     // The queue counts a loss in an entry of its own, unless the newest one is such an entry already.

@@ -38,8 +38,15 @@ public:
 
     LgQueue& getQueue() { return *_queue; }
 
-    /// Null as long as the queue has always had room. Any thread may ask, also one that is in a signal handler.
-    LgQueue* getSpill() const { return _spill.load(std::memory_order_acquire); }
+    /// The message that waits for room, alone in its queue; null if there is none. For the crash handlers.
+    LgQueue* getWaiting() const
+    {
+        LgQueue* const spill = _spill.load(std::memory_order_acquire);
+        return spill != nullptr && !_isTaken.load() && !spill->isEmpty() ? spill : nullptr;
+    }
+
+    /// Takes that message: true for one of the two that may try, the thread itself and a crash handler.
+    bool takeWaiting() { return !_isTaken.exchange(true); }
 
     /// Whether the logger's registry lists the queue; the reader's own mark.
     bool isRegistered() const { return _isRegistered; }
@@ -75,7 +82,8 @@ private:
     LgQueue* _current = nullptr;
     LgQueue::Entry const* _entries = nullptr;  ///< the queue's ring
     std::atomic<std::uint32_t> _written = 0;   ///< entries so far; the index of the next one, modulo the ring's size
-    std::atomic<LgQueue*> _spill = nullptr;
+    std::atomic<LgQueue*> _spill = nullptr;    ///< null as long as there has always been room
+    std::atomic<bool> _isTaken = true;         ///< whether what is in the spill is being moved
     bool _isRegistered = false;
     Trace _trace;
 };
