@@ -744,3 +744,37 @@ TEST(ThreadLog, itsEndLeavesNoDescriptorAndNoThread)
     expectSuccess(run);
     EXPECT_EQ(run.out, "0 0");
 }
+
+VN_CHILD(isIdle)
+{
+    const Started start;
+    const std::string file = getLogPath();
+    ThreadLog log;
+    logNumbers("main", 0, 10);
+    while (messagesOf(file).size() != 10)
+        std::this_thread::yield();
+    std::string task;
+    for (auto const& entry : std::filesystem::directory_iterator("/proc/self/task"))
+        if (contentOf(entry.path() / "comm") == "vn-threadlog\n")
+            task = entry.path();
+    if (!std::filesystem::exists(task + "/syscall"))
+        return 77;
+    // A wait on a futex, number 202 on x86-64 and 98 elsewhere, whose fourth argument is the time limit: none.
+    for (;;) {
+        std::istringstream call(contentOf(task + "/syscall"));
+        std::string number, address, operation, value, limit;
+        call >> number >> address >> operation >> value >> limit;
+        if ((number == "202" || number == "98" || number == "238") && limit == "0x0")
+            return 0;
+        std::this_thread::yield();
+    }
+}
+
+TEST(ThreadLog, anIdleReaderSleepsWithoutATimer)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("isIdle", folder).run();
+    if (run.exitCode == 77)
+        GTEST_SKIP() << "the system doesn't tell what a thread waits for";
+    expectSuccess(run);
+}

@@ -1,5 +1,6 @@
 #include "threadlogbody.h"
 
+#include "livememory.h"
 #include "lockname.h"
 
 #include <base/dbgbuildinfomgr.h>
@@ -658,4 +659,33 @@ VN_CHILD(faults)
 TEST(ThreadLogCrash, whatWasAcceptedBeforeAFaultIsInTheFile)
 {
     expectAllBeforeTheCrash("faults");
+}
+
+VN_CHILD(leavesNoMemory)
+{
+    const Started start(argc, argv);
+    const Vn::LgMinorGroup group = groupOf();
+    ThreadLog log;
+    const auto runThreads = [&group](int count) {
+        for (int i = 0; i < count; ++i)
+            std::thread([&group] {
+                VN_LOG(group, LgTypes::Warning, "here");
+                VN_TRACE(work, "here");
+            }).join();
+    };
+    runThreads(1000);
+    log.flush();
+    const std::size_t before = VnSoak::getLiveMemory();
+    runThreads(3000);
+    log.flush();
+    // The reader deletes a queue when it next looks. Two of them are more than what the allocator moves by.
+    while (VnSoak::getLiveMemory() > before + 100000)
+        std::this_thread::yield();
+    return 0;
+}
+
+TEST(ThreadLog, threadsByTheThousandLeaveNoMemoryBehind)
+{
+    const TempFolder folder;
+    expectSuccess(logger("leavesNoMemory", folder).run());
 }
