@@ -1,8 +1,7 @@
 #include "crew.h"
 
-#include "threadlog.h"
-
 #include <base/exbase.h>
+#include <base/lglog.h>
 
 #include <algorithm>
 #include <atomic>
@@ -26,7 +25,6 @@ Crew::Result readOne(Crew::Task const& task)
 
 void logResult(Vn::LgMinorGroup const& group, Crew::Task const& task, Crew::Result const& result)
 {
-    ThreadLog::waitForSpace(static_cast<int>(task.name.size() + result.failure.size()) + 100);
     if (result.failure.empty())
         VN_LOG(group, Vn::LgTypes::Informational,
                task.name.c_str() << ": " << static_cast<double>(result.reading.bytes) / 1024 << " KiB");
@@ -48,7 +46,6 @@ std::vector<Crew::Result> Crew::read(std::vector<Task> const& tasks,
     std::atomic<std::size_t> next = 0;
     std::mutex mutex;
     const auto work = [&] {
-        const ThreadLog::Thread ownQueue;
         for (std::size_t i = next++; i < tasks.size(); i = next++) {
             results[i] = readOne(tasks[i]);
             logResult(group, tasks[i], results[i]);

@@ -5,13 +5,15 @@
 #include "scanner.h"
 #include "settings.h"
 #include "terminal.h"
-#include "threadlog.h"
 #include "treecopy.h"
 #include "version.h"
+
+#include <threadlog/threadlog.h>
 
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/inoptionparser.h>
+#include <base/lglog.h>
 #include <base/osfsutils.h>
 
 #include <cstring>
@@ -194,10 +196,11 @@ int run(int argc, char** argv)
     if (!isErrorStreamATerminal())
         Vn::InVariableBase::overrideViaHandle("inventory.progress", "false", "nobody watches the error stream");
 
+    Vn::InVariableBase::overrideViaHandle("threadlog.wait", "all", "a line for each file is wanted");
     int count = static_cast<int>(line.arguments.size());
     char const* const* arguments = line.arguments.data();
     Vn::InInitGuard guard(count, arguments);
-    const ThreadLog log;
+    const Vn::ThreadLog log;
     bool isWhole = true;
     if (line.wantsGraph)
         Vn::InInitMgr::getInstance().dumpGraph(std::cout);

@@ -1,7 +1,6 @@
 #include "journal.h"
 
 #include <base/lglog.h>
-#include <base/lgreader.h>
 
 #include <cstdio>
 
@@ -9,13 +8,6 @@ namespace Skylight
 {
 namespace
 {
-Vn::LgQueue* theQueue = nullptr;
-
-Vn::LgQueue* getTheQueue()
-{
-    return theQueue;
-}
-
 Vn::LgMinorGroup getGroup()
 {
     return {Vn::LgMajorGroup::getInstanceForName("Skylight"), "Render"};
@@ -27,19 +19,6 @@ Journal::Journal(bool isQuiet) : _isQuiet(isQuiet), _passes("passes")
     Vn::LgMajorGroup& group = Vn::LgMajorGroup::getInstanceForName("Skylight");
     group.setLogThreshold(Vn::LgTypes::Informational, false);
     group.setLogThreshold(Vn::LgTypes::Profiling, false);
-    theQueue = &_queue;
-    Vn::LgLog::getRegistry()->registerQueue(&_queue);
-    Vn::LgLog::setQueueFunction(getTheQueue);
-    Vn::LgLog::setLoggerActivation(true);
-}
-
-Journal::~Journal()
-{
-    Vn::LgReader().flushAll();
-    Vn::LgLog::setLoggerActivation(false);
-    Vn::LgLog::setQueueFunction(nullptr);
-    Vn::LgLog::getRegistry()->deregisterQueue(&_queue);
-    theQueue = nullptr;
 }
 
 void Journal::tell(std::string const& message)
@@ -58,7 +37,6 @@ void Journal::endPass(unsigned int pass, unsigned int count)
     const double seconds = _passes.cycleTime();
     _passes.endCycle();
     VN_LOG(getGroup(), Vn::LgTypes::Profiling, "pass " << pass << " of " << count << ": " << seconds << " s");
-    Vn::LgReader().flushAll();
     if (!_isQuiet)
         std::fprintf(stderr, "pass %u of %u: %.3f s\n", pass, count, seconds);
 }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <threadlog/threadlog.h>
+
 #include <base/hwintervaltimer.h>
-#include <base/lgqueue.h>
 #include <base/profiler.h>
 
 #include <string>
@@ -18,16 +19,13 @@ public:
     /// Sets up logging. With `isQuiet` nothing goes to standard error.
     explicit Journal(bool isQuiet);
 
-    /// Writes what is still queued, and takes logging down.
-    ~Journal();
-
     Journal(Journal const&) = delete;
     Journal& operator=(Journal const&) = delete;
 
     /// Logs a message at the level Informational.
     void tell(std::string const& message);
 
-    /// The two ends of a pass. endPass() logs its time, and writes what is queued.
+    /// The two ends of a pass. endPass() logs its time.
     /// @{
     void startPass();
     void endPass(unsigned int pass, unsigned int count);
@@ -38,7 +36,7 @@ public:
 
 private:
     bool _isQuiet;
-    Vn::LgQueue _queue;
+    Vn::ThreadLog _log;
     Vn::Profiler<Vn::HwIntervalTimer> _passes;
 };
 

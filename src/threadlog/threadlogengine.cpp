@@ -250,7 +250,6 @@ bool ThreadLogEngine::writeUpTo(unsigned count) noexcept
     std::string reason;
     for (int tries = 0; tries < 2; ++tries)
         try {
-            registerNewQueues();
             errno = 0;
             unsigned written = 0;
             while (written < count && writeOne())
@@ -269,8 +268,10 @@ bool ThreadLogEngine::writeUpTo(unsigned count) noexcept
     return false;
 }
 
+/// A fresh look for queues each time: a message in a new one may be earlier than the next one in another.
 bool ThreadLogEngine::writeOne()
 {
+    registerNewQueues();
     enterLine();
     const bool hasWritten = _reader.flushEarliest();
     _isInLine.store(false, std::memory_order_release);
@@ -288,19 +289,21 @@ void ThreadLogEngine::enterLine()
     }
 }
 
+/// Until no queue was made meanwhile: the walk could miss a queue and find one that was made behind it, and a message of that
+/// one would come out before one that it follows.
 void ThreadLogEngine::registerNewQueues()
 {
     // Acquire: the writers that were counted are there.
-    const unsigned made = _made.load(std::memory_order_acquire);
-    if (made == _seen)
-        return;
-    ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
-        if (writer.isRegistered())
-            return;
-        LgLog::getRegistry()->registerQueue(&writer.getQueue());
-        writer.setRegistered(true);
-    });
-    _seen = made;
+    for (unsigned made = _made.load(std::memory_order_acquire); made != _seen;
+         made = _made.load(std::memory_order_acquire)) {
+        ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
+            if (writer.isRegistered())
+                return;
+            LgLog::getRegistry()->registerQueue(&writer.getQueue());
+            writer.setRegistered(true);
+        });
+        _seen = made;
+    }
 }
 
 bool ThreadLogEngine::isAnythingToDo()
@@ -386,7 +389,6 @@ void ThreadLogEngine::flush()
         return isAny;
     };
     const Reading reading(*this);
-    registerNewQueues();
     try {
         errno = 0;
         while (isBefore() && writeOne())

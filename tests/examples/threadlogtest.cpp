@@ -25,7 +25,7 @@ namespace
 Child threadlog(TempFolder const& folder, int threads, int messages)
 {
     Child child = Child::program("threadlog");
-    child.arguments({"-t", std::to_string(threads), "-n", std::to_string(messages)})
+    child.arguments({"-q", "-t", std::to_string(threads), "-n", std::to_string(messages)})
         .with("T4Q_TEST_DIR", folder.path())
         .without("VN_LOG_WARNING")
         .without("VN_LOG_GROUPS")
@@ -90,7 +90,7 @@ void runTogether(int processes, Child const& child)
 }
 }  // namespace
 
-TEST(ThreadLog, eachThreadsMessagesAreThereInOrderAndNoneIsLost)
+TEST(ThreadLogExample, eachThreadsMessagesAreThereInOrderAndNoneIsLost)
 {
     const TempFolder folder;
     const ChildRun run = threadlog(folder, 6, 3000).run();
@@ -105,7 +105,7 @@ TEST(ThreadLog, eachThreadsMessagesAreThereInOrderAndNoneIsLost)
     EXPECT_EQ(content.banners, 2);
 }
 
-TEST(ThreadLog, groupsAndTraceAreSwitchedByTheEnvironment)
+TEST(ThreadLogExample, groupsAndTraceAreSwitchedByTheEnvironment)
 {
     const TempFolder folder;
     const ChildRun run = threadlog(folder, 1, 2)
@@ -120,7 +120,18 @@ TEST(ThreadLog, groupsAndTraceAreSwitchedByTheEnvironment)
     EXPECT_EQ(lines[4], "Work thread 0 is at 1");
 }
 
-TEST(ThreadLog, processesShareAFileWithoutTearingALine)
+TEST(ThreadLogExample, drawsALaneForEachThread)
+{
+    const TempFolder folder;
+    const ChildRun run = Child::program("threadlog").with("T4Q_TEST_DIR", folder.path()).run();
+    EXPECT_EQ(run.exitCode, 0);
+    for (char const* thread : {"thread 1 |", "thread 2 |", "thread 3 |", "thread 4 |"})
+        EXPECT_NE(run.out.find(thread), run.out.npos) << run.out;
+    EXPECT_NE(run.out.find("| 1000 messages\n"), run.out.npos) << run.out;
+    EXPECT_NE(run.out.find("events.log\n"), run.out.npos) << run.out;
+}
+
+TEST(ThreadLogExample, processesShareAFileWithoutTearingALine)
 {
     // The whole is a million lines; a slice of it where every test runs.
     const bool isWhole = std::getenv("VNBASE_LONG_TESTS") != nullptr;
@@ -141,7 +152,7 @@ TEST(ThreadLog, processesShareAFileWithoutTearingALine)
     EXPECT_EQ(content.banners, 2 * processes);
 }
 
-TEST(ThreadLog, helpTellsOfTheEnvironment)
+TEST(ThreadLogExample, helpTellsOfTheEnvironment)
 {
     const ChildRun run = Child::program("threadlog").arguments({"-h"}).run();
     EXPECT_NE(run.out.find("VN_LOG_GROUPS"), std::string::npos);

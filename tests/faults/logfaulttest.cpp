@@ -7,10 +7,12 @@
 #include "environment.h"
 #include "lockname.h"
 #include "testpackage.h"
-#include "threadlog.h"
+
+#include <threadlog/threadlog.h>
 
 #include <base/exsyserror.h>
 #include <base/incontextalias.h>
+#include <base/ininitmgr.h>
 #include <base/invariable.h>
 #include <base/osfilepath.h>
 #include <base/trace.h>
@@ -556,28 +558,23 @@ TEST_F(LogFaults, aLockAndItsEndAreOneCallEach)
     EXPECT_EQ(VnTest::stopFailingCalls(), 0);
 }
 
-/// Logs more than a queue holds while a folder stands in the place of the lock's file.
+/// Logs more than a queue holds, of a level that waits, while a folder stands in the place of the lock's file.
 VN_CHILD(logWhileTheLockFails)
 {
     constexpr int more = 3000;
     const std::string path = argv[1];
-    LgLog::init();
-    {
-        const ThreadLog log;
-        const ThreadLog::Thread thread;
-        const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
-        VN_LOG(group, LgTypes::Warning, "before");
-        while (!LgLog::getQueue().isEmpty())
-            std::this_thread::yield();
-        if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
-            return 1;
-        for (int i = 0; i < more; ++i) {
-            ThreadLog::waitForSpace(100);
-            VN_LOG(group, LgTypes::Warning, i);
-        }
-        ::rmdir(path.c_str());
-    }
-    LgLog::destroy();
+    int none = 0;
+    char const* const* noArguments = nullptr;
+    InInitGuard guard(none, noArguments);
+    ThreadLog log;
+    const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+    VN_LOG(group, LgTypes::RecoverableError, "before");
+    log.flush();
+    if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
+        return 1;
+    for (int i = 0; i < more; ++i)
+        VN_LOG(group, LgTypes::RecoverableError, i);
+    ::rmdir(path.c_str());
     return 0;
 }
 
