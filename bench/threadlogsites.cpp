@@ -106,14 +106,10 @@ constexpr struct
     char const* name;
     Crew::Site site;
 } sites[] = {
-    {"text",
-     [](Vn::LgMinorGroup const& group, int) {
-         VN_LOG(group, Vn::LgTypes::Warning, "a message of some forty characters in all");
-     }},
-    {"text, int",
-     [](Vn::LgMinorGroup const& group, int i) {
-         VN_LOG(group, Vn::LgTypes::Warning, "a message with the number " << i);
-     }},
+    {"text", [](Vn::LgMinorGroup const& group,
+                int) { VN_LOG(group, Vn::LgTypes::Warning, "a message of some forty characters in all"); }},
+    {"text, int", [](Vn::LgMinorGroup const& group,
+                     int i) { VN_LOG(group, Vn::LgTypes::Warning, "a message with the number " << i); }},
     {"2 int, double",
      [](Vn::LgMinorGroup const& group, int i) {
          VN_LOG(group, Vn::LgTypes::Warning, "tile " << i << " of " << i * 7 << " took " << i * 0.37);

@@ -99,7 +99,8 @@ void draw(char const* path)
     for (auto const& [thread, stamps] : times) {
         std::array<std::size_t, slices> counts = {};
         for (const std::uint64_t stamp : stamps)
-            ++counts[static_cast<std::size_t>((stamp - first) * (slices - 1) / std::max<std::uint64_t>(last - first, 1))];
+            ++counts[static_cast<std::size_t>((stamp - first) * (slices - 1) /
+                                              std::max<std::uint64_t>(last - first, 1))];
         const std::size_t most = *std::max_element(counts.begin(), counts.end());
         std::cout << "  " << thread << " |";
         for (const std::size_t count : counts)

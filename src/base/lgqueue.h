@@ -181,7 +181,7 @@ private:
 };
 
 /// What a thread layer installs in a queue to hear of its traffic; the only way in which a queue wakes anybody.
-/// `examples/threadlog` has one.
+/// The library `threadlog` has one.
 ///
 ///     queue.changeObserver(Vn::ObjPtr<Vn::LgQueue::Observer>(new WakeReader));
 ///

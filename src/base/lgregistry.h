@@ -15,8 +15,9 @@ class LgQueue;
 ///
 ///     Vn::LgLog::setRegistry(Vn::ObjPtr<Vn::LgRegistry>(new LockedRegistry));
 ///
-/// A program whose threads come and go brings a registry of its own, with a lock; `examples/threadlog` has one. Owns
-/// no queue. The installed registry isn't destroyed when the process ends, as a reader may be using it.
+/// A program whose threads come and go brings a registry of its own, with a lock, or registers in the thread that
+/// reads, as the library `threadlog` does. Owns no queue. The installed registry isn't destroyed when the process
+/// ends, as a reader may be using it.
 /// Tests: tests/base/lgregistrytest.cpp.
 class VN_BASE_EXPORT LgRegistry
 {

@@ -42,8 +42,7 @@ InVariable<char const*> waitSetting("threadlog.wait", package, Variable("VN_THRE
                                     Default(defaultWait, defaultWait));
 InVariable<char const*> flushSetting("threadlog.flush", package, Variable("VN_THREADLOG_FLUSH", flushText),
                                      Default(defaultFlush, defaultFlush));
-InVariable<int> dozeSetting("threadlog.doze", package, Variable("VN_THREADLOG_DOZE", dozeText),
-                            Default("1", "1"));
+InVariable<int> dozeSetting("threadlog.doze", package, Variable("VN_THREADLOG_DOZE", dozeText), Default("1", "1"));
 
 /// What the option says, unless it wasn't given or an override beats it.
 char const* getText(InVariable<char const*> const& setting, char const* optionHandle)

@@ -108,6 +108,7 @@ public:
 class VN_THREADLOG_EXPORT ThreadLogOptions
 {
 public:
+    /// Each key is a letter and a colon, as InContextAlias takes it.
     ThreadLogOptions(char const* waitKey, char const* flushKey);
     ~ThreadLogOptions();
 

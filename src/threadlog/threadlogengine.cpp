@@ -121,7 +121,7 @@ void ThreadLogEngine::stop()
 /// At the end of a program's main(), or behind it. On Windows all other threads are gone by then, perhaps with the lock.
 void ThreadLogEngine::stopAtExit() noexcept
 {
-    if (!isRunning() || _isForked.load() || !_readMutex.try_lock_for(aLook))
+    if (!isRunning() || _isForked.load() || !tryToRead())
         return;
     LgLog::setLoggerActivation(false);
     _lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);
@@ -432,10 +432,19 @@ bool ThreadLogEngine::isOwner() const
     return _process.load(std::memory_order_relaxed) == ThreadLogSystem::getProcess();
 }
 
+/// Gives up after two seconds.
+bool ThreadLogEngine::tryToRead() noexcept
+{
+    _others.fetch_add(1, std::memory_order_relaxed);
+    const bool isLocked = ThreadLogSystem::waitBriefly([this] { return _readMutex.try_lock(); });
+    _others.fetch_sub(1, std::memory_order_relaxed);
+    return isLocked;
+}
+
 /// A reader that can't finish its line, as its pipe is full, must not hold up a `fork` for ever: the child then never logs.
 void ThreadLogEngine::beforeFork() noexcept
 {
-    _isForkClean = _readMutex.try_lock_for(aLook);
+    _isForkClean = tryToRead();
 }
 
 void ThreadLogEngine::afterForkInParent() noexcept
@@ -448,7 +457,7 @@ void ThreadLogEngine::afterForkInParent() noexcept
 /// stands for the reader's thread.
 void ThreadLogEngine::afterForkInChild() noexcept
 {
-    new (&_readMutex) std::timed_mutex;
+    new (&_readMutex) std::mutex;
     new (&_sleepMutex) std::mutex;
     new (&_woken) std::condition_variable;
     new (&_roomMutex) std::mutex;

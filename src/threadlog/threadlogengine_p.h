@@ -124,6 +124,7 @@ private:
     void sleepUntilWoken(std::chrono::milliseconds atMost);
     void wakeReader();
     bool isAnythingToDo();
+    bool tryToRead() noexcept;
     void drain() noexcept;
     bool writeUpTo(unsigned count) noexcept;
     bool writeOne();
@@ -132,8 +133,9 @@ private:
     void tellWaiting();
 
     static constexpr std::chrono::seconds aLook{1};  ///< how soon what nobody tells is seen
-    static constexpr std::chrono::milliseconds withoutFence{100};  ///< the same, where a writer's look may come too early
-    static constexpr unsigned batch = 64;                          ///< lines until others get a turn
+    static constexpr std::chrono::milliseconds withoutFence{
+        100};                              ///< the same, where a writer's look may come too early
+    static constexpr unsigned batch = 64;  ///< lines until others get a turn
 
     static std::atomic<Sleep> _sleep;
 
@@ -143,12 +145,12 @@ private:
     std::atomic<bool> _isRunning = false;
     std::atomic<bool> _isFailing = false;  ///< nothing can be written: the inter-process lock fails
     std::atomic<unsigned> _threads = 0;    ///< the number of the last one
-    std::atomic<unsigned> _made = 0;     ///< queues so far
-    unsigned _seen = 0;                  ///< how many of these the registry has got
-    bool _hasWritten = false;            ///< by the last writeUpTo()
+    std::atomic<unsigned> _made = 0;       ///< queues so far
+    unsigned _seen = 0;                    ///< how many of these the registry has got
+    bool _hasWritten = false;              ///< by the last writeUpTo()
 
     /// Held by whoever reads the queues; never while the reader sleeps.
-    std::timed_mutex _readMutex;
+    std::mutex _readMutex;
     std::atomic<int> _others = 0;  ///< threads that want it
 
     std::mutex _sleepMutex;

@@ -72,7 +72,8 @@ private:
     static bool appendTo(std::intptr_t handle, std::string_view text);
     static std::size_t readTailOf(std::intptr_t handle, char* bytes, std::size_t size);
 
-    Output _outputs[levels];  ///< by level; levels of one file have one stream, and the lowest one has the descriptor
+    Output
+        _outputs[levels];  ///< by level; levels of one file have one stream, and the lowest one has the descriptor
 };
 
 }  // namespace Vn

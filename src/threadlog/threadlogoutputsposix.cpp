@@ -136,8 +136,7 @@ void ThreadLogOutputs::closeHandle(std::intptr_t handle)
 bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
 {
     while (!text.empty()) {
-        const ::ssize_t done =
-            retry([&] { return ::write(static_cast<int>(handle), text.data(), text.size()); });
+        const ::ssize_t done = retry([&] { return ::write(static_cast<int>(handle), text.data(), text.size()); });
         if (done <= 0)
             return false;
         text.remove_prefix(static_cast<std::size_t>(done));
@@ -156,7 +155,8 @@ std::size_t ThreadLogOutputs::readTailOf(std::intptr_t handle, char* bytes, std:
     struct ::stat status = {};
     if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
         return 0;
-    const ::off_t start = status.st_size > static_cast<::off_t>(size) ? status.st_size - static_cast<::off_t>(size) : 0;
+    const ::off_t start =
+        status.st_size > static_cast<::off_t>(size) ? status.st_size - static_cast<::off_t>(size) : 0;
     const ::ssize_t done = retry([&] { return ::pread(file, bytes, size, start); });
     return done > 0 ? static_cast<std::size_t>(done) : 0;
 }

@@ -108,7 +108,8 @@ std::size_t ThreadLogOutputs::readTailOf(std::intptr_t handle, char* bytes, std:
     if (!::GetFileSizeEx(handleOf(handle), &whole))
         return 0;
     ::LARGE_INTEGER start = {};
-    start.QuadPart = whole.QuadPart > static_cast<::LONGLONG>(size) ? whole.QuadPart - static_cast<::LONGLONG>(size) : 0;
+    start.QuadPart =
+        whole.QuadPart > static_cast<::LONGLONG>(size) ? whole.QuadPart - static_cast<::LONGLONG>(size) : 0;
     ::DWORD done = 0;
     if (!::SetFilePointerEx(handleOf(handle), start, nullptr, FILE_BEGIN) ||
         !::ReadFile(handleOf(handle), bytes, static_cast<::DWORD>(size), &done, nullptr))

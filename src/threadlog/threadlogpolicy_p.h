@@ -23,9 +23,9 @@ struct ThreadLogPolicy
     bool isWaiting(LgTypes::Level level) const { return (waiting >> level & 1u) != 0; }
     bool isUrgent(LgTypes::Level level) const { return level <= urgent; }
 
-    unsigned waiting = 0x7;                    ///< a bit for each level whose messages wait for room
-    int urgent = LgTypes::RecoverableError;    ///< highest value of a level whose messages are written at once
-    std::chrono::milliseconds doze{1};         ///< how long others may rest
+    unsigned waiting = 0x7;                  ///< a bit for each level whose messages wait for room
+    int urgent = LgTypes::RecoverableError;  ///< highest value of a level whose messages are written at once
+    std::chrono::milliseconds doze{1};       ///< how long others may rest
 };
 
 }  // namespace Vn

@@ -111,7 +111,8 @@ void pause()
 
 void installHooks()
 {
-    ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); }, [] { ThreadLogEngine::get().afterForkInParent(); },
+    ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); },
+                     [] { ThreadLogEngine::get().afterForkInParent(); },
                      [] { ThreadLogEngine::get().afterForkInChild(); });
     std::atexit([] { ThreadLogEngine::get().stopAtExit(); });
 }

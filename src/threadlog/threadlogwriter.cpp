@@ -134,6 +134,12 @@ void ThreadLogWriter::entryAdded(LgQueue&)
         chooseCurrent();
 }
 
+/// Relaxed: the number only tells whether to wake the reader.
+void ThreadLogWriter::entryRemoved(LgQueue&)
+{
+    _removed.store(_removed.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
 bool ThreadLogWriter::hasRoomFor(std::uint32_t size) const
 {
     return !_queue->isFull() && _queue->getStream().getNumCharacters() >= size;
@@ -142,8 +148,8 @@ bool ThreadLogWriter::hasRoomFor(std::uint32_t size) const
 /// Whether half of the entries or of the characters are used, so that the reader should begin.
 bool ThreadLogWriter::isFillingUp() const
 {
-    const auto oldest = static_cast<std::uint32_t>(&_queue->readEntry() - _entries);
-    const std::uint32_t used = (_written.load(std::memory_order_relaxed) - oldest) & entryMask;
+    const std::uint32_t used =
+        _written.load(std::memory_order_relaxed) - _removed.load(std::memory_order_relaxed);
     return used > entryMask / 2 || _queue->getStream().getNumCharacters() < LgStream::getMaxSize() / 2;
 }
 

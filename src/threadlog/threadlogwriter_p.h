@@ -58,7 +58,7 @@ public:
     // Of LgQueue::Observer.
 
     void entryAdded(LgQueue& queue) override;
-    void entryRemoved(LgQueue&) override {}
+    void entryRemoved(LgQueue&) override;
     void waitForSpace(LgQueue const& queue, int size) override;
 
 private:
@@ -81,9 +81,10 @@ private:
     LgQueue* _queue = nullptr;  ///< owns this object
     LgQueue* _current = nullptr;
     LgQueue::Entry const* _entries = nullptr;  ///< the queue's ring
-    std::atomic<std::uint32_t> _written = 0;   ///< entries so far; the index of the next one, modulo the ring's size
-    std::atomic<LgQueue*> _spill = nullptr;    ///< null as long as there has always been room
-    std::atomic<bool> _isTaken = true;         ///< whether what is in the spill is being moved
+    std::atomic<std::uint32_t> _written = 0;  ///< entries so far; the index of the next one, modulo the ring's size
+    std::atomic<std::uint32_t> _removed = 0;  ///< entries that the reader has taken
+    std::atomic<LgQueue*> _spill = nullptr;   ///< null as long as there has always been room
+    std::atomic<bool> _isTaken = true;        ///< whether what is in the spill is being moved
     bool _isRegistered = false;
     Trace _trace;
 };

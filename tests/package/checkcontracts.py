@@ -10,7 +10,7 @@ import sys
 root, doxygen, folder = pathlib.Path(sys.argv[1]), sys.argv[2], pathlib.Path(sys.argv[3])
 folder.mkdir(parents=True, exist_ok=True)
 settings = (root / 'docs' / 'Doxyfile').read_text() + f'''
-INPUT = {root}/src/base
+INPUT = {root}/src/base {root}/src/threadlog
 STRIP_FROM_PATH = {root}
 INCLUDE_PATH = {root}/src
 OUTPUT_DIRECTORY = {folder}

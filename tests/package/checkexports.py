@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""checkexports.py LIBRARY NM: fails if the library shows anything but the class interface of the namespace Vn."""
+"""checkexports.py LIBRARY NM CLASS...: fails if the library shows anything but the class interface of the namespace Vn, or not
+these classes."""
 import re
 import subprocess
 import sys
 
-library, nm = sys.argv[1:]
+library, nm, *classes = sys.argv[1:]
 windows = library.endswith(".dll")
 if windows:
     objdump = nm.replace("nm", "objdump")
@@ -25,7 +26,6 @@ entry = "getBuildInfo"
 strange = [symbol for symbol in symbols if symbol != entry and not ours.match(symbol) and not tolerated.match(symbol)]
 for symbol in strange:
     print("exported, but no part of the class interface:", symbol)
-classes = ["ExBase", "ExInternalError", "InInitMgr", "InOptionParser", "InVariableBase"]
 missing = [entry] if entry not in symbols else []
 missing += [name for name in classes if not any(f"{len(name)}{name}" in symbol for symbol in symbols)]
 for name in missing:

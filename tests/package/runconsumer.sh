@@ -11,18 +11,27 @@ cmake --install "$build" --prefix "$prefix" > "$work/install.log"
 
 libraries=$(dirname "$(find "$prefix" -name VNbase.pc)")/..
 export LD_LIBRARY_PATH="$libraries" WINEPATH="$prefix/bin"
-program=consumer
-[ -z "$toolchain" ] || program=consumer.exe
+suffix=
+[ -z "$toolchain" ] || suffix=.exe
+T4Q_TEST_DIR=$work/log
+export T4Q_TEST_DIR
 
 echo "--- through CMake"
 cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_FLAGS="$flags" \
     ${toolchain:+-DCMAKE_TOOLCHAIN_FILE="$toolchain"} -DCMAKE_CXX_COMPILER="$compiler" > "$work/cmake.log"
 cmake --build "$work/cmake" >> "$work/cmake.log" || { cat "$work/cmake.log"; exit 1; }
-$emulator "$work/cmake/$program"
+$emulator "$work/cmake/consumer$suffix"
+$emulator "$work/cmake/logger$suffix"
+grep -q "Warning: Client from a thread of the installed library" "$work/log/events.log"
 
 echo "--- through pkg-config"
 export PKG_CONFIG_LIBDIR="$libraries/pkgconfig"
 test "$(pkg-config --modversion VNbase)" = 0.2.0
 # shellcheck disable=SC2046  # the flags are words
-"$compiler" -std=c++20 $flags "$here/consumer.cpp" -o "$work/$program" $(pkg-config --cflags --libs VNbase)
-$emulator "$work/$program"
+"$compiler" -std=c++20 $flags "$here/consumer.cpp" -o "$work/consumer$suffix" $(pkg-config --cflags --libs VNbase)
+$emulator "$work/consumer$suffix"
+rm -f "$work/log/events.log"
+# shellcheck disable=SC2046
+"$compiler" -std=c++20 $flags "$here/logger.cpp" -o "$work/logger$suffix" $(pkg-config --cflags --libs VNthreadlog)
+$emulator "$work/logger$suffix"
+grep -q "Warning: Client from a thread of the installed library" "$work/log/events.log"

@@ -2,7 +2,11 @@
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 add_test(NAME package.exports
-    COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkexports.py" "$<TARGET_FILE:VNbase>" "${CMAKE_NM}")
+    COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkexports.py" "$<TARGET_FILE:VNbase>" "${CMAKE_NM}"
+        ExBase ExInternalError InInitMgr InOptionParser InVariableBase)
+add_test(NAME package.threadlogExports
+    COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkexports.py" "$<TARGET_FILE:VNthreadlog>"
+        "${CMAKE_NM}" ThreadLog ThreadLogOptions)
 # What concerns the texts is the same in each tree, so the plain ones are enough.
 set(text_tests "")
 if(NOT WIN32 AND NOT VNBASE_SANITIZE AND NOT VNBASE_COVERAGE)
@@ -34,5 +38,5 @@ endif()
 add_test(NAME package.consumer
     COMMAND "${CMAKE_CURRENT_LIST_DIR}/runconsumer.sh" "${PROJECT_BINARY_DIR}" "${PROJECT_BINARY_DIR}/consumer"
         "${CMAKE_CXX_COMPILER}" "${CMAKE_TOOLCHAIN_FILE}" "${CMAKE_CROSSCOMPILING_EMULATOR}" "${consumer_flags}")
-set_tests_properties(package.exports package.consumer ${text_tests} PROPERTIES TIMEOUT 1200
+set_tests_properties(package.exports package.threadlogExports package.consumer ${text_tests} PROPERTIES TIMEOUT 1200
     ENVIRONMENT "${test_environment}")

@@ -17,16 +17,20 @@
 namespace VnTest
 {
 
-/// What a program's `main` holds: the packages are started before, and stopped behind.
+/// What a program's `main` holds: the packages are started before, and stopped behind. The group is made before threads ask
+/// for it.
 class Started
 {
 public:
-    Started() : _guard(_argc, _argv) {}
-    Started(int argc, char** argv) : _argc(argc), _argv(argv), _guard(_argc, _argv) {}
+    Started() : Started(0, nullptr) {}
+    Started(int argc, char** argv) : _argc(argc), _argv(argv), _guard(_argc, _argv)
+    {
+        Vn::LgMajorGroup::getInstanceForName("Test");
+    }
 
 private:
-    int _argc = 0;
-    char const* const* _argv = nullptr;
+    int _argc;
+    char const* const* _argv;
     Vn::InInitGuard _guard;
 };
 
@@ -34,6 +38,20 @@ inline Vn::LgMinorGroup groupOf(char const* name = "Test")
 {
     return {Vn::LgMajorGroup::getInstanceForName(name), name};
 }
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool isSanitized = true;
+constexpr bool isThreadSanitized = false;
+#elif defined(__SANITIZE_THREAD__)
+constexpr bool isSanitized = true;
+constexpr bool isThreadSanitized = true;
+#elif defined(__has_feature)
+constexpr bool isThreadSanitized = __has_feature(thread_sanitizer);
+constexpr bool isSanitized = __has_feature(address_sanitizer) || isThreadSanitized;
+#else
+constexpr bool isSanitized = false;
+constexpr bool isThreadSanitized = false;
+#endif
 
 /// A child that logs into `folder`, with nothing of the environment's own.
 inline Child logger(char const* body, TempFolder const& folder)
@@ -43,8 +61,8 @@ inline Child logger(char const* body, TempFolder const& folder)
     for (char const* name :
          {"VN_LOG_INTERNAL_ERROR", "VN_LOG_FATAL_ERROR", "VN_LOG_RECOVERABLE_ERROR", "VN_LOG_WARNING",
           "VN_LOG_INFORMATIONAL", "VN_LOG_TRACING", "VN_LOG_PROFILING", "VN_LOG_DEFAULT_LEVEL", "VN_LOG_GROUPS",
-          "VN_BLOCKING_TRACE", "VN_INTERNAL_INTERPROCESS_LOG_LOCK", "VN_LOG_DISABLE_TIMESTAMPS", "VN_THREADLOG_WAIT",
-          "VN_THREADLOG_FLUSH", "VN_THREADLOG_DOZE"})
+          "VN_BLOCKING_TRACE", "VN_INTERNAL_INTERPROCESS_LOG_LOCK", "VN_LOG_DISABLE_TIMESTAMPS",
+          "VN_THREADLOG_WAIT", "VN_THREADLOG_FLUSH", "VN_THREADLOG_DOZE"})
         child.without(name);
     return child;
 }

@@ -17,7 +17,8 @@ TEST(ThreadLogPolicy, levelsAreNamedWithCommas)
 
 TEST(ThreadLogPolicy, whatNamesNoLevelIsRefusedAsAWhole)
 {
-    for (char const* text : {"", "error", "Error,", ",Error", "Error,,Warning", "Error, Warning", "Errors", "all,Error"})
+    for (char const* text :
+         {"", "error", "Error,", ",Error", "Error,,Warning", "Error, Warning", "Errors", "all,Error"})
         EXPECT_EQ(ThreadLogPolicy::parseLevels(text), std::nullopt) << text;
 }
 

@@ -71,6 +71,20 @@ void raiseItself(int signal)
     ::raise(signal);
 }
 
+/// Signals come late under the thread sanitizer, and a thread that the child of a process with threads makes is taken for one
+/// of the parent's.
+class WithoutThreadSanitizer : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (isThreadSanitized)
+            GTEST_SKIP() << "the thread sanitizer has a way of its own with signals and forks";
+    }
+};
+using ThreadLogFork = WithoutThreadSanitizer;
+using ThreadLogSignals = WithoutThreadSanitizer;
+
 /// Keeps the kernel from writing a core file for a crash that is wanted.
 void forbidCoreFiles()
 {
@@ -98,7 +112,7 @@ VN_CHILD(forksAndChildLogs)
     return waitFor(child);
 }
 
-TEST(ThreadLogFork, aChildThatLogsWritesItsOwnMessagesAndNoneOfTheParents)
+TEST_F(ThreadLogFork, aChildThatLogsWritesItsOwnMessagesAndNoneOfTheParents)
 {
     const TempFolder folder;
     expectSuccess(logger("forksAndChildLogs", folder).run());
@@ -122,7 +136,7 @@ VN_CHILD(forksAndChildIsSilent)
     return waitFor(child) == 3 << 8 ? 0 : 1;
 }
 
-TEST(ThreadLogFork, aChildThatDoesntLogWritesNothing)
+TEST_F(ThreadLogFork, aChildThatDoesntLogWritesNothing)
 {
     const TempFolder folder;
     expectSuccess(logger("forksAndChildIsSilent", folder).run());
@@ -147,7 +161,7 @@ VN_CHILD(forksAndChildReturns)
     return waitFor(child);
 }
 
-TEST(ThreadLogFork, theObjectCanBeDestroyedInTheChild)
+TEST_F(ThreadLogFork, theObjectCanBeDestroyedInTheChild)
 {
     for (const bool isLogging : {false, true}) {
         const TempFolder folder;
@@ -174,7 +188,7 @@ VN_CHILD(forksAndChildExits)
     return waitFor(child);
 }
 
-TEST(ThreadLogFork, aChildThatCallsExitLosesNothing)
+TEST_F(ThreadLogFork, aChildThatCallsExitLosesNothing)
 {
     const TempFolder folder;
     expectSuccess(logger("forksAndChildExits", folder).run());
@@ -197,7 +211,7 @@ VN_CHILD(forksAndChildExecutes)
     return waitFor(child);
 }
 
-TEST(ThreadLogFork, aChildMayExecuteAnotherProgram)
+TEST_F(ThreadLogFork, aChildMayExecuteAnotherProgram)
 {
     for (const bool isLogging : {false, true}) {
         const TempFolder folder;
@@ -236,7 +250,7 @@ VN_CHILD(forksWhileThreadsLog)
     return failures;
 }
 
-TEST(ThreadLogFork, forksWhileThreadsLogAndTheReaderWrites)
+TEST_F(ThreadLogFork, forksWhileThreadsLogAndTheReaderWrites)
 {
     const TempFolder folder;
     expectSuccess(logger("forksWhileThreadsLog", folder).run());
@@ -264,7 +278,7 @@ VN_CHILD(forksAndChildCrashes)
     return 0;
 }
 
-TEST(ThreadLogFork, aChildThatCrashesWritesItsOwnMessagesAlone)
+TEST_F(ThreadLogFork, aChildThatCrashesWritesItsOwnMessagesAlone)
 {
     const TempFolder folder;
     expectSuccess(logger("forksAndChildCrashes", folder).run());
@@ -278,14 +292,6 @@ TEST(ThreadLogFork, aChildThatCrashesWritesItsOwnMessagesAlone)
 
 namespace
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool isSanitized = true;
-#elif defined(__has_feature)
-constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool isSanitized = false;
-#endif
-
 int signalOf(char const* name)
 {
     const std::string wanted = name;
@@ -381,7 +387,7 @@ VN_CHILD(raises)
     return 0;
 }
 
-TEST(ThreadLogCrash, eachSignalFindsAllMessagesInTheFileAndEndsTheProcess)
+TEST_F(ThreadLogSignals, eachSignalFindsAllMessagesInTheFileAndEndsTheProcess)
 {
     for (char const* name : {"SEGV", "ABRT", "BUS", "FPE", "ILL"}) {
         const TempFolder folder;
@@ -403,7 +409,7 @@ VN_CHILD(faultsByItself)
     return 0;
 }
 
-TEST(ThreadLogCrash, aFaultEndsTheProcessByItsOwnSignalBehindTheMessages)
+TEST_F(ThreadLogSignals, aFaultEndsTheProcessByItsOwnSignalBehindTheMessages)
 {
     if (isSanitized)
         GTEST_SKIP() << "a sanitizer has handlers of its own";
@@ -438,7 +444,7 @@ VN_CHILD(overflowsItsStack)
     return 0;
 }
 
-TEST(ThreadLogCrash, aStackOverflowIsNoExceptionInAnyThread)
+TEST_F(ThreadLogSignals, aStackOverflowIsNoExceptionInAnyThread)
 {
     if (isSanitized)
         GTEST_SKIP() << "a sanitizer has handlers of its own";
@@ -457,7 +463,8 @@ VN_CHILD(hasAHandlerOfItsOwn)
     own.sa_sigaction = [](int signal, ::siginfo_t* info, void*) {
         ::sigset_t blocked;
         ::pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-        const bool isAsWanted = signal == SIGBUS && info->si_pid == ::getpid() && ::sigismember(&blocked, SIGUSR1) == 1;
+        const bool isAsWanted =
+            signal == SIGBUS && info->si_pid == ::getpid() && ::sigismember(&blocked, SIGUSR1) == 1;
         ::_exit(isAsWanted ? 42 : 1);
     };
     own.sa_flags = SA_SIGINFO;
@@ -467,7 +474,7 @@ VN_CHILD(hasAHandlerOfItsOwn)
     return 0;
 }
 
-TEST(ThreadLogCrash, theProgramsHandlerIsCalledBehindTheMessagesAsTheSystemWould)
+TEST_F(ThreadLogSignals, theProgramsHandlerIsCalledBehindTheMessagesAsTheSystemWould)
 {
     const TempFolder folder;
     const int status = runCrash(folder, "hasAHandlerOfItsOwn", "");
@@ -499,7 +506,7 @@ VN_CHILD(isRescued)
     return 0;
 }
 
-TEST(ThreadLogCrash, aProgramThatSavesItselfLogsOn)
+TEST_F(ThreadLogSignals, aProgramThatSavesItselfLogsOn)
 {
     const TempFolder folder;
     expectSuccess(logger("isRescued", folder).run());
@@ -525,7 +532,7 @@ VN_CHILD(crashesTwice)
     return 0;
 }
 
-TEST(ThreadLogCrash, twoThreadsMayCrashAtOnce)
+TEST_F(ThreadLogSignals, twoThreadsMayCrashAtOnce)
 {
     const TempFolder folder;
     EXPECT_TRUE(WIFSIGNALED(runCrash(folder, "crashesTwice", "")));
@@ -551,7 +558,7 @@ VN_CHILD(givesHandlersBack)
     return left;
 }
 
-TEST(ThreadLogCrash, theDestructorGivesTheHandlersBack)
+TEST_F(ThreadLogSignals, theDestructorGivesTheHandlersBack)
 {
     if (isSanitized)
         GTEST_SKIP() << "a sanitizer has handlers of its own";
@@ -576,7 +583,7 @@ VN_CHILD(crashesIntoAPipe)
     return 0;
 }
 
-TEST(ThreadLogCrash, aPipeThatNobodyReadsDoesntChangeTheWayOfTheCrash)
+TEST_F(ThreadLogSignals, aPipeThatNobodyReadsDoesntChangeTheWayOfTheCrash)
 {
     const TempFolder folder;
     const int status = runCrash(folder, "crashesIntoAPipe", "");
@@ -655,7 +662,7 @@ VN_CHILD(reopensAndCrashes)
     return 0;
 }
 
-TEST(ThreadLogCrash, aCrashBehindReopenGoesToTheNewFile)
+TEST_F(ThreadLogSignals, aCrashBehindReopenGoesToTheNewFile)
 {
     const TempFolder folder;
     EXPECT_TRUE(WIFSIGNALED(runCrash(folder, "reopensAndCrashes", "")));
@@ -708,7 +715,8 @@ TEST(ThreadLog, logrotateMayCopyAndTruncateTheFile)
     const TempFolder folder;
     ::chmod(folder.path().c_str(), 0755);
     const std::string log = folder.path("events.log");
-    const std::string conf = folder.file("conf", log + " {\n    copytruncate\n    rotate 5\n    missingok\n    nocreate\n}\n");
+    const std::string conf =
+        folder.file("conf", log + " {\n    copytruncate\n    rotate 5\n    missingok\n    nocreate\n}\n");
     ::chmod(conf.c_str(), 0644);
     expectSuccess(logger("isRotated", folder).run());
     std::vector<LogLine> all;
@@ -734,7 +742,9 @@ VN_CHILD(countsDescriptorsAndTasks)
         log.installCrashHandlers();
         logNumbers("main", 0, 10);
     }
-    std::cout << countIn("/proc/self/fd") - files << ' ' << countIn("/proc/self/task") - tasks;
+    std::cout << countIn("/proc/self/fd") - files;
+    while (countIn("/proc/self/task") != tasks)  // a thread that was joined may be on its way out still
+        std::this_thread::yield();
     return 0;
 }
 
@@ -743,7 +753,7 @@ TEST(ThreadLog, itsEndLeavesNoDescriptorAndNoThread)
     const TempFolder folder;
     const ChildRun run = logger("countsDescriptorsAndTasks", folder).run();
     expectSuccess(run);
-    EXPECT_EQ(run.out, "0 0");
+    EXPECT_EQ(run.out, "0");
 }
 
 VN_CHILD(isIdle)

@@ -246,8 +246,7 @@ TEST(ThreadLog, anErrorIsNeverCutAndAWarningIsCutWithAMarkOrCounted)
 {
     const TempFolder folder;
     const LockName lock(folder);
-    expectSuccess(
-        logger("longMessages", folder).with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get()).run());
+    expectSuccess(logger("longMessages", folder).with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get()).run());
     int errors = 0, warnings = 0, cut = 0;
     long losses = 0;
     for (LogLine const& message : messagesOf(folder.path("events.log"))) {
@@ -358,10 +357,8 @@ VN_CHILD(overriddenSetting)
 TEST(ThreadLog, anOverrideBeatsTheOption)
 {
     const TempFolder folder;
-    expectSuccess(logger("overriddenSetting", folder)
-                      .arguments({"-f", "none"})
-                      .with("VN_THREADLOG_DOZE", "3600000")
-                      .run());
+    expectSuccess(
+        logger("overriddenSetting", folder).arguments({"-f", "none"}).with("VN_THREADLOG_DOZE", "3600000").run());
 }
 
 VN_CHILD(logsOnce)
@@ -375,10 +372,8 @@ VN_CHILD(logsOnce)
 TEST(ThreadLog, aSettingThatCantBeReadIsToldAndItsDefaultHolds)
 {
     const TempFolder folder;
-    const ChildRun run = logger("logsOnce", folder)
-                             .with("VN_THREADLOG_WAIT", "Errors")
-                             .with("VN_THREADLOG_FLUSH", "")
-                             .run();
+    const ChildRun run =
+        logger("logsOnce", folder).with("VN_THREADLOG_WAIT", "Errors").with("VN_THREADLOG_FLUSH", "").run();
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err, "log: threadlog.wait: \"Errors\" can't be read; it is \"Internal Error,Fatal Error,Error\"\n"
                        "log: threadlog.flush: \"\" can't be read; it is \"Error\"\n");
@@ -490,7 +485,8 @@ TEST(ThreadLog, traceGoesIntoTheLogWithADepthForEachThread)
 {
     const TempFolder folder;
     const std::string file = folder.path("trace.log");
-    expectSuccess(logger("traces", folder).with("VN_LOG_TRACING", file).with("VN_TRACE_OPTIONS", "show=Work").run());
+    expectSuccess(
+        logger("traces", folder).with("VN_LOG_TRACING", file).with("VN_TRACE_OPTIONS", "show=Work").run());
     std::map<std::uint32_t, std::string> drawings;
     for (LogLine const& message : messagesOf(file)) {
         EXPECT_EQ(message.level, "Tracing");
@@ -612,6 +608,8 @@ namespace
 
 void expectAllBeforeTheCrash(char const* body)
 {
+    if (isThreadSanitized)
+        GTEST_SKIP() << "the thread sanitizer has a way of its own with signals";
     const TempFolder folder;
     const ChildRun run = logger(body, folder).run();
     EXPECT_TRUE(run.crashed);
