@@ -34,11 +34,9 @@ namespace
 /// Takes no message and counts none: the queue of a thread for which there is no memory.
 LgQueue& getRefusingQueue()
 {
-    static LgQueue& queue = *[] {
-        auto* const made = new LgQueue;
-        new LgQueue::SuppressGuard(*made);  // both stay for ever
-        return made;
-    }();
+    static LgQueue& queue = *new LgQueue;
+    static LgQueue::SuppressGuard& guard = *new LgQueue::SuppressGuard(queue);  // both stay for ever
+    static_cast<void>(guard);
     return queue;
 }
 
@@ -88,7 +86,7 @@ void ThreadLogEngine::start(ThreadLogPolicy const& policy)
     _outputs.open();
     _isRunning.store(true, std::memory_order_release);
     try {
-        _thread = std::make_unique<std::thread>([this] { runReader(); });
+        _thread = std::thread([this] { runReader(); });
     } catch (...) {
         _isRunning.store(false, std::memory_order_release);
         _outputs.close();
@@ -101,9 +99,8 @@ void ThreadLogEngine::stop()
 {
     _isRunning.store(false);
     wakeReader();
-    if (_thread != nullptr)
-        _thread->join();
-    _thread.reset();
+    if (_thread.joinable())
+        _thread.join();
     const Reading reading(*this);
     if (_isForked.exchange(false))
         forgetParent();
@@ -176,7 +173,7 @@ bool ThreadLogEngine::provideReader() noexcept
     try {
         forgetParent();
         _process.store(ThreadLogSystem::getProcess(), std::memory_order_relaxed);
-        _thread = std::make_unique<std::thread>([this] { runReader(); });
+        _thread = std::thread([this] { runReader(); });
     } catch (std::exception const&) {
         return false;
     }
@@ -463,7 +460,7 @@ void ThreadLogEngine::afterForkInChild() noexcept
     new (&_roomMutex) std::mutex;
     new (&_room) std::condition_variable;
     new (&_threadMutex) std::mutex;
-    static_cast<void>(_thread.release());
+    new (&_thread) std::thread;
     _sleep.store(Sleep::Awake);
     _waiting.store(0);
     _others.store(0);

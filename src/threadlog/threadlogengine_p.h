@@ -11,7 +11,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -161,7 +160,7 @@ private:
     std::atomic<int> _waiting = 0;
 
     std::mutex _threadMutex;  ///< for making the thread in a child
-    std::unique_ptr<std::thread> _thread;
+    std::thread _thread;
 
     // What a crash handler looks at.
     std::atomic<bool> _isHeld = false;

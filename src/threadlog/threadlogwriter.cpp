@@ -148,8 +148,7 @@ bool ThreadLogWriter::hasRoomFor(std::uint32_t size) const
 /// Whether half of the entries or of the characters are used, so that the reader should begin.
 bool ThreadLogWriter::isFillingUp() const
 {
-    const std::uint32_t used =
-        _written.load(std::memory_order_relaxed) - _removed.load(std::memory_order_relaxed);
+    const std::uint32_t used = _written.load(std::memory_order_relaxed) - _removed.load(std::memory_order_relaxed);
     return used > entryMask / 2 || _queue->getStream().getNumCharacters() < LgStream::getMaxSize() / 2;
 }
 

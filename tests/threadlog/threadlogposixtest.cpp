@@ -71,19 +71,31 @@ void raiseItself(int signal)
     ::raise(signal);
 }
 
-/// Signals come late under the thread sanitizer, and a thread that the child of a process with threads makes is taken for one
-/// of the parent's.
-class WithoutThreadSanitizer : public testing::Test
+/// By that signal; a sanitizer has handlers before ours, which end the process in their own way.
+bool isEndedBy(int status, int signal)
+{
+    return isSanitized ? status != 0 : WIFSIGNALED(status) && WTERMSIG(status) == signal;
+}
+
+class ThreadLogSignals : public testing::Test
 {
 protected:
     void SetUp() override
     {
         if (isThreadSanitized)
-            GTEST_SKIP() << "the thread sanitizer has a way of its own with signals and forks";
+            GTEST_SKIP() << "signals come late under the thread sanitizer";
     }
 };
-using ThreadLogFork = WithoutThreadSanitizer;
-using ThreadLogSignals = WithoutThreadSanitizer;
+
+class ThreadLogFork : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (isSanitized)
+            GTEST_SKIP() << "a sanitizer's allocator may hang in the child of a process with threads";
+    }
+};
 
 /// Keeps the kernel from writing a core file for a crash that is wanted.
 void forbidCoreFiles()
@@ -272,7 +284,7 @@ VN_CHILD(forksAndChildCrashes)
                 logNumbers("child", 0, 300);
             ::raise(SIGSEGV);
         }
-        if (!WIFSIGNALED(waitFor(child)))
+        if (!isEndedBy(waitFor(child), SIGSEGV))
             return 1;
     }
     return 0;
@@ -281,7 +293,7 @@ VN_CHILD(forksAndChildCrashes)
 TEST_F(ThreadLogFork, aChildThatCrashesWritesItsOwnMessagesAlone)
 {
     const TempFolder folder;
-    expectSuccess(logger("forksAndChildCrashes", folder).run());
+    EXPECT_EQ(logger("forksAndChildCrashes", folder).run().exitCode, 0);
     const auto messages = messagesOf(folder.path("events.log"));
     EXPECT_EQ(messages.size(), 600u);
     EXPECT_EQ(numbersOf("parent", messages), countTo(300));
@@ -392,8 +404,7 @@ TEST_F(ThreadLogSignals, eachSignalFindsAllMessagesInTheFileAndEndsTheProcess)
     for (char const* name : {"SEGV", "ABRT", "BUS", "FPE", "ILL"}) {
         const TempFolder folder;
         const int status = runCrash(folder, "raises", name);
-        EXPECT_TRUE(WIFSIGNALED(status)) << name;
-        EXPECT_EQ(WTERMSIG(status), signalOf(name)) << name;
+        EXPECT_TRUE(isEndedBy(status, signalOf(name))) << name << ": " << status;
         expectEverythingInOrder(folder.path("events.log"));
     }
 }
@@ -421,8 +432,7 @@ TEST_F(ThreadLogSignals, aFaultEndsTheProcessByItsOwnSignalBehindTheMessages)
     for (auto const& [how, signal] : faults) {
         const TempFolder folder;
         const int status = runCrash(folder, "faultsByItself", how);
-        EXPECT_TRUE(WIFSIGNALED(status)) << how;
-        EXPECT_EQ(WTERMSIG(status), signal) << how;
+        EXPECT_TRUE(isEndedBy(status, signal)) << how << ": " << status;
         EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700)) << how;
     }
 }
@@ -451,8 +461,7 @@ TEST_F(ThreadLogSignals, aStackOverflowIsNoExceptionInAnyThread)
     for (char const* thread : {"main", "other"}) {
         const TempFolder folder;
         const int status = runCrash(folder, "overflowsItsStack", thread);
-        EXPECT_TRUE(WIFSIGNALED(status)) << thread;
-        EXPECT_EQ(WTERMSIG(status), SIGSEGV) << thread;
+        EXPECT_TRUE(isEndedBy(status, SIGSEGV)) << thread << ": " << status;
         EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700)) << thread;
     }
 }
@@ -535,7 +544,7 @@ VN_CHILD(crashesTwice)
 TEST_F(ThreadLogSignals, twoThreadsMayCrashAtOnce)
 {
     const TempFolder folder;
-    EXPECT_TRUE(WIFSIGNALED(runCrash(folder, "crashesTwice", "")));
+    EXPECT_NE(runCrash(folder, "crashesTwice", ""), 0);
     const auto messages = messagesOf(folder.path("events.log"));
     EXPECT_EQ(numbersOf("one", messages), countTo(500));
     EXPECT_EQ(numbersOf("two", messages), countTo(500));
@@ -587,8 +596,7 @@ TEST_F(ThreadLogSignals, aPipeThatNobodyReadsDoesntChangeTheWayOfTheCrash)
 {
     const TempFolder folder;
     const int status = runCrash(folder, "crashesIntoAPipe", "");
-    ASSERT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(WTERMSIG(status), SIGSEGV);
+    EXPECT_TRUE(isEndedBy(status, SIGSEGV)) << status;
 }
 
 // Outputs.
@@ -665,7 +673,7 @@ VN_CHILD(reopensAndCrashes)
 TEST_F(ThreadLogSignals, aCrashBehindReopenGoesToTheNewFile)
 {
     const TempFolder folder;
-    EXPECT_TRUE(WIFSIGNALED(runCrash(folder, "reopensAndCrashes", "")));
+    EXPECT_TRUE(isEndedBy(runCrash(folder, "reopensAndCrashes", ""), SIGSEGV));
     EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700));
 }
 
