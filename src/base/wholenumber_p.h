@@ -1,12 +1,49 @@
-// Private to envvar.cpp, hmheapmgr.cpp and incontextalias.cpp.
+// Private to envvar.cpp, hmheapmgr.cpp, incontextalias.cpp and invalueform.cpp.
 #pragma once
 
-#include <algorithm>
-#include <cstdlib>
+#include <charconv>
+#include <cstring>
 #include <limits>
+#include <system_error>
 
 namespace Vn
 {
+
+/// The first character of `text` that is no blank, as the C locale knows blanks.
+inline char const* skipBlanks(char const* text)
+{
+    while (*text == ' ' || (*text >= '\t' && *text <= '\r'))
+        ++text;
+    return text;
+}
+
+/// The first character of the number in `text` for std::from_chars, which takes neither blanks nor a plus sign.
+inline char const* skipToNumber(char const* text)
+{
+    text = skipBlanks(text);
+    return text[0] == '+' && text[1] != '-' ? text + 1 : text;
+}
+
+/// A whole number at the beginning of a text.
+template <class Integer>
+struct WholeNumber
+{
+    Integer value;     ///< 0 if there is no number, the nearest limit if it is beyond the type
+    char const* rest;  ///< behind the number; within the text's blanks if there is none
+    bool isExact;      ///< there is a number, and the type holds it
+};
+
+template <class Integer>
+WholeNumber<Integer> parseWholeNumber(char const* text)
+{
+    using Limits = std::numeric_limits<Integer>;
+    char const* const first = skipToNumber(text);
+    Integer value = 0;
+    const auto [rest, error] = std::from_chars(first, first + std::strlen(first), value);
+    if (error == std::errc::result_out_of_range)
+        return {*first == '-' ? Limits::min() : Limits::max(), rest, false};
+    return {value, rest, error == std::errc()};
+}
 
 /// The whole number that a text begins with, as atol() and atoi() read it. Where these are undefined, a number that
 /// does not fit, the result is the nearest limit of `Integer`.
@@ -18,8 +55,7 @@ namespace Vn
 template <class Integer>
 Integer wholeNumberOf(char const* text)
 {
-    return static_cast<Integer>(std::clamp<long>(
-        std::strtol(text, nullptr, 10), std::numeric_limits<Integer>::min(), std::numeric_limits<Integer>::max()));
+    return parseWholeNumber<Integer>(text).value;
 }
 
 }  // namespace Vn
