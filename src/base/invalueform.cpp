@@ -28,21 +28,19 @@ char const* orEmpty(char const* text)
     return text != nullptr ? text : "";
 }
 
-bool isDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
-
 /// Whether `text` is `word` in any case. Compares ASCII letters only, so that no locale changes what a setting means.
-bool isWord(std::string_view text, std::string_view word)
+bool isWord(char const* text, char const* word)
 {
-    const auto isSameLetter = [](char left, char right) { return (left | 0x20) == right; };
-    return std::equal(text.begin(), text.end(), word.begin(), word.end(), isSameLetter);
+    while (*word != '\0' && (*text | 0x20) == *word) {
+        ++text;
+        ++word;
+    }
+    return *word == *text;  // both at their ends
 }
 
-bool isFalse(std::string_view text)
+bool isFalse(char const* text)
 {
-    return text == "0" || isWord(text, "false");
+    return isWord(text, "false") || (text[0] == '0' && text[1] == '\0');
 }
 
 // ---- numbers with a fraction

@@ -171,18 +171,18 @@ public:
     ///     bool         false for "0" and for "false" in any case; true for all else, "" and "no" included
     ///
     /// Throws InEx::ExUninitializedObject, with the handle, before the package's start, after its stop, and if no
-    /// source has a value. A read is a few loads: the text is converted when the source is chosen, and again when it
-    /// gets another text.
+    /// source has a value. A read is a few loads: a text is converted when its source gets it. Only a text of more than 15
+    /// characters is converted to an `int` by each read.
     // Always inline: on Windows an instance that the library exports lacks what stands in the class.
     [[gnu::always_inline]] T getValue() const
     {
-        InContextAliasBase const& source = getSource();
+        char const* const text = getSource()._value;
         if constexpr (std::is_same_v<T, int>)
-            return source._number;
+            return InContextAliasBase::ValueBuffer::getNumber(text);
         else if constexpr (std::is_same_v<T, bool>)
-            return source._truth;
+            return InContextAliasBase::ValueBuffer::getTruth(text);
         else
-            return source._value;
+            return text;
     }
 
 private:

@@ -1,8 +1,7 @@
-// Private to envvar.cpp, hmheapmgr.cpp, incontextalias.cpp and invalueform.cpp.
+// Private to envvar.cpp, hmheapmgr.cpp and invalueform.cpp.
 #pragma once
 
 #include <charconv>
-#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -15,6 +14,11 @@ inline char const* skipBlanks(char const* text)
     while (*text == ' ' || (*text >= '\t' && *text <= '\r'))
         ++text;
     return text;
+}
+
+inline bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
 }
 
 /// The first character of the number in `text` for std::from_chars, which takes neither blanks nor a plus sign.
@@ -38,8 +42,11 @@ WholeNumber<Integer> parseWholeNumber(char const* text)
 {
     using Limits = std::numeric_limits<Integer>;
     char const* const first = skipToNumber(text);
+    char const* last = *first == '-' ? first + 1 : first;
+    while (isDigit(*last))
+        ++last;
     Integer value = 0;
-    const auto [rest, error] = std::from_chars(first, first + std::strlen(first), value);
+    const auto [rest, error] = std::from_chars(first, last, value);
     if (error == std::errc::result_out_of_range)
         return {*first == '-' ? Limits::min() : Limits::max(), rest, false};
     return {value, rest, error == std::errc()};

@@ -631,6 +631,75 @@ TEST(InVariable, aReadFollowsItsSource)
                  "initialized: 'own source'.\n0 1 : ok\n7 1 7: ok\n");
 }
 
+VN_CHILD(textsOfEachLength)
+{
+    SettingsPackage package;
+    OwnSource source;
+    const auto give = [&source](std::string const& value) { source.getClone().initialize(value.c_str()); };
+    source.initialize("0");
+    InVariable<int> number("number", package, source);
+    start();
+    for (int length = 1; length <= 24; ++length) {
+        const std::string digits = std::string(length - 1, '0') + "7";
+        give(digits);
+        std::cout << number.getValue();
+        give("-" + digits);
+        std::cout << number.getValue() << ' ';
+    }
+    return 0;
+}
+
+TEST(InVariable, aNumberMayHaveAnyLength)
+{
+    std::string expected = "start settings\n";
+    for (int length = 1; length <= 24; ++length)
+        expected += "7-7 ";
+    expectOutput("textsOfEachLength", expected);
+}
+
+VN_CHILD(truthsOfEachLength)
+{
+    SettingsPackage package;
+    OwnSource source;
+    source.initialize("0");
+    InVariable<bool> truth("truth", package, source);
+    start();
+    for (int length = 1; length <= 24; ++length) {
+        source.getClone().initialize(std::string(length, '0').c_str());
+        std::cout << truth.getValue() << (source.getClone().getValue() == std::string(length, '0')) << ' ';
+    }
+    return 0;
+}
+
+TEST(InVariable, onlyOneZeroIsFalse)
+{
+    std::string expected = "start settings\n01 ";
+    for (int length = 2; length <= 24; ++length)
+        expected += "11 ";
+    expectOutput("truthsOfEachLength", expected);
+}
+
+VN_CHILD(sourceWithATextBeforeItIsCloned)
+{
+    SettingsPackage package;
+    OwnSource source;
+    source.initialize("7 apples");
+    InVariable<int> seven("seven", package, source);
+    InVariable<bool> yes("yes", package, source);
+    source.initialize("false");
+    InVariable<bool> no("no", package, source);
+    source.initialize("0000000000000000012");
+    InVariable<int> twelve("twelve", package, source);
+    start();
+    std::cout << seven.getValue() << yes.getValue() << no.getValue() << twelve.getValue() << "\n";
+    return 0;
+}
+
+TEST(InVariable, aCloneReadsAsItsSource)
+{
+    expectOutput("sourceWithATextBeforeItIsCloned", "start settings\n71012\n");
+}
+
 VN_CHILD(variableChoosesAgain)
 {
     SettingsPackage package;
