@@ -72,7 +72,9 @@ template <class Float>
 Parsed<Float> parseNumber(char const* text)
 {
     using Limits = std::numeric_limits<Float>;
-    char const* const first = skipToNumber(text);
+    char const* first = skipBlanks(text);
+    if (first[0] == '+' && first[1] != '-')
+        ++first;  // std::from_chars takes no plus
     Float value = 0;
     const auto [rest, error] = std::from_chars(first, first + std::strlen(first), value);
     if (value != value)

@@ -1,9 +1,8 @@
 // Private to envvar.cpp, hmheapmgr.cpp and invalueform.cpp.
 #pragma once
 
-#include <charconv>
 #include <limits>
-#include <system_error>
+#include <type_traits>
 
 namespace Vn
 {
@@ -21,35 +20,38 @@ inline bool isDigit(char character)
     return character >= '0' && character <= '9';
 }
 
-/// The first character of the number in `text` for std::from_chars, which takes neither blanks nor a plus sign.
-inline char const* skipToNumber(char const* text)
-{
-    text = skipBlanks(text);
-    return text[0] == '+' && text[1] != '-' ? text + 1 : text;
-}
-
 /// A whole number at the beginning of a text.
 template <class Integer>
 struct WholeNumber
 {
     Integer value;     ///< 0 if there is no number, the nearest limit if it is beyond the type
-    char const* rest;  ///< behind the number; within the text's blanks if there is none
+    char const* rest;  ///< behind the number
     bool isExact;      ///< there is a number, and the type holds it
 };
 
+/// By hand, as each setting of a program comes here twice before `main`: std::from_chars takes three times as long for the
+/// numbers of a digit or two that settings are.
 template <class Integer>
 WholeNumber<Integer> parseWholeNumber(char const* text)
 {
+    static_assert(std::is_signed_v<Integer>);
     using Limits = std::numeric_limits<Integer>;
-    char const* const first = skipToNumber(text);
-    char const* last = *first == '-' ? first + 1 : first;
-    while (isDigit(*last))
-        ++last;
+    char const* at = skipBlanks(text);
+    const bool isNegative = *at == '-';
+    if (isNegative || *at == '+')
+        ++at;
+    char const* const first = at;
     Integer value = 0;
-    const auto [rest, error] = std::from_chars(first, last, value);
-    if (error == std::errc::result_out_of_range)
-        return {*first == '-' ? Limits::min() : Limits::max(), rest, false};
-    return {value, rest, error == std::errc()};
+    bool isInRange = true;
+    for (; isDigit(*at); ++at) {
+        // Counted down for a negative number: the lowest one has no positive counterpart.
+        const auto digit = static_cast<Integer>(isNegative ? '0' - *at : *at - '0');
+        isInRange = isInRange && !__builtin_mul_overflow(value, Integer(10), &value) &&
+                    !__builtin_add_overflow(value, digit, &value);
+    }
+    if (!isInRange)
+        return {isNegative ? Limits::min() : Limits::max(), at, false};
+    return {value, at, at != first};
 }
 
 /// The whole number that a text begins with, as atol() and atoi() read it. Where these are undefined, a number that
