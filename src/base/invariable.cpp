@@ -291,7 +291,7 @@ void InVariableBase::takeOverride()
     dropIfEmpty(_pendingOverrides);
 }
 
-/// Compiled once: the three types that a setting can have.
+/// Compiled once. A client compiles variables of the other types itself.
 template class InVariable<int>;
 template class InVariable<bool>;
 template class InVariable<char const*>;
