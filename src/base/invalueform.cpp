@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -77,7 +78,7 @@ Parsed<Float> parseNumber(char const* text)
         ++first;  // std::from_chars takes no plus
     Float value = 0;
     const auto [rest, error] = std::from_chars(first, first + std::strlen(first), value);
-    if (value != value)
+    if (std::isnan(value))
         return {0, text, false};
     if (error != std::errc::result_out_of_range)
         return {value, rest, error == std::errc()};
