@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <sstream>
@@ -639,7 +640,7 @@ VN_CHILD(textsOfEachLength)
     source.initialize("0");
     InVariable<int> number("number", package, source);
     start();
-    for (int length = 1; length <= 24; ++length) {
+    for (std::size_t length = 1; length <= 24; ++length) {
         const std::string digits = std::string(length - 1, '0') + "7";
         give(digits);
         std::cout << number.getValue();
@@ -652,7 +653,7 @@ VN_CHILD(textsOfEachLength)
 TEST(InVariable, aNumberMayHaveAnyLength)
 {
     std::string expected = "start settings\n";
-    for (int length = 1; length <= 24; ++length)
+    for (std::size_t length = 1; length <= 24; ++length)
         expected += "7-71 ";
     expectOutput("textsOfEachLength", expected);
 }
@@ -664,7 +665,7 @@ VN_CHILD(truthsOfEachLength)
     source.initialize("0");
     InVariable<bool> truth("truth", package, source);
     start();
-    for (int length = 1; length <= 24; ++length) {
+    for (std::size_t length = 1; length <= 24; ++length) {
         source.getClone().initialize(std::string(length, '0').c_str());
         std::cout << truth.getValue() << ' ';
     }
@@ -674,7 +675,7 @@ VN_CHILD(truthsOfEachLength)
 TEST(InVariable, onlyOneZeroIsFalse)
 {
     std::string expected = "start settings\n0 ";
-    for (int length = 2; length <= 24; ++length)
+    for (std::size_t length = 2; length <= 24; ++length)
         expected += "1 ";
     expectOutput("truthsOfEachLength", expected);
 }
