@@ -62,9 +62,8 @@ bool isBeyond(std::string_view number)
     const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
     const std::size_t point = std::min(number.find('.'), mark);
     const std::size_t first = number.find_first_of("123456789");
-    // That digit stands for tenths, times ten to this power.
-    const auto power =
-        static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first) + (first > point ? 1 : 0);
+    // Of that digit, give or take one: no number near 1 lies outside a type.
+    const auto power = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
     return power + (mark < number.size() ? wholeNumberOf<std::int32_t>(number.data() + mark + 1) : 0) > 0;
 }
 
