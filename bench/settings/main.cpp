@@ -9,9 +9,12 @@
 #include <base/invariable.h>
 
 #include <absl/flags/flag.h>
+#include <absl/time/time.h>
 #include <benchmark/benchmark.h>
 #include <gflags/gflags.h>
 
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -19,9 +22,14 @@
 DEFINE_int32(gflags_number, 17, "a setting");
 DEFINE_bool(gflags_truth, true, "a setting");
 DEFINE_string(gflags_text, "a text of a setting", "a setting");
+DEFINE_double(gflags_real, 0.125, "a setting");
+DEFINE_int64(gflags_large, 17, "a setting");
 ABSL_FLAG(int, absl_number, 17, "a setting");
 ABSL_FLAG(bool, absl_truth, true, "a setting");
 ABSL_FLAG(std::string, absl_text, "a text of a setting", "a setting");
+ABSL_FLAG(double, absl_real, 0.125, "a setting");
+ABSL_FLAG(std::int64_t, absl_large, 17, "a setting");
+ABSL_FLAG(absl::Duration, absl_time, absl::Milliseconds(1500), "a setting");
 
 namespace
 {
@@ -39,10 +47,14 @@ public:
 
 Package package;
 const Default defaultNumber("17", "default"), defaultTruth("true", "default"),
-    defaultText("a text of a setting", "default");
+    defaultText("a text of a setting", "default"), defaultReal("0.125", "default"), defaultTime("1.5s", "default");
 const Vn::InVariable<int> number("number", package, defaultNumber);
 const Vn::InVariable<bool> truth("truth", package, defaultTruth);
 const Vn::InVariable<char const*> text("text", package, defaultText);
+const Vn::InVariable<std::string> copy("copy", package, defaultText);
+const Vn::InVariable<double> real("real", package, defaultReal);
+const Vn::InVariable<long> large("large", package, defaultNumber);
+const Vn::InVariable<std::chrono::milliseconds> pause("pause", package, defaultTime);
 
 template <class Read>
 VnBench::Rounds::Measure reading(Read const& read)
@@ -72,6 +84,25 @@ void compareReads(int rounds)
     texts.add("gflags", reading([] { return FLAGS_gflags_text.c_str(); }));
     texts.add("Abseil flags", reading([] { return absl::GetFlag(FLAGS_absl_text); }));
     texts.run(rounds);
+    VnBench::Rounds copies("read a std::string", "ns");
+    copies.add("ours", reading([] { return copy.getValue(); }));
+    copies.add("gflags", reading([] { return FLAGS_gflags_text; }));
+    copies.add("Abseil flags", reading([] { return absl::GetFlag(FLAGS_absl_text); }));
+    copies.run(rounds);
+    VnBench::Rounds reals("read a double", "ns");
+    reals.add("ours", reading([] { return real.getValue(); }));
+    reals.add("gflags", reading([] { return FLAGS_gflags_real; }));
+    reals.add("Abseil flags", reading([] { return absl::GetFlag(FLAGS_absl_real); }));
+    reals.run(rounds);
+    VnBench::Rounds longs("read a long", "ns");
+    longs.add("ours", reading([] { return large.getValue(); }));
+    longs.add("gflags", reading([] { return FLAGS_gflags_large; }));
+    longs.add("Abseil flags", reading([] { return absl::GetFlag(FLAGS_absl_large); }));
+    longs.run(rounds);
+    VnBench::Rounds times("read a time", "ns");
+    times.add("ours", reading([] { return pause.getValue(); }));
+    times.add("Abseil flags", reading([] { return absl::GetFlag(FLAGS_absl_time); }));
+    times.run(rounds);
 }
 
 /// Milliseconds that the program of that name, beside this one, measures.

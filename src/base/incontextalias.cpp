@@ -2,32 +2,21 @@
 //
 // `_initialized` and `_value` are separate on purpose: an unset environment variable is initialised without a value,
 // and a stopped alias keeps its value without being readable. isValid() is true for both together.
+//
+// A value is parsed once, when the alias gets it: parsing at each read would take longer than all the rest of that.
 #include <base/incontextalias.h>
 
 #include <base/incontextaliasmgr.h>
 #include <base/inex.h>
-#include <base/wholenumber_p.h>
+#include <base/invalueform.h>
 
-#include <algorithm>
-#include <string_view>
+#include <cstring>
 
 namespace Vn
 {
 namespace
 {
 constexpr char sourceName[] = "src/base/incontextalias";
-
-/// Whether `text` says no: "0", or "false" in any case. Compares ASCII letters only, so that no locale changes what a
-/// setting means.
-bool isFalse(char const* text)
-{
-    constexpr std::string_view word = "false";
-    const std::string_view given = text;
-    if (given == "0")
-        return true;
-    const auto isSameLetter = [](char left, char right) { return (left | 0x20) == right; };
-    return std::equal(given.begin(), given.end(), word.begin(), word.end(), isSameLetter);
-}
 }  // namespace
 
 /// Without a value until the manager of the kind gives one.
@@ -35,13 +24,12 @@ InContextAliasBase::InContextAliasBase(char const* description)
     : _initialized(false), _description(duplicateString(description))
 {}
 
-/// For clone(). An alias without a value has a null pointer there, which duplicateString() would turn into the empty
-/// text.
+/// For clone(). An alias without a value has a null pointer there, and so has its clone.
 InContextAliasBase::InContextAliasBase(InContextAliasBase const& other)
     : _initialized(other._initialized), _description(duplicateString(other._description))
 {
     if (other._value)
-        _value = duplicateString(other._value);
+        _value = ValueBuffer::make(other._value);
 }
 
 InContextAliasBase::~InContextAliasBase() = default;
@@ -51,10 +39,8 @@ InContextAliasBase::~InContextAliasBase() = default;
 void InContextAliasBase::initialize(char const* value)
 {
     if (value != nullptr) {
-        ArrayPtr<char> copy = duplicateString(value);  // first, as `value` may be the old one
+        ArrayPtr<char> copy = ValueBuffer::make(value);  // first, as `value` may be the old one
         _value = copy;
-        if (_isConverted)
-            convert();
     }
     _initialized = true;
 }
@@ -80,17 +66,29 @@ void InContextAliasBase::throwNotValid() const
     throw InEx::ExInvalidObject(sourceName, __LINE__, _description);
 }
 
-/// Not at each read, as that would take longer than all the rest of it.
-void InContextAliasBase::convert()
-{
-    _number = wholeNumberOf<int>(_value);
-    _truth = !isFalse(_value);
-    _isConverted = true;
-}
-
 char const* InContextAliasBase::getDescription() const
 {
     return _description;
+}
+
+/// The 21 bytes of a short text take no more of the heap than the text alone would.
+ArrayPtrRet<char> InContextAliasBase::ValueBuffer::make(char const* text)
+{
+    const std::size_t length = std::strlen(text);
+    if (length >= numberPlace)
+        return duplicateString(text);
+    ArrayPtrRet<char> buffer(new char[size]());
+    std::memcpy(buffer.get(), text, length);
+    const int number = InValueForm<int>::read(text);
+    std::memcpy(buffer.get() + numberPlace, &number, sizeof number);
+    buffer.get()[truthPlace] = InValueForm<bool>::read(text) ? 1 : 0;
+    return buffer;
+}
+
+/// Out of line, as it is rare.
+int InContextAliasBase::ValueBuffer::parseNumber(char const* text)
+{
+    return InValueForm<int>::read(text);
 }
 
 /// The four kinds, compiled once: other libraries must share their static managers.

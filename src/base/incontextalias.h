@@ -3,6 +3,9 @@
 #include <base/arrayptr.h>
 #include <base/baseexport.h>
 
+#include <cstddef>
+#include <cstring>
+
 namespace Vn
 {
 
@@ -72,18 +75,49 @@ private:
     template <class T>
     friend class InVariable;
 
+    class ValueBuffer;
+
     [[noreturn]] void throwNotValid() const;
-    void convert();
 
     bool _initialized;
-    ArrayPtr<char> _value;
+    ArrayPtr<char> _value;  ///< made by ValueBuffer
     ArrayPtr<char> _description;
+};
 
-    // What the value says to a variable of another type, once one has chosen this source; follows the value from then
-    // on.
-    bool _isConverted = false;
-    bool _truth = false;
-    int _number = 0;
+/// The array that holds an alias's value. Behind a short text stands what that says as an `int` and as a `bool`, so that
+/// reading a setting parses nothing:
+///
+///     bytes 0 to 15    the text, filled up with zeros
+///     bytes 16 to 19   the number
+///     byte 20          the truth value
+///
+/// Byte 15 of a text of 16 characters or more isn't 0. Such a text is parsed at each read: numbers are shorter.
+class InContextAliasBase::ValueBuffer
+{
+public:
+    /// A copy of `text`, with what belongs behind it.
+    static ArrayPtrRet<char> make(char const* text);
+
+    /// @{
+    /// What a text from make() says.
+    static int getNumber(char const* text)
+    {
+        if (isLong(text))
+            return parseNumber(text);
+        int number;
+        std::memcpy(&number, text + numberPlace, sizeof number);
+        return number;
+    }
+    static bool getTruth(char const* text) { return isLong(text) || text[truthPlace] != '\0'; }
+    /// @}
+
+private:
+    static constexpr std::size_t numberPlace = 16;
+    static constexpr std::size_t truthPlace = numberPlace + sizeof(int);
+    static constexpr std::size_t size = truthPlace + 1;
+
+    static bool isLong(char const* text) { return text[numberPlace - 1] != '\0'; }
+    VN_BASE_EXPORT static int parseNumber(char const* text);
 };
 
 /// The kinds of sources and their ranks: override 4294967295, option 15, environment 10, default 0. So an override

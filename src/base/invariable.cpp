@@ -4,10 +4,10 @@
 //    (incontextaliasmgr.cpp). The variable enters the registry of handles, then its package's list, and clones the
 //    aliases that it was given; its own clones stand in `_aliases`, highest rank first.
 // 2. Before the start a program may override the variable. The override waits under the handle.
-// 3. The packages `initialize` and `initArg` start: each alias, clones included, gets its text.
-// 4. The variable's own package starts: initialize() takes the override, chooses the first alias that has a text, and
-//    has it converted to a number and a truth value.
-// 5. getValue() reads what was converted, from the chosen alias.
+// 3. The packages `initialize` and `initArg` start: each alias, clones included, gets its text, and keeps with it what that
+//    says as a number and as a truth value.
+// 4. The variable's own package starts: initialize() takes the override, and chooses the first alias that has a text.
+// 5. getValue() reads from the chosen alias.
 // 6. The package stops: finalize() forgets the choice, and reading throws.
 //
 // The registry and the overrides are made for their first entry and deleted with their last one, so that a program
@@ -129,7 +129,6 @@ void InVariableBase::initialize(bool isTelling)
     takeOverride();
     for (InContextAliasBase* alias : _aliases) {
         if (alias->isValid()) {
-            alias->convert();
             _contextAlias = alias;
             break;
         }
@@ -292,7 +291,7 @@ void InVariableBase::takeOverride()
     dropIfEmpty(_pendingOverrides);
 }
 
-/// Compiled once: the three types that a setting can have.
+/// Compiled once. A client compiles variables of the other types itself.
 template class InVariable<int>;
 template class InVariable<bool>;
 template class InVariable<char const*>;

@@ -4,8 +4,10 @@
 #include <base/baseexport.h>
 #include <base/incontextalias.h>
 #include <base/inpackageinit.h>
+#include <base/invalueform.h>
 
 #include <set>
+#include <string>
 #include <type_traits>
 
 namespace Vn
@@ -145,15 +147,28 @@ private:
     ArrayPtr<char> _handle;
 };
 
-/// A setting of type `int`, `bool` or `char const*`. incontextalias.h shows how to declare one with its sources.
+/// A setting. incontextalias.h shows how to declare one with its sources. T is one of these types; with another one the
+/// compiler says so, and names them:
+///
+///     int, long                  a whole number
+///     float, double              a number
+///     bool                       true or false
+///     std::chrono::milliseconds  a time: "250ms", "1.5s", "2min", "1h"; without a unit, milliseconds
+///     char const*, std::string   the text
+///
+/// For example
 ///
 ///     int levels = depth.getValue();
 ///
-/// Threads and ownership as InVariableBase.
-/// Tests: tests/base/invariabletest.cpp.
+/// InValueForm tells how a text is read, and whether a whole text is a value of the type. Threads and ownership as
+/// InVariableBase.
+/// Tests: tests/base/invariabletest.cpp, tests/base/invariabletypestest.cpp.
 template <class T>
 class InVariable : public InVariableBase
 {
+    static_assert(InSettingType<T>, "a setting is an int, long, bool, float, double, char const*, std::string "
+                                    "or std::chrono::milliseconds");
+
 public:
     /// Same as the constructor of InVariableBase, which says what throws. One source at least, ten at most; the order
     /// matters only among sources of one kind.
@@ -164,25 +179,33 @@ public:
                InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                InContextAliasBase const& alias10 = _dummy);
 
-    /// What the text of the chosen source says.
+    /// What the text of the chosen source says, as InValueForm<T>::read() reads it.
     ///
-    ///     char const*  the text itself, valid while the source lives
-    ///     int          as `atoi` does: "12abc" is 12, "abc" is 0; beyond an `int` the nearest limit
-    ///     bool         false for "0" and for "false" in any case; true for all else, "" and "no" included
+    ///     char const*   the text itself, valid while the source lives
+    ///     std::string   a copy of it
+    ///     int, long     as `atoi` does: "12abc" is 12, "abc" is 0; beyond the type the nearest limit
+    ///     bool          false for "0" and for "false" in any case; true for all else, "" and "no" included
+    ///     double        "1.5" and "1.5x" are 1.5, "abc" is 0; the point is the point under every locale
+    ///     milliseconds  "1.5s" is 1500, "250" is 250, "abc" is 0
     ///
     /// Throws InEx::ExUninitializedObject, with the handle, before the package's start, after its stop, and if no
-    /// source has a value. A read is a few loads: the text is converted when the source is chosen, and again when it
-    /// gets another text.
+    /// source has a value.
+    ///
+    /// A read of an `int`, a `bool` or a `char const*` is a few loads: what a text of up to 15 characters says is found
+    /// when its source gets it. The other types are read from the text each time, which takes about 10 ns. Only a
+    /// std::string allocates.
     // Always inline: on Windows an instance that the library exports lacks what stands in the class.
     [[gnu::always_inline]] T getValue() const
     {
-        InContextAliasBase const& source = getSource();
+        char const* const text = getSource()._value;
         if constexpr (std::is_same_v<T, int>)
-            return source._number;
+            return InContextAliasBase::ValueBuffer::getNumber(text);
         else if constexpr (std::is_same_v<T, bool>)
-            return source._truth;
+            return InContextAliasBase::ValueBuffer::getTruth(text);
+        else if constexpr (std::is_same_v<T, char const*> || std::is_same_v<T, std::string>)
+            return text;
         else
-            return source._value;
+            return InValueForm<T>::read(text);
     }
 
 private:

@@ -56,6 +56,15 @@ public:
 private:
     using Place = std::uint32_t;
 
+    /// A registry's list in one of its states.
+    struct Source
+    {
+        LgRegistry const* registry = nullptr;  ///< null: of no list that could be found again
+        std::uint64_t changes = 0;
+
+        bool operator==(Source const&) const = default;
+    };
+
     struct Head
     {
         std::uint64_t timeStamp;
@@ -73,12 +82,10 @@ private:
     void lookAtUnseen();
     Head takeFirst();
 
-    static constexpr std::uint64_t noVersion = 0;
-
     std::vector<LgQueue*> _queues;
-    std::vector<Head> _heads;            ///< a heap with the earliest one in front
-    std::vector<Place> _unseen;          ///< queues without an element there, in ascending order
-    std::uint64_t _version = noVersion;  ///< that of the list in the table
+    std::vector<Head> _heads;    ///< a heap with the earliest one in front
+    std::vector<Place> _unseen;  ///< queues without an element there, in ascending order
+    Source _source;              ///< of the list in the table
 };
 
 namespace
@@ -96,20 +103,20 @@ bool isFinished(LgQueue const& queue)
 void LgQueueHeads::update()
 {
     LgRegistry const* const registry = LgLog::getRegistry();
-    std::uint64_t version = noVersion;
+    Source source;
     // Only of that very type: a class derived from it may show another list.
     if (registry != nullptr && typeid(*registry) == typeid(LgSimpleRegistry))
-        version = static_cast<LgSimpleRegistry const*>(registry)->getVersion();
-    if (version != noVersion && version == _version)
+        source = {registry, getRegistryChanges()};
+    if (source.registry != nullptr && source == _source)
         return;
     fill();
-    _version = version;
+    _source = source;
 }
 
-/// Until that is done the table has no version, so a lack of memory on the way makes the next call begin again.
+/// Until that is done the table has no source, so a lack of memory on the way makes the next call begin again.
 void LgQueueHeads::fill()
 {
-    _version = noVersion;
+    _source = {};
     _queues.clear();
     _heads.clear();
     LgRegistry const* const registry = LgLog::getRegistry();
@@ -154,7 +161,7 @@ void LgQueueHeads::lookAtUnseen()
         if (deleted.contains(queue))
             continue;
         if (isInFront && isFinished(*queue)) {
-            _version = noVersion;  // the registry's list changes: this table serves for the present call only
+            _source = {};  // the registry's list changes: this table serves for the present call only
             deleted.insert(queue);
             LgLog::getRegistry()->deregisterQueue(queue);
             delete queue;

@@ -2,9 +2,6 @@
 
 #include <base/baseexport.h>
 #include <base/list.h>
-#include <base/objptr.h>
-
-#include <cstdint>
 
 namespace Vn
 {
@@ -68,15 +65,7 @@ public:
     List<LgQueue*> getQueueList() const override;
 
 private:
-    class Places;
-    friend class LgQueueHeads;
-
-    /// A number that stands for the list as it is.
-    std::uint64_t getVersion() const;
-
     List<LgQueue*> _queues;
-
-    ObjPtr<Places> _places;  ///< so that a queue leaves without a walk through the others
 };
 
 }  // namespace Vn

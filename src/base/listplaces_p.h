@@ -1,4 +1,4 @@
-// Private to envvar.cpp and lgregistry_p.h.
+// Private to envvar.cpp and lgregistry.cpp.
 #pragma once
 
 #include <base/list.h>

@@ -29,6 +29,7 @@ TraceLevel* registerMainLevel() noexcept
 }
 }  // namespace
 
+bool Trace::_isOn = true;
 TraceLevel* Trace::MainTraceLevel = registerMainLevel();
 
 Trace::Trace() : _depth(0) {}
@@ -40,10 +41,9 @@ void Trace::printPrefix(std::ostream&) {}
 /// Copies what it keeps: both texts may belong to a library that is unloaded later, and levels stay.
 TraceLevel* Trace::registerLevel(char const* name, char const* file)
 {
-    TraceOptions& options = TraceOptions::get();
-    TraceLevel* const level = options.findLevel(ExReasonText::orEmpty(name));
+    TraceLevel* const level = TraceOptions::get().findLevel(ExReasonText::orEmpty(name));
     if (file != nullptr)
-        level->addFile(options.internFile(file));
+        level->addFile(file);
     return level;
 }
 

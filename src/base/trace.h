@@ -30,17 +30,17 @@ private:
 
     void addFile(char const* file);
 
+    /// A file that registered this level, and how many times in a row: a library that is loaded again and again
+    /// registers again and again. The text is never freed.
+    struct File
+    {
+        char const* name;
+        std::size_t times;
+    };
+
     ArrayPtr<char> _name;
     bool _enabled;
-
-    /// The files that registered this level, in order; the options keep the texts. A library that is loaded again and
-    /// again registers again and again, so a file that comes several times in a row stands here once, with its number
-    /// beside it.
-    Vector<char const*> _files;
-    Vector<std::size_t> _repeats;
-
-    std::uint64_t _switchedAt = 0;  ///< number of the option that switched this level last
-    bool _isShown = false;          ///< `_enabled`, and tracing as a whole is on: all that a site asks
+    Vector<File> _files;  ///< in the order of registration
 };
 
 /// A developer's view of a run: lines of named levels, indented by the depth of calls.
@@ -77,8 +77,9 @@ public:
     /// Whether lines of that level are wanted: the level is on, and tracing as a whole is.
     static bool isEnabled(TraceLevel const& level)
     {
-        // Relaxed: a switch stands for itself, and no other memory is read because of it.
-        return __atomic_load_n(&level._isShown, __ATOMIC_RELAXED);
+        // The level first: most sites belong to one that is off, and cost this one load. Relaxed: a switch stands for
+        // itself, and no other memory is read because of it.
+        return __atomic_load_n(&level._enabled, __ATOMIC_RELAXED) && __atomic_load_n(&_isOn, __ATOMIC_RELAXED);
     }
 
     /// The level of that name, made if there is none. A new one is off, unless an option has said "show=all".
@@ -122,11 +123,15 @@ protected:
     virtual void printPrefix(std::ostream& stream);
 
 private:
+    friend class TraceOptions;
+
     void entering(std::ostream& stream, char const* file, int line, char const* function);
     void exiting(std::ostream& stream, char const* file, int line, char const* function);
     void prefix(std::ostream& stream, char const* file, int line);
     void indent();
     void unindent();
+
+    static bool _isOn;  ///< what the option "on" says, where sites reach it
 
     std::int32_t _depth;
 };

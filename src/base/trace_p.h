@@ -6,12 +6,9 @@
 
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <locale>
 #include <map>
 #include <ostream>
-#include <set>
-#include <string>
 
 namespace Vn
 {
@@ -29,8 +26,9 @@ struct TraceNameLess
 ///
 ///     TraceOptions::get().parse("show=Palette,line");
 ///
-/// One thread at a time changes it. A level's `_isShown` is a relaxed atomic, since Trace::isEnabled() reads it on any thread;
-/// all else is read only by lines of trace, and belongs to the thread that sets the options.
+/// One thread at a time changes it. What Trace::isEnabled() reads on any thread is stored by relaxed atomics: a level's
+/// `_enabled`, and `_on` as Trace has it; all else is read only by lines of trace, and belongs to the thread that sets the
+/// options.
 /// Tests: tests/base/tracetest.cpp.
 class TraceOptions
 {
@@ -52,9 +50,6 @@ public:
     /// The level of that name, made if there is none.
     TraceLevel* findLevel(char const* name);
 
-    /// A copy of the text, the same one for equal texts, which outlives the library that `file` came from.
-    char const* internFile(char const* file);
-
     /// Applies options in their order. Throws ExInternalError at the first one that is unknown.
     void parse(char const* options);
 
@@ -72,22 +67,20 @@ private:
     TraceOptions();
 
     enum class Token;
-    class AllLevelsUpdate;
     struct TokenTable;
+    class AllLevelsSwitch;
 
-    void reset();
-    void applyAll(char const* options);
-    void apply(Token token, char const* value);
-    void applyUnprotected(Token token, char const* value);
-    void switchLevel(char const* name, bool enabled);
-    void switchAll(bool enabled);
+    void reset(AllLevelsSwitch& all);
+    void applyAll(char const* options, AllLevelsSwitch& all);
+    void apply(Token token, char const* value, AllLevelsSwitch& all);
+    void applyUnprotected(Token token, char const* value, AllLevelsSwitch& all);
+    void switchLevel(char const* name, bool enabled, AllLevelsSwitch& all);
     void switchTracing(bool on);
-    void setEnabled(TraceLevel& level, bool enabled);
     char const* getShownName(char const* file) const;
 
     static constexpr std::int32_t defaultFileWidth = 20;
 
-    bool _on = true;
+    bool _on = true;  ///< sites ask Trace::_isOn, which says the same
     bool _prefix = true;
     bool _line = false;
     bool _pid = false;
@@ -99,15 +92,6 @@ private:
     std::int32_t _allLevels = 0;  ///< whether a new level is on: 1 on, 2 off, 0 off because no option said anything
     std::map<char const*, TraceLevel*, TraceNameLess> _levels;
     char _pidText[10];
-
-    std::set<std::string, std::less<>> _files;
-
-    // "show=all", "hide=all", "on" and "off" reach the levels when their text ends. Applied at once, a text of n of them would
-    // cost n walks through all levels.
-    std::uint64_t _switches = 0;   ///< options so far that have switched levels
-    std::uint64_t _allSwitch = 0;  ///< number of the last one for all levels, until it reaches them; 0: none waits
-    bool _allOn = false;           ///< what that one says
-    bool _isOnChanged = false;     ///< "on" or "off" has yet to reach the levels
 };
 
 /// Gives a stream its initial format for the life of this object, and then its former format back: what a client has set

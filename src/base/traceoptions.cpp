@@ -5,10 +5,9 @@
 // "writeprotect" has frozen the options before.
 //
 // A text of options is split in place, in a copy, and each token takes effect before the next is looked at; so what stands
-// before an unknown token has taken effect when that one throws. Options for single levels switch them at once. Options for
-// all levels only leave a number, and AllLevelsUpdate applies the last one when the text ends, to the levels that no later
-// option has switched by name. The switch for all tracing reaches the levels then as well: each holds what its sites ask, so
-// that a site that is off costs one load.
+// before an unknown token has taken effect when that one throws. Only options for all levels wait until the text ends
+// (AllLevelsSwitch): applied at once, a text of n of them would cost n walks through the levels. The last one counts, and
+// levels that later options have switched by name keep what these say.
 //
 // A level may be named by an option before any code registers it. Both ways lead to findLevel(), so it is made once, with
 // the setting that the option gave it.
@@ -25,9 +24,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <functional>
 #include <iomanip>
 #include <memory>
+#include <set>
 #include <sstream>
+#include <string>
 #include <string_view>
 
 namespace Vn
@@ -41,6 +43,15 @@ int toCount(char const* text, int fallback)
 {
     const long number = std::strtol(text, nullptr, 10);
     return number < 0 ? fallback : static_cast<int>(std::min(number, 0x7FFFFFFFL));
+}
+
+/// A copy of the text, the same one for equal texts. It is never freed, as the levels aren't; so it outlives the library that
+/// `file` came from. Found without a copy: libraries that are loaded again and again register the same file each time.
+char const* internFile(char const* file)
+{
+    static auto& files = *new std::set<std::string, std::less<>>;
+    const auto found = files.find(std::string_view(file));
+    return (found != files.end() ? found : files.emplace(file).first)->c_str();
 }
 
 /// `text` with blanks behind it up to `width`; a longer text stays whole.
@@ -129,27 +140,43 @@ struct TraceOptions::TokenTable
     }
 };
 
-/// Applies what waits for the levels when a text of options ends, be it by an exception.
-class TraceOptions::AllLevelsUpdate
+/// "show=all" or "hide=all" until the text that it stands in ends, be it by an exception; then it reaches the levels.
+class TraceOptions::AllLevelsSwitch
 {
 public:
-    explicit AllLevelsUpdate(TraceOptions& options) : _options(options) {}
-    ~AllLevelsUpdate()
+    explicit AllLevelsSwitch(TraceOptions& options) : _options(options) {}
+    ~AllLevelsSwitch()
     {
-        if (_options._allSwitch == 0 && !_options._isOnChanged)
+        if (!_isSet)
             return;
         for (auto const& [name, level] : _options._levels)
-            _options.setEnabled(*level,
-                                level->_switchedAt < _options._allSwitch ? _options._allOn : level->_enabled);
-        _options._allSwitch = 0;
-        _options._isOnChanged = false;
+            if (!_exceptions.contains(level))
+                storeRelaxed(level->_enabled, _enabled);
     }
 
-    AllLevelsUpdate(AllLevelsUpdate const&) = delete;
-    AllLevelsUpdate& operator=(AllLevelsUpdate const&) = delete;
+    AllLevelsSwitch(AllLevelsSwitch const&) = delete;
+    AllLevelsSwitch& operator=(AllLevelsSwitch const&) = delete;
+
+    /// Takes the place of an earlier one, and of what single levels were switched to since.
+    void set(bool enabled)
+    {
+        _isSet = true;
+        _enabled = enabled;
+        _exceptions.clear();
+    }
+
+    /// `level` is switched by its name, which is later than what waits here.
+    void except(TraceLevel const& level)
+    {
+        if (_isSet)
+            _exceptions.insert(&level);
+    }
 
 private:
     TraceOptions& _options;
+    bool _isSet = false;
+    bool _enabled = false;
+    std::set<TraceLevel const*> _exceptions;
 };
 
 TraceOptions& TraceOptions::get() noexcept
@@ -164,12 +191,12 @@ TraceOptions::TraceOptions()
     // At most nine digits; a longer number loses its last ones.
     const std::string text = std::to_string(OsUtils::getPid()).substr(0, sizeof _pidText - 1);
     std::memcpy(_pidText, text.c_str(), text.size() + 1);
-    reset();
+    parse("reset");
     parse(System::getOwnVariable("VN_TRACE_OPTIONS"));
 }
 
 /// Intended: `_writeProtect` itself is not reset, so once set it stays for the rest of the run. Do not mend.
-void TraceOptions::reset()
+void TraceOptions::reset(AllLevelsSwitch& all)
 {
     if (_writeProtect)
         return;
@@ -181,9 +208,9 @@ void TraceOptions::reset()
     _fnDirs = 0;
     _fnWidth = defaultFileWidth;
     _printLevels = false;
-    switchAll(false);
+    all.set(false);
     _allLevels = 0;
-    applyAll(defaultOptions);
+    applyAll(defaultOptions, all);
 }
 
 /// Registration, "show", "hide" and printException() all come here. The map's key is the level's own copy of the name.
@@ -193,66 +220,41 @@ TraceLevel* TraceOptions::findLevel(char const* name)
     if (found != _levels.end())
         return found->second;
     std::unique_ptr<TraceLevel> level(new TraceLevel(name));
-    setEnabled(*level, _allLevels == 1);
-    // Numbered like an option of its own: an earlier option for all levels, which may still wait, is already in
-    // `_allLevels` and must not reach this level again.
-    level->_switchedAt = ++_switches;
+    level->_enabled = _allLevels == 1;
     _levels.emplace(level->_name.get(), level.get());
     return level.release();
 }
 
-/// Found without a copy of `file`: libraries that are loaded again and again register the same file each time.
-char const* TraceOptions::internFile(char const* file)
-{
-    const auto found = _files.find(std::string_view(file));
-    return (found != _files.end() ? found : _files.emplace(file).first)->c_str();
-}
-
 /// "show" and "hide" without a name have no effect.
-void TraceOptions::switchLevel(char const* name, bool enabled)
+void TraceOptions::switchLevel(char const* name, bool enabled, AllLevelsSwitch& all)
 {
     if (name == nullptr)
         return;
     if (std::strcmp(name, "all") == 0) {
-        switchAll(enabled);
+        all.set(enabled);
         _allLevels = enabled ? 1 : 2;
         return;
     }
     TraceLevel* const level = findLevel(name);
-    setEnabled(*level, enabled);
-    level->_switchedAt = ++_switches;
-}
-
-/// Leaves the rule for future levels as it is: reset() has one of its own.
-void TraceOptions::switchAll(bool enabled)
-{
-    _allSwitch = ++_switches;
-    _allOn = enabled;
-}
-
-/// Each level hears of it when the text ends.
-void TraceOptions::switchTracing(bool on)
-{
-    _on = on;
-    _isOnChanged = true;
+    all.except(*level);
+    storeRelaxed(level->_enabled, enabled);
 }
 
 /// Relaxed: other threads see the switch a little later, and read nothing else because of it.
-void TraceOptions::setEnabled(TraceLevel& level, bool enabled)
+void TraceOptions::switchTracing(bool on)
 {
-    storeRelaxed(level._enabled, enabled);
-    storeRelaxed(level._isShown, _on && enabled);
+    _on = on;
+    storeRelaxed(Trace::_isOn, on);
 }
 
-/// One update for the whole text, nested calls of applyAll() by "reset" included.
 void TraceOptions::parse(char const* options)
 {
-    const AllLevelsUpdate update(*this);
-    applyAll(options);
+    AllLevelsSwitch all(*this);
+    applyAll(options, all);
 }
 
 /// Works on a copy: the option parser writes zeros into the text.
-void TraceOptions::applyAll(char const* options)
+void TraceOptions::applyAll(char const* options, AllLevelsSwitch& all)
 {
     const ArrayPtr<char> copy = duplicateString(options);
     char* rest = copy.get();
@@ -262,13 +264,13 @@ void TraceOptions::applyAll(char const* options)
         if (token < 0)  // `value` is then the whole token
             throw ExInternalError(traceSourceName, __LINE__,
                                   ExReasonText("Unknown token \"%s\" in trace options.", value).get());
-        apply(static_cast<Token>(token), value);
+        apply(static_cast<Token>(token), value, all);
     }
 }
 
 /// These three act even after "writeprotect"; reset() looks at that itself. Nothing takes "writeprotect" back, so a user who
 /// sets it in the environment has the last word over the program.
-void TraceOptions::apply(Token token, char const* value)
+void TraceOptions::apply(Token token, char const* value, AllLevelsSwitch& all)
 {
     switch (token) {
     case Token::printLevels:
@@ -278,16 +280,16 @@ void TraceOptions::apply(Token token, char const* value)
         _writeProtect = true;
         break;
     case Token::reset:
-        reset();
+        reset(all);
         break;
     default:
         if (!_writeProtect)
-            applyUnprotected(token, value);
+            applyUnprotected(token, value, all);
     }
 }
 
 /// Intended: without a value "fndirs" and "fnwidth" change nothing, and with a negative one they go to 0 and 20. Do not mend.
-void TraceOptions::applyUnprotected(Token token, char const* value)
+void TraceOptions::applyUnprotected(Token token, char const* value, AllLevelsSwitch& all)
 {
     switch (token) {
     case Token::on:
@@ -312,7 +314,7 @@ void TraceOptions::applyUnprotected(Token token, char const* value)
         break;
     case Token::show:
     case Token::hide:
-        switchLevel(value, token == Token::show);
+        switchLevel(value, token == Token::show, all);
         break;
     case Token::fnDirs:
         _fnDirs = value != nullptr ? toCount(value, 0) : _fnDirs;
@@ -369,11 +371,11 @@ void TraceOptions::printLevels(std::ostream& stream) const
     for (auto const& [name, level] : _levels) {
         stream << (loadRelaxed(level->_enabled) ? "X " : "  ") << std::left << std::setw(30) << name << ' ';
         bool isFirst = true;
-        for (std::size_t i = 0; i < level->_files.size(); ++i)
-            for (std::size_t repeat = 0; repeat < level->_repeats[i]; ++repeat) {
+        for (TraceLevel::File const& file : level->_files)
+            for (std::size_t i = 0; i < file.times; ++i) {
                 if (!isFirst)
                     stream << '\n' << std::string(33, ' ');
-                stream << getShownName(level->_files[i]);
+                stream << getShownName(file.name);
                 isFirst = false;
             }
         stream << '\n';
@@ -383,17 +385,13 @@ void TraceOptions::printLevels(std::ostream& stream) const
 
 TraceLevel::TraceLevel(char const* name) : _name(duplicateString(name)), _enabled(false) {}
 
-/// `file` is interned, so its address stands for its text.
 void TraceLevel::addFile(char const* file)
 {
-    if (!_files.empty() && _files.back() == file) {
-        ++_repeats.back();
-        return;
-    }
-    // Reserved first: if there is no memory, both lists stay of one length.
-    _repeats.reserve(_files.size() + 1);
-    _files.push_back(file);
-    _repeats.push_back(1);
+    char const* const name = internFile(file);
+    if (!_files.empty() && _files.back().name == name)
+        ++_files.back().times;
+    else
+        _files.push_back({name, 1});
 }
 
 }  // namespace Vn

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <sstream>
@@ -629,6 +630,75 @@ TEST(InVariable, aReadFollowsItsSource)
                  "start settings\n12 1 12: ok\n0 0 0: ok\n0 0 false: ok\n-3 1 -3 apples: ok\n"
                  "-3 1 -3 apples: ok\n0 1 : ok\n: Trying to access an object that is not fully "
                  "initialized: 'own source'.\n0 1 : ok\n7 1 7: ok\n");
+}
+
+VN_CHILD(textsOfEachLength)
+{
+    SettingsPackage package;
+    OwnSource source;
+    const auto give = [&source](std::string const& value) { source.getClone().initialize(value.c_str()); };
+    source.initialize("0");
+    InVariable<int> number("number", package, source);
+    start();
+    for (std::size_t length = 1; length <= 24; ++length) {
+        const std::string digits = std::string(length - 1, '0') + "7";
+        give(digits);
+        std::cout << number.getValue();
+        give("-" + digits);
+        std::cout << number.getValue() << (source.getClone().getValue() == "-" + digits) << ' ';
+    }
+    return 0;
+}
+
+TEST(InVariable, aNumberMayHaveAnyLength)
+{
+    std::string expected = "start settings\n";
+    for (std::size_t length = 1; length <= 24; ++length)
+        expected += "7-71 ";
+    expectOutput("textsOfEachLength", expected);
+}
+
+VN_CHILD(truthsOfEachLength)
+{
+    SettingsPackage package;
+    OwnSource source;
+    source.initialize("0");
+    InVariable<bool> truth("truth", package, source);
+    start();
+    for (std::size_t length = 1; length <= 24; ++length) {
+        source.getClone().initialize(std::string(length, '0').c_str());
+        std::cout << truth.getValue() << ' ';
+    }
+    return 0;
+}
+
+TEST(InVariable, onlyOneZeroIsFalse)
+{
+    std::string expected = "start settings\n0 ";
+    for (std::size_t length = 2; length <= 24; ++length)
+        expected += "1 ";
+    expectOutput("truthsOfEachLength", expected);
+}
+
+VN_CHILD(sourceWithATextBeforeItIsCloned)
+{
+    SettingsPackage package;
+    OwnSource source;
+    source.initialize("7 apples");
+    InVariable<int> seven("seven", package, source);
+    InVariable<bool> yes("yes", package, source);
+    source.initialize("false");
+    InVariable<bool> no("no", package, source);
+    source.initialize("0000000000000000012");
+    InVariable<int> twelve("twelve", package, source);
+    start();
+    std::cout << seven.getValue() << yes.getValue() << no.getValue() << twelve.getValue() << "\n";
+    return 0;
+}
+
+TEST(InVariable, aCloneReadsAsItsSource)
+{
+    expectOutput("sourceWithATextBeforeItIsCloned", "start settings\n71012\n");
 }
 
 VN_CHILD(variableChoosesAgain)

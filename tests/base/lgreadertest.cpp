@@ -402,6 +402,42 @@ TEST_F(LgReaderTest, anotherRegistryIsAnotherList)
     second.end();
 }
 
+TEST_F(LgReaderTest, anotherRegistryWithoutAChangeIsAnotherList)
+{
+    start();
+    StampedQueue queue;
+    LgRegistry& first = *LgLog::getRegistry();
+    first.deregisterQueue(&*queue);
+    auto* const second = new LgSimpleRegistry;
+    second->registerQueue(&*queue);
+    queue.log(1, "one");
+    queue.log(2, "two");
+    EXPECT_FALSE(LgReader().flushEarliest());
+    // The first one has no queue to hand over, so neither registry changes.
+    const ObjPtr<LgRegistry> before = LgLog::setRegistry(ObjPtr<LgRegistry>(second));
+    LgReader().flushAll();
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "two"}));
+    queue.end();
+}
+
+TEST_F(LgReaderTest, aRegistryThatIsAssignedIsSeen)
+{
+    start();
+    auto& registry = dynamic_cast<LgSimpleRegistry&>(*LgLog::getRegistry());
+    const LgSimpleRegistry empty;
+    StampedQueue queue;
+    queue.log(1, "one");
+    queue.log(2, "two");
+    const LgSimpleRegistry full(registry);
+    EXPECT_TRUE(LgReader().flushEarliest());
+    registry = empty;
+    EXPECT_FALSE(LgReader().flushEarliest());
+    registry = full;
+    EXPECT_TRUE(LgReader().flushEarliest());
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"one", "two"}));
+    queue.end();
+}
+
 namespace
 {
 /// Shows another list than the one of its base.

@@ -4,6 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
 using Vn::LgQueue;
 using Vn::LgSimpleRegistry;
 using Vn::List;
@@ -47,6 +52,50 @@ TEST(LgSimpleRegistry, aListIsACopyAndSoIsARegistry)
     EXPECT_EQ(copy.getQueueList().size(), 1u);
     EXPECT_EQ(assigned.getQueueList().size(), 1u);
     EXPECT_TRUE(registry.getQueueList().empty());
+}
+
+TEST(LgSimpleRegistry, aQueueOfAFormerRegistryIsAbsentFromOneInItsPlace)
+{
+    LgQueue one, two;
+    std::optional<LgSimpleRegistry> registry;
+    for (int i = 0; i < 2; ++i) {
+        registry.emplace();
+        registry->deregisterQueue(&one);
+        EXPECT_TRUE(registry->getQueueList().empty());
+        registry->registerQueue(&two);
+        registry->deregisterQueue(&one);
+        EXPECT_EQ(registry->getQueueList(), List<LgQueue*>{&two});
+        registry->registerQueue(&one);
+        EXPECT_EQ(registry->getQueueList(), (List<LgQueue*>{&two, &one}));
+    }
+}
+
+TEST(LgSimpleRegistry, registriesOfSeveralThreadsAreTheirOwn)
+{
+    std::vector<std::string> problems(4);
+    {
+        std::vector<std::thread> threads;
+        for (std::string& problem : problems)
+            threads.emplace_back([&problem] {
+                LgQueue one, two;
+                for (int i = 0; i < 500; ++i) {
+                    LgSimpleRegistry registry, other;
+                    for (LgQueue* queue : {&one, &two, &one}) {
+                        registry.registerQueue(queue);
+                        other.registerQueue(queue);
+                    }
+                    registry.deregisterQueue(&one);
+                    other.deregisterQueue(&two);
+                    if (registry.getQueueList() != List<LgQueue*>{&two})
+                        problem = "the one";
+                    if (other.getQueueList() != (List<LgQueue*>{&one, &one}))
+                        problem = "the other";
+                }
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    EXPECT_EQ(problems, std::vector<std::string>(4));
 }
 
 TEST(LgSimpleRegistry, queuesLeaveACopyAsTheyLeaveTheFirst)

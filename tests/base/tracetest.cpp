@@ -494,6 +494,9 @@ VN_CHILD(traceLevels)
     Trace::registerLevel("b", "/x/one.cpp");
     Trace::registerLevel("b", "/x/two.cpp");
     Trace::registerLevel("b", "/x/one.cpp");
+    std::string file = "/x/one.cpp";  // the texts are equal, their addresses aren't
+    Trace::registerLevel("b", file.c_str());
+    file = "/x/six.cpp";
     Trace::registerLevel("a", nullptr);
     Trace::setOptions("show=c");
     Trace::printLevels(std::cout);
@@ -542,7 +545,7 @@ TEST(Trace, levelsAreListedWithTheirFiles)
                " \n"
                "  b" +
                tail + " " + folder + "one.cpp\n" + blanks + folder + "two.cpp\n" + blanks + folder + "one.cpp\n" +
-               "X c" + tail +
+               blanks + folder + "one.cpp\n" + "X c" + tail +
                " \n"
                "\n";
     };

@@ -27,6 +27,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
@@ -119,6 +120,40 @@ VN_CHILD(declarations)
 TEST(OutOfMemory, refusedDeclarationsLeaveNothingBehind)
 {
     expectOutput("declarations", "start package\ngiven\nstop package\nfailed some, 0 unexpected\n");
+}
+
+VN_CHILD(readingSettings)
+{
+    NumberedPackage<1> package("package");
+    const Default fallback("a text of more than fifteen characters, so that nothing of it is kept", "d");
+    const InVariable<int> whole("int", package, fallback);
+    const InVariable<long> large("long", package, fallback);
+    const InVariable<bool> truth("bool", package, fallback);
+    const InVariable<float> small("float", package, fallback);
+    const InVariable<double> number("double", package, fallback);
+    const InVariable<char const*> text("text", package, fallback);
+    const InVariable<std::chrono::milliseconds> time("time", package, fallback);
+    const InVariable<std::string> copy("string", package, fallback);
+    InVariableBase const* const all[] = {&whole, &large, &truth, &small, &number, &text, &time, &copy};
+    VnTest::start();
+    const auto readAll = [&] {
+        whole.getValue();
+        large.getValue();
+        truth.getValue();
+        small.getValue();
+        number.getValue();
+        text.getValue();
+        time.getValue();
+        for (InVariableBase const* each : all)
+            InVariableForm(*each).isWhole("1.5 minutes");
+    };
+    std::cout << failsWithoutMemory(0, readAll) << failsWithoutMemory(0, [&] { copy.getValue(); }) << "\n";
+    return 0;
+}
+
+TEST(OutOfMemory, aSettingIsReadWithoutAnyButForACopyOfItsText)
+{
+    expectOutput("readingSettings", "start package\n01\n");
 }
 
 VN_CHILD(argumentVector)

@@ -288,6 +288,24 @@ TEST_F(LogFaults, aReaderWithoutMemoryLosesNoMessage)
     two.end();
 }
 
+TEST(LgSimpleRegistry, aCopyThatCanNotBeMadeLeavesNothing)
+{
+    LgQueue one, two;
+    LgSimpleRegistry registry;
+    registry.registerQueue(&one);
+    registry.registerQueue(&two);
+    std::optional<LgSimpleRegistry> copy;
+    int n = 0;
+    for (; failsWithoutMemory(n, [&] { copy.emplace(registry); }); ++n) {
+        copy.emplace();  // in the same place
+        copy->deregisterQueue(&one);
+        EXPECT_TRUE(copy->getQueueList().empty()) << n;
+        copy.reset();
+    }
+    EXPECT_GT(n, 0);
+    EXPECT_EQ(copy->getQueueList(), (List<LgQueue*>{&one, &two}));
+}
+
 TEST_F(LogFaults, aTraceLevelThatCanNotBeMadeLeavesNothing)
 {
     int n = 0;

@@ -29,6 +29,13 @@ if(NOT WIN32 AND NOT VNBASE_SANITIZE AND NOT VNBASE_COVERAGE)
     set_tests_properties(package.tidy PROPERTIES PROCESSORS 2)
 endif()
 
+# The compiler refuses what the library can't read, and says what it can.
+add_test(NAME package.settingtype
+    COMMAND "${CMAKE_CXX_COMPILER}" -std=c++20 -fsyntax-only "-I${PROJECT_SOURCE_DIR}/src"
+        "${CMAKE_CURRENT_LIST_DIR}/settingtype.cpp")
+set_tests_properties(package.settingtype PROPERTIES TIMEOUT 120 PASS_REGULAR_EXPRESSION
+    "a setting is an int, long, bool, float, double, char const\\*, std::string or std::chrono::milliseconds")
+
 set(consumer_flags "")
 if(VNBASE_SANITIZE)
     set(consumer_flags "-fsanitize=${VNBASE_SANITIZE}")
