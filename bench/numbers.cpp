@@ -502,6 +502,23 @@ void compareHistograms()
              {"floor: two divisions, a count", filledBi(HandBinsBi())}});
 }
 
+/// The least that a draw through an interface takes: a call that counts and scales.
+class Counting
+{
+public:
+    virtual ~Counting() = default;
+    virtual double draw() { return ++_index * 0x1p-32; }
+    virtual void draw(double* point)
+    {
+        ++_index;
+        for (unsigned int d = 0; d < 4; ++d)
+            point[d] = (_index ^ d) * 0x1p-32;
+    }
+
+private:
+    std::uint32_t _index = 0;
+};
+
 void compareSequences()
 {
     auto const corput = std::make_shared<Vn::RnVanDerCorputRng<double>>();
@@ -511,17 +528,25 @@ void compareSequences()
     const std::shared_ptr<gsl_qrng> halton(gsl_qrng_alloc(gsl_qrng_halton, 1), &gsl_qrng_free);
     Vn::RnRng<double>* const anyCorput = hidden<Vn::RnRng<double>>(corput.get());
     Vn::RnMultiRng<double, 4>* const anyNiederreiter = hidden<Vn::RnMultiRng<double, 4>>(niederreiter.get());
+    auto const counting = std::make_shared<Counting>();
+    Counting* const anyCounting = hidden<Counting>(counting.get());
     compare("van der Corput, single",
             {{"ours", each([corput, results, anyCorput](unsigned int i) { (*results)[i][0] = (*anyCorput)(); })},
              {"GSL Halton 1-D",
-              each([halton, results](unsigned int i) { gsl_qrng_get(halton.get(), (*results)[i].data()); })}});
-    compare("Niederreiter 4-D, single", {{"ours", each([niederreiter, results, anyNiederreiter](unsigned int i) {
-                                              anyNiederreiter->getSample((*results)[i].data());
-                                          })},
-                                         {"Boost niederreiter_base2", each([boosts, results](unsigned int i) {
-                                              for (double& coordinate : (*results)[i])
-                                                  coordinate = static_cast<double>((*boosts)()) * 0x1p-64;
-                                          })}});
+              each([halton, results](unsigned int i) { gsl_qrng_get(halton.get(), (*results)[i].data()); })},
+             {"floor: a call that counts",
+              each([counting, results, anyCounting](unsigned int i) { (*results)[i][0] = anyCounting->draw(); })}});
+    compare("Niederreiter 4-D, single",
+            {{"ours", each([niederreiter, results, anyNiederreiter](unsigned int i) {
+                  anyNiederreiter->getSample((*results)[i].data());
+              })},
+             {"Boost niederreiter_base2", each([boosts, results](unsigned int i) {
+                  for (double& coordinate : (*results)[i])
+                      coordinate = static_cast<double>((*boosts)()) * 0x1p-64;
+              })},
+             {"floor: a call that counts", each([counting, results, anyCounting](unsigned int i) {
+                  anyCounting->draw((*results)[i].data());
+              })}});
     auto const adapter = std::make_shared<Vn::RnStdUniformRng<double>>(1);
     auto const plain = std::make_shared<std::vector<double>>(count);
     compare("rand adapter, bulk",

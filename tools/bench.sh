@@ -16,7 +16,8 @@ case ${1:-} in
 esac
 programs=("$@")
 [ $# -gt 0 ] || programs=(benchprocesses benchfiles benchlogsites benchlogging benchsettings benchloading benchwholestart
-    benchgrowth benchtimers benchexactnumbers benchnumbers benchsamplers benchfloatutil benchheadercost)
+    benchgrowth benchtimers benchexactnumbers benchnumbers benchsamplers benchfloatutil benchheadercost
+    $([ "$(uname -m)" != x86_64 ] || echo benchfloatutilv2))
 
 mkdir -p build/logs build/bench/rows
 tools/setup.sh bench
