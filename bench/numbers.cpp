@@ -227,6 +227,23 @@ HandTime sumByHand(HandTime const& a, HandTime const& b)
     return {scaled(a) + scaled(b), rate};
 }
 
+/// The least that the library's rule takes: two usual rates meet at their product or at 1,000,000, without a look at what
+/// could wrap, be reduced or be another kind of rate.
+HandTime sumAtLeast(HandTime const& a, HandTime const& b)
+{
+    constexpr std::int64_t limit = 1000000;
+    const std::int64_t above = std::int64_t(a.rate.numerator) * b.rate.numerator;
+    const int below = a.rate.denominator * b.rate.denominator;
+    if (above > limit * below)
+        return {a.value * (a.rate.denominator * limit) / a.rate.numerator +
+                    b.value * (b.rate.denominator * limit) / b.rate.numerator,
+                {limit, 1}};
+    auto const times = [](std::int64_t value, Terms const& rate) {
+        return rate.denominator == 1 ? value * rate.numerator : value * rate.numerator / 1001;
+    };
+    return {times(a.value, b.rate) + times(b.value, a.rate), {static_cast<int>(above), below}};
+}
+
 void compareTimes()
 {
     static const auto values = made([] { return static_cast<std::int64_t>(nextBits() % 3000000000); });
@@ -254,15 +271,21 @@ void compareTimes()
     auto const byHand = [](std::vector<HandTime> const& times) {
         return each([&times](unsigned int i) { handResults[i] = sumByHand(times[i], times[(i + 1) % count]); });
     };
+    auto const atLeast = [](std::vector<HandTime> const& times) {
+        return each([&times](unsigned int i) { handResults[i] = sumAtLeast(times[i], times[(i + 1) % count]); });
+    };
     compare("DtTime +=, equal rates",
             {{"ours", summed(equal)}, {"std::chrono, fixed rate", each([](unsigned int i) {
                                            Frames sum = frames[i];
                                            sum += frames[(i + 1) % count];
                                            frameResults[i] = sum;
                                        })}});
-    compare("DtTime +=, twelve rates", {{"ours", summed(mixed)}, {"128 bits by hand", byHand(handMixed)}});
-    compare("DtTime +=, 25 with 29.97",
-            {{"ours", summed(alternating)}, {"128 bits by hand", byHand(handAlternating)}});
+    compare("DtTime +=, twelve rates", {{"ours", summed(mixed)},
+                                        {"128 bits by hand", byHand(handMixed)},
+                                        {"floor: the rule unchecked", atLeast(handMixed)}});
+    compare("DtTime +=, 25 with 29.97", {{"ours", summed(alternating)},
+                                         {"128 bits by hand", byHand(handAlternating)},
+                                         {"floor: the rule unchecked", atLeast(handAlternating)}});
     static std::vector<Vn::ArrayPtr<char>> texts;
     static std::vector<std::string> plain;
     for (Vn::DtTime const& time : mixed) {
@@ -417,13 +440,48 @@ void compareDirections()
 
 namespace bh = boost::histogram;
 
+/// The least that adding to bins of equal width takes: a division, a bin and a count, of a class that has no virtual
+/// operation, and without the call that a number outside or a weight takes.
+struct HandBins
+{
+    void operator()(double x)
+    {
+        const double place = (x - min) / width * 64.0;
+        if (place >= 0.0 && place < 64.0) {
+            bins[static_cast<std::size_t>(place)] += 1.0;
+            ++hits;
+        }
+    }
+
+    std::vector<double> bins = std::vector<double>(64);
+    double min = 0.0, width = 1.0;
+    std::uint32_t hits = 0;
+};
+
+/// The same for points.
+struct HandBinsBi
+{
+    void operator()(double x, double y)
+    {
+        const double xPlace = (x - xMin) / xWidth * 32.0, yPlace = (y - yMin) / yWidth * 32.0;
+        if (xPlace >= 0.0 && xPlace < 32.0 && yPlace >= 0.0 && yPlace < 32.0) {
+            bins[static_cast<std::size_t>(yPlace) * 32 + static_cast<std::size_t>(xPlace)] += 1.0;
+            ++hits;
+        }
+    }
+
+    std::vector<double> bins = std::vector<double>(1024);
+    double xMin = 0.0, yMin = 0.0, xWidth = 1.0, yWidth = 1.0;
+    std::uint32_t hits = 0;
+};
+
 void compareHistograms()
 {
     static const auto numbers = made(nextNumber);
     using Dense = bh::dense_storage<double>;
     const bh::axis::regular<> axis(64, 0.0, 1.0), side(32, 0.0, 1.0);
-    auto const ours = std::make_shared<Vn::RnUniformHistogram<double>>(64, 0.0, 1.0);
-    auto const oursBi = std::make_shared<Vn::RnUniformHistogramBi<double>>(32, 32, 0.0, 1.0, 0.0, 1.0);
+    Vn::RnUniformHistogram<double> ours(64, 0.0, 1.0);
+    Vn::RnUniformHistogramBi<double> oursBi(32, 32, 0.0, 1.0, 0.0, 1.0);
     auto const filled = [](auto histogram) {
         return each([histogram](unsigned int i) mutable { histogram(numbers[i]); });
     };
@@ -431,15 +489,35 @@ void compareHistograms()
         return each([histogram](unsigned int i) mutable { histogram(numbers[i], numbers[count - 1 - i]); });
     };
     compare("uniform histogram, single add",
-            {{"ours", each([ours](unsigned int i) { ours->addSample(numbers[i], 1.0); })},
+            {{"ours", each([ours](unsigned int i) mutable { ours.addSample(numbers[i], 1.0); })},
              {"Boost.Histogram", filled(bh::make_histogram(axis))},
-             {"Boost.Histogram, doubles", filled(bh::make_histogram_with(Dense(), axis))}});
-    compare(
-        "2-D histogram, single add",
-        {{"ours", each([oursBi](unsigned int i) { oursBi->addSample(numbers[i], numbers[count - 1 - i], 1.0); })},
-         {"Boost.Histogram", filledBi(bh::make_histogram(side, side))},
-         {"Boost.Histogram, doubles", filledBi(bh::make_histogram_with(Dense(), side, side))}});
+             {"Boost.Histogram, doubles", filled(bh::make_histogram_with(Dense(), axis))},
+             {"floor: a division and a count", filled(HandBins())}});
+    compare("2-D histogram, single add",
+            {{"ours", each([oursBi](unsigned int i) mutable {
+                  oursBi.addSample(numbers[i], numbers[count - 1 - i], 1.0);
+              })},
+             {"Boost.Histogram", filledBi(bh::make_histogram(side, side))},
+             {"Boost.Histogram, doubles", filledBi(bh::make_histogram_with(Dense(), side, side))},
+             {"floor: two divisions, a count", filledBi(HandBinsBi())}});
 }
+
+/// The least that a draw through an interface takes: a call that counts and scales.
+class Counting
+{
+public:
+    virtual ~Counting() = default;
+    virtual double draw() { return ++_index * 0x1p-32; }
+    virtual void draw(double* point)
+    {
+        ++_index;
+        for (unsigned int d = 0; d < 4; ++d)
+            point[d] = (_index ^ d) * 0x1p-32;
+    }
+
+private:
+    std::uint32_t _index = 0;
+};
 
 void compareSequences()
 {
@@ -450,17 +528,25 @@ void compareSequences()
     const std::shared_ptr<gsl_qrng> halton(gsl_qrng_alloc(gsl_qrng_halton, 1), &gsl_qrng_free);
     Vn::RnRng<double>* const anyCorput = hidden<Vn::RnRng<double>>(corput.get());
     Vn::RnMultiRng<double, 4>* const anyNiederreiter = hidden<Vn::RnMultiRng<double, 4>>(niederreiter.get());
+    auto const counting = std::make_shared<Counting>();
+    Counting* const anyCounting = hidden<Counting>(counting.get());
     compare("van der Corput, single",
             {{"ours", each([corput, results, anyCorput](unsigned int i) { (*results)[i][0] = (*anyCorput)(); })},
              {"GSL Halton 1-D",
-              each([halton, results](unsigned int i) { gsl_qrng_get(halton.get(), (*results)[i].data()); })}});
-    compare("Niederreiter 4-D, single", {{"ours", each([niederreiter, results, anyNiederreiter](unsigned int i) {
-                                              anyNiederreiter->getSample((*results)[i].data());
-                                          })},
-                                         {"Boost niederreiter_base2", each([boosts, results](unsigned int i) {
-                                              for (double& coordinate : (*results)[i])
-                                                  coordinate = static_cast<double>((*boosts)()) * 0x1p-64;
-                                          })}});
+              each([halton, results](unsigned int i) { gsl_qrng_get(halton.get(), (*results)[i].data()); })},
+             {"floor: a call that counts",
+              each([counting, results, anyCounting](unsigned int i) { (*results)[i][0] = anyCounting->draw(); })}});
+    compare("Niederreiter 4-D, single",
+            {{"ours", each([niederreiter, results, anyNiederreiter](unsigned int i) {
+                  anyNiederreiter->getSample((*results)[i].data());
+              })},
+             {"Boost niederreiter_base2", each([boosts, results](unsigned int i) {
+                  for (double& coordinate : (*results)[i])
+                      coordinate = static_cast<double>((*boosts)()) * 0x1p-64;
+              })},
+             {"floor: a call that counts", each([counting, results, anyCounting](unsigned int i) {
+                  anyCounting->draw((*results)[i].data());
+              })}});
     auto const adapter = std::make_shared<Vn::RnStdUniformRng<double>>(1);
     auto const plain = std::make_shared<std::vector<double>>(count);
     compare("rand adapter, bulk",

@@ -15,8 +15,9 @@ case ${1:-} in
     ;;
 esac
 programs=("$@")
-[ $# -gt 0 ] || programs=(benchprocesses benchfiles benchlogsites benchthreadlog benchlogging benchsettings benchloading benchwholestart
-    benchgrowth benchtimers benchexactnumbers benchnumbers benchsamplers benchfloatutil benchheadercost)
+[ $# -gt 0 ] || programs=(benchprocesses benchfiles benchlogsites benchthreadlog benchlogging benchsettings benchloading
+    benchwholestart benchgrowth benchtimers benchexactnumbers benchnumbers benchsamplers benchfloatutil benchheadercost
+    $([ "$(uname -m)" != x86_64 ] || echo benchfloatutilv2))
 
 mkdir -p build/logs build/bench/rows
 tools/setup.sh bench

@@ -34,9 +34,11 @@ GROUPS = [
     ('benchgrowth', 'Growth of the start', 'A process with that many packages and settings.'),
     ('benchtimers', 'Stamps and timers', ''),
     ('benchexactnumbers', 'Exact numbers', ''),
-    ('benchnumbers', 'Numbers, stream time and samplers, one by one', ''),
+    ('benchnumbers', 'Numbers, stream time and samplers, one by one',
+     'A floor is no peer: it does by hand the least that the stated results take.'),
     ('benchsamplers', 'Samplers in bulk', ''),
     ('benchfloatutil', 'Rounding', ''),
+    ('benchfloatutilv2', 'Rounding with SSE4.1', 'In a program that is built with `-march=x86-64-v2`.'),
     ('benchheadercost', 'Header cost', 'Compiling a source that includes nothing else.'),
 ]
 

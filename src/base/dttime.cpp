@@ -70,6 +70,12 @@ bool areCoprime(int numerator, int denominator)
     return denominator == 1 || (n % 7 != 0 && n % 11 != 0 && n % 13 != 0);
 }
 
+/// Whether the product of two usual rates is in lowest terms as it stands.
+bool isReduced(Rational const& a, Rational const& b)
+{
+    return areCoprime(a.getNumerator(), b.getDenominator()) && areCoprime(b.getNumerator(), a.getDenominator());
+}
+
 /// `count` times the rate, truncated. Division by a constant is a multiplication.
 std::int64_t timesUsual(std::int64_t count, Rational const& rate)
 {
@@ -98,9 +104,12 @@ void DtTime::dump(std::ostream& stream) const
     stream << ')';
 }
 
-// Usual rates need no reduction. With n1/d1 and n2/d2 in lowest terms and the product as the common rate, the rule's factor
-// for a count at n1/d1 is n2/d2, in lowest terms already, and the other way round. No product of terms can wrap at 32
-// bits: with a numerator up to the limit and a denominator up to 1001 none reaches 2^31.
+// Usual rates need no reduction. A product whose numerator is above the limit stays above it in lowest terms if there is no
+// common divisor, or if it is above the limit times the denominator, which no common divisor exceeds.
+//
+// With n1/d1 and n2/d2 in lowest terms and the product as the common rate, the rule's factor for a count at n1/d1 is n2/d2,
+// in lowest terms already, and the other way round. No product of terms can wrap at 32 bits: with a numerator up to the limit
+// and a denominator up to 1001 none reaches 2^31.
 DtTime DtTime::combinedAtCommonRate(DtTime left, DtTime right, Operator operation)
 {
     if (!isUsual(left._rate) || !isUsual(right._rate))
@@ -109,23 +118,28 @@ DtTime DtTime::combinedAtCommonRate(DtTime left, DtTime right, Operator operatio
     const int d1 = left._rate.getDenominator(), d2 = right._rate.getDenominator();
     const std::int64_t above = std::int64_t(n1) * n2;
     const int below = d1 * d2;
-    if (above > std::int64_t(commonRateLimit) * below && above <= std::numeric_limits<int>::max())
-        return combinedAtTheLimit(left, right, operation);
-    if (above > commonRateLimit || below > 1001 || !areCoprime(n1, d2) || !areCoprime(n2, d1))
+    if (above > commonRateLimit) {
+        const bool staysAbove = above > std::int64_t(commonRateLimit) * below || isReduced(left._rate, right._rate);
+        if (staysAbove && above <= std::numeric_limits<int>::max())
+            return combinedAtTheLimit(left, right, operation);
+        return combinedByTheRule(left, right, operation);
+    }
+    if (below > commonRateLimit || !isReduced(left._rate, right._rate))
         return combinedByTheRule(left, right, operation);
     return DtTime(applied(timesUsual(left._count, right._rate), timesUsual(right._count, left._rate), operation),
                   Rational(static_cast<int>(above), below, Rational::InLowestTerms()));
 }
 
-// The common divisor of the product's terms is at most its denominator, so the numerator is beyond the limit in lowest terms
-// as well.
+// The counts are converted as by the rule, which has the limit times a denominator, divided by a numerator; neither wraps. A
+// ratio that could be reduced gives the same quotient as long as the count's product does not wrap, either.
 DtTime DtTime::combinedAtTheLimit(DtTime left, DtTime right, Operator operation)
 {
-    constexpr Rational::InLowestTerms reduced;
-    const Rational fastest(commonRateLimit, 1, reduced);
-    const std::int64_t a = left._count.convert(left._rate, fastest, std::round_toward_zero);
-    const std::int64_t b = right._count.convert(right._rate, fastest, std::round_toward_zero);
-    return DtTime(applied(a, b, operation), fastest);
+    std::int64_t a, b;
+    if (__builtin_mul_overflow(std::int64_t(left._count), left._rate.getDenominator() * commonRateLimit, &a) ||
+        __builtin_mul_overflow(std::int64_t(right._count), right._rate.getDenominator() * commonRateLimit, &b))
+        return combinedByTheRule(left, right, operation);
+    return DtTime(applied(a / left._rate.getNumerator(), b / right._rate.getNumerator(), operation),
+                  Rational(commonRateLimit, 1, Rational::InLowestTerms()));
 }
 
 DtTime DtTime::combinedByTheRule(DtTime left, DtTime right, Operator operation)

@@ -166,8 +166,8 @@ private:
     }
 
     /// @{
-    /// For times of different rates: for any, for positive ones whose product is beyond the limit, and the steps of the
-    /// rule as they stand, for any. They throw what the operators throw.
+    /// For times of different rates: for any, for usual ones whose product is above the limit, and the steps of the rule
+    /// as they stand, for any. They throw what the operators throw.
     static DtTime combinedAtCommonRate(DtTime left, DtTime right, Operator operation);
     static DtTime combinedAtTheLimit(DtTime left, DtTime right, Operator operation);
     static DtTime combinedByTheRule(DtTime left, DtTime right, Operator operation);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace Vn
 {
@@ -120,9 +121,10 @@ public:
     ///
     DtTimeIndex convert(Rational const& from, Rational const& to, std::float_round_style style) const
     {
-        std::int64_t count;
-        if (style == std::round_toward_zero && convertUnwrapped(from, to, count))
-            return count;
+        if (style == std::round_toward_zero) {
+            if (const std::optional<std::int64_t> count = convertUnwrapped(from, to))
+                return *count;
+        }
         return convertByStyle(from, to, style);
     }
 
@@ -143,16 +145,16 @@ public:
     /// @}
 
 private:
-    /// The fast path of `round_toward_zero`: as long as nothing wraps, the ratio need not be reduced. Returns false
-    /// if a product passes its limits, is the most negative number, or would be a zero divisor; convertByStyle() then
+    /// The fast path of `round_toward_zero`: as long as nothing wraps, the ratio need not be reduced. No count if a
+    /// product passes its limits, is the most negative number, or would be a zero divisor; convertByStyle() then
     /// applies the rules for these cases.
-    bool convertUnwrapped(Rational const& from, Rational const& to, std::int64_t& count) const
+    std::optional<std::int64_t> convertUnwrapped(Rational const& from, Rational const& to) const
     {
         std::int64_t multiplier = static_cast<std::int64_t>(from.getDenominator()) * to.getNumerator();
         std::int64_t divisor = static_cast<std::int64_t>(from.getNumerator()) * to.getDenominator();
         constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
         if (multiplier > limit || multiplier < -limit || divisor > limit || divisor < -limit || divisor == 0)
-            return false;
+            return std::nullopt;
         // Makes the numerator carry the sign before the product is formed: only there is the wrap of the most
         // negative count noticed.
         if (divisor < 0) {
@@ -161,9 +163,8 @@ private:
         }
         std::int64_t product;
         if (__builtin_mul_overflow(_count, multiplier, &product))
-            return false;
-        count = product / divisor;
-        return true;
+            return std::nullopt;
+        return product / divisor;
     }
 
     /// Every style, by the full rules.

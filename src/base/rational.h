@@ -146,13 +146,18 @@ private:
     friend bool operator>(Rational const& a, Rational const& b);
     friend bool operator>=(Rational const& a, Rational const& b);
 
-    /// A number with the sign of b - a, computed in integers. `isFar` is set if a and b are so far apart that the
-    /// comparison of the double values, tolerance included, must have the same outcome; otherwise the result is not
-    /// to be used.
+    struct Distance
+    {
+        std::int64_t difference;  ///< has the sign of b - a
+        bool isFar;               ///< whether that sign decides; if not, the double values do
+    };
+
+    /// How far b is from a, in integers. They are far apart if the comparison of the double values, tolerance
+    /// included, must have the same outcome as that of the fractions.
     ///
     /// Quotients are at most 2^31, so each double value is off by 2^-23 at most. With the tolerance of 1e-7 and the
     /// rounding of its sum that makes less than 2^-19, which is the margin below.
-    static std::int64_t compareExactly(Rational const& a, Rational const& b, bool& isFar)
+    static Distance distance(Rational const& a, Rational const& b)
     {
         const std::int64_t difference = static_cast<std::int64_t>(b._numerator) * a._denominator -
                                         static_cast<std::int64_t>(a._numerator) * b._denominator;
@@ -160,8 +165,7 @@ private:
         const std::int64_t sign = difference >> 63;
         // One test for both directions, nearly always true, instead of one unpredictable branch for each. If the
         // denominators have different signs, the margin is negative, a huge unsigned number, and nothing is far.
-        isFar = static_cast<std::uint64_t>(difference ^ sign) > static_cast<std::uint64_t>(margin);
-        return difference;
+        return {difference, static_cast<std::uint64_t>(difference ^ sign) > static_cast<std::uint64_t>(margin)};
     }
 
     int _numerator;
@@ -196,8 +200,7 @@ inline bool operator!=(Rational const& a, Rational const& b)
 // Intended: these tell rates apart more coarsely than `==` does; do not mend.
 inline bool operator<(Rational const& a, Rational const& b)
 {
-    bool isFar;
-    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    auto const [difference, isFar] = Rational::distance(a, b);
     if (isFar) [[likely]]
         return difference > 0;
     return b.getDouble() - 1e-7 > a.getDouble();
@@ -205,8 +208,7 @@ inline bool operator<(Rational const& a, Rational const& b)
 
 inline bool operator<=(Rational const& a, Rational const& b)
 {
-    bool isFar;
-    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    auto const [difference, isFar] = Rational::distance(a, b);
     if (isFar) [[likely]]
         return difference > 0;
     return b.getDouble() + 1e-7 > a.getDouble();
@@ -214,8 +216,7 @@ inline bool operator<=(Rational const& a, Rational const& b)
 
 inline bool operator>(Rational const& a, Rational const& b)
 {
-    bool isFar;
-    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    auto const [difference, isFar] = Rational::distance(a, b);
     if (isFar) [[likely]]
         return difference < 0;
     return a.getDouble() > b.getDouble() + 1e-7;
@@ -223,8 +224,7 @@ inline bool operator>(Rational const& a, Rational const& b)
 
 inline bool operator>=(Rational const& a, Rational const& b)
 {
-    bool isFar;
-    const std::int64_t difference = Rational::compareExactly(a, b, isFar);
+    auto const [difference, isFar] = Rational::distance(a, b);
     if (isFar) [[likely]]
         return difference < 0;
     return a.getDouble() > b.getDouble() - 1e-7;

@@ -89,7 +89,6 @@ private:
 
     T drawStandard();
     T scaled(T standard) const;
-    void fillFromPairs(unsigned int n, T* samples);
 
     T _mean;
     T _sigma;

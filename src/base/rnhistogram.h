@@ -3,8 +3,10 @@
 #include <base/rnrng.h>
 #include <base/vector.h>
 
+#include <bit>
 #include <cstdint>
 #include <iosfwd>
+#include <type_traits>
 #include <typeinfo>
 
 namespace Vn
@@ -70,13 +72,10 @@ public:
         // RnUniformHistogram::getBin() without a call; it stands here so that a loop of calls is as
         // fast as one over an array. Any other class, and any number in no bin, goes the long way.
         if (&typeid(*this) == &typeid(RnUniformHistogram<T>)) {
-            const T place = (x - _edges.front()) / (_edges.back() - _edges.front()) * static_cast<T>(_count);
-            if (place >= T(0) && place < T(2147483648.0)) [[likely]] {
-                const std::uint32_t bin = static_cast<std::uint32_t>(static_cast<std::int32_t>(place));
-                if (bin < _count) [[likely]] {
-                    _bins[bin] += weight;
-                    addToTotal(weight);
-                }
+            const T place = _range.placeOf(x);
+            if (_range.isBin(place)) [[likely]] {
+                _bins[static_cast<std::uint32_t>(static_cast<std::int32_t>(place))] += weight;
+                addToTotal(weight);
                 return;
             }
         }
@@ -144,15 +143,53 @@ private:
     /// addition waits for the one before, and for its way through memory.
     [[gnu::always_inline]] void addToTotal(T weight)
     {
-        if (weight == T(1) && _ones < maxOnes) [[likely]]
-            ++_ones;
-        else
-            settleTotal(weight);
+        if (weight == T(1)) [[likely]] {
+            if (--_onesLeft == 0) [[unlikely]]
+                settleTotal();
+        } else {
+            if (_onesLeft != maxOnes)
+                settleTotal();
+            _total += weight;
+        }
     }
 
     static constexpr std::uint32_t maxOnes = 4096;  ///< few enough to be added one by one where that must be
 
-    void settleTotal(T weight);
+    void settleTotal();
+
+    template <class>
+    friend class RnHistogramBi;
+
+    /// The range of the edges and the number of bins in it: what RnUniformHistogram finds a bin by,
+    /// ready to be used, since a sample takes hardly longer than reading them.
+    struct Range
+    {
+        explicit Range(Vector<T> const& edges)
+            : min(edges.front()),
+              width(edges.back() - edges.front()),
+              bins(static_cast<T>(edges.size() - 1)),
+              limit(bins < T(2147483648.0) ? bins : T(2147483648.0))
+        {}
+
+        /// Where a number falls, counted in bins; its whole part is the bin if isBin() tells so.
+        [[gnu::always_inline]] T placeOf(T x) const { return (x - min) / width * bins; }
+
+        /// False for not-a-number and for what lies outside. It may be false for -0 and for the last of
+        /// more than 2^24 bins, too, and never is true for a bin that does not exist.
+        ///
+        /// One comparison does: as unsigned integers, the bits of the numbers from 0 on ascend, and
+        /// those of negative numbers and of not-a-number are above them.
+        [[gnu::always_inline]] bool isBin(T place) const
+        {
+            using Bits = std::conditional_t<sizeof(T) == sizeof(std::uint32_t), std::uint32_t, std::uint64_t>;
+            return std::bit_cast<Bits>(place) < std::bit_cast<Bits>(limit);
+        }
+
+        T min;
+        T width;
+        T bins;
+        T limit;  ///< as `bins`, but not beyond an int
+    };
 
     std::uint32_t _count;
     Vector<T> _bins;
@@ -160,7 +197,8 @@ private:
     T _total;                      ///< without the ones
     T _cellScale;                  ///< cells per unit; see rnbins_p.h
     Vector<std::uint32_t> _cells;  ///< the lowest bin in each cell; empty without a table
-    std::uint32_t _ones;           ///< samples of weight 1 that are to be added to the total
+    Range _range;
+    std::uint32_t _onesLeft;  ///< `maxOnes` less the samples of weight 1 that are to be added to the total
 };
 
 /// RnHistogram with bins of equal width, which finds a bin by a division. That is faster than a

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <base/rnbirng.h>
+#include <base/rnhistogram.h>
 #include <base/vector.h>
 
 #include <cstdint>
@@ -67,16 +68,12 @@ public:
     {
         // As RnHistogram::addSample(): a point in a bin of RnUniformHistogramBi needs no call.
         if (&typeid(*this) == &typeid(RnUniformHistogramBi<T>)) {
-            const T xPlace = (x - _xEdges.front()) / (_xEdges.back() - _xEdges.front()) * static_cast<T>(_xCount);
-            const T yPlace = (y - _yEdges.front()) / (_yEdges.back() - _yEdges.front()) * static_cast<T>(_yCount);
-            constexpr T limit = T(2147483648.0);
-            if (xPlace >= T(0) && xPlace < limit && yPlace >= T(0) && yPlace < limit) [[likely]] {
+            const T xPlace = _xRange.placeOf(x), yPlace = _yRange.placeOf(y);
+            if (_xRange.isBin(xPlace) && _yRange.isBin(yPlace)) [[likely]] {
                 const std::uint32_t ix = static_cast<std::uint32_t>(static_cast<std::int32_t>(xPlace));
                 const std::uint32_t iy = static_cast<std::uint32_t>(static_cast<std::int32_t>(yPlace));
-                if (ix < _xCount && iy < _yCount) [[likely]] {
-                    _bins[std::size_t(iy) * _xCount + ix] += weight;
-                    addToTotal(weight);
-                }
+                _bins[std::size_t(iy) * _xCount + ix] += weight;
+                addToTotal(weight);
                 return;
             }
         }
@@ -155,15 +152,21 @@ private:
     /// Ones are counted apart, as in RnHistogram.
     [[gnu::always_inline]] void addToTotal(T weight)
     {
-        if (weight == T(1) && _ones < maxOnes) [[likely]]
-            ++_ones;
-        else
-            settleTotal(weight);
+        if (weight == T(1)) [[likely]] {
+            if (--_onesLeft == 0) [[unlikely]]
+                settleTotal();
+        } else {
+            if (_onesLeft != maxOnes)
+                settleTotal();
+            _total += weight;
+        }
     }
 
     static constexpr std::uint32_t maxOnes = 4096;  ///< few enough to be added one by one where that must be
 
-    void settleTotal(T weight);
+    void settleTotal();
+
+    using Range = typename RnHistogram<T>::Range;
 
     std::uint32_t _xCount;
     std::uint32_t _yCount;
@@ -175,7 +178,9 @@ private:
     T _yCellScale;
     Vector<std::uint32_t> _xCells;  ///< the lowest bin in each cell; empty without a table
     Vector<std::uint32_t> _yCells;
-    std::uint32_t _ones;  ///< samples of weight 1 that are to be added to the total
+    Range _xRange;
+    Range _yRange;
+    std::uint32_t _onesLeft;  ///< `maxOnes` less the samples of weight 1 that are to be added to the total
 };
 
 /// RnHistogramBi with bins of equal size, which finds a bin by two divisions. For a point within

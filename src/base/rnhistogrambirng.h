@@ -21,6 +21,7 @@ namespace Vn
 ///
 /// Threads: one thread at a time, together with the source.
 /// Ownership: the source is not owned and must outlive this object.
+/// Memory: as for RnHistogramRng, with both coordinates' edges.
 /// Edges: the source should give numbers from 0 to below 1; others are handled as in
 /// RnHistogramRng. A histogram without bins or samples gives not-a-number.
 /// Tests: tests/base/rnhistogramrngtest.cpp.
@@ -67,12 +68,10 @@ public:
 private:
     std::uint32_t _xCount;
     std::uint32_t _yCount;
-    Vector<T> _cumulative;
+    Vector<T> _cumulative;  ///< the running sums, with a guide behind them; see rncumulative_p.h
     Vector<T> _xEdges;
     Vector<T> _yEdges;
     RnRng<T>* _rng;
-    Vector<std::uint32_t> _guide;  ///< where the search for a draw begins; see rncumulative_p.h
-    T _guideScale;
 };
 
 extern template class VN_BASE_EXPORT RnHistogramBiRng<float>;

@@ -21,6 +21,8 @@ namespace Vn
 ///
 /// Threads: one thread at a time, together with the source.
 /// Ownership: the source is not owned and must outlive this object.
+/// Memory: a copy of the edges, the distribution function, and a search table of up to 32 bytes for
+/// each bin, a megabyte at most. The table makes the time of a draw the same for any number of bins.
 /// Edges: the source should give numbers from 0 to below 1.
 ///
 ///     u below 0                             ->  as 0
@@ -75,11 +77,9 @@ private:
     T mapped(T u) const;
 
     std::uint32_t _count;
-    Vector<T> _cumulative;
+    Vector<T> _cumulative;  ///< the running sums, with a guide behind them; see rncumulative_p.h
     Vector<T> _edges;
     RnRng<T>* _rng;
-    Vector<std::uint32_t> _guide;  ///< where the search for a draw begins; see rncumulative_p.h
-    T _guideScale;
 };
 
 extern template class VN_BASE_EXPORT RnHistogramRng<float>;

@@ -152,6 +152,11 @@ TYPED_TEST(RnHistogramBiTest, theTotalIsTheSumInTheOrderOfThePoints)
     histogram.clear();
     histogram.addSample(T(0), T(0), T(1));
     EXPECT_EQ(histogram.getTotal(), T(1));
+    // A weight that is too large for the ones before it to show takes them along when it is taken back.
+    constexpr T large = T(8) / std::numeric_limits<T>::epsilon();
+    for (T weight : {T(1), large, -large})
+        histogram.addSample(T(0), T(0), weight);
+    EXPECT_EQ(histogram.getTotal(), T(0));
 }
 
 TYPED_TEST(RnHistogramBiTest, othersSourcesAreDrawnPointByPoint)
@@ -237,6 +242,11 @@ TYPED_TEST(RnHistogramBiTest, aUniformOneAddsWhereItFindsAfterAssignmentThroughT
     histogram.addSample(T(9), T(-0.25), T(4));
     EXPECT_EQ(histogram.getBins(), (Vn::Vector<T>{T(2), T(0), T(0), T(0), T(0), T(1), T(0), T(0)}));
     EXPECT_EQ(histogram.getTotal(), T(3));
+    // In the range before and in the range after, but in another bin.
+    RnUniformHistogramBi<T> widened(2, 2, T(0), T(1), T(0), T(1));
+    static_cast<RnHistogramBi<T>&>(widened) = RnHistogramBi<T>(2, 2, T(0), T(4), T(0), T(8));
+    widened.addSample(T(0.75), T(0.75), T(1));
+    EXPECT_EQ(widened.getBins(), (Vn::Vector<T>{T(1), T(0), T(0), T(0)}));
 }
 
 TYPED_TEST(RnHistogramBiTest, dumpsAreTheReckonedTexts)
