@@ -52,8 +52,9 @@ int main(int argc, char** argv)
     if (::mkdtemp(folder.data()) == nullptr)
         return 1;
     VnBench::Rounds::printHead();
-    for (char const* header : {"base/invariable.h", "base/ininit.h", "base/ininitmgr.h", "base/osdirectory.h",
-                               "base/lglog.h", "base/trace.h"}) {
+    for (char const* header :
+         {"base/invariable.h", "base/ininit.h", "base/ininitmgr.h", "base/osdirectory.h", "base/lglog.h",
+          "base/trace.h", "base/lgtext.h", "base/lgvalues.h", "base/lgstreamed.h"}) {
         VnBench::Rounds compiles(header, "s");
         compiles.add("ours", compiling(folder, header));
         compiles.add("<iostream>", compiling(folder, "iostream"));

@@ -11,6 +11,7 @@
 #include <base/lginterprocesslock.h>
 #include <base/lglog.h>
 #include <base/lgreader.h>
+#include <base/lgtext.h>
 #include <base/trace.h>
 
 #include <spdlog/sinks/basic_file_sink.h>
@@ -137,6 +138,16 @@ void compareSites()
         });
         rounds.run(20);
     };
+    // The same text as a view, whose end no zero marks.
+    const std::string message = "a message of some forty characters in all";
+    const std::string_view view = message;
+    Rounds views("site: a std::string_view", "ns");
+    views.add("a site",
+              [&] { return timeOfSites([&group, view](int) { VN_LOG(group, Vn::LgTypes::Warning, view); }); });
+    views.add("as a char const*", [&] {
+        return timeOfSites([&group, &message](int) { VN_LOG(group, Vn::LgTypes::Warning, message.c_str()); });
+    });
+    views.run(400);
     compareWorst("99 of 100: text", text);
     compareWorst("99 of 100: text, int", integer);
     compareWorst("99 of 100: 2 int, double", mixed);
@@ -172,6 +183,19 @@ double timeOfLine(std::size_t used, int run)
     return time / lines;
 }
 
+/// A bare loop over the queues, which are where they are for the reader: as it looks at them for one line.
+double timeOfLook()
+{
+    std::vector<Vn::LgQueue const*> all;
+    for (auto const& queue : queues)
+        all.push_back(queue.get());
+    return timeOfEach(2048, [&all] {
+        for (Vn::LgQueue const* const queue : all)
+            if (!queue->isEmpty() || !queue->isCreatorAlive())
+                std::abort();
+    });
+}
+
 void compareReaders()
 {
     // Each round changes the queues, so the times of few and of many stand in one run. Where each message is in another queue
@@ -186,6 +210,13 @@ void compareReaders()
         rounds.add("with 2 queues", [run] {
             useQueues(2);
             return timeOfLine(2, run);
+        });
+        // The rule's own part: whether each queue is empty is asked for each line.
+        rounds.add("with 2, and a bare look at all", [count, run] {
+            useQueues(2);
+            const double line = timeOfLine(2, run);
+            useQueues(count);
+            return line + timeOfLook();
         });
         rounds.run(30);
     };

@@ -70,7 +70,7 @@ int main(int argc, char** argv)
     VnBench::Rounds::printHead();
     {
         const Vn::InInitGuard guard(noArguments, noVector);
-        for (std::size_t count : {0, 1000, 4000}) {
+        for (std::size_t count : {0, 1000, 10000}) {
             const Packages residents = makePackages(count);
             VnBench::Rounds loads("load and unload, " + std::to_string(count) + " others", "us");
             loads.add("ten packages", loading("libbenchguest.so"));

@@ -1,10 +1,10 @@
 // Private to lgduration.cpp and lgvalues.cpp.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <concepts>
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 
 namespace Vn
@@ -14,22 +14,19 @@ namespace Vn
 ///
 ///     LgShortText<64>().add('(').add(30000).add('/').add(1001).add(')').get()    // "(30000/1001)"
 ///
-/// `capacity` is the length of the longest text, which the caller knows: nothing is cut. Numbers have their form in the "C"
+/// What goes beyond `capacity` characters is left out; the caller knows the longest text. Numbers have their form in the "C"
 /// locale. Tests: tests/base/lgtexttest.cpp.
 template <std::size_t capacity>
 class LgShortText
 {
 public:
-    LgShortText& add(char character)
-    {
-        _text[_size++] = character;
-        return *this;
-    }
+    LgShortText& add(char character) { return add(std::string_view(&character, 1)); }
 
     LgShortText& add(std::string_view text)
     {
-        std::memcpy(_text + _size, text.data(), text.size());
-        _size += text.size();
+        const std::size_t length = std::min(text.size(), capacity - _size);
+        std::copy_n(text.data(), length, _text + _size);
+        _size += length;
         return *this;
     }
 
