@@ -2,6 +2,7 @@
 // beside another logger's; what the locks of the outputs add; a trace site that is on and one that is off.
 //
 // benchlogsites             all of that, in one process
+// benchlogsites --readers   the reader with many queues alone
 // benchlogsites --shared    lines under the inter-process lock, of one process and of several that share a file
 #include "rounds.h"
 
@@ -447,6 +448,7 @@ void compareSharedLines(std::string const& folder)
 int main(int argc, char** argv)
 {
     const bool isShared = argc > 1 && std::string_view(argv[1]) == "--shared";
+    const bool isReaders = argc > 1 && std::string_view(argv[1]) == "--readers";
     const bool isChild = argc == 4 && std::string_view(argv[1]) == "--lines";
     std::string folder = (std::filesystem::temp_directory_path() / "vnbase-bench-XXXXXX").string();
     if (::mkdtemp(folder.data()) == nullptr)
@@ -468,7 +470,9 @@ int main(int argc, char** argv)
         else if (isShared) {
             compareSharedLines(folder);
             compareProcesses(argv[0], folder);
-        } else {
+        } else if (isReaders)
+            compareReaders();
+        else {
             compareMutex();
             compareSites();
             compareReaders();
