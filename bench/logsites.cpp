@@ -5,6 +5,7 @@
 // benchlogsites --readers   the reader with many queues alone
 // benchlogsites --shared    lines under the inter-process lock, of one process and of several that share a file
 #include "rounds.h"
+#include "workfolder.h"
 
 #include <base/hwcounter.h>
 #include <base/ininitmgr.h>
@@ -450,10 +451,7 @@ int main(int argc, char** argv)
     const bool isShared = argc > 1 && std::string_view(argv[1]) == "--shared";
     const bool isReaders = argc > 1 && std::string_view(argv[1]) == "--readers";
     const bool isChild = argc == 4 && std::string_view(argv[1]) == "--lines";
-    std::string folder = (std::filesystem::temp_directory_path() / "vnbase-bench-XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr)
-        return 1;
-    ::setenv("T4Q_TEST_DIR", folder.c_str(), 1);
+    const VnBench::WorkFolder folder;
     if (isShared)
         ::setenv("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase bench", 1);
     int count = 0;
@@ -468,19 +466,18 @@ int main(int argc, char** argv)
         if (isChild)
             writeLines(argv[2], argv[3]);
         else if (isShared) {
-            compareSharedLines(folder);
-            compareProcesses(argv[0], folder);
+            compareSharedLines(folder.path());
+            compareProcesses(argv[0], folder.path());
         } else if (isReaders)
             compareReaders();
         else {
             compareMutex();
             compareSites();
             compareReaders();
-            compareLines(folder);
+            compareLines(folder.path());
             compareTraces();
         }
         drain();
         Vn::LgLog::setLoggerActivation(false);
     }
-    std::filesystem::remove_all(folder);
 }

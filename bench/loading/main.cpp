@@ -5,6 +5,7 @@
 //     benchloading [ROUNDS]
 #include "../manypackages.h"
 #include "../rounds.h"
+#include "../workfolder.h"
 
 #include <base/ininitmgr.h>
 #include <base/inpackages.h>
@@ -62,9 +63,7 @@ Packages makePackages(std::size_t count)
 int main(int argc, char** argv)
 {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 50;
-    std::string folder = (std::filesystem::temp_directory_path() / "benchloadingXXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr || ::setenv("T4Q_TEST_DIR", folder.c_str(), 1) != 0)
-        return 1;
+    const VnBench::WorkFolder folder;
     int noArguments = 0;
     char const* const* noVector = nullptr;
     VnBench::Rounds::printHead();
@@ -78,6 +77,5 @@ int main(int argc, char** argv)
             loads.run(rounds);
         }
     }
-    std::filesystem::remove_all(folder);
     return 0;
 }
