@@ -29,8 +29,7 @@ class VN_BASE_EXPORT LgDurationText
 {
 public:
     /// For numbers of any arithmetic type; `long double` is shown as a double.
-    template <class Number, class Period>
-    requires std::is_arithmetic_v<Number>
+    template <LgArithmetic Number, class Period>
     explicit LgDurationText(std::chrono::duration<Number, Period> const& duration)
     {
         using Reduced = typename Period::type;
@@ -60,16 +59,14 @@ private:
 
 /// @{
 /// Writes the duration with its unit: "250ms".
-template <class Number, class Period>
-requires std::is_arithmetic_v<Number> LgStream& operator<<(LgStream& stream,
-                                                           std::chrono::duration<Number, Period> const& duration)
+template <LgArithmetic Number, class Period>
+LgStream& operator<<(LgStream& stream, std::chrono::duration<Number, Period> const& duration)
 {
     return stream << LgDurationText(duration).get();
 }
 
-template <class Number, class Period>
-requires std::is_arithmetic_v<Number> LgStandardOutput&
-operator<<(LgStandardOutput& output, std::chrono::duration<Number, Period> const& duration)
+template <LgArithmetic Number, class Period>
+LgStandardOutput& operator<<(LgStandardOutput& output, std::chrono::duration<Number, Period> const& duration)
 {
     return output << LgDurationText(duration).get();
 }

@@ -13,6 +13,25 @@
 namespace Vn
 {
 
+/// Numbers, truth values and characters.
+template <class T>
+concept LgArithmetic = std::is_arithmetic_v<T>;
+
+/// What only the stream knows how to write. Literals are told first: they have as many types as lengths, and the compiler would
+/// look through the stream's operators for each.
+template <class T>
+concept LgPassedOn = !std::same_as<std::remove_extent_t<T>, char> && !LgArithmetic<T> &&
+                     !std::is_convertible_v<T const volatile*, std::exception const volatile*> &&
+                     requires(std::ostream & stream, T const& value)
+{
+    stream << value;
+};
+
+/// A character of a text that no `std::ostream` takes.
+template <class T>
+concept LgWideCharacter =
+    std::same_as<T, wchar_t> || std::same_as<T, char8_t> || std::same_as<T, char16_t> || std::same_as<T, char32_t>;
+
 /// What VN_LOG writes to while the logger isn't active: the standard output stream, as a type of the library's own.
 ///
 ///     Vn::LgStandardOutput output(std::cout);
@@ -37,55 +56,62 @@ public:
     operator std::ostream&() const { return _stream; }
 
     // By value: a reference would ask a class for the definition of a constant that it only declares.
-    /// @{
-    /// As the stream writes them.
-    LgStandardOutput& operator<<(char value) { return pass(value); }
-    LgStandardOutput& operator<<(signed char value) { return pass(value); }
-    LgStandardOutput& operator<<(unsigned char value) { return pass(value); }
-    LgStandardOutput& operator<<(short value) { return pass(value); }
-    LgStandardOutput& operator<<(unsigned short value) { return pass(value); }
-    LgStandardOutput& operator<<(int value) { return pass(value); }
-    LgStandardOutput& operator<<(unsigned int value) { return pass(value); }
-    LgStandardOutput& operator<<(long value) { return pass(value); }
-    LgStandardOutput& operator<<(unsigned long value) { return pass(value); }
-    LgStandardOutput& operator<<(long long value) { return pass(value); }
-    LgStandardOutput& operator<<(unsigned long long value) { return pass(value); }
-    LgStandardOutput& operator<<(float value) { return pass(value); }
-    LgStandardOutput& operator<<(double value) { return pass(value); }
-    LgStandardOutput& operator<<(long double value) { return pass(value); }
-    LgStandardOutput& operator<<(bool value) { return pass(value); }
-    /// @}
+    /// Numbers, truth values and characters, as the stream writes them. Wide characters have no form.
+    template <LgArithmetic T>
+    LgStandardOutput& operator<<(T value)
+    {
+        return pass(value);
+    }
 
     /// @{
     /// The text. Null writes nothing, as in LgStream; the stream itself would refuse all that follows.
     LgStandardOutput& operator<<(char const* text) { return text != nullptr ? pass(text) : *this; }
     LgStandardOutput& operator<<(char* text) { return *this << static_cast<char const*>(text); }
-    LgStandardOutput& operator<<(ArrayPtr<char> const& text) { return *this << text.get(); }
-    LgStandardOutput& operator<<(ArrayPtrRet<char> const& text) { return *this << text.get(); }
+    /// @}
+
+    // Templates, here and below: for a function the compiler would look for ways to make a text of every value.
+    /// @{
+    /// The text, or nothing for null; the stream would write its address.
+    template <std::same_as<char> T>
+    LgStandardOutput& operator<<(ArrayPtr<T> const& text)
+    {
+        return *this << text.get();
+    }
+    template <std::same_as<char> T>
+    LgStandardOutput& operator<<(ArrayPtrRet<T> const& text)
+    {
+        return *this << text.get();
+    }
     /// @}
 
     /// @{
     /// The text, with a backslash and "0" for each zero byte, as lgtext.h writes it into a queue.
-    LgStandardOutput& operator<<(std::string_view text);
-    LgStandardOutput& operator<<(std::string const& text) { return *this << std::string_view(text); }
+    template <class Traits>
+    LgStandardOutput& operator<<(std::basic_string_view<char, Traits> text)
+    {
+        return write(std::string_view(text.data(), text.size()));
+    }
+    template <class Traits, class Allocator>
+    LgStandardOutput& operator<<(std::basic_string<char, Traits, Allocator> const& text)
+    {
+        return write(std::string_view(text.data(), text.size()));
+    }
     /// @}
 
     /// Whatever else the stream takes. Exceptions are left to lgtext.h.
-    template <class T>
-    requires(requires(std::ostream& stream, T const& value) { stream << value; } &&
-             !std::is_convertible_v<T const volatile*, std::exception const volatile*>) LgStandardOutput&
-    operator<<(T const& value)
+    template <LgPassedOn T>
+    LgStandardOutput& operator<<(T const& value)
     {
         return pass(value);
     }
 
     /// Texts of wide characters, which would come out as addresses.
-    template <class Character>
-    requires(std::same_as<Character, wchar_t> || std::same_as<Character, char8_t> ||
-             std::same_as<Character, char16_t> || std::same_as<Character, char32_t>) LgStandardOutput&
-    operator<<(Character const* text) = delete;
+    template <LgWideCharacter T>
+    LgStandardOutput& operator<<(T const* text) = delete;
 
 private:
+    LgStandardOutput& write(std::string_view text);
+
     template <class T>
     LgStandardOutput& pass(T const& value)
     {

@@ -51,7 +51,7 @@ LgStream& LgText::putNumber(LgStream& stream, unsigned long long value)
     return stream.write(text.get(), text.getSize());
 }
 
-LgStandardOutput& LgStandardOutput::operator<<(std::string_view text)
+LgStandardOutput& LgStandardOutput::write(std::string_view text)
 {
     showZeros(text, [this](std::string_view piece) { pass(piece); });
     return *this;

@@ -51,11 +51,31 @@ private:
     static LgStream& putWithZeros(LgStream& stream, std::string_view text);
 };
 
-/// Writes the text: a std::string, a std::string_view. A zero byte in it becomes a backslash and "0", see LgText::put().
+/// A function's type.
+template <class T>
+concept LgFunction = std::is_function_v<T>;
+
+/// A type of objects that may change at any time.
+template <class T>
+concept LgVolatile = std::is_volatile_v<T>;
+
+/// A std::exception, or what is made of one.
+template <class T>
+concept LgException = std::is_convertible_v<T const*, std::exception const*>;
+
+/// @{
+/// Writes the text: a std::string, a std::string_view, what converts to one. A zero byte in it becomes a backslash and "0", see
+/// LgText::put().
 inline LgStream& operator<<(LgStream& stream, std::string_view text)
 {
     return LgText::put(stream, text);
 }
+
+inline LgStandardOutput& operator<<(LgStandardOutput& output, std::string_view text)
+{
+    return output.operator<<(text);
+}
+/// @}
 
 /// @{
 /// Writes the number in decimal: -9223372036854775808 to 18446744073709551615.
@@ -103,26 +123,26 @@ inline LgStream& operator<<(LgStream& stream, std::nullptr_t)
 /// @{
 /// Writes the address of a function, or of an object that may change at any time, as LgStream and the standard output write
 /// that of any other object. Without these operators such a pointer would come out as "true".
-template <class Function>
-requires std::is_function_v<Function> LgStream& operator<<(LgStream& stream, Function* address)
+template <LgFunction Function>
+LgStream& operator<<(LgStream& stream, Function* address)
 {
     return stream << reinterpret_cast<void const*>(address);
 }
 
-template <class Function>
-requires std::is_function_v<Function> LgStandardOutput& operator<<(LgStandardOutput& output, Function* address)
+template <LgFunction Function>
+LgStandardOutput& operator<<(LgStandardOutput& output, Function* address)
 {
     return output << reinterpret_cast<void const*>(address);
 }
 
-template <class T>
-requires std::is_volatile_v<T> LgStream& operator<<(LgStream& stream, T* address)
+template <LgVolatile T>
+LgStream& operator<<(LgStream& stream, T* address)
 {
     return stream << const_cast<void const*>(static_cast<void const volatile*>(address));
 }
 
-template <class T>
-requires std::is_volatile_v<T> LgStandardOutput& operator<<(LgStandardOutput& output, T* address)
+template <LgVolatile T>
+LgStandardOutput& operator<<(LgStandardOutput& output, T* address)
 {
     return output << const_cast<void const*>(static_cast<void const volatile*>(address));
 }
@@ -130,16 +150,14 @@ requires std::is_volatile_v<T> LgStandardOutput& operator<<(LgStandardOutput& ou
 
 /// @{
 /// Writes the exception's what().
-template <class Exception>
-requires std::is_convertible_v<Exception const*, std::exception const*> LgStream&
-operator<<(LgStream& stream, Exception const& exception)
+template <LgException Exception>
+LgStream& operator<<(LgStream& stream, Exception const& exception)
 {
     return stream << static_cast<std::exception const&>(exception).what();
 }
 
-template <class Exception>
-requires std::is_convertible_v<Exception const*, std::exception const*> LgStandardOutput&
-operator<<(LgStandardOutput& output, Exception const& exception)
+template <LgException Exception>
+LgStandardOutput& operator<<(LgStandardOutput& output, Exception const& exception)
 {
     return output << static_cast<std::exception const&>(exception).what();
 }

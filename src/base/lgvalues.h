@@ -42,21 +42,22 @@ LgStream& operator<<(LgStream& stream, Interval<T> const& interval)
         return stream << '[' << interval.getLower() << ", " << interval.getUpper() << ']';
 }
 
+/// An exception of the library's that is known as such alone.
+template <class T>
+concept LgFamilyOfExceptions =
+    std::is_convertible_v<T const*, ExBase const*> && !std::is_convertible_v<T const*, std::exception const*>;
+
 /// @{
 /// Writes the reason of an exception that is caught as a family of the library, `Vn::ExBase const&` or `Vn::InEx const&`.
 /// Where the type is a std::exception as well, lgtext.h has the operator; both write the same text.
-template <class Exception>
-requires(std::is_convertible_v<Exception const*, ExBase const*> &&
-         !std::is_convertible_v<Exception const*, std::exception const*>) LgStream&
-operator<<(LgStream& stream, Exception const& exception)
+template <LgFamilyOfExceptions Exception>
+LgStream& operator<<(LgStream& stream, Exception const& exception)
 {
     return stream << static_cast<ExBase const&>(exception).getReason();
 }
 
-template <class Exception>
-requires(std::is_convertible_v<Exception const*, ExBase const*> &&
-         !std::is_convertible_v<Exception const*, std::exception const*>) LgStandardOutput&
-operator<<(LgStandardOutput& output, Exception const& exception)
+template <LgFamilyOfExceptions Exception>
+LgStandardOutput& operator<<(LgStandardOutput& output, Exception const& exception)
 {
     return output << static_cast<ExBase const&>(exception).getReason();
 }

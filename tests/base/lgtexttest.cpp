@@ -140,6 +140,15 @@ TEST(LgText, textsComeOutAsTheyAre)
     expectText(changing, "changing");
 }
 
+TEST(LgText, whatConvertsToATextIsOne)
+{
+    struct Name
+    {
+        operator std::string_view() const { return "converted"; }
+    };
+    expectText(Name(), "converted");
+}
+
 TEST(LgText, utf8TextsComeOutAsBytes)
 {
     expectText(u8"gr\u00FCn", "gr\xC3\xBCn");
