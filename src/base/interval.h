@@ -197,8 +197,7 @@ extern template class VN_BASE_EXPORT Interval<double>;
 
 /// Writes `[0.5, 3]`: the bounds as they stand, in the stream's own number format.
 ///
-/// A stream with any traits, so that this header needs no more than the declaration of streams. The caller's source includes
-/// <ostream>.
+/// A template, so that this header needs no more than the declaration of streams; the caller's source includes theirs.
 template <class Traits, class T>
 std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream, Interval<T> const& interval)
 {

@@ -11,7 +11,7 @@ namespace Vn
 template <class T>
 struct LgStreamed
 {
-    T const& value;
+    T const& value;  ///< not owned
 };
 
 /// Puts into a log message whatever has an `operator<<` for `std::ostream`.
