@@ -2,6 +2,7 @@
 //
 //     benchheadercost [ROUNDS]
 #include "rounds.h"
+#include "workfolder.h"
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -48,17 +49,15 @@ VnBench::Rounds::Measure compiling(std::filesystem::path const& folder, std::str
 int main(int argc, char** argv)
 {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 10;
-    std::string folder = (std::filesystem::temp_directory_path() / "benchheadercostXXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr)
-        return 1;
+    const VnBench::WorkFolder folder;
     VnBench::Rounds::printHead();
-    for (char const* header : {"base/invariable.h", "base/ininit.h", "base/ininitmgr.h", "base/osdirectory.h",
-                               "base/lglog.h", "base/trace.h"}) {
+    for (char const* header :
+         {"base/invariable.h", "base/ininit.h", "base/ininitmgr.h", "base/osdirectory.h", "base/lglog.h",
+          "base/trace.h", "base/lgtext.h", "base/lgvalues.h", "base/lgstreamed.h"}) {
         VnBench::Rounds compiles(header, "s");
-        compiles.add("ours", compiling(folder, header));
-        compiles.add("<iostream>", compiling(folder, "iostream"));
+        compiles.add("ours", compiling(folder.path(), header));
+        compiles.add("<iostream>", compiling(folder.path(), "iostream"));
         compiles.run(rounds);
     }
-    std::filesystem::remove_all(folder);
     return 0;
 }

@@ -2,8 +2,10 @@
 // beside another logger's; what the locks of the outputs add; a trace site that is on and one that is off.
 //
 // benchlogsites             all of that, in one process
+// benchlogsites --readers   the reader with many queues alone
 // benchlogsites --shared    lines under the inter-process lock, of one process and of several that share a file
 #include "rounds.h"
+#include "workfolder.h"
 
 #include <base/hwcounter.h>
 #include <base/ininitmgr.h>
@@ -11,6 +13,7 @@
 #include <base/lginterprocesslock.h>
 #include <base/lglog.h>
 #include <base/lgreader.h>
+#include <base/lgtext.h>
 #include <base/trace.h>
 
 #include <spdlog/sinks/basic_file_sink.h>
@@ -137,6 +140,16 @@ void compareSites()
         });
         rounds.run(20);
     };
+    // The same text as a view, whose end no zero marks.
+    const std::string message = "a message of some forty characters in all";
+    const std::string_view view = message;
+    Rounds views("site: a std::string_view", "ns");
+    views.add("a site",
+              [&] { return timeOfSites([&group, view](int) { VN_LOG(group, Vn::LgTypes::Warning, view); }); });
+    views.add("as a char const*", [&] {
+        return timeOfSites([&group, &message](int) { VN_LOG(group, Vn::LgTypes::Warning, message.c_str()); });
+    });
+    views.run(400);
     compareWorst("99 of 100: text", text);
     compareWorst("99 of 100: text, int", integer);
     compareWorst("99 of 100: 2 int, double", mixed);
@@ -172,6 +185,19 @@ double timeOfLine(std::size_t used, int run)
     return time / lines;
 }
 
+/// A bare loop over the queues, which are where they are for the reader: as it looks at them for one line.
+double timeOfLook()
+{
+    std::vector<Vn::LgQueue const*> all;
+    for (auto const& queue : queues)
+        all.push_back(queue.get());
+    return timeOfEach(2048, [&all] {
+        for (Vn::LgQueue const* const queue : all)
+            if (!queue->isEmpty() || !queue->isCreatorAlive())
+                std::abort();
+    });
+}
+
 void compareReaders()
 {
     // Each round changes the queues, so the times of few and of many stand in one run. Where each message is in another queue
@@ -186,6 +212,13 @@ void compareReaders()
         rounds.add("with 2 queues", [run] {
             useQueues(2);
             return timeOfLine(2, run);
+        });
+        // The rule's own part: whether each queue is empty is asked for each line.
+        rounds.add("with 2, and a bare look at all", [count, run] {
+            useQueues(2);
+            const double line = timeOfLine(2, run);
+            useQueues(count);
+            return line + timeOfLook();
         });
         rounds.run(30);
     };
@@ -416,11 +449,9 @@ void compareSharedLines(std::string const& folder)
 int main(int argc, char** argv)
 {
     const bool isShared = argc > 1 && std::string_view(argv[1]) == "--shared";
+    const bool isReaders = argc > 1 && std::string_view(argv[1]) == "--readers";
     const bool isChild = argc == 4 && std::string_view(argv[1]) == "--lines";
-    std::string folder = (std::filesystem::temp_directory_path() / "vnbase-bench-XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr)
-        return 1;
-    ::setenv("T4Q_TEST_DIR", folder.c_str(), 1);
+    const VnBench::WorkFolder folder;
     if (isShared)
         ::setenv("VN_INTERNAL_INTERPROCESS_LOG_LOCK", "vnbase bench", 1);
     int count = 0;
@@ -435,17 +466,18 @@ int main(int argc, char** argv)
         if (isChild)
             writeLines(argv[2], argv[3]);
         else if (isShared) {
-            compareSharedLines(folder);
-            compareProcesses(argv[0], folder);
-        } else {
+            compareSharedLines(folder.path());
+            compareProcesses(argv[0], folder.path());
+        } else if (isReaders)
+            compareReaders();
+        else {
             compareMutex();
             compareSites();
             compareReaders();
-            compareLines(folder);
+            compareLines(folder.path());
             compareTraces();
         }
         drain();
         Vn::LgLog::setLoggerActivation(false);
     }
-    std::filesystem::remove_all(folder);
 }

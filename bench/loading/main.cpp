@@ -5,6 +5,7 @@
 //     benchloading [ROUNDS]
 #include "../manypackages.h"
 #include "../rounds.h"
+#include "../workfolder.h"
 
 #include <base/ininitmgr.h>
 #include <base/inpackages.h>
@@ -62,15 +63,13 @@ Packages makePackages(std::size_t count)
 int main(int argc, char** argv)
 {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 50;
-    std::string folder = (std::filesystem::temp_directory_path() / "benchloadingXXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr || ::setenv("T4Q_TEST_DIR", folder.c_str(), 1) != 0)
-        return 1;
+    const VnBench::WorkFolder folder;
     int noArguments = 0;
     char const* const* noVector = nullptr;
     VnBench::Rounds::printHead();
     {
         const Vn::InInitGuard guard(noArguments, noVector);
-        for (std::size_t count : {0, 1000, 4000}) {
+        for (std::size_t count : {0, 1000, 10000}) {
             const Packages residents = makePackages(count);
             VnBench::Rounds loads("load and unload, " + std::to_string(count) + " others", "us");
             loads.add("ten packages", loading("libbenchguest.so"));
@@ -78,6 +77,5 @@ int main(int argc, char** argv)
             loads.run(rounds);
         }
     }
-    std::filesystem::remove_all(folder);
     return 0;
 }

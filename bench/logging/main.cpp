@@ -2,6 +2,7 @@
 #include "contestant.h"
 
 #include "../rows.h"
+#include "../workfolder.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 
 using namespace VnBench;
 
@@ -128,15 +128,14 @@ void timeTheClock()
 
 int main()
 {
-    std::string folder = (std::filesystem::temp_directory_path() / "vnbase-bench-XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr)
-        return 1;
+    const VnBench::WorkFolder work;
+    std::string const& folder = work.path();
     timeTheClock();
     compareCallers({makeOurs(folder), makeSpdlog(folder), makeSpdlogAsync(folder), makeGlog(folder),
                     makeBoostLog(folder), makeBoostLogAsync(folder)});
     compareWriters({makeSpdlogFlushing(folder), makeGlogFlushing(folder), makeBoostLogFlushing(folder)}, folder);
     compareDisabled();
-    std::filesystem::remove_all(folder);
+    VnBench::WorkFolder::remove();
     std::fflush(stdout);
     std::_Exit(0);  // the loggers' threads need not be waited for
 }

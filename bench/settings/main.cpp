@@ -3,6 +3,7 @@
 //
 //     benchsettings [ROUNDS]
 #include "../rounds.h"
+#include "../workfolder.h"
 
 #include <base/ininitmgr.h>
 #include <base/inpackages.h>
@@ -140,9 +141,7 @@ void compareStarts(int rounds)
 int main(int argc, char** argv)
 {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 100;
-    std::string folder = (std::filesystem::temp_directory_path() / "benchsettingsXXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr || ::setenv("T4Q_TEST_DIR", folder.c_str(), 1) != 0)
-        return 1;
+    const VnBench::WorkFolder folder;
     int noArguments = 0;
     char const* const* noVector = nullptr;
     VnBench::Rounds::printHead();
@@ -151,6 +150,5 @@ int main(int argc, char** argv)
         compareReads(rounds);
     }
     compareStarts(rounds);
-    std::filesystem::remove_all(folder);
     return 0;
 }

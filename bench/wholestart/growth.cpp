@@ -3,6 +3,7 @@
 //
 //     benchgrowth [ROUNDS]
 #include "../rounds.h"
+#include "../workfolder.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -28,9 +29,7 @@ double timeOfStart(std::string const& arguments)
 int main(int argc, char** argv)
 {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 20;
-    std::string folder = (std::filesystem::temp_directory_path() / "benchgrowthXXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr || ::setenv("T4Q_TEST_DIR", folder.c_str(), 1) != 0)
-        return 1;
+    const VnBench::WorkFolder folder;
     VnBench::Rounds::printHead();
     for (char const* count : {"10", "1000", "10000"}) {
         VnBench::Rounds starts("start with " + std::string(count), "ms");
@@ -40,6 +39,5 @@ int main(int argc, char** argv)
         }
         starts.run(rounds);
     }
-    std::filesystem::remove_all(folder);
     return 0;
 }

@@ -1,6 +1,7 @@
 // From the start of a process to the end of its `main`: the whole library, beside POCO's Foundation and Util with glog, and
 // beside a program of nothing. Both write their logs' files to a folder of their own.
 #include "../sidebyside.h"
+#include "../workfolder.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -35,14 +36,10 @@ auto program(char const* name)
 
 int main(int argc, char** argv)
 {
-    std::string folder = (std::filesystem::temp_directory_path() / "benchwholestartXXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr || ::setenv("T4Q_TEST_DIR", folder.c_str(), 1) != 0)
-        return 1;
+    const VnBench::WorkFolder folder;
     VnBench::SideBySide comparison;
     comparison.byTheClock();
     comparison.add("whole start", program("startours"), "POCO and glog", program("startpeers"));
     comparison.add("whole start, again", program("startours"), "nothing", program("startnothing"));
-    const int code = comparison.run(argc, argv);
-    std::filesystem::remove_all(folder);
-    return code;
+    return comparison.run(argc, argv);
 }

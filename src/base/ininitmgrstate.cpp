@@ -180,17 +180,18 @@ std::vector<std::size_t> InInitMgr::State::saveBatch()
     _savedByType.reserve(_packagesSaved.size() + _packagesToInit.size());
     for (PackageEntry const& entry : _packagesToInit) {
         savedAt.push_back(_packagesSaved.size());
-        if (!_savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size())))
+        PackagePlaces& places = placesOf(entry);
+        if (!_savedByType.insert(typeOf(entry), static_cast<unsigned>(_packagesSaved.size()), &places.type))
             continue;
         _packagesSaved.push_back({entry.package, entry.nbDependencies, false});
-        placesOf(entry).inSaved = savedAt.back();
-        ++placesOf(entry).listed;
+        places.inSaved = savedAt.back();
+        ++places.listed;
     }
     _isSavedIndexed = true;
     return savedAt;
 }
 
-/// Brings `_savedByType` up to date; made anew only when a package was destroyed since.
+/// Brings `_savedByType` up to date; made anew only when packages have moved up since.
 void InInitMgr::State::indexSaved()
 {
     if (_isSavedIndexed)
@@ -198,7 +199,8 @@ void InInitMgr::State::indexSaved()
     _savedByType.clear();
     for (std::size_t i = 0; i < _packagesSaved.size(); ++i)
         if (!isHole(_packagesSaved[i]))
-            _savedByType.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i));
+            _savedByType.insert(typeOf(_packagesSaved[i]), static_cast<unsigned>(i),
+                                &placesOf(_packagesSaved[i]).type);
     _isSavedIndexed = true;
 }
 
@@ -246,8 +248,8 @@ void InInitMgr::State::stopAll()
 void InInitMgr::State::forget(InPackageInit* package) noexcept
 {
     // The package's library may be unloaded with it, and another type's information may come to lie at the same
-    // address. So the table must not remember any address, whether this package is in a list or not.
-    _isSavedIndexed = false;
+    // address. So the table must not remember any address of that library, whether this package is in a list or not.
+    _savedByType.forgetAliases();
 
     PackagePlaces* const places = _places.find(package);
     if (places == nullptr)
@@ -255,7 +257,12 @@ void InInitMgr::State::forget(InPackageInit* package) noexcept
     std::size_t left = places->listed;
     left -= removeEntry(_packagesWaiting, places->inBatch, package);
     left -= removeEntry(_packagesToInit, places->inBatch, package);
-    left -= removeEntry(_packagesSaved, places->inSaved, package);
+    if (removeEntry(_packagesSaved, places->inSaved, package)) {
+        --left;
+        // A table that is to be made anew may hold another package's place under that type.
+        if (_isSavedIndexed)
+            _savedByType.erase(places->type);
+    }
     // It may stand elsewhere too: one that was registered twice, or again after its start had failed.
     for (std::size_t i = 0; left != 0 && i < _packagesWaiting.size(); ++i)
         left -= removeEntry(_packagesWaiting, i, package);

@@ -79,6 +79,7 @@ private:
         std::size_t inBatch = 0;  ///< in `_packagesWaiting` or `_packagesToInit`
         std::size_t inSaved = 0;
         std::size_t listed = 0;  ///< entries of this package in the three lists
+        InTypeTable::Key type;   ///< in `_savedByType`, while the package stands in `_packagesSaved`
     };
 
     static Environment takeEnvironment();

@@ -95,14 +95,18 @@ public:
     /// The value of `key`, which isn't empty; made if there is none. If there is no memory, nothing changes.
     Value& get(Key const& key)
     {
-        if (Value* const known = find(key))
-            return *known;
-        if (2 * (_used + 1) > _slots.size())
+        if (_slots.empty())
             grow();
-        Slot& slot = _slots[placeOf(key)];
-        slot.key = key;
+        std::size_t place = placeOf(key);
+        if (!_slots[place].key.isEmpty())
+            return _slots[place].value;
+        if (2 * (_used + 1) > _slots.size()) {
+            grow();
+            place = placeOf(key);
+        }
+        _slots[place].key = key;
         ++_used;
-        return slot.value;
+        return _slots[place].value;
     }
 
     /// The key of an entry that exists, as it was first given: it may refer to another text than `key` does.
@@ -111,13 +115,15 @@ public:
     /// Removes the entry, if there is one. Allocates nothing, so destructors may call it.
     void erase(Key const& key) noexcept
     {
-        if (find(key) == nullptr)
+        if (_used == 0)
             return;
-        if (--_used == 0) {
+        const std::size_t place = placeOf(key);
+        if (_slots[place].key.isEmpty())
+            return;
+        if (--_used == 0)
             std::vector<Slot>().swap(_slots);
-            return;
-        }
-        closeGap(placeOf(key));
+        else
+            closeGap(place);
     }
 
     /// Number of entries.

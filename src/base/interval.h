@@ -3,6 +3,7 @@
 #include <base/baseexport.h>
 
 #include <initializer_list>
+#include <iosfwd>
 
 namespace Vn
 {
@@ -193,6 +194,15 @@ private:
 extern template class VN_BASE_EXPORT Interval<float>;
 extern template class VN_BASE_EXPORT Interval<double>;
 #endif
+
+/// Writes `[0.5, 3]`: the bounds as they stand, in the stream's own number format.
+///
+/// A template, so that this header needs no more than the declaration of streams; the caller's source includes theirs.
+template <class Traits, class T>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream, Interval<T> const& interval)
+{
+    return stream << '[' << interval.getLower() << ", " << interval.getUpper() << ']';
+}
 
 }  // namespace Vn
 

@@ -3,6 +3,7 @@
 #include <base/lginterprocesslock.h>
 #include <base/lgqueue.h>
 #include <base/lgregistry.h>
+#include <base/lgstandardoutput.h>
 #include <base/lgtypes.h>
 #include <base/objptr.h>
 
@@ -160,6 +161,9 @@ private:
 /// GROUP is an LgMinorGroup. Nothing of MESSAGE is evaluated unless the group enables LEVEL and the message has found
 /// room in its queue. While the logger isn't active, the message goes to the standard output stream.
 ///
+/// MESSAGE has what LgStream takes, and with further headers much more: std::string and exceptions (lgtext.h), durations
+/// (lgduration.h), times and paths (lgvalues.h), and whatever has an operator for `std::ostream` (lgstreamed.h).
+///
 /// MESSAGE must not throw, and nothing in it may log through the same queue: the text of each later message of the
 /// thread would come out one message late. Safe on any thread whose queue is its own. Not in a
 /// signal handler, which may have interrupted a message: set a flag of type `volatile std::sig_atomic_t` there, and log
@@ -175,7 +179,10 @@ private:
                     vnLogQueue.getStream() << vnLogGroup.getName() << ' ' << MESSAGE << Vn::ends; \
                     vnLogQueue.addEntry();                                                        \
                 }                                                                                 \
-            } else if (Vn::LgLog::isInactiveOutputAllowed(vnLogLevel))                            \
-                std::cout << vnLogGroup.getName() << ' ' << MESSAGE << std::endl;                 \
+            } else if (Vn::LgLog::isInactiveOutputAllowed(vnLogLevel)) {                          \
+                Vn::LgStandardOutput vnLogOutput(std::cout);                                      \
+                vnLogOutput << vnLogGroup.getName() << ' ' << MESSAGE;                            \
+                std::cout << std::endl;                                                           \
+            }                                                                                     \
         }                                                                                         \
     } while (false)

@@ -1,4 +1,4 @@
-// Private to lgline_p.h and lgstream.cpp.
+// Private to lgline_p.h, lgstream.cpp and lgtext.cpp.
 #pragma once
 
 #include <array>

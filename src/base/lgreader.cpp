@@ -78,7 +78,7 @@ private:
 
     void update();
     void fill();
-    std::size_t findChange() const;
+    std::size_t findChange(std::size_t first, bool isInFront) const;
     void lookAtUnseen();
     Head takeFirst();
 
@@ -128,16 +128,17 @@ void LgQueueHeads::fill()
     recycleQueueList(queues);
 }
 
-/// Index of the first unseen queue that is not as empty as before, or that is finished and may go; nearly always there is none.
-/// Only loads, since this is what each message costs for each queue that is empty.
-std::size_t LgQueueHeads::findChange() const
+/// Index of the first unseen queue from `first` on that is not as empty as before, or that is finished and may go; nearly always
+/// there is none. Only loads, since this is what each message costs for each queue that is empty. `isInFront`: no queue before
+/// `first` has a message.
+std::size_t LgQueueHeads::findChange(std::size_t first, bool isInFront) const
 {
     Place const* const unseen = _unseen.data();
     LgQueue* const* const queues = _queues.data();
     const std::size_t count = _unseen.size();
-    std::size_t i = 0;
+    std::size_t i = first;
     // As long as no place is missing, no queue before has a message.
-    for (; i < count && unseen[i] == i; ++i)
+    for (; isInFront && i < count && unseen[i] == i; ++i)
         if (!queues[i]->isEmpty() || isFinished(*queues[i]))
             return i;
     while (i < count && queues[unseen[i]]->isEmpty())
@@ -145,22 +146,27 @@ std::size_t LgQueueHeads::findChange() const
     return i;
 }
 
-/// Moves the heads that are there by now into the heap, and deletes what is finished.
+/// Moves the heads that are there by now into the heap, and deletes what is finished. The queues that stay empty in between are
+/// looked at by findChange() alone, and move up together.
 void LgQueueHeads::lookAtUnseen()
 {
-    const std::size_t first = findChange();
-    if (first == _unseen.size())
+    std::size_t change = findChange(0, true);
+    if (change == _unseen.size())
         return;
     std::unordered_set<LgQueue*> deleted;  // for queues that are listed twice
-    auto kept = _unseen.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto unseen = _unseen.begin();
+    auto kept = unseen;
     bool isInFront = true;  // no queue before this one has a message
-    for (std::size_t i = first; i < _unseen.size(); ++i) {
-        const Place place = _unseen[i];
+    std::size_t i = 0;
+    while (change < _unseen.size()) {
+        kept =
+            std::copy(unseen + static_cast<std::ptrdiff_t>(i), unseen + static_cast<std::ptrdiff_t>(change), kept);
+        const Place place = _unseen[change];
         LgQueue* const queue = _queues[place];
-        isInFront = isInFront && place == i;
-        if (deleted.contains(queue))
-            continue;
-        if (isInFront && isFinished(*queue)) {
+        isInFront = isInFront && place == change;
+        if (deleted.contains(queue)) {
+            // Gone already.
+        } else if (isInFront && isFinished(*queue)) {
             _source = {};  // the registry's list changes: this table serves for the present call only
             deleted.insert(queue);
             LgLog::getRegistry()->deregisterQueue(queue);
@@ -173,7 +179,11 @@ void LgQueueHeads::lookAtUnseen()
             _heads.push_back({queue->readEntry().getTimeStamp(), place});
             std::push_heap(_heads.begin(), _heads.end(), isLater);
         }
+        // A deleted queue may be listed again, and nobody may look at it.
+        i = change + 1;
+        change = deleted.empty() ? findChange(i, isInFront) : i;
     }
+    kept = std::copy(unseen + static_cast<std::ptrdiff_t>(i), _unseen.end(), kept);
     _unseen.erase(kept, _unseen.end());
 }
 

@@ -17,6 +17,8 @@ namespace Vn
 ///     char text[32768];                                       // the reader
 ///     stream >> text;                                         // "evicted 17 pages"
 ///
+/// What this class can't write, headers of their own can: lgtext.h, lgduration.h, lgvalues.h and lgstreamed.h.
+///
 /// A message is its characters and one zero. Neither side waits and neither allocates: what doesn't fit is lost, and
 /// a "#" stands where a whole text was refused. Numbers have the C library's form ("%d", "%f" and so on) in the "C"
 /// locale, whatever the program's locale is.
@@ -83,7 +85,7 @@ public:
     LgStream& operator<<(bool value) { return value ? write("true", 4) : write("false", 5); }
 
     /// @{
-    /// The number in decimal. There is no overload for `long long`, which 64-bit numbers are on Windows.
+    /// The number in decimal. The operator for `long long`, which 64-bit numbers are on Windows, is in lgtext.h.
     LgStream& operator<<(short value);
     LgStream& operator<<(unsigned short value);
     LgStream& operator<<(int value);
@@ -156,6 +158,7 @@ public:
 private:
     friend class LgLine;
     friend class LgQueue;
+    friend class LgText;
 
     static constexpr std::uint32_t ringSize = 32768;
     using Index = LgRingIndex<ringSize>;

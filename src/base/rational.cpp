@@ -1,4 +1,4 @@
-// The two operations of a fraction that are too large to be inlined. All the rest is in the header: rates are made and
+// The operations of a fraction that are too large to be inlined. All the rest is in the header: rates are made and
 // compared in inner loops, where a call would take longer than the work.
 #include <base/rational.h>
 
@@ -23,6 +23,12 @@ void Rational::throwDenominatorZero()
 void Rational::dump(std::ostream& stream) const
 {
     stream << '(' << _numerator << '/' << _denominator << '=' << getDouble() << ')';
+}
+
+std::ostream& operator<<(std::ostream& stream, Rational const& value)
+{
+    value.dump(stream);
+    return stream;
 }
 
 }  // namespace Vn

@@ -231,4 +231,7 @@ inline bool operator>=(Rational const& a, Rational const& b)
 }
 /// @}
 
+/// Writes the fraction as Rational::dump() does: `(30000/1001=29.97)`.
+VN_BASE_EXPORT std::ostream& operator<<(std::ostream& stream, Rational const& value);
+
 }  // namespace Vn

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <map>
+#include <random>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -74,5 +76,92 @@ TEST(InTypeTable, holdsThousands)
         ASSERT_EQ(table.find(types[i]), i);
         ASSERT_EQ(table.find(again[i]), i);
         ASSERT_EQ(table.find(again[i]), i);
+    }
+}
+
+TEST(InTypeTable, erasedTypesAreGoneByNameAndByAddress)
+{
+    const std::string name = typeid(std::vector<int>).name();
+    const OtherInfo other(name.c_str());
+    InTypeTable table;
+    InTypeTable::Key key;
+    ASSERT_TRUE(table.insert(typeid(std::vector<int>), 3, &key));
+    ASSERT_TRUE(table.insert(typeid(int), 4));
+    EXPECT_EQ(table.find(other), 3u);
+    table.erase(key);
+    EXPECT_EQ(table.find(typeid(std::vector<int>)), InTypeTable::none);
+    EXPECT_EQ(table.find(other), InTypeTable::none);
+    EXPECT_EQ(table.find(typeid(int)), 4u);
+    table.erase(key);
+    EXPECT_EQ(table.find(typeid(int)), 4u) << "erased twice";
+    EXPECT_TRUE(table.insert(other, 5));
+    EXPECT_EQ(table.find(typeid(std::vector<int>)), 5u);
+}
+
+TEST(InTypeTable, anErasedTypesInformationIsNotLookedAt)
+{
+    InTypeTable table;
+    InTypeTable::Key key;
+    auto* const type = new OtherInfo("N4Test4GoneE");
+    ASSERT_TRUE(table.insert(*type, 1, &key));
+    delete type;
+    table.erase(key);
+    EXPECT_EQ(table.find(OtherInfo("N4Test4GoneE")), InTypeTable::none);
+}
+
+TEST(InTypeTable, anAliasThatWasForgottenMayBecomeAnotherType)
+{
+    InTypeTable table;
+    InTypeTable::Key key;
+    ASSERT_TRUE(table.insert(typeid(int), 1));
+    ASSERT_TRUE(table.insert(typeid(char), 2, &key));
+    alignas(OtherInfo) unsigned char place[sizeof(OtherInfo)];
+    for (const bool isErased : {false, true}) {
+        auto* type = new (place) OtherInfo(typeid(int).name());
+        ASSERT_EQ(table.find(*type), 1u);
+        type->~OtherInfo();
+        if (isErased)
+            table.erase(key);
+        else
+            table.forgetAliases();
+        type = new (place) OtherInfo("N4Test5OtherE");
+        EXPECT_EQ(table.find(*type), InTypeTable::none) << isErased;
+        type->~OtherInfo();
+        EXPECT_EQ(table.find(typeid(int)), 1u);
+    }
+}
+
+TEST(InTypeTable, comesAndGoesAsAModel)
+{
+    std::mt19937 random(7);
+    std::vector<std::string> names;
+    for (int i = 0; i < 300; ++i)
+        names.push_back("N4Test" + std::to_string(i) + "E");
+    std::deque<OtherInfo> types, again;
+    for (std::string const& name : names) {
+        types.emplace_back(name.c_str());
+        again.emplace_back(name.c_str());
+    }
+    InTypeTable table;
+    std::map<std::size_t, InTypeTable::Key> keys;
+    std::map<std::size_t, unsigned> positions;
+    for (unsigned step = 0; step < 20000; ++step) {
+        const std::size_t i = random() % names.size();
+        OtherInfo const& type = random() % 2 != 0 ? types[i] : again[i];
+        if (random() % 2 != 0) {
+            InTypeTable::Key key;
+            const bool isNew = !positions.contains(i);
+            ASSERT_EQ(table.insert(type, step, &key), isNew);
+            if (isNew) {
+                keys[i] = key;
+                positions[i] = step;
+            }
+        } else if (positions.contains(i)) {
+            table.erase(keys[i]);
+            positions.erase(i);
+        }
+        const std::size_t asked = random() % names.size();
+        ASSERT_EQ(table.find(types[asked]), positions.contains(asked) ? positions[asked] : InTypeTable::none);
+        ASSERT_EQ(table.find(again[asked]), positions.contains(asked) ? positions[asked] : InTypeTable::none);
     }
 }

@@ -17,6 +17,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace Vn;
@@ -96,6 +97,35 @@ unsigned long startSettings(std::size_t count)
     return stepsOf([] { start({"prog"}); });
 }
 
+template <int... numbers>
+std::vector<std::unique_ptr<InPackageInit>> makePackages(std::size_t count, std::integer_sequence<int, numbers...>)
+{
+    using Make = std::unique_ptr<InPackageInit> (*)();
+    constexpr Make makers[] = {
+        [] { return std::unique_ptr<InPackageInit>(new VnTest::NumberedPackage<numbers>("resident")); }...};
+    std::vector<std::unique_ptr<InPackageInit>> packages;
+    std::transform(makers, makers + count, std::back_inserter(packages), [](Make make) { return make(); });
+    return packages;
+}
+
+/// Each as if it came with a library and left with it, while others stay.
+unsigned long loadPackages(std::size_t count)
+{
+    start({"prog"});
+    std::vector<std::unique_ptr<InPackageInit>> residents;
+    {
+        const InReinitGuard guard;
+        residents = makePackages(count / 32, std::make_integer_sequence<int, 250>());
+    }
+    return stepsOf([count] {
+        for (std::size_t i = 0; i < count; ++i) {
+            std::unique_ptr<InPackageInit> package;
+            const InReinitGuard guard;
+            package = std::make_unique<VnTest::NumberedPackage<1000>>("guest");
+        }
+    });
+}
+
 unsigned long readEnvironment(std::size_t count)
 {
     std::vector<std::unique_ptr<Environment>> sources;
@@ -136,6 +166,7 @@ const struct
     {"arguments added one by one", addArgumentsOneByOne},
     {"settings destroyed", destroySettings},
     {"settings started", startSettings},
+    {"packages loaded and unloaded beside others", loadPackages},
     {"environment variables read", readEnvironment},
     {"groups read from a text", readGroups},
     {"groups found", findGroups},

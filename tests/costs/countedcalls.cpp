@@ -1,7 +1,8 @@
-// Stands in for the C library's functions that walk. Sanitizers know these by heart, and start later than their first call.
+// Stands in for the C library's functions that walk, and for the C++ library's that hashes. Sanitizers know these by heart, and start later than their first call.
 #include "countedcalls.h"
 
 #include <cstddef>
+#include <typeinfo>
 
 extern "C" char** environ;
 
@@ -54,6 +55,18 @@ VN_STAND_IN int strcmp(char const* left, char const* right)
         ++left, ++right;
     ++steps;
     return static_cast<unsigned char>(*left) - static_cast<unsigned char>(*right);
+}
+
+/// The hash of a type's name, and of texts: as the C++ library's, a function of all bytes.
+__attribute__((visibility("default"))) std::size_t std::_Hash_bytes(void const* data, std::size_t size,
+                                                                    std::size_t seed)
+{
+    char const* const from = static_cast<char const*>(data);
+    std::size_t hash = seed;
+    for (std::size_t i = 0; i < size; ++i)
+        hash = (hash ^ static_cast<unsigned char>(from[i])) * 0x100000001B3;
+    steps += size;
+    return hash;
 }
 
 VN_STAND_IN char* getenv(char const* name)

@@ -10,10 +10,16 @@
 
 #include <threadlog/threadlog.h>
 
+#include <base/dttime.h>
 #include <base/exsyserror.h>
 #include <base/incontextalias.h>
 #include <base/ininitmgr.h>
+#include <base/interval.h>
 #include <base/invariable.h>
+#include <base/lgduration.h>
+#include <base/lgstreamed.h>
+#include <base/lgtext.h>
+#include <base/lgvalues.h>
 #include <base/osfilepath.h>
 #include <base/trace.h>
 
@@ -26,12 +32,15 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 
 using namespace Vn;
@@ -177,6 +186,41 @@ TEST_F(LogFaults, aMessageAllocatesNothing)
     EXPECT_TRUE(queue.getStream().hasOverflowed());
     const auto disabled = [&group] { VN_LOG(group, LgTypes::Tracing, std::string(1000, 'x').c_str()); };
     EXPECT_FALSE(failsWithoutMemory(0, disabled));
+}
+
+TEST_F(LogFaults, aMessageOfFurtherTypesAllocatesNothing)
+{
+    start();
+    LgQueue queue;
+    theQueue = &queue;
+    LgLog::setQueueFunction(getTheQueue);
+    LgLog::setLoggerActivation(true);
+    const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+    const std::string text(100, 'x'), zeros(100, '\0');
+    const std::runtime_error failure("no such cue");
+    const OsFilePath path("left.exr");
+    const DtTime position(100, 25, 1);
+    const Interval<double> interval(0.5, 3);
+    const auto logMany = [&] {
+        for (int i = 0; i < 200; ++i) {  // some of them are lost, and some texts are refused
+            VN_LOG(group, LgTypes::Warning,
+                   text << std::string_view(zeros) << 5LL << ~0ULL << u8"text" << nullptr << &getTheQueue
+                        << failure);
+            VN_LOG(group, LgTypes::Warning,
+                   std::chrono::milliseconds(i) << std::chrono::duration<double>(i * 0.37) << path << position
+                                                << position.getRate() << interval);
+            VN_LOG(group, LgTypes::Warning, streamed(i) << streamed(i * 0.37) << streamed(text));
+        }
+    };
+    logMany();  // the C++ library makes some facets of its locales at their first use
+    char taken[32768];
+    while (!queue.isEmpty()) {
+        if (!queue.readEntry().isOverflowEntry())
+            queue.getStream() >> taken;
+        queue.removeEntry();
+    }
+    EXPECT_FALSE(failsWithoutMemory(0, logMany));
+    EXPECT_TRUE(queue.getStream().hasOverflowed());
 }
 
 namespace
