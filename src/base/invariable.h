@@ -112,6 +112,7 @@ protected:
     static void clearPendingOverrides();
 
 private:
+    friend class InDeclarations;
     friend class InInitMgr;
     friend class InPackageInit;
 
