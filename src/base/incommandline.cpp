@@ -49,6 +49,20 @@ std::string optionOf(char letter)
     return {'-', letter};
 }
 
+/// "whole number" is one of many, "true or false" is not.
+std::string withArticle(std::string const& name)
+{
+    return name.find(" or ") == std::string::npos ? "a " + name : name;
+}
+
+/// One that its type can't hold, then.
+bool isNumber(std::string_view text)
+{
+    if (text.starts_with('-') || text.starts_with('+'))
+        text.remove_prefix(1);
+    return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+}
+
 bool looksLikeOption(std::string_view element)
 {
     return element.size() > 1 && element[0] == '-';
@@ -93,10 +107,9 @@ InCommandLine::Choice InCommandLine::choose(InVariableBase const& variable) cons
     return {};
 }
 
-/// A null element ends the arguments like their number.
 void InCommandLine::walk()
 {
-    for (; _index < _argc && _argv[_index] != nullptr; ++_index) {
+    for (; _index < _argc; ++_index) {
         const std::string_view element = elementAt(_index);
         if (!looksLikeOption(element))
             break;
@@ -154,7 +167,8 @@ void InCommandLine::takeCluster()
                 continue;
             }
             // A letter beyond ASCII is a part of one.
-            const std::string subject = static_cast<signed char>(letter) > 0 ? optionOf(letter) : std::string(element);
+            const std::string subject =
+                static_cast<signed char>(letter) > 0 ? optionOf(letter) : std::string(element);
             const std::string place = subject == element ? "" : " in " + OsTerminal::shown(element);
             addFault(InFault::UnknownOption, subject, "unknown option " + OsTerminal::shown(subject) + place);
             return;
@@ -162,7 +176,7 @@ void InCommandLine::takeCluster()
         const bool takesValue = std::strchr(_letters.c_str(), letter)[1] == ':';
         char const* value = parser.getValue();
         if (takesValue && value == nullptr && _index + 1 < _argc)
-            value = _argv[++_index];
+            value = elementAt(++_index).data();
         takeOption(letter, takesValue, value);
         if (takesValue)
             return;
@@ -190,25 +204,29 @@ void InCommandLine::checkValue(char letter, char const* value)
                 checkText(*variable, optionOf(letter), value);
 }
 
-/// The type first, then what the program asks for beyond it. One fault for a text is enough.
+/// What the program asks for names more than the type, so it comes first. One fault for a text is enough.
 void InCommandLine::checkText(InVariableBase const& variable, std::string const& subject, char const* text)
 {
     std::string wanted;
     for (InUsageState::Demand const& demand : _state->demands)
         if (demand.variable == &variable && wanted.empty() && !demand.isRight(text))
             wanted = demand.what;
-    InValueKind const& kind = InValueKind::of(variable);
-    if (wanted.empty() && !kind.isValue(text))
-        wanted = kind.describe(text);
+    std::string instead = "not " + quoted(text);
+    const InValueKind kind(variable);
+    if (wanted.empty() && !kind.isWhole(text)) {
+        wanted = withArticle(kind.getName());
+        if (isNumber(text))
+            instead = "and " + quoted(text) + " is beyond its limits";
+    }
     if (!wanted.empty())
-        addFault(InFault::WrongValue, subject, subject + " takes " + wanted + ", not " + quoted(text));
+        addFault(InFault::WrongValue, subject, subject + " takes " + wanted + ", " + instead);
 }
 
 /// What one writes behind an operand out of habit: help is given, anything else refused.
 void InCommandLine::takeOptionsBehindOperand()
 {
     const int first = _index;
-    for (int i = first + 1; i < _argc && _argv[i] != nullptr; ++i) {
+    for (int i = first + 1; i < _argc; ++i) {
         const std::string_view element = elementAt(i);
         if (isBuiltInHelp(element))
             _wantsHelp = true;
@@ -221,12 +239,9 @@ void InCommandLine::takeOptionsBehindOperand()
 
 void InCommandLine::checkOperands(int first)
 {
-    int last = first;
-    while (last < _argc && _argv[last] != nullptr)
-        ++last;
     if (_state == nullptr)
         return;
-    const int count = std::max(last - first, 0);
+    const int count = std::max(_argc - first, 0);
     if (count < _state->leastOperands)
         addFault(InFault::WrongOperand, "", _state->operandNames + " is missing");
     else if (_state->mostOperands >= 0 && count > _state->mostOperands)
@@ -254,6 +269,7 @@ bool InCommandLine::isBuiltInHelp(std::string_view element) const
     return element == "--help" || (element == "-h" && !_keys.contains('h'));
 }
 
+/// The start copies a null element as the empty text.
 std::string_view InCommandLine::elementAt(int index) const
 {
     return index < _argc && _argv[index] != nullptr ? _argv[index] : "";

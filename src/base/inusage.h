@@ -19,7 +19,9 @@ struct InSetting
     std::string handle;  ///< of the variable
     bool hasValue;       ///< false if no source has one: reading the variable throws
     std::string value;   ///< the text of the source that won, as it is
-    std::string source;  ///< "option -d", "environment PALETTE_DEPTH", "default" or "override"; empty without a value
+    std::string
+        reading;  ///< what the variable makes of it, for people: "7", "true", "'red'"; "none" without a value
+    std::string source;  ///< "option -d", "environment PALETTE_DEPTH", "default", "override"; "" without a value
 };
 
 /// What is wrong with a command line or the environment: see InUsage::getFaults().

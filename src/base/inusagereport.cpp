@@ -80,6 +80,23 @@ struct LetterOrder
 
 using Options = std::map<char, Entry, LetterOrder>;
 
+/// Stands for a value in the place of the word that the description of an option lacks.
+char const* placeholderOf(InVariableBase const& variable)
+{
+    const std::string_view name = InValueKind(variable).getName();
+    return name.ends_with("number") ? "NUMBER" : name == "time" ? "TIME" : "TEXT";
+}
+
+/// What the variable reads, for people. What its type doesn't understand as a whole stands in quotes, as a text does.
+std::string readingOf(InVariableBase const& variable, char const* text)
+{
+    const InValueKind kind(variable);
+    const std::string_view name = kind.getName();
+    if (name == "true or false")
+        return InValueKind::readTruth(text) ? "true" : "false";
+    return name != "text" && kind.isWhole(text) ? text : "'" + OsTerminal::shown(text) + "'";
+}
+
 /// All declared options, also those that no variable has.
 Options getOptions()
 {
@@ -119,7 +136,7 @@ void addVariables(Options& options, std::vector<Entry>& alone)
             if (dynamic_cast<Option const*>(alias) == nullptr || alias->getKey()[0] == '\0')
                 continue;
             Entry& entry = options[alias->getKey()[0]];
-            entry.placeholder = InValueKind::of(*variable).placeholder;
+            entry.placeholder = placeholderOf(*variable);
             addSources(entry, *variable);
             hasOption = true;
         }
@@ -212,7 +229,8 @@ std::ostream& InUsage::print(std::ostream& stream, char const* program, int colu
     stream << "\nOptions:\n";
     printRows(stream, optionRows, leftWidthOf(optionRows, width), width);
     if (!options.empty())
-        printText(stream, "\nAn option counts more than the variable in parentheses, and that more than the default.",
+        printText(stream,
+                  "\nAn option counts more than the variable in parentheses, and that more than the default.",
                   width);
     if (!aloneRows.empty()) {
         stream << "\nVariables of the environment:\n";
@@ -232,9 +250,10 @@ std::vector<InSetting> InUsage::getSettings(int argc, char const* const* argv)
     for (InVariableBase const* variable : InDeclarations::getVariables()) {
         const InCommandLine::Choice choice = line.choose(*variable);
         if (choice.text == nullptr)
-            settings.push_back({variable->getHandle(), false, "", ""});
+            settings.push_back({variable->getHandle(), false, "", "none", ""});
         else
-            settings.push_back({variable->getHandle(), true, choice.text, sourceOf(choice.alias)});
+            settings.push_back({variable->getHandle(), true, choice.text, readingOf(*variable, choice.text),
+                                sourceOf(choice.alias)});
     }
     return settings;
 }
@@ -244,25 +263,22 @@ std::ostream& InUsage::printSettings(std::ostream& stream, std::vector<InSetting
     using InUsageLayout::lengthOf;
     // Texts of any length, as paths, shouldn't push the sources of all others out of sight.
     constexpr std::size_t longestValue = 30;
-    std::vector<std::string> values;
     std::size_t handleWidth = 0, valueWidth = 0;
     for (InSetting const& setting : settings) {
-        values.push_back(!setting.hasValue ? "none" : "'" + OsTerminal::shown(setting.value) + "'");
+        const std::size_t length = lengthOf(setting.reading);
         handleWidth = std::max(handleWidth, lengthOf(setting.handle));
-        if (lengthOf(values.back()) <= longestValue)
-            valueWidth = std::max(valueWidth, lengthOf(values.back()));
+        valueWidth = std::max(valueWidth, length <= longestValue ? length : 0);
     }
-    const auto padded = [](std::string text, std::size_t width) {
+    const auto padded = [](std::string const& text, std::size_t width) {
         const std::size_t length = lengthOf(text);
         return text + std::string(width > length ? width - length : 0, ' ');
     };
-    for (std::size_t i = 0; i < settings.size(); ++i) {
-        stream << "  " << padded(settings[i].handle, handleWidth) << "  ";
-        if (settings[i].hasValue)
-            stream << padded(values[i], valueWidth) << "  " << settings[i].source;
+    for (InSetting const& setting : settings) {
+        stream << "  " << padded(setting.handle, handleWidth) << "  ";
+        if (setting.hasValue)
+            stream << padded(setting.reading, valueWidth) << "  " << setting.source << "\n";
         else
-            stream << values[i];
-        stream << "\n";
+            stream << setting.reading << "\n";
     }
     return stream;
 }

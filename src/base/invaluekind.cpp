@@ -5,60 +5,61 @@
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
+#include <string_view>
 
 namespace Vn
 {
 namespace
 {
-using Limits = std::numeric_limits<int>;
-
-/// Reads as the conversion does, so blanks and a sign may stand in front.
-bool isInteger(char const* text)
+/// In any case; ASCII letters only, so that no locale changes what a setting means.
+bool isWord(std::string_view text, std::string_view word)
 {
-    char* end = nullptr;
-    std::strtol(text, &end, 10);
-    return end != text && *end == '\0';
-}
-
-/// The conversion would give the nearest limit.
-bool isInt(char const* text)
-{
-    errno = 0;
-    const long value = std::strtol(text, nullptr, 10);
-    return isInteger(text) && errno == 0 && value >= Limits::min() && value <= Limits::max();
-}
-
-/// The limits only concern one who came near them.
-std::string describeInt(char const* text)
-{
-    const std::string limits =
-        " from " + std::to_string(Limits::min()) + " to " + std::to_string(Limits::max());
-    return "a whole number" + (isInteger(text) ? limits : "");
-}
-
-bool isAny(char const*)
-{
+    if (text.size() != word.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if ((text[i] | 0x20) != word[i])
+            return false;
     return true;
 }
 
-std::string describeAny(char const*)
+bool isWholeNumber(char const* text) noexcept
 {
-    return "a text";
+    using Limits = std::numeric_limits<int>;
+    char* end = nullptr;
+    errno = 0;
+    const long value = std::strtol(text, &end, 10);
+    const bool hasOnlyBlanksBehind =
+        std::string_view(end).find_first_not_of(" \t\n\v\f\r") == std::string_view::npos;
+    return end != text && errno == 0 && hasOnlyBlanksBehind && value >= Limits::min() && value <= Limits::max();
 }
 
-constexpr InValueKind wholeNumber = {"NUMBER", isInt, describeInt};
-/// Every text is true or false: InVariable::getValue() has the rule.
-constexpr InValueKind truth = {"YES-OR-NO", isAny, describeAny};
-constexpr InValueKind anyText = {"TEXT", isAny, describeAny};
+/// The empty text is what an option without a value has.
+bool isTruth(char const* text) noexcept
+{
+    const std::string_view given = text;
+    return given.empty() || given == "0" || given == "1" || isWord(given, "true") || isWord(given, "false");
+}
+
+bool isText(char const*) noexcept
+{
+    return true;
+}
 }  // namespace
 
-InValueKind const& InValueKind::of(InVariableBase const& variable)
+InValueKind::InValueKind(InVariableBase const& variable) noexcept : _name("text"), _isWhole(isText)
 {
-    if (dynamic_cast<InVariable<int> const*>(&variable) != nullptr)
-        return wholeNumber;
-    if (dynamic_cast<InVariable<bool> const*>(&variable) != nullptr)
-        return truth;
-    return anyText;
+    if (dynamic_cast<InVariable<int> const*>(&variable) != nullptr) {
+        _name = "whole number";
+        _isWhole = isWholeNumber;
+    } else if (dynamic_cast<InVariable<bool> const*>(&variable) != nullptr) {
+        _name = "true or false";
+        _isWhole = isTruth;
+    }
+}
+
+bool InValueKind::readTruth(char const* text) noexcept
+{
+    return std::string_view(text) != "0" && !isWord(text, "false");
 }
 
 }  // namespace Vn

@@ -1,27 +1,35 @@
-// Private to incommandline.cpp, inusagereport.cpp and invaluekind.cpp.
 #pragma once
-
-#include <string>
 
 namespace Vn
 {
 
 class InVariableBase;
 
-/// What the type of a variable makes of a text. A type that settings may have gets its row in invaluekind.cpp.
-struct InValueKind
+/// What a variable's type makes of a text, where only the running program knows the type. A type that settings may have
+/// gets its row in invaluekind.cpp.
+class InValueKind
 {
-    /// Stands for a value in a usage text whose declaration has no word of its own.
-    char const* placeholder;
+public:
+    /// `variable` isn't needed afterwards.
+    explicit InValueKind(InVariableBase const& variable) noexcept;
+
+    /// What such a text is called: "whole number", "true or false", "text".
+    char const* getName() const noexcept { return _name; }
 
     /// Whether all of the text is a value of the type. Stricter than getValue(), which takes what a text begins with.
-    bool (*isValue)(char const* text);
+    ///
+    ///     int   "12", " -3 ", "+7"                not "", "12abc", "2147483648"
+    ///     bool  "", "0", "1", "true", "False"     not "no", "off": these read as true
+    ///     text  each
+    ///
+    bool isWhole(char const* text) const noexcept { return _isWhole(text); }
 
-    /// What should stand in the place of a text that isn't one, as "a whole number".
-    std::string (*describe)(char const* text);
+    /// What a variable of the type bool reads from the text.
+    static bool readTruth(char const* text) noexcept;
 
-    /// The kind of the variable's type.
-    static InValueKind const& of(InVariableBase const& variable);
+private:
+    char const* _name;
+    bool (*_isWhole)(char const* text) noexcept;
 };
 
 }  // namespace Vn

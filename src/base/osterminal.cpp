@@ -3,10 +3,8 @@
 #include <base/osenv.h>
 #include <base/osterminal_p.h>
 
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 
 namespace Vn
 {
@@ -65,19 +63,6 @@ std::string escapeOf(std::uint32_t code)
     }
 }
 }  // namespace
-
-int columnsOf(int terminal, char const* variable)
-{
-    constexpr int usual = 80;
-    if (terminal > 0)
-        return terminal;
-    if (variable == nullptr)
-        return usual;
-    int columns = 0;
-    char const* const end = variable + std::strlen(variable);
-    const std::from_chars_result result = std::from_chars(variable, end, columns);
-    return result.ec == std::errc() && result.ptr == end && columns > 0 ? columns : usual;
-}
 
 bool OsTerminal::isStandardOutput()
 {

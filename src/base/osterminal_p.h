@@ -1,6 +1,10 @@
 // Private to osterminal.cpp; implemented in osterminalposix.cpp and osterminalwindows.cpp.
 #pragma once
 
+#include <charconv>
+#include <cstring>
+#include <system_error>
+
 namespace Vn::System
 {
 
@@ -17,6 +21,17 @@ namespace Vn
 
 /// The rule of OsTerminal::getColumns(): `terminal` if it isn't 0, else the number in `variable`, which may be null,
 /// else 80.
-int columnsOf(int terminal, char const* variable);
+inline int columnsOf(int terminal, char const* variable)
+{
+    constexpr int usual = 80;
+    if (terminal > 0)
+        return terminal;
+    if (variable == nullptr)
+        return usual;
+    int columns = 0;
+    char const* const end = variable + std::strlen(variable);
+    const std::from_chars_result result = std::from_chars(variable, end, columns);
+    return result.ec == std::errc() && result.ptr == end && columns > 0 ? columns : usual;
+}
 
 }  // namespace Vn

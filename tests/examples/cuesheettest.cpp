@@ -167,7 +167,7 @@ TEST_F(CueSheetTest, anEmptySheetIsASheet)
 {
     write("");
     const ChildRun result = run({"-r", "pal", path});
-    EXPECT_EQ(result.out, "       count   h  m  s      due in s  float double  name\n\n0 cues at 25/1.\n"
+    EXPECT_EQ(result.out, "       count           time         due in  float double  name\n\n0 cues at 25/1.\n"
                           "Kept as float seconds, 0 of 0 cues come back moved.\n"
                           "Kept as double seconds, 0 of 0 cues come back moved.\n");
     EXPECT_EQ(result.exitCode, 0);
