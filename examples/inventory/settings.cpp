@@ -69,7 +69,7 @@ Vn::InUsage getUsage()
         .operands("FOLDER", 0, 1)
         .expect(depth, "a number of levels", isDepth)
         .expect(order, "bytes, files or suffix", isOrder)
-        .note("These have to do with the log and the trace; docs/logging.md has all of them:\n"
+        .note("Of the log and the trace; docs/logging.md has all variables:\n"
               "  VN_LOG_GROUPS=Inventory=Informational   logs each file that is read\n"
               "  VN_LOG_INFORMATIONAL=%FILE              into FILE, and to the standard output\n"
               "  VN_TRACE_OPTIONS=show=Inventory         draws the calls")

@@ -4,14 +4,12 @@
 #include "threadlog.h"
 
 #include <base/exbase.h>
-#include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
-#include <base/inoptionparser.h>
 #include <base/inpackages.h>
+#include <base/inusage.h>
+#include <base/invariable.h>
 #include <base/osutils.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <vector>
 
@@ -35,18 +33,19 @@ Vn::InInit<VnInit::threadlog> package;
 
 Vn::TraceLevel& workLevel = *Vn::Trace::registerLevel("Work", __FILE__);
 
-constexpr char usage[] = "threadlog [-t THREADS] [-n MESSAGES]   4 and 1000 by default\n"
-                         "Where messages go, and which:\n"
-                         "  VN_LOG_WARNING=FILE      a file; +FILE appends, %FILE shows them as well\n"
-                         "  VN_LOG_GROUPS=Example=Informational\n"
-                         "  VN_TRACE_OPTIONS=show=Work\n"
-                         "  VN_INTERNAL_INTERPROCESS_LOG_LOCK=NAME, where several write to one file\n";
+const Vn::InContextAlias<Vn::InInitArg, 1> threadsOption("t:", "-t THREADS: how many threads log");
+const Vn::InContextAlias<Vn::InInitDef, 0> threadsDefault("4", "default");
+Vn::InVariable<int> threadCount("threadlogExample.threads", package, threadsOption, threadsDefault);
 
-struct Work
+const Vn::InContextAlias<Vn::InInitArg, 1> messagesOption("n:", "-n MESSAGES: how many each of them logs");
+const Vn::InContextAlias<Vn::InInitDef, 0> messagesDefault("1000", "default");
+Vn::InVariable<int> messageCount("threadlogExample.messages", package, messagesOption, messagesDefault);
+
+/// The type is looked at as well.
+bool isNotNegative(char const* text)
 {
-    int threads = 4;
-    int messages = 1000;
-};
+    return *text != '-';
+}
 
 /// One thread's messages: their number, and a text whose length changes.
 void work(Vn::LgMinorGroup const& group, int thread, int messages)
@@ -63,48 +62,36 @@ void work(Vn::LgMinorGroup const& group, int thread, int messages)
     }
 }
 
-void runThreads(Work const& all)
+void runThreads()
 {
     const Vn::LgMinorGroup group(Vn::LgMajorGroup::getInstanceForName("Example"), "Work");
     std::vector<std::thread> threads;
-    for (int i = 0; i < all.threads; ++i)
-        threads.emplace_back([&group, i, &all] { work(group, i, all.messages); });
+    for (int i = 0; i < threadCount.getValue(); ++i)
+        threads.emplace_back([&group, i] { work(group, i, messageCount.getValue()); });
     for (std::thread& thread : threads)
         thread.join();
-}
-
-/// False if the arguments are none of ours.
-bool readArguments(int argc, char** argv, Work& all)
-{
-    Vn::InOptionParser parser(argc, argv, "t:n:");
-    for (int option = parser.getOption(); option != -1; option = parser.getOption()) {
-        char const* const value = parser.getValue();
-        if (value == nullptr)
-            return false;
-        (option == 't' ? all.threads : all.messages) = std::atoi(value);
-    }
-    return parser.getArgumentIndex() == argc && all.threads >= 0 && all.messages >= 0;
 }
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    Work all;
-    if (argc == 2 && std::strcmp(argv[1], "-h") == 0) {
-        std::cout << usage;
-        return 0;
-    }
-    if (!readArguments(argc, argv, all)) {
-        std::cerr << "threadlog: see threadlog -h\n";
-        return 2;
-    }
+    const Vn::InUsage usage =
+        Vn::InUsage("Logs from several threads at once.")
+            .expect(threadCount, "a number of threads", isNotNegative)
+            .expect(messageCount, "a number of messages", isNotNegative)
+            .note("Where messages go, and which:\n"
+                  "  VN_LOG_WARNING=FILE      a file; +FILE appends, %FILE shows them as well\n"
+                  "  VN_LOG_GROUPS=Example=Informational\n"
+                  "  VN_TRACE_OPTIONS=show=Work\n"
+                  "  VN_INTERNAL_INTERPROCESS_LOG_LOCK=NAME   where several write to one file");
+    if (auto const end = usage.handle(argc, argv))
+        return *end;
     try {
-        int noArguments = 0;
-        char const* const* none = nullptr;
-        Vn::InInitGuard guard(noArguments, none);
+        char const* const* arguments = argv;
+        Vn::InInitGuard guard(argc, arguments);
         ThreadLog log;
         const ThreadTraceManager traces;
-        runThreads(all);
+        runThreads();
     } catch (Vn::ExBase const& failure) {
         std::cerr << "threadlog: " << failure.getReason() << '\n';
         return 1;

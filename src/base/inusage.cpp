@@ -30,6 +30,15 @@ int endOfPrinting(std::string const& program)
     return failed;
 }
 
+/// Who asks for the settings alone needs no operands.
+InFault const* firstFaultOf(InCommandLine const& line)
+{
+    for (InFault const& fault : line.getFaults())
+        if (fault.kind != InFault::WrongOperand || !line.wantsSettings())
+            return &fault;
+    return nullptr;
+}
+
 /// Sets each flag to whether its word was given, and takes the words out of the arguments.
 void takeBoundWords(InCommandLine const& line, std::vector<InUsageState::Word> const& words, int& argc, char** argv)
 {
@@ -105,14 +114,14 @@ std::optional<int> InUsage::handle(int& argc, char** argv) const
         print(std::cout, program.c_str(), OsTerminal::getColumns());
         return endOfPrinting(program);
     }
-    if (!line.getFaults().empty()) {
-        std::cerr << program << ": " << line.getFaults().front().message << "; " << program << " "
-                  << (line.hasOwnH() ? "--help" : "-h") << " tells more\n";
-        return wronglyUsed;
-    }
     if (line.wantsVersion()) {
         printVersions(std::cout, program);
         return endOfPrinting(program);
+    }
+    if (InFault const* const fault = firstFaultOf(line)) {
+        std::cerr << program << ": " << fault->message << "; " << program << " "
+                  << (line.hasOwnH() ? "--help" : "-h") << " tells more\n";
+        return wronglyUsed;
     }
     if (line.wantsSettings()) {
         std::vector<InSetting> settings = getSettings(argc, argv);

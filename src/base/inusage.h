@@ -136,8 +136,8 @@ public:
     ///     a fault              ->  2, after one line on standard error, which ends in a hint to -h
     ///     can't be printed     ->  1, after one line on standard error
     ///
-    /// Help wins over everything, also behind operands, and a fault over the other two. Removes what word() has bound
-    /// from the arguments, and makes `argc` smaller.
+    /// Help wins over everything, also behind operands, and --version over all faults. A fault wins over --settings,
+    /// unless it concerns the operands. Removes what word() has bound from the arguments, and makes `argc` smaller.
     std::optional<int> handle(int& argc, char** argv) const;
 
     /// Prints the usage text in lines of less than `columns` characters, 40 at the least.

@@ -1,3 +1,4 @@
+// Private to incommandline.cpp, inusagereport.cpp and invaluekind.cpp.
 #pragma once
 
 namespace Vn

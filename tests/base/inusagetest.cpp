@@ -503,6 +503,8 @@ TEST(InUsage, settingsAreToldWithTheSourceThatWins)
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(child("usageHandled", {"--settings", "-q", "file"}).run().exitCode, 2);
+    EXPECT_EQ(child("usageHandled", {"--settings", "-d", "x"}).run().exitCode, 2);
+    EXPECT_EQ(child("usageHandled", {"--settings"}).run().exitCode, 0) << "without the operand, too";
 }
 
 TEST(InUsage, textsOfSettingsAreShownAndNotObeyed)
@@ -547,7 +549,7 @@ TEST(InUsage, whatTheStartWillChooseIsToldBeforeIt)
 VN_CHILD(version)
 {
     static constexpr VnTest::BuildFacts facts;
-    if (argc > 2)
+    if (std::strcmp(argv[argc - 1], "known") == 0)
         DbgBuildInfoMgr::registerAppInfo(VnTest::ownedInfo(facts));
     std::memcpy(argv[0], "prog", 5);
     return handleIn(InUsage("").operands("[X]"), argc, argv);
@@ -563,6 +565,7 @@ TEST(InUsage, versionTellsTheProgramAndTheLibrariesWithoutAStart)
     EXPECT_EQ(withoutDate(nameless.out), "prog\n" + libraries);
     EXPECT_EQ(nameless.err.find("performInitialize"), std::string::npos) << nameless.err;
     EXPECT_EQ(nameless.exitCode, 0);
+    EXPECT_EQ(child("version", {"-q", "--version"}).run().out, nameless.out) << "whatever else is wrong";
     EXPECT_EQ(withoutDate(child("version", {"--version", "known"}).run().out),
               "Api 1.2 beta (P. 1, Aug 27)\n" + libraries);
 }
