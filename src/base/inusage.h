@@ -27,6 +27,7 @@ struct InSetting
 /// What is wrong with a command line or the environment: see InUsage::getFaults().
 struct InFault
 {
+    /// What sort of mistake it is.
     enum Kind
     {
         UnknownOption,  ///< nobody declared it
@@ -35,7 +36,7 @@ struct InFault
         WrongOperand    ///< too few, too many, or an option behind one
     };
 
-    Kind kind;
+    Kind kind;            ///< for a program that handles some of them by itself
     std::string subject;  ///< "-d", "--word", "PALETTE_DEPTH", or the operand; as it was given
     std::string message;  ///< one line for people, control characters shown
 };
@@ -88,9 +89,13 @@ class VN_BASE_EXPORT InUsage
 public:
     /// `summary` says in a sentence what the program does. Null counts as empty here and everywhere below.
     explicit InUsage(char const* summary);
+
+    /// @{
+    /// Copies are independent of each other, but for the flags that word() has bound.
     InUsage(InUsage const&);
     InUsage& operator=(InUsage const&);
     ~InUsage();
+    /// @}
 
     /// Says what stands behind the options; without this call nothing may.
     ///

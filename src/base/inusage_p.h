@@ -54,11 +54,15 @@ void printVersions(std::ostream& stream, std::string const& program);
 
 namespace System
 {
-/// The function `getBuildInfo` of a library of the family.
-using BuildInfoEntry = DbgBuildInfo* (*)();
+/// A library of the family that is loaded.
+struct FamilyLibrary
+{
+    std::string fileName;             ///< without its folder
+    DbgBuildInfo* (*getBuildInfo)();  ///< its function of that name
+};
 
-/// Those of all libraries of the family that are loaded: of the files called "libVN..." that export one themselves.
-std::vector<BuildInfoEntry> getBuildInfoEntries();
+/// All that are loaded: the files called "libVN..." that export `getBuildInfo` themselves.
+std::vector<FamilyLibrary> getFamilyLibraries();
 }  // namespace System
 
 }  // namespace Vn

@@ -10,23 +10,23 @@ namespace Vn::System
 {
 namespace
 {
-bool isOfFamily(char const* path)
+char const* fileNameOf(char const* path)
 {
     char const* const slash = std::strrchr(path, '/');
-    return std::strncmp(slash != nullptr ? slash + 1 : path, "libVN", 5) == 0;
+    return slash != nullptr ? slash + 1 : path;
 }
 
 /// The paths alone: the loader holds a lock meanwhile.
 int collect(::dl_phdr_info* info, std::size_t, void* paths)
 {
-    if (info->dlpi_name != nullptr && isOfFamily(info->dlpi_name))
+    if (info->dlpi_name != nullptr && std::strncmp(fileNameOf(info->dlpi_name), "libVN", 5) == 0)
         static_cast<std::vector<std::string>*>(paths)->emplace_back(info->dlpi_name);
     return 0;
 }
 
 /// Null if the library exports none. The look-up goes on into libraries that this one depends on, so the result must
 /// lie in it.
-BuildInfoEntry entryOf(std::string const& path)
+void* findOwnEntry(std::string const& path)
 {
     void* const library = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
     if (library == nullptr)
@@ -35,19 +35,19 @@ BuildInfoEntry entryOf(std::string const& path)
     ::Dl_info place = {};
     const bool isOwn = address != nullptr && ::dladdr(address, &place) != 0 && path == place.dli_fname;
     ::dlclose(library);
-    return isOwn ? reinterpret_cast<BuildInfoEntry>(address) : nullptr;
+    return isOwn ? address : nullptr;
 }
 }  // namespace
 
-std::vector<BuildInfoEntry> getBuildInfoEntries()
+std::vector<FamilyLibrary> getFamilyLibraries()
 {
     std::vector<std::string> paths;
     ::dl_iterate_phdr(collect, &paths);
-    std::vector<BuildInfoEntry> entries;
+    std::vector<FamilyLibrary> libraries;
     for (std::string const& path : paths)
-        if (BuildInfoEntry const entry = entryOf(path))
-            entries.push_back(entry);
-    return entries;
+        if (void* const address = findOwnEntry(path))
+            libraries.push_back({fileNameOf(path.c_str()), reinterpret_cast<DbgBuildInfo* (*)()>(address)});
+    return libraries;
 }
 
 }  // namespace Vn::System

@@ -19,7 +19,7 @@
 #include <base/osterminal.h>
 
 #include <algorithm>
-#include <cctype>
+#include <exception>
 #include <map>
 #include <ostream>
 #include <sstream>
@@ -191,6 +191,19 @@ std::string describe(char const* name, DbgBuildInfo const& info)
          << orEmpty(info.getBuildDate(false)) << ")";
     return text.str();
 }
+/// A library that fails is named all the same: which one it is may be what is looked for.
+std::string describe(System::FamilyLibrary const& library)
+{
+    try {
+        const ObjPtr<DbgBuildInfo> info(library.getBuildInfo());
+        return info ? describe(info->getLibraryName(false), *info)
+                    : library.fileName + " (tells nothing of itself)";
+    } catch (std::exception const& failure) {
+        return library.fileName + " (" + OsTerminal::shown(failure.what()) + ")";
+    } catch (...) {
+        return library.fileName + " (tells nothing of itself)";
+    }
+}
 }  // namespace
 
 std::string programNameOf(char const* path)
@@ -288,11 +301,8 @@ std::ostream& InUsage::printSettings(std::ostream& stream, std::vector<InSetting
 void printVersions(std::ostream& stream, std::string const& program)
 {
     std::vector<std::string> lines;
-    for (System::BuildInfoEntry const entry : System::getBuildInfoEntries()) {
-        const ObjPtr<DbgBuildInfo> info(entry());
-        if (info)
-            lines.push_back(describe(info->getLibraryName(false), *info));
-    }
+    for (System::FamilyLibrary const& library : System::getFamilyLibraries())
+        lines.push_back(describe(library));
     std::sort(lines.begin(), lines.end());
     try {
         DbgBuildInfo const& application = DbgBuildInfoMgr::getAppInfo();

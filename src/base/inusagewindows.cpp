@@ -11,14 +11,20 @@ namespace Vn::System
 {
 namespace
 {
-/// Names of files don't differ by case here.
-bool isOfFamily(::HMODULE module)
+/// Without its folder.
+std::string fileNameOf(::HMODULE module)
 {
-    constexpr char prefix[] = "libvn";
     char name[MAX_PATH] = {};
     ::K32GetModuleBaseNameA(::GetCurrentProcess(), module, name, sizeof name - 1);
+    return name;
+}
+
+/// Names of files don't differ by case here.
+bool isOfFamily(std::string const& fileName)
+{
+    constexpr char prefix[] = "libvn";
     for (std::size_t i = 0; prefix[i] != '\0'; ++i)
-        if ((name[i] | 0x20) != prefix[i])
+        if (i >= fileName.size() || (fileName[i] | 0x20) != prefix[i])
             return false;
     return true;
 }
@@ -42,20 +48,19 @@ std::vector<::HMODULE> getModules()
 }
 }  // namespace
 
-std::vector<BuildInfoEntry> getBuildInfoEntries()
+std::vector<FamilyLibrary> getFamilyLibraries()
 {
-    std::vector<BuildInfoEntry> entries;
+    std::vector<FamilyLibrary> libraries;
     for (::HMODULE module : getModules()) {
-        if (!isOfFamily(module))
+        FamilyLibrary library = {fileNameOf(module), nullptr};
+        ::FARPROC const address = isOfFamily(library.fileName) ? ::GetProcAddress(module, "getBuildInfo") : nullptr;
+        if (address == nullptr)
             continue;
-        if (::FARPROC const address = ::GetProcAddress(module, "getBuildInfo")) {
-            BuildInfoEntry entry;
-            static_assert(sizeof entry == sizeof address);
-            std::memcpy(&entry, &address, sizeof entry);
-            entries.push_back(entry);
-        }
+        static_assert(sizeof library.getBuildInfo == sizeof address);
+        std::memcpy(&library.getBuildInfo, &address, sizeof address);
+        libraries.push_back(library);
     }
-    return entries;
+    return libraries;
 }
 
 }  // namespace Vn::System

@@ -3,9 +3,11 @@
 #include <base/inpackages.h>
 #include <base/inusage.h>
 #include <base/invariable.h>
+#include <base/ossharedlib.h>
 
 #include "buildinfo.h"
 #include "expectchild.h"
+#include "library.h"
 #include "testpackage.h"
 
 #include <gtest/gtest.h>
@@ -568,6 +570,26 @@ TEST(InUsage, versionTellsTheProgramAndTheLibrariesWithoutAStart)
     EXPECT_EQ(child("version", {"-q", "--version"}).run().out, nameless.out) << "whatever else is wrong";
     EXPECT_EQ(withoutDate(child("version", {"--version", "known"}).run().out),
               "Api 1.2 beta (P. 1, Aug 27)\n" + libraries);
+}
+
+VN_CHILD(versionOfBadLibraries)
+{
+    const VnTest::Library noEntry("VNtestnoentry"), nullInfo("VNtestnullinfo"), throwing("VNtestthrowinginfo");
+    std::memcpy(argv[0], "prog", 5);
+    return handleIn(InUsage(""), argc, argv);
+}
+
+TEST(InUsage, versionNamesLibrariesThatTellNothingOfThemselves)
+{
+    const ChildRun run = child("versionOfBadLibraries", {"--version"}).run();
+    const std::string suffix = OsSharedLib::getSuffix();
+    EXPECT_NE(run.out.find("\nlibVNtestnullinfo" + suffix + " (tells nothing of itself)\n"), std::string::npos)
+        << run.out;
+    EXPECT_NE(run.out.find("\nlibVNtestthrowinginfo" + suffix + " (thrown by the library)\n"), std::string::npos)
+        << run.out;
+    EXPECT_EQ(run.out.find("noentry"), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find("libVNbase 0.2"), run.out.rfind("libVNbase 0.2")) << "once, though others depend on it";
+    EXPECT_EQ(run.exitCode, 0);
 }
 
 TEST(InUsage, copiesAreIndependent)

@@ -133,6 +133,14 @@ TEST(StartingPage, showsWhatTheGreeterPrints)
         std::string::npos);
 }
 
+TEST(Readme, showsWhatTheGreeterRefuses)
+{
+    std::ifstream stream(VN_DOCS "/../README.md", std::ios::binary);
+    const std::string page(std::istreambuf_iterator<char>(stream), {});
+    EXPECT_NE(page.find("\n    $ first -q\n    " + run("first", {"-q"}).err), std::string::npos);
+    EXPECT_NE(page.find("\n    $ first\n    " + run("first", {}).out), std::string::npos);
+}
+
 #if defined(__linux__)
 TEST(Groups, leaveNoFolderBehindWhenTheyAreInterrupted)
 {
