@@ -3,18 +3,33 @@
 #include "cue.h"
 #include "sheet.h"
 
-#include <base/incontextalias.h>
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
-#include <base/inoptionparser.h>
+#include <base/inpackages.h>
+#include <base/inusage.h>
+#include <base/invariable.h>
+#include <base/osterminal.h>
 
-#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <string>
+
+namespace VnInit
+{
+class cuesheet
+{};
+}  // namespace VnInit
+
+template <>
+class Vn::InInit<VnInit::cuesheet> : public Vn::InPackageInit
+{
+    VN_PACKAGE_MEMBERS();
+};
+
+VN_DEFINE_PACKAGE(cuesheet, VnInit::base);
 
 namespace
 {
@@ -23,7 +38,6 @@ using namespace CueSheet;
 constexpr int success = 0;
 constexpr int failed = 1;
 constexpr int wronglyUsed = 2;
-constexpr char const* optionLetters = "hr:s";
 
 /// The command line asks for something that doesn't exist.
 class WrongUse : public std::runtime_error
@@ -32,73 +46,41 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-struct CommandLine
-{
-    bool wantsHelp = false;
-    bool wantsStored = false;
-    std::string rate = "ntsc";
-    std::string file;
-};
+Vn::InInit<VnInit::cuesheet> package;
 
-void takeOption(int option, char const* value, char const* element, CommandLine& line)
+const Vn::InContextAlias<Vn::InInitArg, 1> rateOption("r:", "-r RATE: rate of the sheet, a fraction or a name");
+const Vn::InContextAlias<Vn::InInitDef, 0> rateDefault("ntsc", "default");
+Vn::InVariable<char const*> sheetRate("cuesheet.rate", package, rateOption, rateDefault);
+
+const Vn::InContextAlias<Vn::InInitArg, 1> storedOption("s",
+                                                        "-s: print the stored form of each cue and nothing else");
+const Vn::InContextAlias<Vn::InInitDef, 0> storedDefault("false", "default");
+Vn::InVariable<bool> wantsStored("cuesheet.stored", package, storedOption, storedDefault);
+
+bool isRate(char const* text)
 {
-    switch (option) {
-    case 'h':
-        line.wantsHelp = true;
-        break;
-    case 's':
-        line.wantsStored = true;
-        break;
-    case 'r':
-        if (value == nullptr)
-            throw WrongUse("a rate is missing behind -r");
-        line.rate = value;
-        break;
-    default:
-        throw WrongUse(std::string("unknown option in ") + element);
+    try {
+        readRate(text);
+        return true;
+    } catch (Unreadable const&) {
+        return false;
     }
 }
 
-CommandLine readCommandLine(int argc, char** argv)
+Vn::InUsage getUsage()
 {
-    CommandLine line;
-    // A long word ends the library's option parsing, so it is looked for by hand.
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--help") == 0) {
-            line.wantsHelp = true;
-            return line;
-        }
-        if (std::strncmp(argv[i], "--", 2) == 0 && argv[i][2] != '\0')
-            throw WrongUse(std::string("unknown option ") + argv[i]);
-    }
-    Vn::InOptionParser parser(argc, argv, optionLetters);
-    for (int option = parser.getOption(); option != -1; option = parser.getOption())
-        takeOption(option, parser.getValue(), argv[parser.getArgumentIndex()], line);
-    const int first = parser.getArgumentIndex();
-    if (line.wantsHelp)
-        return line;
-    if (argc - first != 1)
-        throw WrongUse(argc - first < 1 ? "which sheet?" : "one sheet at a time");
-    line.file = argv[first];
-    return line;
-}
-
-void printHelp()
-{
-    std::cout << "cuesheet [-s] [-r RATE] FILE: the cues of a file at one rate, in order, each instant once.\n\n"
-                 "  -r RATE      rate of the sheet: a fraction or a name, ntsc if it isn't told\n"
-                 "  -s           print the stored form of each cue and nothing else\n"
-                 "  -h, --help   this text\n\n"
-                 "A line is TIME = NAME, where TIME is one of\n"
-                 "  1001 30000 1001       count, and the rate's terms\n"
-                 "  12.345s               seconds\n"
-                 "  01:02:03:04 @ ntsc    hours:minutes:seconds:frames, no frame numbers dropped\n"
-                 "and # begins a remark. Rates: "
-              << describeRates()
-              << ".\n\n"
-                 "float and double tell by how many counts a cue moves that is kept in such seconds;\n"
-                 "~ marks a cue between two counts.\n"
-                 "Exit code: 0 for success, 1 for a failure or a line left out, 2 for wrong use.\n";
+    const std::string rates = "# begins a remark. Rates: " + describeRates() + ".";
+    return Vn::InUsage("The cues of a file at one rate, in order, each instant once.")
+        .operands("FILE", 1, 1)
+        .expect(sheetRate, "a rate", isRate)
+        .note("A line of the file is TIME = NAME, where TIME is one of\n"
+              "  1001 30000 1001      count, and the rate's terms\n"
+              "  12.345s              seconds\n"
+              "  01:02:03:04 @ ntsc   hours:minutes:seconds:frames, no frame numbers dropped")
+        .note(rates.c_str())
+        .note("float and double tell by how many counts a cue moves that is kept in such seconds; ~ marks a cue "
+              "between two counts.\n"
+              "Exit code: 0 for success, 1 for a failure or a line left out, 2 for wrong use.");
 }
 
 /// The number of lines that were left out.
@@ -106,10 +88,10 @@ int readSheet(std::string const& file, Sheet& sheet)
 {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored))
-        throw WrongUse("there is no file " + file);
+        throw WrongUse("there is no file " + Vn::OsTerminal::shown(file));
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
-        throw WrongUse("can't open " + file);
+        throw WrongUse("can't open " + Vn::OsTerminal::shown(file));
     int leftOut = 0;
     int number = 0;
     for (std::string line; std::getline(stream, line);) {
@@ -119,38 +101,28 @@ int readSheet(std::string const& file, Sheet& sheet)
         try {
             sheet.add(readCue(line));
         } catch (Unreadable const& reason) {
-            std::cerr << file << ":" << number << ": " << reason.what() << "\n";
+            std::cerr << Vn::OsTerminal::shown(file) << ":" << number << ": "
+                      << Vn::OsTerminal::shown(reason.what()) << "\n";
             ++leftOut;
         }
     }
     if (stream.bad())
-        throw std::runtime_error("can't read " + file);
+        throw std::runtime_error("can't read " + Vn::OsTerminal::shown(file));
     return leftOut;
 }
 
 int run(int argc, char** argv)
 {
-    const CommandLine line = readCommandLine(argc, argv);
-    if (line.wantsHelp) {
-        printHelp();
-        return success;
-    }
-    Vn::Rational rate;
-    try {
-        rate = readRate(line.rate);
-    } catch (Unreadable const& reason) {
-        throw WrongUse(reason.what());
-    }
+    if (auto const end = getUsage().handle(argc, argv))
+        return *end;
 
-    // The library starts the reference clock, which due times refer to. All options are read by now, so it gets the
-    // program's name and no more.
-    int count = 1;
+    // The library starts the reference clock, which due times refer to.
     char const* const* arguments = argv;
-    Vn::InInitGuard guard(count, arguments);
-    Sheet sheet(rate);
-    const int leftOut = readSheet(line.file, sheet);
+    Vn::InInitGuard guard(argc, arguments);
+    Sheet sheet(readRate(sheetRate.getValue()));
+    const int leftOut = readSheet(Vn::InContextAliasMgrBase::getUnboundArgs()[1], sheet);
     sheet.order();
-    if (line.wantsStored)
+    if (wantsStored.getValue())
         sheet.printStored(std::cout);
     else
         sheet.print(std::cout);

@@ -3,8 +3,10 @@
 #include <base/dtreftimefactory.h>
 #include <base/dttimemark.h>
 #include <base/dttimeutil.h>
+#include <base/osterminal.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <iomanip>
 #include <limits>
@@ -42,6 +44,21 @@ std::int64_t driftInDouble(Vn::DtTime const& time)
     return back.getCount() - time.getCount();
 }
 
+/// Of `units` at `perSecond` and with `factor` seconds to a unit of 1/perSecond: milliseconds, halves away from zero.
+std::int64_t roundedMs(std::int64_t units, std::int64_t factor, std::int64_t perSecond)
+{
+    std::int64_t const whole = units / perSecond * factor * 1000;
+    std::int64_t const rest = units % perSecond * factor * 1000;
+    std::int64_t const half = units < 0 ? -perSecond : perSecond;
+    return whole + (2 * rest + half) / (2 * perSecond);
+}
+
+/// Milliseconds of the stream, from its counts.
+std::int64_t streamMs(Vn::DtTime const& time)
+{
+    return roundedMs(time.getCount(), time.getRate().getDenominator(), time.getRate().getNumerator());
+}
+
 /// Milliseconds of the clock from the mark until the time is due. The clock's rate times a denominator such as 1001
 /// would pass 32 bits, so the clock is asked at the rate's numerator alone: 1001 units to a count, and as exact.
 std::int64_t dueMs(Vn::DtTimeMark const& start, Vn::DtTime const& time)
@@ -51,13 +68,18 @@ std::int64_t dueMs(Vn::DtTimeMark const& start, Vn::DtTime const& time)
     const Vn::DtRefTime due = start.evalTime(units).getRefTime();
     std::int64_t const later = due.getCount() - start.getRefTime().getCount();
     std::int64_t const perSecond = due.getRate().getNumerator();
-    return later / perSecond * 1000 + later % perSecond * 1000 / perSecond;
+    return roundedMs(later, 1, perSecond);
 }
 
-void printMs(std::ostream& stream, std::int64_t ms)
+/// The one form of every time: "-0:00:03.003".
+std::string textOf(std::int64_t ms)
 {
-    stream << (ms < 0 ? '-' : ' ') << std::setfill('0') << std::setw(5) << std::abs(ms) / 1000 << '.'
-           << std::setw(3) << std::abs(ms) % 1000 << std::setfill(' ');
+    std::int64_t const seconds = std::abs(ms) / 1000;
+    char text[40];
+    std::snprintf(text, sizeof text, "%s%d:%02d:%02d.%03d", ms < 0 ? "-" : "", static_cast<int>(seconds / 3600),
+                  static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
+                  static_cast<int>(std::abs(ms) % 1000));
+    return text;
 }
 
 void printDrift(std::ostream& stream, char const* type, Drift const& drift, std::size_t cues)
@@ -105,18 +127,15 @@ void Sheet::print(std::ostream& stream) const
     const Vn::DtTimeMark start(Vn::DtTime(0, _rate.getNumerator(), 1),
                                Vn::DtRefTimeFactory::getInstance().create());
     Drift inFloat, inDouble;
-    stream << "       count   h  m  s      due in s  float double  name\n";
+    stream << "       count           time         due in  float double  name\n";
     for (Cue const& cue : _cues) {
         const Vn::DtTime time = atRate(cue);
-        const Vn::DtTimeIndex count = time.getCount();
         // A cue between two counts is shown at the one toward zero.
-        stream << std::setw(12) << std::int64_t(count) << (time == cue.time ? ' ' : '~') << std::setw(3)
-               << count.getHours(_rate) << std::setw(3) << count.getMinutes(_rate) << ' ' << std::fixed
-               << std::setprecision(3) << std::setw(6) << count.getSeconds(_rate) << "  ";
-        printMs(stream, dueMs(start, time));
+        stream << std::setw(12) << std::int64_t(time.getCount()) << (time == cue.time ? ' ' : '~') << std::setw(14)
+               << textOf(streamMs(time)) << ' ' << std::setw(14) << textOf(dueMs(start, time));
         stream << std::setw(7) << std::showpos << inFloat.note(driftInFloat(time)) << std::setw(7)
-               << inDouble.note(driftInDouble(time)) << std::noshowpos << (cue.name.empty() ? "" : "  ") << cue.name
-               << "\n";
+               << inDouble.note(driftInDouble(time)) << std::noshowpos << (cue.name.empty() ? "" : "  ")
+               << Vn::OsTerminal::shown(cue.name) << "\n";
     }
     stream << "\n"
            << _cues.size() << (_cues.size() == 1 ? " cue at " : " cues at ") << _rate.getNumerator() << "/"
@@ -128,13 +147,15 @@ void Sheet::print(std::ostream& stream) const
     printDrift(stream, "double", inDouble, _cues.size());
 }
 
+/// Only a terminal gets less than what the sheet has: anything else may read it again.
 void Sheet::printStored(std::ostream& stream) const
 {
+    const bool isTerminal = Vn::OsTerminal::isStandardOutput();
     for (Cue const& cue : _cues) {
         const Vn::ArrayPtr<char> text = Vn::DtTimeUtil::getDtStringFromDtTime(cue.time);
         stream << text.get();
         if (!cue.name.empty())
-            stream << " = " << cue.name;
+            stream << " = " << (isTerminal ? Vn::OsTerminal::shown(cue.name) : cue.name);
         stream << "\n";
     }
 }

@@ -1,6 +1,8 @@
 #include <base/ininitmgr.h>
 #include <base/inpackages.h>
+#include <base/inusage.h>
 #include <base/invariable.h>
+#include <base/osterminal.h>
 #include <iostream>
 
 namespace VnInit { class greeter {}; }
@@ -18,7 +20,9 @@ static Vn::InVariable<char const*> name("greeter.name", package, option, variabl
 
 int main(int argc, char** argv)
 {
+    if (auto const end = Vn::InUsage("Greets somebody.").handle(argc, argv))
+        return *end;
     char const* const* arguments = argv;
     Vn::InInitGuard guard(argc, arguments);
-    std::cout << "Hello, " << name.getValue() << "!\n";
+    std::cout << "Hello, " << Vn::OsTerminal::shown(name.getValue()) << "!\n";
 }

@@ -8,6 +8,7 @@
 #include <base/osdateutil.h>
 #include <base/osendian.h>
 #include <base/osmemoryarch.h>
+#include <base/osterminal.h>
 #include <base/osutils.h>
 
 #include <iomanip>
@@ -33,7 +34,7 @@ std::string numberOrNone(long long number, char const* unit)
 
 void printRow(std::ostream& stream, char const* name, std::string const& value)
 {
-    stream << "  " << std::left << std::setw(20) << name << std::right << value << "\n";
+    stream << "  " << std::left << std::setw(20) << name << std::right << Vn::OsTerminal::shown(value) << "\n";
 }
 
 template <class Get>
@@ -86,7 +87,7 @@ void printModules(std::ostream& stream)
         std::uintptr_t size = 0;
         for (Vn::LmBlock const& block : library.getBlocks())
             size += block.getSize();
-        stream << std::setw(14) << size << "  " << library.getPath() << "\n";
+        stream << std::setw(14) << size << "  " << Vn::OsTerminal::shown(library.getPath()) << "\n";
     }
 }
 

@@ -6,6 +6,7 @@
 #include <base/exbase.h>
 #include <base/osdirectory.h>
 #include <base/osfsutils.h>
+#include <base/osterminal.h>
 #include <base/trace.h>
 
 #include <algorithm>
@@ -35,8 +36,7 @@ namespace Inventory
 {
 namespace
 {
-constexpr std::size_t filesPerReport = 1000;
-constexpr std::uint64_t bytesPerReport = 64 << 20;
+constexpr std::size_t foldersPerReport = 100;
 
 /// VN_TRACE_OPTIONS=show=Inventory draws the calls.
 Vn::TraceLevel& traceLevel = *Vn::Trace::registerLevel("Inventory", __FILE__);
@@ -93,7 +93,7 @@ void Scanner::scan(std::string const& folder)
     walk();
     readFiles();
     if (_hasTold)
-        std::cerr << "\r" << std::setw(40) << ""
+        std::cerr << "\r" << std::setw(60) << ""
                   << "\r" << std::flush;
 }
 
@@ -125,7 +125,8 @@ void Scanner::listFolder(Waiting const& folder)
         _findings.folders.push_back(folder.name);
     for (std::unique_ptr<Vn::OsFile> const& child : owned)
         takeChild(*child, folder);
-    VN_TRACE(traceLevel, (folder.name.empty() ? "." : folder.name) << ": " << owned.size());
+    tellWalk();
+    VN_TRACE(traceLevel, (folder.name.empty() ? "." : Vn::OsTerminal::shown(folder.name)) << ": " << owned.size());
 }
 
 void Scanner::takeChild(Vn::OsFile& child, Waiting const& folder)
@@ -154,10 +155,9 @@ void Scanner::takeChild(Vn::OsFile& child, Waiting const& folder)
 void Scanner::readFiles()
 {
     VN_TRACE_ENTRY(traceLevel, "readFiles");
-    const auto onResult = [this](Crew::Result const& result) {
+    const auto onResult = [this](Crew::Result const&) {
         ++_filesRead;
-        _bytesRead += result.reading.bytes;
-        tellProgress();
+        tellReading(_toRead.size());
     };
     _reading.start();
     const std::vector<Crew::Result> results = Crew(Crew::getUsualSize()).read(_toRead, onResult);
@@ -173,14 +173,25 @@ void Scanner::readFiles()
     VN_TRACE(traceLevel, results.size() << " files");
 }
 
-void Scanner::tellProgress()
+/// How many folders there are shows only at the end, so the walk has a counter.
+void Scanner::tellWalk()
 {
-    const bool isTime = _filesRead % filesPerReport == 0 || _bytesRead - _bytesTold >= bytesPerReport;
-    if (!_showsProgress || !isTime)
+    const std::size_t folders = _findings.folders.size();
+    if (!_showsProgress || folders % foldersPerReport != 0)
         return;
-    _bytesTold = _bytesRead;
     _hasTold = true;
-    std::cerr << "\r" << _filesRead << " files, " << (_bytesRead >> 20) << " MiB ..." << std::flush;
+    std::cerr << "\rwalking: " << folders << " folders, " << _toRead.size() << " files ..." << std::flush;
+}
+
+/// At most a hundred times, whatever the number of files.
+void Scanner::tellReading(std::size_t files)
+{
+    const std::size_t percent = _filesRead * 100 / files;
+    if (!_showsProgress || percent == _percentTold)
+        return;
+    _percentTold = percent;
+    _hasTold = true;
+    std::cerr << "\rreading: " << percent << " % of " << files << " files ...          " << std::flush;
 }
 
 void Scanner::printPasses(std::ostream& stream) const
@@ -192,7 +203,7 @@ void Scanner::printPasses(std::ostream& stream) const
     _reading.print(stream);
 }
 
-void Scanner::print(std::ostream& stream, std::string const& order) const
+void Scanner::print(std::ostream& stream, std::string const& order, std::size_t most) const
 {
     std::map<std::string, Tally> bySuffix;
     Tally total;
@@ -211,12 +222,22 @@ void Scanner::print(std::ostream& stream, std::string const& order) const
                                     : left.second.bytes > right.second.bytes;
         });
     const auto printRow = [&stream](std::string const& suffix, auto const& files, auto const& bytes) {
-        stream << "  " << std::left << std::setw(20) << suffix << std::right << std::setw(12) << files
-               << std::setw(16) << bytes << "\n";
+        stream << "  " << std::left << std::setw(20) << Vn::OsTerminal::shown(suffix) << std::right << std::setw(12)
+               << files << std::setw(16) << bytes << "\n";
     };
     printRow("suffix", "files", "bytes");
-    for (auto const& [suffix, tally] : rows)
-        printRow(suffix, tally.files, tally.bytes);
+    Tally others;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        auto const& [suffix, tally] = rows[i];
+        if (i < most) {
+            printRow(suffix, tally.files, tally.bytes);
+        } else {
+            others.files += tally.files;
+            others.bytes += tally.bytes;
+        }
+    }
+    if (rows.size() > most)
+        printRow(std::to_string(rows.size() - most) + " more (-a)", others.files, others.bytes);
     printRow("total", total.files, total.bytes);
 }
 
@@ -232,7 +253,7 @@ void Scanner::printLargest(std::ostream& stream, std::size_t count) const
     for (Findings::File const& found : files) {
         stream << std::setw(14) << found.bytes << "  " << timeAndOwnerOf(pathBelow(_root, found.name)) << "  "
                << std::hex << std::setfill('0') << std::setw(16) << found.checksum << std::dec << std::setfill(' ')
-               << "  " << found.name << "\n";
+               << "  " << Vn::OsTerminal::shown(found.name) << "\n";
     }
 }
 

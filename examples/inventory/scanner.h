@@ -81,8 +81,8 @@ public:
     /// walk goes on.
     void scan(std::string const& folder);
 
-    /// Prints a row for each suffix, in `order`, and their sum.
-    void print(std::ostream& stream, std::string const& order) const;
+    /// Prints a row for each of the first `most` suffixes, in `order`, one for all others, and the sum of all.
+    void print(std::ostream& stream, std::string const& order, std::size_t most) const;
 
     /// Prints the `count` largest files with their owner, size and time of modification.
     void printLargest(std::ostream& stream, std::size_t count) const;
@@ -109,7 +109,8 @@ private:
     void listFolder(Waiting const& folder);
     void takeChild(Vn::OsFile& child, Waiting const& folder);
     void readFiles();
-    void tellProgress();
+    void tellWalk();
+    void tellReading(std::size_t files);
 
     const int _depth;
     const bool _showsProgress;
@@ -120,9 +121,8 @@ private:
     Findings _findings;
     Pass _walking{"walking"};  ///< a round for each folder
     Pass _reading{"reading"};  ///< one round
-    std::uint64_t _filesRead = 0;
-    std::uint64_t _bytesTold = 0;
-    std::uint64_t _bytesRead = 0;
+    std::size_t _filesRead = 0;
+    std::size_t _percentTold = 0;
     bool _hasTold = false;
 };
 

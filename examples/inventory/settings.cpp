@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <iomanip>
-#include <ostream>
 #include <string>
+#include <vector>
 
 VN_DEFINE_PACKAGE(inventorySettings, VnInit::base);
 
@@ -16,53 +15,35 @@ namespace
 using Option = Vn::InContextAlias<Vn::InInitArg, 1>;
 using Variable = Vn::InContextAlias<Vn::InInitEnv, 1>;
 using Default = Vn::InContextAlias<Vn::InInitDef, 0>;
-using Override = Vn::InContextAlias<Vn::InInitOvr, 0>;
 
 Vn::InInit<VnInit::inventorySettings> package;
 
-const Option copyOption("c:", "-c TARGET    copy what is found to TARGET, and compare");
+const Option allOption("a", "-a: print all suffixes, and not the first twenty alone");
+const Variable allVariable("INVENTORY_ALL", "INVENTORY_ALL");
+const Default allDefault("false", "false");
+
+const Option copyOption("c:", "-c TARGET: copy what is found to TARGET, and compare");
 const Variable copyVariable("INVENTORY_COPY", "INVENTORY_COPY");
 const Default copyDefault("", "none");
 
-const Option depthOption("d:", "-d LEVELS    levels of folders to look into");
+const Option depthOption("d:", "-d LEVELS: levels of folders to look into");
 const Variable depthVariable("INVENTORY_DEPTH", "INVENTORY_DEPTH");
 const Default depthDefault("100", "100");
 
-const Option hiddenOption("a", "-a           count what begins with a dot, too");
+const Option hiddenOption("H", "-H: count what begins with a dot, too");
 const Variable hiddenVariable("INVENTORY_HIDDEN", "INVENTORY_HIDDEN");
 const Default hiddenDefault("false", "false");
 
-const Option orderOption("s:", "-s ORDER     sort by bytes, files or suffix");
+const Option orderOption("s:", "-s ORDER: sort by bytes, files or suffix");
 const Variable orderVariable("INVENTORY_ORDER", "INVENTORY_ORDER");
 const Default orderDefault("bytes", "bytes");
 
-const Option progressOption("p", "-p           tell how far a long walk is");
+const Option progressOption("p", "-p: tell on a terminal how far a long walk is");
 const Variable progressVariable("INVENTORY_PROGRESS", "INVENTORY_PROGRESS");
 const Default progressDefault("true", "true");
-
-std::string sourceOf(Vn::InVariableBase const& setting, Option const& option, Variable const& variable)
-{
-    const std::string source = setting.initSource();
-    if (source == Option::initSourceString())
-        return std::string("option -") + option.getKey()[0];
-    if (source == Variable::initSourceString())
-        return std::string("environment ") + variable.getKey();
-    return source == Override::initSourceString() ? "override" : "default";
-}
-
-void printRow(std::ostream& stream, char const* handle, std::string const& value, std::string const& source)
-{
-    stream << "  " << std::left << std::setw(20) << handle << std::setw(7) << value << " " << source << "\n"
-           << std::right;
-}
-
-void printHelpRow(std::ostream& stream, Option const& option, Variable const& variable, Default const& fallback)
-{
-    stream << "  " << option.getDescription() << " (" << variable.getKey() << ", default "
-           << fallback.getDescription() << ")\n";
-}
 }  // namespace
 
+Vn::InVariable<bool> all("inventory.all", package, allOption, allVariable, allDefault);
 Vn::InVariable<char const*> copy("inventory.copy", package, copyOption, copyVariable, copyDefault);
 Vn::InVariable<int> depth("inventory.depth", package, depthOption, depthVariable, depthDefault);
 Vn::InVariable<bool> hidden("inventory.hidden", package, hiddenOption, hiddenVariable, hiddenDefault);
@@ -82,26 +63,24 @@ bool isOrder(char const* text)
     return given == "bytes" || given == "files" || given == "suffix";
 }
 
-void print(std::ostream& stream)
+Vn::InUsage getUsage()
 {
-    const auto word = [](bool flag) { return flag ? "true" : "false"; };
-    const std::string target = copy.getValue();
-    printRow(stream, copy.getHandle(), target.empty() ? "none" : target, sourceOf(copy, copyOption, copyVariable));
-    printRow(stream, depth.getHandle(), std::to_string(depth.getValue()),
-             sourceOf(depth, depthOption, depthVariable));
-    printRow(stream, hidden.getHandle(), word(hidden.getValue()), sourceOf(hidden, hiddenOption, hiddenVariable));
-    printRow(stream, order.getHandle(), order.getValue(), sourceOf(order, orderOption, orderVariable));
-    printRow(stream, progress.getHandle(), word(progress.getValue()),
-             sourceOf(progress, progressOption, progressVariable));
+    return Vn::InUsage("Files and bytes in a folder, by suffix.")
+        .operands("FOLDER", 0, 1)
+        .expect(depth, "a number of levels", isDepth)
+        .expect(order, "bytes, files or suffix", isOrder)
+        .note("Of the log and the trace; docs/logging.md has all variables:\n"
+              "  VN_LOG_GROUPS=Inventory=Informational   logs each file that is read\n"
+              "  VN_LOG_INFORMATIONAL=%FILE              into FILE, and to the standard output\n"
+              "  VN_TRACE_OPTIONS=show=Inventory         draws the calls")
+        .note("Exit code: 0 for success, 1 for a failure, 2 for wrong use.");
 }
 
-void printHelp(std::ostream& stream)
+void print(std::ostream& stream)
 {
-    printHelpRow(stream, copyOption, copyVariable, copyDefault);
-    printHelpRow(stream, depthOption, depthVariable, depthDefault);
-    printHelpRow(stream, hiddenOption, hiddenVariable, hiddenDefault);
-    printHelpRow(stream, orderOption, orderVariable, orderDefault);
-    printHelpRow(stream, progressOption, progressVariable, progressDefault);
+    std::vector<Vn::InSetting> settings = Vn::InUsage::getSettings();
+    std::erase_if(settings, [](Vn::InSetting const& setting) { return !setting.handle.starts_with("inventory."); });
+    Vn::InUsage::printSettings(stream, settings);
 }
 
 }  // namespace Inventory::Settings

@@ -2,8 +2,6 @@
 
 #include <base/dbgbuildinfomgr.h>
 
-#include <ostream>
-
 namespace Inventory
 {
 namespace
@@ -27,10 +25,9 @@ public:
 };
 }  // namespace
 
-void printVersion(std::ostream& stream, bool verbose)
+void registerVersion()
 {
     Vn::DbgBuildInfoMgr::registerAppInfo(Vn::ObjPtr<Vn::DbgBuildInfo>(new BuildInfo));
-    Vn::DbgBuildInfoMgr::printBuildInfo(stream, verbose);
 }
 
 }  // namespace Inventory

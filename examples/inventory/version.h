@@ -1,11 +1,9 @@
 #pragma once
 
-#include <iosfwd>
-
 namespace Inventory
 {
 
-/// Prints what the program and the libraries in this process are; `verbose`: and who built them.
-void printVersion(std::ostream& stream, bool verbose);
+/// Tells the registry of versions what the program is. Before the start, so that --version has it too.
+void registerVersion();
 
 }  // namespace Inventory

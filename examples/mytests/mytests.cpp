@@ -1,4 +1,5 @@
-// mytests: a test program of the family. Each group is a static object; `main` is one line.
+// mytests: a test program of the family. Each group is a static object.
+#include <base/inusage.h>
 #include <base/testgroup.h>
 #include <base/testmgr.h>
 
@@ -24,5 +25,15 @@ public:
 
 int main(int argc, char** argv)
 {
+    // What follows the first argument belongs to the driver, or to a group.
+    int first = std::min(argc, 2);
+    const Vn::InUsage usage = Vn::InUsage("Runs groups of tests; lists them without an argument.")
+                                  .operands("[GROUP [ARGUMENT]...]")
+                                  .word("-perf LIST", "time the groups of the file LIST")
+                                  .word("-dumpLibs", "print the loaded libraries, behind a group if one is named")
+                                  .word("-dumpLeaks", "run a group, and print its leaks")
+                                  .word("-detectLeaks", "run a group; it fails if it leaks");
+    if (auto const end = usage.handle(first, argv))
+        return *end;
     return Vn::TestMgr::runTest(argc, argv);
 }

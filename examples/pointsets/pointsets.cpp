@@ -3,6 +3,8 @@
 // drawPoints() shows 256 points of each of six sources. drawScenes() fills six histograms, has each dump itself as an Open
 // Inventor scene, reads the vertices back from the text and projects them. All code on that page is taken from this file;
 // tools/drawsampling.sh runs the program.
+#include <base/inusage.h>
+#include <base/osterminal.h>
 #include <base/rncosinehemisphericalrng.h>
 #include <base/rngaussianrng.h>
 #include <base/rnhaltonbirng.h>
@@ -245,15 +247,18 @@ void drawScenes(std::string const& path)
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::cerr << "usage: pointsets FOLDER\nWrites pointsets.svg and scenes.svg to FOLDER, which must exist.\n";
-        return 2;
-    }
+    const Vn::InUsage usage = Vn::InUsage("Draws point sets and histogram scenes: writes pointsets.svg and "
+                                          "scenes.svg to FOLDER, which must exist.")
+                                  .operands("FOLDER", 1, 1);
+    if (auto const end = usage.handle(argc, argv))
+        return *end;
+    // The last one: "--" may stand in front. This program starts nothing, so it takes the operand by itself.
+    const std::string folder = argv[argc - 1];
     try {
-        drawPoints(std::string(argv[1]) + "/pointsets.svg");
-        drawScenes(std::string(argv[1]) + "/scenes.svg");
+        drawPoints(folder + "/pointsets.svg");
+        drawScenes(folder + "/scenes.svg");
     } catch (std::exception const& failure) {
-        std::cerr << "pointsets: " << failure.what() << "\n";
+        std::cerr << "pointsets: " << Vn::OsTerminal::shown(failure.what()) << "\n";
         return 1;
     }
     return 0;

@@ -11,14 +11,15 @@
 #include "render.h"
 #include "settings.h"
 
-#include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
+#include <base/osterminal.h>
 #include <base/rnhistogramspherical.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
@@ -30,7 +31,6 @@ using namespace Skylight;
 
 constexpr int success = 0;
 constexpr int failed = 1;
-constexpr int wronglyUsed = 2;
 
 /// Renders all directions of a picture in eight passes, so that the log shows progress; fewer than eight directions take
 /// one pass.
@@ -65,8 +65,10 @@ void makePicture(Journal& journal)
               << Settings::source.getValue() << ", " << Settings::sampler.getValue() << "\n";
     printFingerprint(render.getLight());
     const std::string path = Settings::picture.getValue();
-    if (!path.empty())
-        writePicture(path, render.getWidth(), render.getHeight(), render.getBytes());
+    if (path.empty())
+        return;
+    writePicture(path, render.getWidth(), render.getHeight(), render.getBytes());
+    std::cout << "picture " << Vn::OsTerminal::shown(std::filesystem::absolute(path).string()) << "\n";
 }
 
 /// Directions for each pixel of the picture that errors are measured against. With its source the remaining error is far
@@ -139,14 +141,6 @@ void makeHistogram(Journal& journal)
 
 int run()
 {
-    const std::string fault = Settings::getFault();
-    const bool hasOperand = Vn::InContextAliasMgrBase::getUnboundArgs().size() > 1;
-    if (hasOperand || !fault.empty()) {
-        const std::string operand = hasOperand ? Vn::InContextAliasMgrBase::getUnboundArgs()[1] : "";
-        std::cerr << "skylight: " << (hasOperand ? "unexpected argument '" + operand + "'" : fault)
-                  << "; skylight --help lists the options\n";
-        return wronglyUsed;
-    }
     Journal journal(Settings::quiet.getValue());
     if (Settings::table.getValue())
         printTable(journal);
@@ -158,36 +152,18 @@ int run()
         throw std::runtime_error("cannot write to standard output");
     return success;
 }
-
-void printHelp()
-{
-    std::cout << "usage: skylight [OPTION]...\n"
-                 "Renders spheres under an open sky from directions of your choice.\n\n";
-    Settings::printHelp(std::cout);
-    std::cout
-        << "  -h, --help   show this help\n\n"
-           "An option overrides its environment variable, which overrides the default. Equal options give the\n"
-           "same bits on all platforms, except with the source \"system\", which is the platform's rand().\n"
-           "Messages go to events.log and times to prof.log, in the folder that T4Q_TEST_DIR names or else in\n"
-           "the folder for temporary files.\n"
-           "Exit code: 0 for success, 1 for a failure, 2 for wrong usage.\n";
-}
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "-h") == 0 || std::strcmp(argv[i], "--help") == 0) {
-            printHelp();
-            return success;
-        }
-    }
+    if (auto const end = Settings::getUsage().handle(argc, argv))
+        return *end;
     try {
         char const* const* arguments = argv;
         Vn::InInitGuard guard(argc, arguments);
         return run();
     } catch (std::exception const& failure) {
-        std::cerr << "skylight: " << failure.what() << "\n";
+        std::cerr << "skylight: " << Vn::OsTerminal::shown(failure.what()) << "\n";
         return failed;
     }
 }

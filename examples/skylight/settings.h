@@ -2,10 +2,8 @@
 
 #include <base/ininit.h>
 #include <base/inpackages.h>
+#include <base/inusage.h>
 #include <base/invariable.h>
-
-#include <iosfwd>
-#include <string>
 
 namespace VnInit
 {
@@ -28,10 +26,7 @@ extern Vn::InVariable<int> width, samples;
 extern Vn::InVariable<char const*> source, sampler, picture, histogram;
 extern Vn::InVariable<bool> table, quiet;
 
-/// Prints one line for each option.
-void printHelp(std::ostream& stream);
-
-/// The first invalid setting and what is allowed instead, as one line; empty if all settings are valid.
-std::string getFault();
+/// The help, and what the settings ask for beyond their types.
+Vn::InUsage getUsage();
 
 }  // namespace Skylight::Settings

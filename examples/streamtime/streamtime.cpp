@@ -4,6 +4,7 @@
 #include <base/dttimeutil.h>
 #include <base/exbase.h>
 #include <base/ininitmgr.h>
+#include <base/inusage.h>
 
 #include <iostream>
 
@@ -96,6 +97,8 @@ void marks()
 
 int main(int argc, char** argv)
 {
+    if (auto const end = Vn::InUsage("Works out the numbers of docs/streamtime.md.").handle(argc, argv))
+        return *end;
     try {
         char const* const* arguments = argv;
         Vn::InInitGuard guard(argc, arguments);

@@ -9,7 +9,9 @@
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/inpackages.h>
+#include <base/inusage.h>
 #include <base/ossharedlib.h>
+#include <base/osterminal.h>
 
 #include <cstring>
 #include <exception>
@@ -24,10 +26,11 @@ bool load(char const* name)
     Vn::InReinitGuard guard;
     try {
         Vn::DbgBuildInfoUtil::registerModule(name);
-        std::cout << name << ": registered\n";
+        std::cout << Vn::OsTerminal::shown(name) << ": registered\n";
         return true;
     } catch (std::exception const& failure) {
-        std::cout << name << ": " << failure.what() << "\n";
+        // The message has the name in it.
+        std::cout << Vn::OsTerminal::shown(std::string(name) + ": " + failure.what()) << "\n";
         return false;
     }
 }
@@ -47,6 +50,14 @@ void useSwatch()
 
 int main(int argc, char** argv)
 {
+    const Vn::InUsage usage =
+        Vn::InUsage("Loads libraries of the family by their names, and prints what the process is made of then.")
+            .operands("[NAME]...")
+            .note("NAME stands for the file libVNNAME, with the suffix of the system. Exit code: 0 if all were "
+                  "taken, 1 "
+                  "if one was refused, 2 for wrong use.");
+    if (auto const end = usage.handle(argc, argv))
+        return *end;
     try {
         char const* const* arguments = argv;
         Vn::InInitGuard guard(argc, arguments);

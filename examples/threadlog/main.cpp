@@ -6,7 +6,8 @@
 #include <base/exbase.h>
 #include <base/hwcounter.h>
 #include <base/ininitmgr.h>
-#include <base/inoptionparser.h>
+#include <base/inusage.h>
+#include <base/invariable.h>
 #include <base/lglog.h>
 #include <base/osutils.h>
 #include <base/trace.h>
@@ -15,8 +16,6 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <latch>
@@ -25,23 +24,43 @@
 #include <thread>
 #include <vector>
 
+namespace VnInit
+{
+class threadlogExample
+{};
+}  // namespace VnInit
+
+template <>
+class Vn::InInit<VnInit::threadlogExample> : public Vn::InPackageInit
+{
+    VN_PACKAGE_MEMBERS();
+};
+
+VN_DEFINE_PACKAGE(threadlogExample, VnInit::threadlog);
+
 namespace
 {
+Vn::InInit<VnInit::threadlogExample> package;
+
 Vn::TraceLevel& workLevel = *Vn::Trace::registerLevel("Work", __FILE__);
 
-constexpr char usage[] = "threadlog [-t THREADS] [-n MESSAGES] [-q]   4 and 1000 by default; -q draws nothing\n"
-                         "Where messages go, and which:\n"
-                         "  VN_LOG_WARNING=FILE      a file; +FILE appends, %FILE shows them as well\n"
-                         "  VN_LOG_GROUPS=Example=Informational\n"
-                         "  VN_TRACE_OPTIONS=show=Work\n"
-                         "  VN_INTERNAL_INTERPROCESS_LOG_LOCK=NAME, where several write to one file\n";
+const Vn::InContextAlias<Vn::InInitArg, 1> threadsOption("t:", "-t THREADS: how many threads log");
+const Vn::InContextAlias<Vn::InInitDef, 0> threadsDefault("4", "default");
+Vn::InVariable<int> threadCount("threadlogExample.threads", package, threadsOption, threadsDefault);
 
-struct Work
+const Vn::InContextAlias<Vn::InInitArg, 1> messagesOption("n:", "-n MESSAGES: how many each of them logs");
+const Vn::InContextAlias<Vn::InInitDef, 0> messagesDefault("1000", "default");
+Vn::InVariable<int> messageCount("threadlogExample.messages", package, messagesOption, messagesDefault);
+
+const Vn::InContextAlias<Vn::InInitArg, 1> quietOption("q", "-q: draws nothing");
+const Vn::InContextAlias<Vn::InInitDef, 0> quietDefault("false", "default");
+Vn::InVariable<bool> isQuiet("threadlogExample.quiet", package, quietOption, quietDefault);
+
+/// The type is looked at as well.
+bool isNotNegative(char const* text)
 {
-    int threads = 4;
-    int messages = 1000;
-    bool isQuiet = false;
-};
+    return *text != '-';
+}
 
 /// One thread's messages: their number, and a text whose length changes. The thread needs nothing else for that.
 void work(Vn::LgMinorGroup const& group, int thread, int messages)
@@ -56,15 +75,15 @@ void work(Vn::LgMinorGroup const& group, int thread, int messages)
     }
 }
 
-void runThreads(Work const& all)
+void runThreads()
 {
     const Vn::LgMinorGroup group(Vn::LgMajorGroup::getInstanceForName("Example"), "Work");
     std::vector<std::thread> threads;
-    std::latch everybody(all.threads);
-    for (int i = 0; i < all.threads; ++i)
-        threads.emplace_back([&group, i, &all, &everybody] {
+    std::latch everybody(threadCount.getValue());
+    for (int i = 0; i < threadCount.getValue(); ++i)
+        threads.emplace_back([&group, i, &everybody] {
             everybody.arrive_and_wait();
-            work(group, i, all.messages);
+            work(group, i, messageCount.getValue());
         });
     for (std::thread& thread : threads)
         thread.join();
@@ -110,46 +129,31 @@ void draw(char const* path)
     std::cout << "  " << static_cast<double>(last - first) * Vn::HwCounter::resolution() * 1e3 << " ms, in " << path
               << "\n";
 }
-
-/// False if the arguments are none of ours.
-bool readArguments(int argc, char** argv, Work& all)
-{
-    Vn::InOptionParser parser(argc, argv, "t:n:q");
-    for (int option = parser.getOption(); option != -1; option = parser.getOption()) {
-        char const* const value = parser.getValue();
-        if (option == 'q')
-            all.isQuiet = true;
-        else if (value == nullptr)
-            return false;
-        else
-            (option == 't' ? all.threads : all.messages) = std::atoi(value);
-    }
-    return parser.getArgumentIndex() == argc && all.threads >= 0 && all.messages >= 0;
-}
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    Work all;
-    if (argc == 2 && std::strcmp(argv[1], "-h") == 0) {
-        std::cout << usage;
-        return 0;
-    }
-    if (!readArguments(argc, argv, all)) {
-        std::cerr << "threadlog: see threadlog -h\n";
-        return 2;
-    }
+    const Vn::InUsage usage =
+        Vn::InUsage("Logs from several threads at once.")
+            .expect(threadCount, "a number of threads", isNotNegative)
+            .expect(messageCount, "a number of messages", isNotNegative)
+            .note("Where messages go, and which:\n"
+                  "  VN_LOG_WARNING=FILE      a file; +FILE appends, %FILE shows them as well\n"
+                  "  VN_LOG_GROUPS=Example=Informational\n"
+                  "  VN_TRACE_OPTIONS=show=Work\n"
+                  "  VN_INTERNAL_INTERPROCESS_LOG_LOCK=NAME   where several write to one file");
+    if (auto const end = usage.handle(argc, argv))
+        return *end;
     try {
-        int noArguments = 0;
-        char const* const* none = nullptr;
         Vn::InVariableBase::overrideViaHandle("threadlog.wait", "all", "no message is to be lost here");
-        Vn::InInitGuard guard(noArguments, none);
+        char const* const* arguments = argv;
+        Vn::InInitGuard guard(argc, arguments);
         Vn::ThreadLog log;
         log.installCrashHandlers();
-        runThreads(all);
+        runThreads();
         log.flush();
         char const* const path = Vn::LgLog::getLevelFileName(Vn::LgTypes::Warning);
-        if (!all.isQuiet && path != nullptr)
+        if (!isQuiet.getValue() && path != nullptr)
             draw(path);
     } catch (Vn::ExBase const& failure) {
         std::cerr << "threadlog: " << failure.getReason() << '\n';

@@ -13,6 +13,7 @@
 #include <base/incontextaliasmgr.h>
 
 #include <base/incontextaliasmgr_p.h>
+#include <base/indeclarations_p.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
 #include <base/inoptionparser.h>
@@ -21,6 +22,7 @@
 #include <base/osenv_p.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -353,6 +355,22 @@ void InContextAliasMgr<Alias>::dropRegisterIfEmpty() noexcept
         delete _register;
         _register = nullptr;
     }
+}
+
+/// In the order in which the start looks at them, which decides among keys with one letter.
+std::vector<InContextAlias<InInitArg, 1> const*> InDeclarations::getOptions()
+{
+    using Manager = InContextAliasMgr<InContextAlias<InInitArg, 1>>;
+    if (Manager::_register == nullptr)
+        return {};
+    std::vector<InContextAlias<InInitArg, 1>*> const& options = Manager::_register->getSorted();
+    return {options.begin(), options.end()};
+}
+
+/// As the start reads it: the library's own variables not for a caller whom it can't trust.
+char const* InDeclarations::readVariable(char const* name)
+{
+    return System::isOwnSetting(name) ? System::getOwnVariable(name) : std::getenv(name);
 }
 
 /// Compiled once, so that all libraries of a process share one register for each kind.

@@ -80,6 +80,7 @@ public:
 
 private:
     friend Alias;
+    friend class InDeclarations;
 
     class Register;
 

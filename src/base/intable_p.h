@@ -129,6 +129,15 @@ public:
     /// Number of entries.
     std::size_t size() const { return _used; }
 
+    /// Calls `action` with each value, in no particular order.
+    template <class Action>
+    void forEach(Action const& action) const
+    {
+        for (Slot const& slot : _slots)
+            if (!slot.key.isEmpty())
+                action(slot.value);
+    }
+
 private:
     struct Slot
     {

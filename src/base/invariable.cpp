@@ -15,11 +15,14 @@
 #include <base/invariable.h>
 
 #include <base/duplicatestring.h>
+#include <base/indeclarations_p.h>
 #include <base/indiagnostics_p.h>
 #include <base/inex.h>
 #include <base/intable_p.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -289,6 +292,40 @@ void InVariableBase::takeOverride()
     _aliases.insert(found->second);
     _pendingOverrides->erase(found);
     dropIfEmpty(_pendingOverrides);
+}
+
+/// The table has no order of its own.
+std::vector<InVariableBase const*> InDeclarations::getVariables()
+{
+    std::vector<InVariableBase const*> variables;
+    if (InVariableBase::_registry == nullptr)
+        return variables;
+    InVariableBase::_registry->forEach([&](InVariableBase const* variable) { variables.push_back(variable); });
+    std::sort(variables.begin(), variables.end(), [](InVariableBase const* left, InVariableBase const* right) {
+        return std::strcmp(left->getHandle(), right->getHandle()) < 0;
+    });
+    return variables;
+}
+
+/// The clones, which have what the declared ones have.
+std::vector<InContextAliasBase const*> InDeclarations::getSources(InVariableBase const& variable)
+{
+    return {variable._aliases.begin(), variable._aliases.end()};
+}
+
+/// Null behind the stop, too.
+InContextAliasBase const* InDeclarations::getChosen(InVariableBase const& variable)
+{
+    return variable._contextAlias;
+}
+
+/// The key is the text, and unlike the value it can be read before the start.
+char const* InDeclarations::findOverride(InVariableBase const& variable)
+{
+    if (InVariableBase::_pendingOverrides == nullptr)
+        return nullptr;
+    const auto found = InVariableBase::_pendingOverrides->find(viewOf(variable._handle));
+    return found != InVariableBase::_pendingOverrides->end() ? found->second->getKey() : nullptr;
 }
 
 /// Compiled once. A client compiles variables of the other types itself.

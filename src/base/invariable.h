@@ -114,6 +114,7 @@ protected:
     static void clearPendingOverrides();
 
 private:
+    friend class InDeclarations;
     friend class InInitMgr;
     friend class InPackageInit;
 

@@ -2,6 +2,8 @@
 // in files stays the same.
 #include <base/testprogress_p.h>
 
+#include <base/osterminal.h>
+
 #include <cstdio>
 
 namespace Vn
@@ -11,7 +13,7 @@ namespace
 constexpr std::chrono::milliseconds interval(100);  ///< between two prints, so that printing costs a run nothing
 }  // namespace
 
-TestProgress::TestProgress() : _isWatched(System::isErrorStreamATerminal()) {}
+TestProgress::TestProgress() : _isWatched(OsTerminal::isStandardError()) {}
 
 /// Blanks out the line, which the next output then overwrites.
 TestProgress::~TestProgress()

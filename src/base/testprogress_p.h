@@ -1,4 +1,4 @@
-// Private to testperformer.cpp and testprogress.cpp; implemented in testprogressposix.cpp and testprogresswindows.cpp.
+// Private to testperformer.cpp and testprogress.cpp.
 #pragma once
 
 #include <chrono>
@@ -24,11 +24,5 @@ private:
     bool _isShown = false;
     std::chrono::steady_clock::time_point _last{};
 };
-
-namespace System
-{
-/// Whether standard error is a terminal.
-bool isErrorStreamATerminal();
-}  // namespace System
 
 }  // namespace Vn

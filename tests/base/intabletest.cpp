@@ -34,6 +34,29 @@ TEST(InTable, makesAnEntryAtTheFirstUseAndKeepsItsValue)
     EXPECT_EQ(table.get(&objects[0]), 0) << "the value of a former entry is gone";
 }
 
+TEST(InTable, walksOverEachEntryOnce)
+{
+    Table table;
+    std::vector<int> objects(100);
+    int expected = 0, sum = 0, count = 0;
+    table.forEach([&](int) { ++count; });
+    EXPECT_EQ(count, 0);
+    for (int i = 0; i < 100; ++i)
+        table.get(&objects[static_cast<std::size_t>(i)]) = i;
+    for (int i = 0; i < 100; ++i) {
+        if (i % 3 == 0)
+            table.erase(&objects[static_cast<std::size_t>(i)]);
+        else
+            expected += i;
+    }
+    table.forEach([&](int value) {
+        ++count;
+        sum += value;
+    });
+    EXPECT_EQ(count, 66);
+    EXPECT_EQ(sum, expected);
+}
+
 TEST(InTable, agreesWithTheStandardLibrarysTableWhateverComesAndGoes)
 {
     std::mt19937 random(1);

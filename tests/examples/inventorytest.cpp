@@ -57,8 +57,8 @@ protected:
     {
         Child child = Child::program("inventory");
         child.arguments(std::move(arguments));
-        for (char const* name : {"INVENTORY_COPY", "INVENTORY_DEPTH", "INVENTORY_HIDDEN", "INVENTORY_ORDER",
-                                 "INVENTORY_PROGRESS", "VN_DEBUG_INITIALIZE"})
+        for (char const* name : {"INVENTORY_ALL", "INVENTORY_COPY", "INVENTORY_DEPTH", "INVENTORY_HIDDEN",
+                                 "INVENTORY_ORDER", "INVENTORY_PROGRESS", "VN_DEBUG_INITIALIZE"})
             child.without(name);
         return child;
     }
@@ -105,28 +105,30 @@ TEST_F(InventoryTest, countsFilesAndBytesBySuffix)
 
 TEST_F(InventoryTest, tellsEachSettingAndItsSource)
 {
-    EXPECT_EQ(section(run({}).out, "Settings, and"), "  inventory.copy      none    default\n"
-                                                     "  inventory.depth     100     default\n"
-                                                     "  inventory.hidden    false   default\n"
-                                                     "  inventory.order     bytes   default\n"
-                                                     "  inventory.progress  false   override\n");
-    EXPECT_EQ(section(inventory({"-d", "0", "-a", root.string()})
+    EXPECT_EQ(section(run({}).out, "Settings, and"), "  inventory.all       false    default\n"
+                                                     "  inventory.copy      ''       default\n"
+                                                     "  inventory.depth     100      default\n"
+                                                     "  inventory.hidden    false    default\n"
+                                                     "  inventory.order     'bytes'  default\n"
+                                                     "  inventory.progress  false    override\n");
+    EXPECT_EQ(section(inventory({"-d", "0", "-H", root.string()})
                           .with("INVENTORY_DEPTH", "7")
                           .with("INVENTORY_ORDER", "suffix")
                           .with("INVENTORY_PROGRESS", "true")
                           .run()
                           .out,
                       "Settings, and"),
-              "  inventory.copy      none    default\n"
-              "  inventory.depth     0       option -d\n"
-              "  inventory.hidden    true    option -a\n"
-              "  inventory.order     suffix  environment INVENTORY_ORDER\n"
-              "  inventory.progress  false   override\n");
+              "  inventory.all       false     default\n"
+              "  inventory.copy      ''        default\n"
+              "  inventory.depth     0         option -d\n"
+              "  inventory.hidden    true      option -H\n"
+              "  inventory.order     'suffix'  environment INVENTORY_ORDER\n"
+              "  inventory.progress  false     override\n");
 }
 
 TEST_F(InventoryTest, settingsSteerTheWalk)
 {
-    EXPECT_EQ(section(run({"-d", "0", "-a", "-s", "suffix"}).out, "Inventory of"),
+    EXPECT_EQ(section(run({"-d", "0", "-H", "-s", "suffix"}).out, "Inventory of"),
               "  suffix                     files           bytes\n"
               "  (none)                         1               1\n"
               "  .bin                           1             100\n"
@@ -158,8 +160,7 @@ TEST_F(InventoryTest, tellsWhatItIsMadeOf)
 {
     const ChildRun brief = inventory({"--version"}).run();
     EXPECT_TRUE(std::regex_match(brief.out, std::regex("Inventory 1\\.0 example \\(I\\. 187, [^)]+\\)\n"
-                                                       "API Tessola 0\\.2 pre-alpha: \n"
-                                                       "\tlibVNbase \\(P\\. 187, [^)]+\\)\n")))
+                                                       "libVNbase 0\\.2 pre-alpha \\(P\\. 187, [^)]+\\)\n")))
         << brief.out;
     EXPECT_EQ(brief.exitCode, 0);
     const ChildRun full = inventory({"--build"}).run();
@@ -173,9 +174,9 @@ TEST_F(InventoryTest, tellsWhatItIsMadeOf)
 
 TEST_F(InventoryTest, tellsTheArgumentsThatNoOptionTook)
 {
-    const std::string unbound = section(run({"-a", "--"}).out, "Arguments");
+    const std::string unbound = section(run({"-H", "--"}).out, "Arguments");
     EXPECT_NE(unbound.find(" " + root.string() + "\n"), std::string::npos) << unbound;
-    EXPECT_EQ(unbound.find("-a"), std::string::npos);
+    EXPECT_EQ(unbound.find("-H"), std::string::npos);
 }
 
 TEST_F(InventoryTest, copiesWhatItFoundAndComparesIt)
@@ -296,32 +297,89 @@ TEST_F(InventoryTest, helpIsNoFailure)
         const ChildRun result = inventory({option, "whatever"}).run();
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.err, "");
-        EXPECT_EQ(result.out.substr(0, 38), "inventory [OPTION]... FOLDER: files an");
-        EXPECT_NE(result.out.find("INVENTORY_DEPTH, default 100"), std::string::npos);
+        EXPECT_EQ(result.out.substr(0, 35), "inventory [OPTION]... FOLDER\nFiles ");
+        EXPECT_NE(result.out.find("(INVENTORY_DEPTH, default 100)"), std::string::npos);
     }
 }
 
 TEST_F(InventoryTest, wrongUseIsToldAndExitsWithTwo)
 {
     expectWrongUse(inventory({}).run(), "which folder?");
-    expectWrongUse(inventory({"a", "b"}).run(), "one folder at a time");
+    expectWrongUse(inventory({"a", "b"}).run(), "unexpected argument 'b'");
     expectWrongUse(inventory({"no such folder"}).run(), "there is no folder no such folder");
     expectWrongUse(inventory({(root / "a.txt").string()}).run(), "there is no folder " + (root / "a.txt").string());
-    expectWrongUse(run({"-q"}), "unknown option in -q");
-    expectWrongUse(run({"-aq"}), "unknown option in -aq");
+    expectWrongUse(run({"-q"}), "unknown option -q");
+    expectWrongUse(run({"-aq"}), "unknown option -q in -aq");
     expectWrongUse(run({"--word"}), "unknown option --word");
     expectWrongUse(run({"-a", "--word"}), "unknown option --word");
     expectWrongUse(run({"--graphs"}), "unknown option --graphs");
     expectWrongUse(inventory({"-d"}).run(), "a value is missing behind -d");
     expectWrongUse(inventory({"-c"}).run(), "a value is missing behind -c");
-    expectWrongUse(run({"-d", "many"}), "-d takes a number of levels, not many");
-    expectWrongUse(run({"-d", "-1"}), "-d takes a number of levels, not -1");
-    expectWrongUse(run({"-s", "--help"}), "-s takes bytes, files or suffix, not --help");
+    expectWrongUse(run({"-d", "many"}), "-d takes a number of levels, not 'many'");
+    expectWrongUse(run({"-d", "-1"}), "-d takes a number of levels, not '-1'");
+    expectWrongUse(run({"-s", "--help"}), "-s takes bytes, files or suffix, not '--help'");
     expectWrongUse(inventory({root.string()}).with("INVENTORY_DEPTH", "x").run(),
-                   "INVENTORY_DEPTH must be a number of levels, not x");
+                   "INVENTORY_DEPTH takes a number of levels, not 'x'");
     expectWrongUse(inventory({root.string()}).with("INVENTORY_ORDER", "x").run(),
-                   "INVENTORY_ORDER must be bytes, files or suffix, not x");
+                   "INVENTORY_ORDER takes bytes, files or suffix, not 'x'");
+    EXPECT_EQ(inventory({"-d1", root.string()}).with("INVENTORY_DEPTH", "x").run().exitCode, 0) << "-d beats it";
 }
+
+TEST_F(InventoryTest, theFirstTwentySuffixesArePrintedUnlessAllAreAskedFor)
+{
+    for (int i = 10; i < 28; ++i)  // with the three that are there, one too many
+        write(("x" + std::to_string(i) + ".s" + std::to_string(i)).c_str(), 1000 - i);
+    const auto linesOf = [](std::string const& text) {
+        return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    };
+    const std::string some = section(run({}).out, "Inventory of");
+    EXPECT_EQ(linesOf(some), 23u) << some;
+    EXPECT_NE(some.find("  .txt                           3              35\n"
+                        "  1 more (-a)                    1               1\n"
+                        "  total                         24 "),
+              std::string::npos)
+        << some;
+    const std::string all = section(run({"-a"}).out, "Inventory of");
+    EXPECT_EQ(linesOf(all), 23u) << all;
+    EXPECT_EQ(all.find("more"), std::string::npos);
+    EXPECT_NE(all.find("  (none)                         1               1\n"), std::string::npos) << all;
+}
+
+TEST_F(InventoryTest, twentySuffixesAreAllPrinted)
+{
+    for (int i = 10; i < 27; ++i)
+        write(("x" + std::to_string(i) + ".s" + std::to_string(i)).c_str(), 1000 - i);
+    EXPECT_EQ(section(run({}).out, "Inventory of").find("more"), std::string::npos);
+}
+
+#if !defined(_WIN32)
+TEST_F(InventoryTest, tellsOnATerminalHowFarItIs)
+{
+    for (int i = 0; i < 94; ++i)  // a hundred files with those that are there
+        write(("many/" + std::to_string(i) + ".txt").c_str(), i);
+    const std::string out = inventory({root.string()}).runOnTerminal(80).out;
+    EXPECT_NE(out.find("\rwalking: 0 folders, 4 files ..."), std::string::npos) << out;
+    for (int percent = 1; percent <= 100; ++percent)
+        EXPECT_NE(out.find("\rreading: " + std::to_string(percent) + " % of 100 files ..."), std::string::npos)
+            << percent;
+    EXPECT_EQ(inventory({root.string()}).with("INVENTORY_PROGRESS", "false").runOnTerminal(80).out.find('\r'),
+              std::string::npos);
+    EXPECT_EQ(inventory({"-p", root.string()}).run().err, "") << "nobody watches";
+}
+
+TEST_F(InventoryTest, namesReachTheTerminalAsText)
+{
+    write("a\x1b[2Jb\nc.t\x07", 7);
+    fs::create_symlink("nowhere", root / "dang\x1bling");
+    const ChildRun result = inventory({"-c", (root / "copy\x1b").string(), root.string()}).runOnTerminal(80);
+    EXPECT_EQ(result.out.find('\x1b'), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find('\x07'), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("  a\\x1b[2Jb\\nc.t\\x07\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("  dang\\x1bling: a link to nothing\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("  .t\\x07                         1 "), std::string::npos) << result.out;
+    expectWrongUse(inventory({"no\x1b[folder"}).run(), "there is no folder no\\x1b[folder");
+}
+#endif
 
 TEST_F(InventoryTest, folderMayLookLikeAnOptionBehindTheEndMark)
 {
@@ -409,12 +467,4 @@ TEST_F(InventoryTest, twoAtOnceShareALogWithoutTearingALine)
     EXPECT_EQ(files.size(), 206u);
     for (auto const& [text, count] : files)
         EXPECT_EQ(count, 2) << text;
-}
-
-TEST(First, greets)
-{
-    EXPECT_EQ(Child::program("first").without("GREETER_NAME").run().out, "Hello, world!\n");
-    EXPECT_EQ(Child::program("first").with("GREETER_NAME", "Ann").run().out, "Hello, Ann!\n");
-    EXPECT_EQ(Child::program("first").with("GREETER_NAME", "Ann").arguments({"-n", "Bob"}).run().out,
-              "Hello, Bob!\n");
 }

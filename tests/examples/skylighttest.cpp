@@ -1,4 +1,5 @@
 #include "child.h"
+#include "tempfolder.h"
 
 #include <gtest/gtest.h>
 
@@ -87,7 +88,7 @@ TEST_F(SkylightTest, sameOptionsGiveTheSameBitsEverywhere)
         {"halton", "hemisphere", "2217616d705218a2"},   {"halton", "sphere", "ac344130fba1afeb"},
     };
     for (auto const& row : table) {
-        const ChildRun result = run({"-q", "-w", "32", "-n", "20", "-s", row.source, "-d", row.sampler});
+        const ChildRun result = run({"-q", "-w", "32", "-n", "20", "-s", row.source, "-d", row.sampler, "-o", ""});
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.err, "");
         EXPECT_EQ(result.out, std::string("32 x 20 pixels, 20 directions each, ") + row.source + ", " +
@@ -129,10 +130,25 @@ TEST_F(SkylightTest, writesPictureAndHistogram)
     EXPECT_EQ(contentOf(histogram + ".iv").substr(0, 20), "#Inventor V2.1 ascii");
 }
 
+TEST_F(SkylightTest, withoutANameThePictureGoesToTheCurrentFolderAndItSaysWhere)
+{
+    const VnTest::WorkingFolder there(folder.string());
+    const ChildRun result = run({"-q", "-w", "16", "-n", "2"});
+    EXPECT_EQ(result.exitCode, 0);
+    fs::path picture;
+    for (fs::directory_entry const& entry : fs::directory_iterator(folder))
+        if (entry.path().stem() == "skylight")
+            picture = entry.path();
+    ASSERT_FALSE(picture.empty()) << result.err;
+    const std::string bytes = contentOf(picture).substr(0, 4);
+    EXPECT_EQ(bytes, picture.extension() == ".png" ? "\x89PNG" : "P6\n1");
+    EXPECT_NE(result.out.find("\npicture " + picture.string() + "\n"), std::string::npos) << result.out;
+}
+
 TEST_F(SkylightTest, onesSequenceRunsAheadOfItselfFromTheStart)
 {
     const std::string histogram = (folder / "directions").string();
-    EXPECT_EQ(run({"-q", "-w", "16", "-n", "1", "-s", "vandercorput", "-H", histogram}).exitCode, 0);
+    EXPECT_EQ(run({"-q", "-w", "16", "-n", "1", "-s", "vandercorput", "-H", histogram, "-o", ""}).exitCode, 0);
     // With one number for both coordinates the lowest row of cosines, from u < 1/144, would have no azimuth but the first.
     std::istringstream lines(contentOf(histogram + ".txt"));
     double elsewhere = 0;
@@ -147,7 +163,7 @@ TEST_F(SkylightTest, onesSequenceRunsAheadOfItselfFromTheStart)
 
 TEST_F(SkylightTest, logsWhatItDoesAndHowLongItTook)
 {
-    const ChildRun result = run({"-w", "16", "-n", "8"});
+    const ChildRun result = run({"-w", "16", "-n", "8", "-o", ""});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_NE(result.err.find("pass 8 of 8: "), std::string::npos);
     EXPECT_NE(contentOf(folder / "events.log")
@@ -165,23 +181,26 @@ TEST_F(SkylightTest, refusesWhatItCantDo)
         std::vector<std::string> arguments;
         char const* fault;
     } table[] = {
-        {{"-w", "15"}, "width 15 is not in the range 16 to 4096"},
-        {{"-w", "4097"}, "width 4097 is not in the range 16 to 4096"},
-        {{"-n", "0"}, "0 directions are not in the range 1 to 65536"},
-        {{"-n", "65537"}, "65537 directions are not in the range 1 to 65536"},
-        {{"-s", "dice"}, "unknown source 'dice'"},
-        {{"-d", "cube"}, "unknown sampler 'cube'"},
+        {{"-w", "15"}, "-w takes 16 to 4096 pixels, not '15'"},
+        {{"-w", "4097"}, "-w takes 16 to 4096 pixels, not '4097'"},
+        {{"-n", "0"}, "-n takes 1 to 65536 directions, not '0'"},
+        {{"-n", "65537"}, "-n takes 1 to 65536 directions, not '65537'"},
+        {{"-n", "many"}, "-n takes 1 to 65536 directions, not 'many'"},
+        {{"-s", "dice"},
+         "-s takes one of lecuyer, shuffled, system, vandercorput, halton, hammersley, niederreiter, not 'dice'"},
+        {{"-d", "cube"}, "-d takes one of cosine, hemisphere, sphere, not 'cube'"},
+        {{"--bogus"}, "unknown option --bogus"},
         {{"file"}, "unexpected argument 'file'"},
     };
     for (auto const& row : table) {
         const ChildRun result = run(row.arguments);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.out, "");
-        EXPECT_EQ(result.err, std::string("skylight: ") + row.fault + "; skylight --help lists the options\n");
+        EXPECT_EQ(result.err, std::string("skylight: ") + row.fault + "; skylight -h tells more\n");
     }
     const std::string nowhere = (folder / "missing" / "picture").string();
     for (char const* option : {"-o", "-H"}) {
-        const ChildRun result = run({"-q", "-w", "16", "-n", "1", option, nowhere});
+        const ChildRun result = run({"-q", "-w", "16", "-n", "1", "-o", "", option, nowhere});
         EXPECT_EQ(result.exitCode, 1);
         const std::string file = option[1] == 'H' ? nowhere + ".txt" : nowhere;
         EXPECT_EQ(result.err, "skylight: cannot write '" + file + "': No such file or directory\n");

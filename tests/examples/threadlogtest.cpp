@@ -154,9 +154,12 @@ TEST(ThreadLogExample, processesShareAFileWithoutTearingALine)
 
 TEST(ThreadLogExample, helpTellsOfTheEnvironment)
 {
-    const ChildRun run = Child::program("threadlog").arguments({"-h"}).run();
-    EXPECT_NE(run.out.find("VN_LOG_GROUPS"), std::string::npos);
-    EXPECT_EQ(run.exitCode, 0);
+    for (char const* option : {"-h", "--help"}) {
+        const ChildRun run = Child::program("threadlog").arguments({option}).run();
+        EXPECT_NE(run.out.find("VN_LOG_GROUPS"), std::string::npos);
+        EXPECT_EQ(run.exitCode, 0);
+    }
+    EXPECT_EQ(Child::program("threadlog").arguments({"-t", "-1"}).run().exitCode, 2);
     EXPECT_EQ(Child::program("threadlog").arguments({"-x"}).run().exitCode, 2);
     EXPECT_EQ(Child::program("threadlog").arguments({"operand"}).run().exitCode, 2);
 }

@@ -9,63 +9,117 @@
 #include <base/osutils.h>
 #include <base/testdir.h>
 
+#include <csignal>
 #include <cstdint>
+#include <exception>
+#include <iostream>
+#include <iterator>
 #include <memory>
+#include <stdexcept>
+#include <string>
 
 namespace
 {
 using namespace Vn;
+
+/// A folder of the run's own. It goes with the run, however that ends: an exception leaves it behind as little as a
+/// signal does, which is only remembered while the folder is there and sent again behind its end.
+class RunFolder
+{
+public:
+    RunFolder()
+    {
+        for (std::size_t i = 0; i < std::size(signals); ++i)
+            _before[i] = std::signal(signals[i], remember);
+        try {
+            const std::string name = "groups-" + std::to_string(OsUtils::getPid());
+            _path = TestDir::create(TestDir::getDefaultPath() + name.c_str());
+        } catch (...) {
+            restoreSignals();
+            throw;
+        }
+    }
+
+    ~RunFolder()
+    {
+        try {
+            remove();
+        } catch (std::exception const& failure) {
+            std::cerr << _path.getChars() << " is left behind: " << failure.what() << "\n";
+        }
+        restoreSignals();
+    }
+
+    RunFolder(RunFolder const&) = delete;
+    RunFolder& operator=(RunFolder const&) = delete;
+
+    OsFilePath const& getPath() const { return _path; }
+
+    /// Throws if a signal has come. To be called between two steps.
+    static void checkSignals()
+    {
+        if (_caught != 0)
+            throw std::runtime_error("interrupted");
+    }
+
+private:
+    static constexpr int signals[] = {SIGINT, SIGTERM};
+
+    static void remember(int signal)
+    {
+        _caught = signal;
+        std::signal(signal, remember);  // some systems take the handler away when they call it
+    }
+
+    void restoreSignals() const
+    {
+        for (std::size_t i = 0; i < std::size(signals); ++i)
+            std::signal(signals[i], _before[i]);
+        if (_caught != 0)
+            std::raise(_caught);
+    }
+
+    /// With what there is of the trees in it: a run may have ended anywhere.
+    void remove() const
+    {
+        for (OsFilePath const& folder : {_path + "source", _path + "target"}) {
+            if (!OsFsUtils::isDirectory(folder.getChars()))
+                continue;
+            OsDirectory directory(folder);
+            directory.removeChildren(OsLeafFileFilter());
+            directory.remove();
+        }
+        OsDirectory(_path).remove();
+    }
+
+    static inline volatile std::sig_atomic_t _caught = 0;
+
+    OsFilePath _path;
+    void (*_before[std::size(signals)])(int) = {};
+};
 
 class Files : public WorkGroup
 {
 public:
     Files() : WorkGroup("files", "Writes files, lists, copies and reads them, and removes them again.", 100) {}
 
-    void prepare(int, char** const) override
-    {
-        const std::string name = "groups-" + std::to_string(OsUtils::getPid());
-        _root = TestDir::create(TestDir::getDefaultPath() + name.c_str());
-    }
-
-    /// After an exception the driver doesn't call terminate(), so the folder goes here.
-    void execute(int argc, char** const argv) override
-    {
-        try {
-            WorkGroup::execute(argc, argv);
-        } catch (...) {
-            removeTrees();
-            terminate();
-            throw;
-        }
-    }
-
-    void terminate() override { OsDirectory(_root).remove(); }
-
 private:
     void work(unsigned long count) override
     {
-        const OsFilePath source = TestDir::create(_root + "source");
-        for (unsigned long i = 0; i < count; ++i)
+        const RunFolder root;
+        const OsFilePath source = TestDir::create(root.getPath() + "source");
+        for (unsigned long i = 0; i < count; ++i) {
+            RunFolder::checkSignals();
             write(source + std::to_string(i).c_str(), i);
-        const OsFilePath target = _root + "target";
+        }
+        const OsFilePath target = root.getPath() + "target";
         OsDirectory::copyHierarchy(source, target);
         const ObjPtr<Vector<OsFilePath>> names(
             OsDirectory(target).getChildrenPath(OsFileTypes::LeafPath, OsPassThroughFilter()));
         require(names->size() == count, "the number of copies");
-        for (OsFilePath const& name : *names)
+        for (OsFilePath const& name : *names) {
+            RunFolder::checkSignals();
             require(std::to_string(read(target + name.getChars())) == name.getChars(), "what a copy holds");
-        removeTrees();
-    }
-
-    /// What there is of them: a run may have failed anywhere.
-    void removeTrees() const
-    {
-        for (OsFilePath const& folder : {_root + "source", _root + "target"}) {
-            if (!OsFsUtils::isDirectory(folder.getChars()))
-                continue;
-            OsDirectory directory(folder);
-            directory.removeChildren(OsLeafFileFilter());
-            directory.remove();
         }
     }
 
@@ -83,8 +137,6 @@ private:
         require(reader.read(&value, sizeof value) == sizeof value, "the bytes read");
         return value;
     }
-
-    OsFilePath _root;
 } files;
 
 class Dates : public WorkGroup

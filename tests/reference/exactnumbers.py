@@ -545,6 +545,13 @@ def plural(count, noun):
     return "%d %s%s" % (count, noun, "" if count == 1 else "s")
 
 
+def clock_text(seconds):
+    """Hours, minutes, seconds and milliseconds, halves away from zero."""
+    ms = int(abs(seconds) * 1000 + Fraction(1, 2))
+    sign = "-" if seconds < 0 and ms else ""
+    return "%s%d:%02d:%02d.%03d" % (sign, ms // 3600000, ms // 60000 % 60, ms // 1000 % 60, ms % 1000)
+
+
 def evening(sheet):
     """What the example prints for its sheet, at 30000/1001."""
     rate = NAMED["ntsc"]
@@ -555,22 +562,21 @@ def evening(sheet):
             moment = instant(time)
             doubles += moment in cues
             cues.setdefault(moment, []).append(name)
-    yield "       count   h  m  s      due in s  float double  name"
+    yield "       count           time         due in  float double  name"
     moved = {"float": [], "double": []}
     for moment in sorted(cues):
         exact = moment * rate[0] / rate[1]
         count = int(exact)
-        h, m, s = clock(count, rate)
-        ms = int(Fraction(count * rate[1] * 1000, rate[0]))
+        time = clock_text(Fraction(count * rate[1], rate[0]))
         drift = {}
         for name, r in (("float", f32), ("double", float)):
             n, d = r(rate[0]), r(rate[1])
             seconds = r(r(d / n) * r(count))
             drift[name] = to_count(r(r(n / d) * seconds)) - count
             moved[name].append(abs(drift[name]))
-        yield "%12d%s%3d%3d %6.3f  %s%05d.%03d%+7d%+7d  %s" % (
-            count, " " if exact == count else "~", h, m, s, "-" if ms < 0 else " ", abs(ms) // 1000, abs(ms) % 1000,
-            drift["float"], drift["double"], " / ".join(cues[moment]))
+        yield "%12d%s%14s %14s%+7d%+7d  %s" % (
+            count, " " if exact == count else "~", time, time, drift["float"], drift["double"],
+            " / ".join(cues[moment]))
     yield ""
     yield "%s at %d/%d, and %d more at the same instants." % ((plural(len(cues), "cue"),) + rate + (doubles,))
     for name, drifts in moved.items():

@@ -57,13 +57,23 @@ Child& Child::withEntry(std::string entry)
     return *this;
 }
 
-ChildRun Child::run() const
+std::vector<std::string> Child::getEnvironment() const
 {
     std::vector<std::string> environment = getOwnEnvironment();
     for (std::string const& name : _removed)
         std::erase_if(environment, [&name](std::string const& entry) { return bearsName(entry, name); });
     environment.insert(environment.end(), _added.begin(), _added.end());
-    return runProcess(_command, environment);
+    return environment;
+}
+
+ChildRun Child::run() const
+{
+    return runProcess(_command, getEnvironment());
+}
+
+ChildRun Child::runOnTerminal(unsigned short columns) const
+{
+    return runProcessOnTerminal(_command, getEnvironment(), columns);
 }
 
 bool runChildBody(int argc, char** argv, int& exitCode)

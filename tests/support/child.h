@@ -50,8 +50,14 @@ public:
 
     ChildRun run() const;
 
+    /// Runs it with a terminal of so many columns as both its output streams; `out` has what it got, and nothing is
+    /// changed on the way. Linux only, where a terminal can be made without a screen.
+    ChildRun runOnTerminal(unsigned short columns) const;
+
 private:
     Child() = default;
+
+    std::vector<std::string> getEnvironment() const;
 
     std::vector<std::string> _command;
     std::vector<std::string> _added;
@@ -79,6 +85,8 @@ extern char const* const programSuffix;
 // Platform side, in childposix.cpp and childwindows.cpp.
 std::vector<std::string> getOwnEnvironment();
 ChildRun runProcess(std::vector<std::string> const& command, std::vector<std::string> const& environment);
+ChildRun runProcessOnTerminal(std::vector<std::string> const& command, std::vector<std::string> const& environment,
+                              unsigned short columns);
 
 }  // namespace VnTest
 

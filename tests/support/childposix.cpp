@@ -4,7 +4,9 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -60,6 +62,32 @@ void readAll(int out, int err, ChildRun& run)
             ends[1].fd = -1;
     }
 }
+/// Throws if the program can't be started.
+::pid_t startProcess(std::vector<std::string> const& command, std::vector<std::string> const& environment, int out,
+                     int err)
+{
+    ::posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    ::posix_spawn_file_actions_adddup2(&actions, out, 1);
+    ::posix_spawn_file_actions_adddup2(&actions, err, 2);
+    ::pid_t process = 0;
+    const int failure = ::posix_spawn(&process, command[0].c_str(), &actions, nullptr, pointersTo(command).data(),
+                                      pointersTo(environment).data());
+    ::posix_spawn_file_actions_destroy(&actions);
+    if (failure != 0)
+        throw std::runtime_error("can't start " + command[0]);
+    return process;
+}
+
+void waitFor(::pid_t process, ChildRun& run)
+{
+    int status = 0;
+    while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+    run.crashed = WIFSIGNALED(status);
+    run.exitCode = run.crashed ? -1 : WEXITSTATUS(status);
+}
 }  // namespace
 
 char const* const programSuffix = "";
@@ -76,31 +104,39 @@ ChildRun runProcess(std::vector<std::string> const& command, std::vector<std::st
 {
     const Pipe out;
     const Pipe err;
-    ::posix_spawn_file_actions_t actions;
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    ::posix_spawn_file_actions_adddup2(&actions, out.ends[1], 1);
-    ::posix_spawn_file_actions_adddup2(&actions, err.ends[1], 2);
-    ::pid_t process = 0;
-    const int failure = ::posix_spawn(&process, command[0].c_str(), &actions, nullptr, pointersTo(command).data(),
-                                      pointersTo(environment).data());
-    ::posix_spawn_file_actions_destroy(&actions);
+    const ::pid_t process = startProcess(command, environment, out.ends[1], err.ends[1]);
     ::close(out.ends[1]);
     ::close(err.ends[1]);
-
     ChildRun run;
-    if (failure == 0)
-        readAll(out.ends[0], err.ends[0], run);
+    readAll(out.ends[0], err.ends[0], run);
     ::close(out.ends[0]);
     ::close(err.ends[0]);
-    if (failure != 0)
-        throw std::runtime_error("can't start " + command[0]);
+    waitFor(process, run);
+    return run;
+}
 
-    int status = 0;
-    while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+ChildRun runProcessOnTerminal(std::vector<std::string> const& command, std::vector<std::string> const& environment,
+                              unsigned short columns)
+{
+    const int ours = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    char path[PATH_MAX];
+    if (ours < 0 || ::grantpt(ours) != 0 || ::unlockpt(ours) != 0 || ::ptsname_r(ours, path, sizeof path) != 0)
+        throw std::runtime_error("no terminal");
+    const int theirs = ::open(path, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ::termios settings = {};
+    ::tcgetattr(theirs, &settings);
+    ::cfmakeraw(&settings);
+    ::tcsetattr(theirs, TCSANOW, &settings);
+    const ::winsize size = {24, columns, 0, 0};
+    ::ioctl(theirs, TIOCSWINSZ, &size);
+
+    const ::pid_t process = startProcess(command, environment, theirs, theirs);
+    ::close(theirs);
+    ChildRun run;
+    while (readSome(ours, run.out)) {  // until the last one who has the other side closes it
     }
-    run.crashed = WIFSIGNALED(status);
-    run.exitCode = run.crashed ? -1 : WEXITSTATUS(status);
+    ::close(ours);
+    waitFor(process, run);
     return run;
 }
 

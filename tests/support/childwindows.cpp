@@ -116,6 +116,11 @@ ChildRun runProcess(std::vector<std::string> const& command, std::vector<std::st
     return run;
 }
 
+ChildRun runProcessOnTerminal(std::vector<std::string> const&, std::vector<std::string> const&, unsigned short)
+{
+    throw std::logic_error("no terminal can be made here");
+}
+
 std::string getProgramPath()
 {
     char path[MAX_PATH] = "";

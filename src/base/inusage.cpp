@@ -1,0 +1,142 @@
+// Help and refusals, from the declarations. The command line is walked in incommandline.cpp, the texts are made in
+// inusagereport.cpp, their columns in inusagelayout.cpp; here is what a program calls.
+#include <base/inusage.h>
+
+#include <base/incommandline_p.h>
+#include <base/osterminal.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace Vn
+{
+namespace
+{
+constexpr int success = 0;
+constexpr int failed = 1;
+constexpr int wronglyUsed = 2;
+
+std::string orEmpty(char const* text)
+{
+    return text != nullptr ? text : "";
+}
+
+/// A full disk or a closed pipe is a failure, also of a help text.
+int endOfPrinting(std::string const& program)
+{
+    if (std::cout.flush())
+        return success;
+    std::cerr << program << ": the standard output can't be written\n";
+    return failed;
+}
+
+/// Who asks for the settings alone needs no operands.
+InFault const* firstFaultOf(InCommandLine const& line)
+{
+    for (InFault const& fault : line.getFaults())
+        if (fault.kind != InFault::WrongOperand || !line.wantsSettings())
+            return &fault;
+    return nullptr;
+}
+
+/// Sets each flag to whether its word was given, and takes the words out of the arguments.
+void takeBoundWords(InCommandLine const& line, std::vector<InUsageState::Word> const& words, int& argc, char** argv)
+{
+    for (InUsageState::Word const& word : words)
+        if (word.isGiven != nullptr)
+            *word.isGiven = false;
+    int removed = 0;
+    for (auto const& [index, word] : line.getBoundWords()) {
+        *word->isGiven = true;
+        for (int i = index - removed; i + 1 < argc; ++i)
+            argv[i] = argv[i + 1];
+        argv[--argc] = nullptr;
+        ++removed;
+    }
+}
+}  // namespace
+
+InUsage::InUsage(char const* summary) : _state(new InUsageState)
+{
+    _state->summary = orEmpty(summary);
+}
+
+InUsage::InUsage(InUsage const& other) : _state(new InUsageState(*other._state)) {}
+
+InUsage& InUsage::operator=(InUsage const& other)
+{
+    *_state = InUsageState(*other._state);
+    return *this;
+}
+
+InUsage::~InUsage()
+{
+    delete _state;
+}
+
+InUsage& InUsage::operands(char const* names, int least, int most)
+{
+    _state->operandNames = orEmpty(names);
+    _state->leastOperands = least;
+    _state->mostOperands = most;
+    return *this;
+}
+
+InUsage& InUsage::expect(InVariableBase const& variable, char const* what, bool (*isRight)(char const* text))
+{
+    _state->demands.push_back({&variable, orEmpty(what), isRight});
+    return *this;
+}
+
+InUsage& InUsage::word(char const* word, char const* description, bool& isGiven)
+{
+    _state->words.push_back({orEmpty(word), orEmpty(description), &isGiven});
+    return *this;
+}
+
+InUsage& InUsage::word(char const* word, char const* description)
+{
+    _state->words.push_back({orEmpty(word), orEmpty(description), nullptr});
+    return *this;
+}
+
+InUsage& InUsage::note(char const* text)
+{
+    _state->notes.push_back(orEmpty(text));
+    return *this;
+}
+
+std::optional<int> InUsage::handle(int& argc, char** argv) const
+{
+    const InCommandLine line(argc, argv, _state);
+    const std::string program = programNameOf(argc > 0 && argv != nullptr ? argv[0] : nullptr);
+    if (line.wantsHelp()) {
+        print(std::cout, program.c_str(), OsTerminal::getColumns());
+        return endOfPrinting(program);
+    }
+    if (line.wantsVersion()) {
+        printVersions(std::cout, program);
+        return endOfPrinting(program);
+    }
+    if (InFault const* const fault = firstFaultOf(line)) {
+        std::cerr << program << ": " << fault->message << "; " << program << " "
+                  << (line.hasOwnH() ? "--help" : "-h") << " tells more\n";
+        return wronglyUsed;
+    }
+    if (line.wantsSettings()) {
+        std::vector<InSetting> settings = getSettings(argc, argv);
+        std::stable_partition(settings.begin(), settings.end(),
+                              [](InSetting const& setting) { return !setting.handle.starts_with("Vn::"); });
+        printSettings(std::cout, settings);
+        return endOfPrinting(program);
+    }
+    takeBoundWords(line, _state->words, argc, argv);
+    return std::nullopt;
+}
+
+std::vector<InFault> InUsage::getFaults(int argc, char const* const* argv) const
+{
+    return InCommandLine(argc, argv, _state).getFaults();
+}
+
+}  // namespace Vn

@@ -1,0 +1,95 @@
+#include <base/osterminal.h>
+#include <base/osterminal_p.h>
+
+#include "child.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <string>
+
+using Vn::OsTerminal;
+using VnTest::Child;
+
+TEST(OsTerminal, controlCharactersAreShownAndNotObeyed)
+{
+    const struct
+    {
+        std::string text, shown;
+    } table[] = {
+        {"", ""},
+        {"plain text ~", "plain text ~"},
+        {"a\nb\tc\rd", "a\\nb\\tc\\rd"},
+        {"\x1b[31mred", "\\x1b[31mred"},
+        {std::string("a\0b", 3), "a\\x00b"},
+        {"\x01\x1f\x7f", "\\x01\\x1f\\x7f"},
+        {"caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x98\x80", "caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x98\x80"},
+        {"\xc2\x80\xc2\x9b\xc2\x9f\xc2\xa0", "\\x80\\x9b\\x9f\xc2\xa0"},
+        {"\x9b"
+         "31m",
+         "\\x9b31m"},
+        {"\xe9t\xe9", "\xe9t\xe9"},
+        {"\xe2\x80\xae"
+         "abc",
+         "\\u202eabc"},
+        {"\xe2\x80\xa8\xe2\x81\xa6\xe2\x81\xa9\xe2\x80\x8f", "\\u2028\\u2066\\u2069\\u200f"},
+        {"\xe2\x80\xa7\xe2\x80\xaf", "\xe2\x80\xa7\xe2\x80\xaf"},
+        {"C:\\new\\table", "C:\\new\\table"},
+        // Cut, wrong and overlong sequences.
+        {"\xe2\x80", "\xe2\\x80"},
+        {"\xc2", "\xc2"},
+        {"\xc2\n", "\xc2\\n"},
+        {"\xe0\x80\x9b", "\\x1b"},
+        {"\xf0\x80\x80\x8a", "\\n"},
+        {"\xff\xfe\xf8\x9f", "\xff\xfe\xf8\\x9f"},
+    };
+    for (auto const& row : table)
+        EXPECT_EQ(OsTerminal::shown(row.text), row.shown);
+}
+
+TEST(OsTerminal, noByteOfAControlCharacterIsLeftWhateverTheBytesAre)
+{
+    // Every pair behind every kind of beginning.
+    for (char const* start : {"", "\xc2", "\xe2\x80", "\xf0\x9f", "\xe0"}) {
+        for (int first = 0; first < 256; ++first) {
+            for (int second = 0; second < 256; second += 3) {
+                const std::string shown =
+                    OsTerminal::shown(start + std::string{static_cast<char>(first), static_cast<char>(second)});
+                for (char byte : shown)
+                    ASSERT_TRUE(static_cast<unsigned char>(byte) >= 0x20 && byte != 0x7f) << first << " " << second;
+                ASSERT_EQ(OsTerminal::shown(shown), shown) << "what is shown stays as it is";
+            }
+        }
+    }
+}
+
+TEST(OsTerminal, theTerminalsColumnsComeFirstThenTheVariable)
+{
+    EXPECT_EQ(Vn::columnsOf(132, "100"), 132);
+    EXPECT_EQ(Vn::columnsOf(0, "100"), 100);
+    EXPECT_EQ(Vn::columnsOf(0, "1"), 1);
+    for (char const* text : {static_cast<char const*>(nullptr), "", "0", "-5", "wide", "80x", " 90", "99999999999"})
+        EXPECT_EQ(Vn::columnsOf(0, text), 80) << (text != nullptr ? text : "null");
+}
+
+VN_CHILD(tellTerminal)
+{
+    std::cout << OsTerminal::isStandardOutput() << OsTerminal::isStandardError() << " " << OsTerminal::getColumns()
+              << "\n";
+    return 0;
+}
+
+TEST(OsTerminal, aPipeIsNone)
+{
+    EXPECT_EQ(Child("tellTerminal").without("COLUMNS").run().out, "00 80\n");
+    EXPECT_EQ(Child("tellTerminal").with("COLUMNS", "70").run().out, "00 70\n");
+}
+
+#if !defined(_WIN32)
+TEST(OsTerminal, aTerminalIsOneAndHasItsColumns)
+{
+    EXPECT_EQ(Child("tellTerminal").with("COLUMNS", "70").runOnTerminal(123).out, "11 123\n");
+    EXPECT_EQ(Child("tellTerminal").with("COLUMNS", "70").runOnTerminal(0).out, "11 70\n")
+        << "one that doesn't tell";
+}
+#endif
