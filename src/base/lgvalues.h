@@ -49,15 +49,16 @@ concept LgFamilyOfExceptions =
 
 /// Writes the reason of an exception that is caught as a family of the library, `Vn::ExBase const&` or `Vn::InEx const&`.
 /// Where the type is a std::exception as well, lgtext.h has the operator; both write the same text.
-template <LgFamilyOfExceptions Exception>
-LgStream& operator<<(LgStream& stream, Exception const& exception)
+template <class Exception>
+requires LgFamilyOfExceptions<Exception> LgStream& operator<<(LgStream& stream, Exception const& exception)
 {
     return stream << static_cast<ExBase const&>(exception).getReason();
 }
 
 /// The same on the standard output.
-template <LgFamilyOfExceptions Exception>
-LgStandardOutput& operator<<(LgStandardOutput& output, Exception const& exception)
+template <class Exception>
+requires LgFamilyOfExceptions<Exception> LgStandardOutput& operator<<(LgStandardOutput& output,
+                                                                      Exception const& exception)
 {
     return output << static_cast<ExBase const&>(exception).getReason();
 }

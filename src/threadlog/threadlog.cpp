@@ -112,7 +112,7 @@ public:
     char const* getApiName() const override { return threadLogApiName; }
     int getMajorVersion() const override { return VN_THREADLOG_MAJOR; }
     int getMinorVersion() const override { return VN_THREADLOG_MINOR; }
-    char const* getStatus() const override { return ""; }
+    char const* getStatus() const override { return "pre-alpha"; }
     char const* getLibraryName(bool) const override { return "libVNthreadlog"; }
     char const* getBuildStamp(bool verbose) const override
     {

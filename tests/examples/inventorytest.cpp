@@ -146,11 +146,12 @@ TEST_F(InventoryTest, tellsThePackagesInTheirOrder)
 {
     const std::string packages = section(run({}).out, "Packages");
     EXPECT_NE(
-        packages.find("\n15 packages currently saved:\n\t'initialize' Initialized (0 dependencies)\n\t'heapMgr'"),
+        packages.find("\n16 packages currently saved:\n\t'initialize' Initialized (0 dependencies)\n\t'heapMgr'"),
         std::string::npos)
         << packages;
     EXPECT_NE(packages.find("\t'base' Initialized (12 dependencies)\n"
                             "\t'inventorySettings' Initialized (13 dependencies)\n"
+                            "\t'threadlog' Initialized (13 dependencies)\n"
                             "\t'inventoryScanner' Initialized (14 dependencies)\n"),
               std::string::npos)
         << packages;
@@ -160,12 +161,16 @@ TEST_F(InventoryTest, tellsWhatItIsMadeOf)
 {
     const ChildRun brief = inventory({"--version"}).run();
     EXPECT_TRUE(std::regex_match(brief.out, std::regex("Inventory 1\\.0 example \\(I\\. 187, [^)]+\\)\n"
-                                                       "libVNbase 0\\.2 pre-alpha \\(P\\. 187, [^)]+\\)\n")))
+                                                       "libVNbase 0\\.2 pre-alpha \\(P\\. 187, [^)]+\\)\n"
+                                                       "libVNthreadlog 0\\.2 pre-alpha \\(T\\. 187, [^)]+\\)\n")))
         << brief.out;
     EXPECT_EQ(brief.exitCode, 0);
     const ChildRun full = inventory({"--build"}).run();
     EXPECT_TRUE(std::regex_match(full.out, std::regex("Inventory 1\\.0 example \\(Inventory_187, [^)]+\\)\n"
                                                       "\tBuilt by .+ \\(.+\\)\n"
+                                                      "API Threadlog 0\\.2 pre-alpha: \n"
+                                                      "\tlibVNthreadlog \\(Threadlog_187, [^)]+\\)\n"
+                                                      "\t\tBuilt by .+ \\(.+\\)\n"
                                                       "API Tessola 0\\.2 pre-alpha: \n"
                                                       "\tlibVNbase \\(ProductNG-Tessola_187, [^)]+\\)\n"
                                                       "\t\tBuilt by .+ \\(.+\\)\n")))
@@ -432,7 +437,15 @@ TEST_F(InventoryTest, tellsHowLongItsPassesTookByTwoClocks)
 
 TEST_F(InventoryTest, drawsItsCallsWhenItIsAskedTo)
 {
-    const std::string out = inventory({"-d0", root.string()}).with("VN_TRACE_OPTIONS", "show=Inventory").run().out;
+    const VnTest::TempFolder log;
+    inventory({"-d0", root.string()})
+        .with("VN_TRACE_OPTIONS", "show=Inventory")
+        .with("VN_LOG_TRACING", log.path("trace.log"))
+        .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+        .run();
+    std::string out;
+    for (std::string const& line : VnTest::linesOf(log.path("trace.log")))
+        out += line + "\n";
     EXPECT_NE(out.find("\n+ scan\n  + walk\n  | + listFolder\n  | | | .: 5\n  | | /\n  | /\n  + readFiles\n"
                        "  | | 4 files\n  | /\n  /\n"),
               std::string::npos)
