@@ -5,7 +5,7 @@ packages="g++ cmake ninja-build ccache libpng-dev"
 if [ "$1" = test ] || [ "$1" = bench ]; then
     packages="$packages clang clang-format clang-tidy libclang-rt-14-dev llvm-14 g++-mingw-w64-x86-64-posix wine wine64 googletest libbenchmark-dev
         libabsl-dev libboost-dev libboost-log-dev libcoin-dev libgflags-dev libgoogle-glog-dev libgsl-dev libpoco-dev
-        libspdlog-dev pkg-config binutils python3 tzdata git doxygen"
+        libspdlog-dev pkg-config binutils python3 tzdata git doxygen logrotate"
 fi
 [ "$1" != bench ] || packages="$packages python3-matplotlib"
 missing=
