@@ -104,11 +104,16 @@ void dropPlaces(LgRegistry const& registry) noexcept
 
 LgRegistry::~LgRegistry() = default;
 
-LgSimpleRegistry::LgSimpleRegistry() = default;
+/// A change: the registry may stand where another one stood before.
+LgSimpleRegistry::LgSimpleRegistry()
+{
+    setChanged();
+}
 
 /// One by one: the copy's elements have places of their own.
 LgSimpleRegistry::LgSimpleRegistry(LgSimpleRegistry const& other) : LgRegistry(other)
 {
+    setChanged();
     try {
         for (LgQueue* queue : other._queues)
             LgSimpleRegistry::registerQueue(queue);
