@@ -14,11 +14,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
-#include <latch>
 #include <map>
 #include <string>
 #include <thread>
@@ -79,10 +79,11 @@ void runThreads()
 {
     const Vn::LgMinorGroup group(Vn::LgMajorGroup::getInstanceForName("Example"), "Work");
     std::vector<std::thread> threads;
-    std::latch everybody(threadCount.getValue());
+    std::atomic<int> missing = threadCount.getValue();
     for (int i = 0; i < threadCount.getValue(); ++i)
-        threads.emplace_back([&group, i, &everybody] {
-            everybody.arrive_and_wait();
+        threads.emplace_back([&group, i, &missing] {
+            for (--missing; missing != 0;)
+                std::this_thread::yield();
             work(group, i, messageCount.getValue());
         });
     for (std::thread& thread : threads)

@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
-#include <latch>
 #include <map>
 #include <memory>
 #include <set>
@@ -421,18 +420,18 @@ TEST(ThreadLog, thereIsOneAtATimeWhileThePackagesRun)
 VN_CHILD(threadOutlivesTheLog)
 {
     const Started start(argc, argv);
-    std::latch first(1), end(1);
+    Meeting first(1), end(1);
     auto log = std::make_unique<ThreadLog>();
     std::thread thread([&] {
         logNumbers(LgTypes::Warning, 1);
-        first.count_down();
+        first.arrive();
         end.wait();
     });
     first.wait();
     log.reset();
     if (argc > 1)
         log = std::make_unique<ThreadLog>();
-    end.count_down();
+    end.arrive();
     thread.join();
     logNumbers(LgTypes::Warning, argc > 1 ? 1 : 0);
     return 0;
@@ -469,13 +468,13 @@ VN_CHILD(traces)
 {
     const Started start(argc, argv);
     ThreadLog log;
-    std::latch both(2);
+    Meeting both(2);
     std::thread other([&both] {
         VN_TRACE_ENTRY(work, "other");
-        both.arrive_and_wait();
+        both.arriveAndWait();
         traceDown(1);
     });
-    both.arrive_and_wait();
+    both.arriveAndWait();
     traceDown(1);
     other.join();
     return 0;
