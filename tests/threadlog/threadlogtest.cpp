@@ -26,6 +26,28 @@ namespace
 {
 const Vn::ThreadLogOptions options("w:", "f:");
 
+/// Threads wait here for each other. By looking: on Windows std::latch may miss its wake-up.
+class Meeting
+{
+public:
+    explicit Meeting(int count) : _missing(count) {}
+
+    void arrive() { --_missing; }
+    void wait() const
+    {
+        while (_missing > 0)
+            std::this_thread::yield();
+    }
+    void arriveAndWait()
+    {
+        arrive();
+        wait();
+    }
+
+private:
+    std::atomic<int> _missing;
+};
+
 void logNumbers(LgTypes::Level level, int count, char const* text = "number")
 {
     const Vn::LgMinorGroup group = groupOf();
