@@ -172,7 +172,8 @@ bool ThreadLog::reopen()
 
 void ThreadLog::installCrashHandlers()
 {
-    ThreadLogCrash::install();
+    if (ThreadLogEngine::get().isRunning())
+        ThreadLogCrash::install();
 }
 
 ThreadLogOptions::ThreadLogOptions(char const* waitKey, char const* flushKey)

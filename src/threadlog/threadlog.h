@@ -50,10 +50,11 @@ namespace Vn
 ///     threadlog.doze   VN_THREADLOG_DOZE   1                                  ms that other messages may rest, up to an hour
 ///
 /// Threads: any thread may call a member function while the object exists; threads that log should end before it does. The
-/// object's own thread wakes up only for messages. Ownership: one object at a time, made and destroyed between the start
-/// and the stop of the packages; the registry's other queues are read as well, and nobody else may read meanwhile.
+/// object's own thread wakes up only for messages, and takes no signals of the program's. Ownership: one object at a time,
+/// made and destroyed between the start and the stop of the packages; meanwhile nobody else reads, registers queues, or calls
+/// LgLog::init() or LgLog::destroy(). A site asks LgLog::getQueue() for each message, as VN_LOG does, and keeps none.
 /// A child of `fork` that logs gets a thread and queues of its own; messages of the parent stay the parent's. It
-/// calls flush() before `_exit`, which writes nothing.
+/// calls flush() before `_exit` and before it executes another program, which write nothing.
 /// Edges: a message of up to 4,096 characters whose level waits is never cut. A message of a thread for which there is no
 /// memory is lost, and that is told.
 /// Tests: tests/threadlog/threadlogtest.cpp.
@@ -66,10 +67,11 @@ public:
     ///     while another one exists                    ->  throws ExInternalError
     ///     no thread can be made                       ->  throws std::system_error; nothing has changed
     ///     an output that can't be opened              ->  one line on standard error, with its path and the reason
-    ///     a setting that can't be read                ->  one line on standard error; its default holds
+    ///     a setting that can't be read                ->  one line on standard error; its default holds. The doze is a number
+    ///                                                     as InVariable<int> reads it, and is kept within its limits
     ThreadLog();
 
-    /// Writes what is queued, and gives back what the constructor took. Later messages go to standard output. Nothing is left
+    /// Writes what is queued, and puts the library's own queue function and trace back. Later messages go to standard output. Nothing is left
     /// to do behind the stop of the packages.
     ~ThreadLog();
 
@@ -88,7 +90,8 @@ public:
     bool reopen();
 
     /// From now on a crash writes every message that a queue had accepted before it, and then goes its usual way: to the
-    /// handler before, with its core dump and its exit code.
+    /// handler before, with its core dump and its exit code. If the reader itself crashes within a line, the message that it
+    /// had in its hands may be lost; it is then counted in its place.
     ///
     ///     Linux    SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL and std::terminate; a stack overflow as well, in threads whose
     ///              first message comes behind this call and in the calling one

@@ -197,19 +197,33 @@ void ThreadLogCrash::writeHead(LgQueue& queue)
     queue.removeEntry();
 }
 
-/// Whether the head's text isn't on the ring any more. A copy of the stream reads what the stream will, and leaves it there; it
-/// shares the ring, so it is never destroyed.
-bool ThreadLogCrash::isTextTaken(ThreadLogWriter& writer)
+/// How many more texts than messages there are: -1 if the head's text isn't on the ring any more, 0 if it is; more while
+/// messages are being added. A copy of the stream reads what the stream will, and leaves it there; it shares the ring, so it is
+/// never destroyed.
+int ThreadLogCrash::countSpareTexts(ThreadLogWriter& writer)
 {
     // In this order: a message that is added meanwhile is then in the copy alone.
-    std::uint32_t left = writer.countMessages();
+    const auto messages = static_cast<int>(writer.countMessages());
     LgStream& copy = *new (streamCopy) LgStream(writer.getQueue().getStream());
-    bool isAny = true;
-    for (; left != 0; --left) {
-        copy >> tail;
-        isAny = tail[0] != '\0';
+    int texts = 0;
+    for (copy >> tail; tail[0] != '\0'; copy >> tail)
+        ++texts;
+    return texts - messages;
+}
+
+/// Its thread may go on logging, so the least of some looks counts.
+bool ThreadLogCrash::isTextTaken(ThreadLogWriter& writer)
+{
+    int least = 0;
+    for (int looks = 0; looks < 20; ++looks) {
+        const std::uint32_t before = writer.getWritten();
+        const int spare = countSpareTexts(writer);
+        least = std::min(least, spare);
+        if (spare <= 0 && writer.getWritten() == before)
+            break;
+        ThreadLogSystem::pause();
     }
-    return !isAny;
+    return least < 0;
 }
 
 /// The reader has stopped within this queue's line, or within another one's.

@@ -30,6 +30,7 @@ private:
     static void writeQueues(bool isLineOpen);
     static void writeHead(LgQueue& queue);
     static void skipOpenLine(ThreadLogWriter& writer);
+    static int countSpareTexts(ThreadLogWriter& writer);
     static bool isTextTaken(ThreadLogWriter& writer);
 };
 

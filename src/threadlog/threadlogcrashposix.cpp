@@ -14,10 +14,12 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <iterator>
+#include <utility>
 
 namespace Vn
 {
@@ -67,16 +69,38 @@ private:
     bool _wasPending;
 };
 
-bool isOwnHandler(struct sigaction const& action)
+/// Either kind of handler: both are one place of the structure.
+bool isProgramsHandler(struct sigaction const& action)
 {
-    return (action.sa_flags & SA_SIGINFO) != 0 || (action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN);
+    return action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN;
 }
 
-/// As the system would call it: with the signals blocked that it asked for.
+/// The thread's last call of a program's handler from here: what it was called with, and where on the stack. Such a handler may call ours
+/// in turn, if it was installed behind an earlier log's: with the same signal's data, further down the stack. One that has jumped
+/// out of its call leaves this as it is; the next signal comes with data of its own, or at the same place.
+struct Call
+{
+    ::siginfo_t const* info;
+    std::uintptr_t frame;
+};
+[[gnu::tls_model("initial-exec")]] constinit thread_local Call lastCall = {nullptr, 0};
+
+bool isWithin(Call const& inner, Call const& outer)
+{
+    return inner.info == outer.info && inner.frame < outer.frame;
+}
+
+/// As the system would call it: with the signals blocked, or not, and the system's way back in place, as it asked for.
 void callHandler(struct sigaction const& action, int signal, ::siginfo_t* info, void* context)
 {
-    ::sigset_t mask;
+    ::sigset_t mask, own;
+    ::sigemptyset(&own);
+    ::sigaddset(&own, signal);
     ::pthread_sigmask(SIG_BLOCK, &action.sa_mask, &mask);
+    if ((action.sa_flags & SA_NODEFER) != 0)
+        ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+    if ((action.sa_flags & SA_RESETHAND) != 0)
+        ::signal(signal, SIG_DFL);
     if ((action.sa_flags & SA_SIGINFO) != 0)
         action.sa_sigaction(signal, info, context);
     else
@@ -93,11 +117,18 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
     }
     struct sigaction const& action = beforeOf(signal);
     errno = error;
-    if (isOwnHandler(action)) {
+    const Call call = {info, reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0))};
+    const bool isWithinItself = isWithin(call, lastCall);
+    if (isProgramsHandler(action) && !isWithinItself) {
+        lastCall = call;
         callHandler(action, signal, info, context);
+        lastCall = {nullptr, 0};
         return;
     }
-    ::sigaction(signal, &action, nullptr);
+    if (isWithinItself)
+        ::signal(signal, SIG_DFL);
+    else
+        ::sigaction(signal, &action, nullptr);
     const bool isSent = info->si_code <= 0;  // else the instruction that failed runs again
     if (isSent)
         ::syscall(SYS_rt_tgsigqueueinfo, ::getpid(), ::syscall(SYS_gettid), signal, info);
@@ -109,9 +140,21 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
         const NoPipeSignal guard;
         ThreadLogCrash::writeAll();
     }
-    if (terminateBefore != nullptr)
-        terminateBefore();
+    if (std::terminate_handler const handler = std::exchange(terminateBefore, nullptr); handler != nullptr)
+        handler();
     std::abort();
+}
+/// Takes a message off a queue once, so that the loader has bound by now what the handler calls within the other library.
+void bindCalls()
+{
+    LgQueue queue;
+    char text[8];
+    if (queue.reserveEntry(LgTypes::Warning)) {
+        queue.getStream() << "text" << ends;
+        queue.addEntry();
+        queue.getStream() >> text;
+        queue.removeEntry();
+    }
 }
 }  // namespace
 
@@ -126,6 +169,7 @@ void ThreadLogCrash::install()
     if (installed.exchange(true))
         return;
     ThreadLogSystem::provideSignalStack();
+    bindCalls();
     struct sigaction action = {};
     action.sa_sigaction = onCrash;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <utility>
 
 namespace Vn
 {
@@ -39,8 +40,8 @@ void onAbort(int signal)
 [[noreturn]] void onTerminate()
 {
     ThreadLogCrash::writeAll();
-    if (terminateBefore != nullptr)
-        terminateBefore();
+    if (std::terminate_handler const handler = std::exchange(terminateBefore, nullptr); handler != nullptr)
+        handler();
     std::abort();
 }
 }  // namespace

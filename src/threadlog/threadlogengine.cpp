@@ -26,6 +26,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace Vn
 {
@@ -39,6 +40,9 @@ LgQueue& getRefusingQueue()
     static_cast<void>(guard);
     return queue;
 }
+
+/// Whether this thread is within `fork` and has kept the queues at rest for that.
+thread_local bool holdsForFork = false;
 
 void tell(std::string const& what)
 {
@@ -86,12 +90,19 @@ void ThreadLogEngine::start(ThreadLogPolicy const& policy)
     _outputs.open();
     _isRunning.store(true, std::memory_order_release);
     try {
-        _thread = std::thread([this] { runReader(); });
+        startReader();
     } catch (...) {
         _isRunning.store(false, std::memory_order_release);
         _outputs.close();
         throw;
     }
+}
+
+/// The thread is nobody's but ours: signals for the program go to the program's threads.
+void ThreadLogEngine::startReader()
+{
+    const ThreadLogSystem::SignalsBlocked blocked;
+    _thread = std::thread([this] { runReader(); });
 }
 
 /// The reader's thread ends first, so that what it leaves is written here, and whoever waits for room gives up.
@@ -144,8 +155,14 @@ Trace* ThreadLogEngine::getTraceOfThread()
 
 ThreadLogWriter* ThreadLogEngine::makeWriter() noexcept
 {
-    ThreadLogWriter* const writer =
-        provideReader() ? ThreadLogWriter::create(_threads.fetch_add(1, std::memory_order_relaxed) + 1) : nullptr;
+    if (!provideReader())
+        return nullptr;
+    ThreadLogWriter* writer = takeInherited();
+    if (writer == nullptr)
+        writer = ThreadLogWriter::create(_threads.fetch_add(1, std::memory_order_relaxed) + 1);
+    // Also for one that is ended at once: the registry must have it before the reader can delete it.
+    if (writer != nullptr)
+        _made.fetch_add(1, std::memory_order_release);
     if (writer == nullptr || !ThreadLogSystem::setWriterOfThread(writer)) {
         static std::atomic<bool> isTold = false;
         if (!isTold.exchange(true))
@@ -154,10 +171,15 @@ ThreadLogWriter* ThreadLogEngine::makeWriter() noexcept
             endWriter(*writer);
         return nullptr;
     }
-    _made.fetch_add(1, std::memory_order_release);
     if (ThreadLogCrash::isInstalled())
         ThreadLogSystem::provideSignalStack();
     return writer;
+}
+
+/// The writer that the forking thread had: its trace and its guards may be in use further up the stack. Null for another thread.
+ThreadLogWriter* ThreadLogEngine::takeInherited() noexcept
+{
+    return _inheritor == ThreadLogSystem::getThread() ? std::exchange(_inherited, nullptr) : nullptr;
 }
 
 /// In a child of `fork` the reader's thread is missing until the first message. False if there can be none.
@@ -173,7 +195,7 @@ bool ThreadLogEngine::provideReader() noexcept
     try {
         forgetParent();
         _process.store(ThreadLogSystem::getProcess(), std::memory_order_relaxed);
-        _thread = std::thread([this] { runReader(); });
+        startReader();
     } catch (std::exception const&) {
         return false;
     }
@@ -184,10 +206,13 @@ bool ThreadLogEngine::provideReader() noexcept
 /// The parent's queues in the memory of its child: the parent writes what they hold.
 void ThreadLogEngine::forgetParent() noexcept
 {
-    ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
+    ThreadLogWriters::forEach([this](ThreadLogWriter& writer) {
         if (LgRegistry* const registry = LgLog::getRegistry())
             registry->deregisterQueue(&writer.getQueue());
-        delete &writer.getQueue();
+        if (&writer == _inherited)
+            writer.discardAll();
+        else
+            delete &writer.getQueue();
     });
 }
 
@@ -320,15 +345,13 @@ void ThreadLogEngine::rest(bool hasWritten)
         atMost = aLook;
     else if (hasWritten && _policy.doze.count() != 0)
         atMost = _policy.doze;
-    if (atMost.count() != 0)
-        _sleep.store(Sleep::Dozing);
-    else {
-        _sleep.store(Sleep::Asleep);
-        if (!ThreadLogSystem::fenceAllThreads())
-            atMost = withoutFence;
-        // Nobody deletes a queue meanwhile: only this thread does while the engine runs, or others under the lock.
+    _sleep.store(atMost.count() != 0 ? Sleep::Dozing : Sleep::Asleep);
+    // What was added before a writer could see that is seen here; but a reader that can't write has seen it already.
+    if (!ThreadLogSystem::fenceAllThreads() && (atMost.count() == 0 || atMost > withoutFence))
+        atMost = withoutFence;
+    {
         const std::lock_guard guard(_readMutex);
-        if (isAnythingToDo() || !_isRunning.load())
+        if (!_isRunning.load() || (!_isFailing.load(std::memory_order_relaxed) && isAnythingToDo()))
             _sleep.store(Sleep::Awake);
     }
     sleepUntilWoken(atMost);
@@ -441,12 +464,13 @@ bool ThreadLogEngine::tryToRead() noexcept
 /// A reader that can't finish its line, as its pipe is full, must not hold up a `fork` for ever: the child then never logs.
 void ThreadLogEngine::beforeFork() noexcept
 {
-    _isForkClean = tryToRead();
+    if (tryToRead())
+        holdsForFork = true;
 }
 
 void ThreadLogEngine::afterForkInParent() noexcept
 {
-    if (_isForkClean)
+    if (std::exchange(holdsForFork, false))
         _readMutex.unlock();
 }
 
@@ -454,6 +478,7 @@ void ThreadLogEngine::afterForkInParent() noexcept
 /// stands for the reader's thread.
 void ThreadLogEngine::afterForkInChild() noexcept
 {
+    _isForkClean = std::exchange(holdsForFork, false);
     new (&_readMutex) std::mutex;
     new (&_sleepMutex) std::mutex;
     new (&_woken) std::condition_variable;
@@ -466,6 +491,8 @@ void ThreadLogEngine::afterForkInChild() noexcept
     _others.store(0);
     _isHeld.store(false);
     _isForked.store(isRunning());
+    _inherited = ThreadLogSystem::getWriterOfThread();
+    _inheritor = ThreadLogSystem::getThread();
     ThreadLogSystem::setWriterOfThread(nullptr);
 }
 

@@ -73,10 +73,11 @@ public:
         // Acquire and release, with the addition in tellWaiting(): one of the two sides sees the other, so that either the
         // room is seen here or the waiting there.
         _waiting.fetch_add(1, std::memory_order_acq_rel);
-        wakeReader();
         std::unique_lock guard(_roomMutex);
-        while (!hasRoom() && isRunning() && !_isFailing.load(std::memory_order_relaxed))
+        while (!hasRoom() && isRunning() && !_isFailing.load(std::memory_order_relaxed)) {
+            wakeReader();  // each time: it may have been about to doze
             _room.wait_for(guard, aLook);
+        }
         guard.unlock();
         _waiting.fetch_sub(1, std::memory_order_relaxed);
     }
@@ -115,6 +116,8 @@ private:
     ThreadLogEngine() = default;
 
     ThreadLogWriter* makeWriter() noexcept;
+    ThreadLogWriter* takeInherited() noexcept;
+    void startReader();
     bool provideReader() noexcept;
     void forgetParent() noexcept;
     void collectFinished() noexcept;
@@ -169,6 +172,9 @@ private:
     std::atomic<std::uint64_t> _process = 0;     ///< whose messages the queues hold
 
     bool _isForkClean = false;  ///< the queues were at rest when the process was forked
+    ThreadLogWriter* _inherited =
+        nullptr;  ///< of the thread that has forked, in its child, until its first message
+    std::uint64_t _inheritor = 0;
     std::atomic<bool> _isForked = false;
 };
 

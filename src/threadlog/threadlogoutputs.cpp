@@ -2,6 +2,7 @@
 
 #include <base/hwcounter.h>
 #include <base/lglog.h>
+#include <base/osterminal.h>
 
 #include <ctime>
 #include <filesystem>
@@ -17,7 +18,7 @@ namespace
 /// One write, so that the lines of several threads and processes don't mix.
 void tell(std::string const& path, std::string const& reason)
 {
-    std::cerr << "log: " + path + ": " + reason + "\n";
+    std::cerr << "log: " + OsTerminal::shown(path) + ": " + reason + "\n";
 }
 
 /// What the logger wrote at its start, with the date of that: times in the new file count from there as well.
@@ -72,8 +73,16 @@ void ThreadLogOutputs::open()
             tell(name, getOpenFailure(name));
             output.isTold = true;
         } else
-            output.handle = openHandle(output.path);
+            openOwn(output);
     }
+}
+
+/// Without a descriptor of our own the file has no part in a crash and can't be replaced.
+void ThreadLogOutputs::openOwn(Output& output)
+{
+    output.handle = openHandle(output.path);
+    if (output.handle == closed)
+        tell(output.path, "messages before a crash can't be written here: " + getOpenFailure(output.path));
 }
 
 void ThreadLogOutputs::close()
@@ -99,7 +108,8 @@ bool ThreadLogOutputs::reopen()
     const std::string banner = bannerOfRun();
     bool isDone = true;
     for (Output& output : _outputs) {
-        const std::string failure = isFirstOfItsFile(output) ? reopenFile(output, banner) : std::string();
+        const bool isOpen = isFirstOfItsFile(output) && output.handle != closed;
+        const std::string failure = isOpen ? reopenFile(output, banner) : std::string();
         if (!failure.empty()) {
             tell(output.path, failure);
             isDone = false;

@@ -54,6 +54,7 @@ private:
 
     Output const* findOutput(LgTypes::Level level) const;
     bool isFirstOfItsFile(Output const& output) const;
+    void openOwn(Output& output);
 
     // Platform side.
 

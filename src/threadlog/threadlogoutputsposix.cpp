@@ -7,6 +7,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -136,6 +137,11 @@ void ThreadLogOutputs::closeHandle(std::intptr_t handle)
 bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
 {
     while (!text.empty()) {
+        // In a crash nobody may wait for ever for a terminal or a pipe; a file is ready at once.
+        constexpr int aSecond = 1000;
+        struct ::pollfd wanted = {static_cast<int>(handle), POLLOUT, 0};
+        if (retry([&] { return ::poll(&wanted, 1, aSecond); }) == 0)
+            return false;
         const ::ssize_t done = retry([&] { return ::write(static_cast<int>(handle), text.data(), text.size()); });
         if (done <= 0)
             return false;
@@ -168,10 +174,12 @@ std::string ThreadLogOutputs::reopenFile(Output& output, std::string_view banner
     struct ::stat status = {}, before = {};
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
         return getErrorText(errno);
-    if (!S_ISREG(status.st_mode))
-        return {};
     if (::fstat(static_cast<int>(output.handle), &before) != 0)
         return getErrorText(errno);
+    if (!S_ISREG(status.st_mode) || !S_ISREG(before.st_mode))
+        return {};
+    if (before.st_uid == ::geteuid() && (status.st_uid != before.st_uid || status.st_nlink != 1))
+        return "not a file of this user alone";
     if (isSameFile(status, before))
         return {};
     const int loggers = findLoggersFile(before, static_cast<int>(output.handle));

@@ -53,6 +53,17 @@ bool waitBriefly(IsDone const& isDone)
 /// Calls the engine's functions around each `fork`, and its stopAtExit() when the program ends.
 void installHooks();
 
+/// While it lives, the calling thread and those that it makes are given no signals but those of a crash.
+class SignalsBlocked
+{
+public:
+    SignalsBlocked();
+    ~SignalsBlocked();
+
+    SignalsBlocked(SignalsBlocked const&) = delete;
+    SignalsBlocked& operator=(SignalsBlocked const&) = delete;
+};
+
 /// Gives the calling thread a stack for signal handlers, unless it has one: without it a stack overflow finds no room for
 /// its handler. Freed when the thread ends.
 void provideSignalStack();

@@ -117,6 +117,26 @@ void installHooks()
     std::atexit([] { ThreadLogEngine::get().stopAtExit(); });
 }
 
+namespace
+{
+/// What the thread's mask was: one thread makes another at a time, and a mask is the thread's own.
+thread_local ::sigset_t maskBefore;
+}  // namespace
+
+SignalsBlocked::SignalsBlocked()
+{
+    ::sigset_t all;
+    ::sigfillset(&all);
+    for (const int signal : {SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL})
+        ::sigdelset(&all, signal);
+    ::pthread_sigmask(SIG_BLOCK, &all, &maskBefore);
+}
+
+SignalsBlocked::~SignalsBlocked()
+{
+    ::pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
+}
+
 void provideSignalStack()
 {
     ::stack_t present = {};

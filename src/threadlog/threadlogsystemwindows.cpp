@@ -69,6 +69,10 @@ void installHooks()
     std::atexit([] { ThreadLogEngine::get().stopAtExit(); });
 }
 
+/// A signal of the runtime goes to a thread of its own.
+SignalsBlocked::SignalsBlocked() = default;
+SignalsBlocked::~SignalsBlocked() = default;
+
 /// The system calls the handler of a stack overflow on what it has kept of the stack.
 void provideSignalStack() {}
 

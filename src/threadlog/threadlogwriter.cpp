@@ -104,6 +104,21 @@ ThreadLogWriter::~ThreadLogWriter()
     delete _spill.load(std::memory_order_relaxed);
 }
 
+/// For the child of a process, whose queue is a copy of its parent's.
+void ThreadLogWriter::discardAll()
+{
+    static char text[32768];
+    LgQueue* const spill = _spill.load(std::memory_order_relaxed);
+    for (LgQueue* const queue : {_queue, spill != nullptr ? spill : _queue})
+        while (!queue->isEmpty()) {
+            if (!queue->readEntry().isOverflowEntry())
+                queue->getStream() >> text;
+            queue->removeEntry();
+        }
+    _isRegistered = false;
+    _isTaken.store(true);
+}
+
 std::uint32_t ThreadLogWriter::countMessages() const
 {
     const std::uint32_t end = _written.load(std::memory_order_acquire) & entryMask;
@@ -201,9 +216,7 @@ void ThreadLogWriter::move(LgQueue& spill, char* text)
     if (_queue->reserveEntry(level)) {
         writeCut(text);
         _queue->addEntry();
-        return;
-    }
-    if (!isCounting)
+    } else if (!isCounting)
         countEntry();
     chooseCurrent();
 }

@@ -55,6 +55,12 @@ public:
     /// Messages in the queue, without entries that count losses. For the crash handlers.
     std::uint32_t countMessages() const;
 
+    /// Entries that the thread has written so far. For the crash handlers.
+    std::uint32_t getWritten() const { return _written.load(std::memory_order_acquire); }
+
+    /// Empties the queue without writing anything.
+    void discardAll();
+
     // Of LgQueue::Observer.
 
     void entryAdded(LgQueue& queue) override;

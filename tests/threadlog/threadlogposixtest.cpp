@@ -1,6 +1,8 @@
 // What only the POSIX form has: forks, signals, files that are moved away below the logger.
 #include "threadlogbody.h"
 
+#include <base/trace.h>
+
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
@@ -132,6 +134,50 @@ TEST_F(ThreadLogFork, aChildThatLogsWritesItsOwnMessagesAndNoneOfTheParents)
     EXPECT_EQ(numbersOf("parent", messages), countTo(600));
     EXPECT_EQ(numbersOf("child", messages), countTo(300));
     EXPECT_EQ(numbersOf("thread", messages), countTo(300));
+}
+
+namespace
+{
+Vn::TraceLevel& descent = *Vn::Trace::registerLevel("Descent", __FILE__);
+}
+
+VN_CHILD(forksWithinATracedCall)
+{
+    const Started start;
+    ThreadLog log;
+    logNumbers("parent", 0, 10);
+    ::pid_t child = -1;
+    {
+        VN_TRACE_ENTRY(descent, "outer");
+        VN_TRACE_ENTRY(descent, "inner");
+        const Vn::LgQueue::SuppressGuard quiet(Vn::LgLog::getQueue());
+        child = ::fork();
+        logNumbers("quiet", 0, 10);
+    }
+    if (child == 0) {
+        logNumbers("child", 0, 10);
+        log.flush();
+        ::_exit(0);
+    }
+    return waitFor(child);
+}
+
+TEST_F(ThreadLogFork, whatTheForkingThreadHasOnItsStackStaysGoodInTheChild)
+{
+    const TempFolder folder;
+    const std::string trace = folder.path("trace.log");
+    expectSuccess(logger("forksWithinATracedCall", folder)
+                      .with("VN_TRACE_OPTIONS", "show=Descent")
+                      .with("VN_LOG_TRACING", trace)
+                      .run());
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(numbersOf("parent", messages), countTo(10));
+    EXPECT_EQ(numbersOf("child", messages), countTo(10));
+    EXPECT_EQ(numbersOf("quiet", messages), countTo(0));
+    int exits = 0;
+    for (LogLine const& line : messagesOf(trace))
+        exits += line.text == "  /" || line.text == "  | /";
+    EXPECT_EQ(exits, 4) << "of both calls, in both processes";
 }
 
 VN_CHILD(forksAndChildIsSilent)
@@ -583,8 +629,14 @@ VN_CHILD(crashesIntoAPipe)
         return 1;
     ::dup2(ends[1], STDOUT_FILENO);
     ::setenv("VN_LOG_WARNING", "%", 1);
+    // The reader's own write would end the process first.
+    ::sigset_t pipe;
+    ::sigemptyset(&pipe);
+    ::sigaddset(&pipe, SIGPIPE);
+    ::pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
     const Started start;
     static ThreadLog& log = *new ThreadLog;
+    ::pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
     log.installCrashHandlers();
     ::close(ends[0]);
     logNumbers("main", 0, 10, LgTypes::Warning);
@@ -597,6 +649,78 @@ TEST_F(ThreadLogSignals, aPipeThatNobodyReadsDoesntChangeTheWayOfTheCrash)
     const TempFolder folder;
     const int status = runCrash(folder, "crashesIntoAPipe", "");
     EXPECT_TRUE(isEndedBy(status, SIGSEGV)) << status;
+}
+
+VN_CHILD(hasAHandlerForOnce)
+{
+    forbidCoreFiles();
+    const Started start;
+    struct sigaction own = {};
+    own.sa_handler = [](int) { static_cast<void>(::write(STDOUT_FILENO, "once ", 5)); };
+    own.sa_flags = SA_RESETHAND;
+    ::sigaction(SIGSEGV, &own, nullptr);
+    logAndCrash(SIGSEGV);
+    ::raise(SIGSEGV);
+    return 0;
+}
+
+TEST_F(ThreadLogSignals, aHandlerThatIsMeantForOneCrashIsCalledOnce)
+{
+    if (isSanitized)
+        GTEST_SKIP() << "a sanitizer has handlers of its own";
+    const TempFolder folder;
+    EXPECT_TRUE(isEndedBy(runCrash(folder, "hasAHandlerForOnce", ""), SIGSEGV));
+    expectEverythingInOrder(folder.path("events.log"));
+}
+
+namespace
+{
+struct sigaction earlier;
+}
+
+VN_CHILD(chainsItsHandlerToAnEarlierLogs)
+{
+    forbidCoreFiles();
+    const Started start;
+    {
+        ThreadLog log;
+        log.installCrashHandlers();
+        struct sigaction own = {};
+        own.sa_sigaction = [](int signal, ::siginfo_t* info, void* context) {
+            earlier.sa_sigaction(signal, info, context);
+        };
+        own.sa_flags = SA_SIGINFO;
+        ::sigaction(SIGBUS, &own, &earlier);
+    }
+    logAndCrash(SIGBUS);
+    return 0;
+}
+
+TEST_F(ThreadLogSignals, handlersThatCallEachOtherEndByTheSignal)
+{
+    const TempFolder folder;
+    EXPECT_TRUE(isEndedBy(runCrash(folder, "chainsItsHandlerToAnEarlierLogs", ""), SIGBUS));
+    expectEverythingInOrder(folder.path("events.log"));
+}
+
+VN_CHILD(waitsForASignal)
+{
+    const Started start;
+    ThreadLog log;
+    ::sigset_t wanted;
+    ::sigemptyset(&wanted);
+    ::sigaddset(&wanted, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &wanted, nullptr);
+    ::kill(::getpid(), SIGTERM);
+    int signal = 0;
+    ::sigwait(&wanted, &signal);
+    return signal == SIGTERM ? 0 : 1;
+}
+
+TEST(ThreadLog, signalsOfTheProgramDontGoToTheReader)
+{
+    const TempFolder folder;
+    expectSuccess(logger("waitsForASignal", folder).run());
 }
 
 // Outputs.

@@ -246,6 +246,29 @@ TEST(ThreadLog, theSettingSaysWhichLevelsWait)
     EXPECT_EQ(runBlocked(LgTypes::Warning, true, "all").numbers.size(), 3000u);
 }
 
+VN_CHILD(returnsToItsQueue)
+{
+    const Started start(argc, argv);
+    ThreadLog log;
+    Vn::LgQueue const* const usual = &Vn::LgLog::getQueue();
+    bool hasChanged = false;
+    {
+        const ReaderBlock block;
+        logNumbers(LgTypes::Warning, 2000);
+        hasChanged = &Vn::LgLog::getQueue() != usual;
+    }
+    log.flush();
+    logNumbers(LgTypes::Warning, 1);
+    return hasChanged && &Vn::LgLog::getQueue() == usual ? 0 : 1;
+}
+
+TEST(ThreadLog, behindAShortageOfRoomAThreadUsesItsOwnQueueAgain)
+{
+    const TempFolder folder;
+    const LockName lock(folder);
+    expectSuccess(logger("returnsToItsQueue", folder).with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get()).run());
+}
+
 VN_CHILD(longMessages)
 {
     const Started start;
