@@ -2,10 +2,12 @@
 # Long runs against a model of what must hold: tools/soak.sh [MINUTES] [WHAT]
 #
 #   MINUTES  for each part, 1 by default
-#   WHAT     all (default), or one of: kills, queue, load, processes
+#   WHAT     all (default), or one of: kills, crashes, queue, load, processes
 #
 # kills: processes write into one log and are killed at any moment, with lines of 300 and of 9,000 characters, on a disk
 #        with room and on one that fills up again and again (which takes root's right to mount a small disk).
+# crashes: processes whose threads log through the thread layer crash by each signal in turn, in a thread of the program and
+#        in the one that writes the log.
 # queue: one thread writes into a queue and another one reads it, beside a model.
 # load:  a library with packages, groups, levels and environment objects comes and goes while another thread logs.
 # processes: threads start programs by the thousand; no zombie and no descriptor may be left.
@@ -24,7 +26,7 @@ minutes=${1:-1}
 what=${2:-all}
 [[ $minutes =~ ^[0-9]+$ ]] || { echo "soak: $minutes is no number of minutes; tools/soak.sh -h helps" >&2; exit 2; }
 
-parts=(kills queue load processes)
+parts=(kills crashes queue load processes)
 [ "$what" = all ] || parts=("$what")
 bin=build/release/bin
 mkdir -p build/logs
@@ -53,6 +55,10 @@ for part in "${parts[@]}"; do
             # shellcheck disable=SC2086  # the arguments are words
             repeat $((minutes * 15)) killedwriters 1000 $run
         done
+        ;;
+    crashes)
+        repeat $((minutes * 30)) threadcrashes 1000
+        repeat $((minutes * 30)) threadcrashes 1000 reader
         ;;
     queue) repeat $((minutes * 60)) queuemodel 10000000 ;;
     load) repeat $((minutes * 60)) loadsoak 10000 ;;
