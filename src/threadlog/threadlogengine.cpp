@@ -87,9 +87,9 @@ void ThreadLogEngine::start(ThreadLogPolicy const& policy)
     _process.store(ThreadLogSystem::getProcess(), std::memory_order_relaxed);
     _isFailing.store(false, std::memory_order_relaxed);
     _seen = _made.load(std::memory_order_relaxed) - 1;  // queues of an earlier log are to be registered again
-    _outputs.open();
     _isRunning.store(true, std::memory_order_release);
     try {
+        _outputs.open();
         startReader();
     } catch (...) {
         _isRunning.store(false, std::memory_order_release);

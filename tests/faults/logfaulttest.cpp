@@ -31,6 +31,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -659,6 +660,56 @@ TEST_F(LogFaults, aLockThatKeepsFailingHoldsNoWriterOfAThreadLayerBack)
     const std::size_t written = texts.size() - 2;
     EXPECT_EQ(texts[written], "Test " + std::to_string(written - 1));
     EXPECT_EQ(written + std::stoul(texts.back().substr(losses.size())), 3000u);
+}
+
+VN_CHILD(makeThreadLogWithoutMemory)
+{
+    int none = 0;
+    char const* const* noArguments = nullptr;
+    InInitGuard guard(none, noArguments);
+    const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+    const int files = VnTest::countDescriptors();
+    int n = 0;
+    for (; failsWithoutMemory(n, [] { const ThreadLog log; }); ++n)
+        if (LgLog::isLoggerActive() || VnTest::countDescriptors() != files)
+            return 1;
+    ThreadLog log;
+    VN_LOG(group, LgTypes::Warning, "at last");
+    return n > 5 ? 0 : 2;
+}
+
+TEST_F(LogFaults, aThreadLayerThatFindsNoMemoryThrowsAndMayBeMadeAgain)
+{
+    const ChildRun run = Child("makeThreadLogWithoutMemory").with("T4Q_TEST_DIR", folder.path()).run();
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(textsOf(messages()), (std::vector<std::string>{"Test at last"}));
+}
+
+VN_CHILD(logInThreadsWithoutMemory)
+{
+    int none = 0;
+    char const* const* noArguments = nullptr;
+    InInitGuard guard(none, noArguments);
+    ThreadLog log;
+    const LgMinorGroup group(LgMajorGroup::getInstanceForName("Base"), "Test");
+    bool isAny = true;
+    for (int n = 0; isAny; ++n)
+        std::thread([n, &isAny, &group] {
+            isAny = failsWithoutMemory(n, [&group] { VN_LOG(group, LgTypes::RecoverableError, "first"); });
+            VN_LOG(group, LgTypes::RecoverableError, "second");
+        }).join();
+    return 0;
+}
+
+/// Each allocation of a thread's first message fails in turn; the thread's second message finds memory again.
+TEST_F(LogFaults, aMessageThatFindsNoMemoryForItsThreadsQueueIsLostAndThatIsTold)
+{
+    const ChildRun run = Child("logInThreadsWithoutMemory").with("T4Q_TEST_DIR", folder.path()).run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: no memory for a thread's queue: its messages are lost\n");
+    std::vector<std::string> texts = textsOf(messages());
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "Test first"), 1);
+    EXPECT_GT(std::count(texts.begin(), texts.end(), "Test second"), 3);
 }
 
 TEST_F(LogFaults, aLockFileThatCanNotBeOpenedIsTold)
