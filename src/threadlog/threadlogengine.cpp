@@ -491,7 +491,9 @@ void ThreadLogEngine::afterForkInChild() noexcept
     _others.store(0);
     _isHeld.store(false);
     _isForked.store(isRunning());
-    _inherited = ThreadLogSystem::getWriterOfThread();
+    // In a child's child, too, whose parent hasn't logged: its writer is still the one from the first fork.
+    if (ThreadLogWriter* const writer = ThreadLogSystem::getWriterOfThread())
+        _inherited = writer;
     _inheritor = ThreadLogSystem::getThread();
     ThreadLogSystem::setWriterOfThread(nullptr);
 }

@@ -152,6 +152,11 @@ VN_CHILD(forksWithinATracedCall)
         VN_TRACE_ENTRY(descent, "inner");
         const Vn::LgQueue::SuppressGuard quiet(Vn::LgLog::getQueue());
         child = ::fork();
+        if (child == 0 && argc > 1) {
+            const ::pid_t grandchild = ::fork();
+            if (grandchild != 0)
+                ::_exit(waitFor(grandchild) == 0 ? 0 : 1);
+        }
         logNumbers("quiet", 0, 10);
     }
     if (child == 0) {
@@ -164,20 +169,22 @@ VN_CHILD(forksWithinATracedCall)
 
 TEST_F(ThreadLogFork, whatTheForkingThreadHasOnItsStackStaysGoodInTheChild)
 {
-    const TempFolder folder;
-    const std::string trace = folder.path("trace.log");
-    expectSuccess(logger("forksWithinATracedCall", folder)
-                      .with("VN_TRACE_OPTIONS", "show=Descent")
-                      .with("VN_LOG_TRACING", trace)
-                      .run());
-    const auto messages = messagesOf(folder.path("events.log"));
-    EXPECT_EQ(numbersOf("parent", messages), countTo(10));
-    EXPECT_EQ(numbersOf("child", messages), countTo(10));
-    EXPECT_EQ(numbersOf("quiet", messages), countTo(0));
-    int exits = 0;
-    for (LogLine const& line : messagesOf(trace))
-        exits += line.text == "  /" || line.text == "  | /";
-    EXPECT_EQ(exits, 4) << "of both calls, in both processes";
+    for (const bool isTwice : {false, true}) {
+        const TempFolder folder;
+        const std::string trace = folder.path("trace.log");
+        Child program = logger("forksWithinATracedCall", folder);
+        if (isTwice)
+            program.arguments({"twice"});
+        expectSuccess(program.with("VN_TRACE_OPTIONS", "show=Descent").with("VN_LOG_TRACING", trace).run());
+        const auto messages = messagesOf(folder.path("events.log"));
+        EXPECT_EQ(numbersOf("parent", messages), countTo(10));
+        EXPECT_EQ(numbersOf("child", messages), countTo(10));
+        EXPECT_EQ(numbersOf("quiet", messages), countTo(0));
+        int exits = 0;
+        for (LogLine const& line : messagesOf(trace))
+            exits += line.text == "  /" || line.text == "  | /";
+        EXPECT_EQ(exits, 4) << "of both calls, in both processes";
+    }
 }
 
 VN_CHILD(forksAndChildIsSilent)
