@@ -251,8 +251,8 @@ void InCommandLine::checkOperands(int first)
                  "unexpected argument " + quoted(elementAt(first + _state->mostOperands)));
 }
 
-/// Where an option beats the variable, the variable's text does no harm. The library's own variables were taken in any form
-/// before there were refusals, and keep to that: some are set to the empty text.
+/// Where an option beats the variable, the variable's text does no harm. The library's own variables are meant for developers,
+/// who write them in any form: "NAME= program" sets one to the empty text, and the start takes that.
 void InCommandLine::checkEnvironment()
 {
     for (InVariableBase const* variable : InDeclarations::getVariables()) {
