@@ -2,6 +2,7 @@
 
 #include <base/exbase.h>
 #include <base/lglog.h>
+#include <base/osterminal.h>
 
 #include <algorithm>
 #include <atomic>
@@ -25,11 +26,13 @@ Crew::Result readOne(Crew::Task const& task)
 
 void logResult(Vn::LgMinorGroup const& group, Crew::Task const& task, Crew::Result const& result)
 {
+    // A level may be shown on a terminal, and whoever made a file chose its name.
+    const auto shown = [](std::string const& text) { return Vn::OsTerminal::shown(text); };
     if (result.failure.empty())
         VN_LOG(group, Vn::LgTypes::Informational,
-               task.name.c_str() << ": " << static_cast<double>(result.reading.bytes) / 1024 << " KiB");
+               shown(task.name).c_str() << ": " << static_cast<double>(result.reading.bytes) / 1024 << " KiB");
     else
-        VN_LOG(group, Vn::LgTypes::Warning, task.name.c_str() << ": " << result.failure.c_str());
+        VN_LOG(group, Vn::LgTypes::Warning, shown(task.name).c_str() << ": " << shown(result.failure).c_str());
 }
 }  // namespace
 

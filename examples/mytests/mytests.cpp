@@ -35,5 +35,8 @@ int main(int argc, char** argv)
                                   .word("-detectLeaks", "run a group; it fails if it leaks");
     if (auto const end = usage.handle(first, argv))
         return *end;
+    // A "--" in front of the group has been taken out of the first two arguments; the others move up.
+    if (first < std::min(argc, 2))
+        std::copy(argv + 2, argv + argc-- + 1, argv + 1);
     return Vn::TestMgr::runTest(argc, argv);
 }

@@ -5,6 +5,7 @@
 #include <base/exbase.h>
 #include <base/ininitmgr.h>
 #include <base/inusage.h>
+#include <base/osterminal.h>
 
 #include <iostream>
 
@@ -110,7 +111,7 @@ int main(int argc, char** argv)
         marks();
         return 0;
     } catch (std::exception const& failure) {
-        std::cerr << "streamtime: " << failure.what() << "\n";
+        std::cerr << "streamtime: " << Vn::OsTerminal::shown(failure.what()) << "\n";
         return 1;
     }
 }

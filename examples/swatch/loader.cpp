@@ -72,7 +72,7 @@ int main(int argc, char** argv)
         Vn::DbgBuildInfoMgr::printBuildInfo(std::cout, false);
         return areTaken ? 0 : 1;
     } catch (std::exception const& failure) {
-        std::cerr << "swatchloader: " << failure.what() << "\n";
+        std::cerr << "swatchloader: " << Vn::OsTerminal::shown(failure.what()) << "\n";
         return 1;
     }
 }

@@ -73,7 +73,7 @@ int main(int argc, char** argv)
             areKnown &= printColour(names[i]);
         return areKnown ? 0 : 1;
     } catch (std::exception const& failure) {
-        std::cerr << "swatch: " << failure.what() << "\n";
+        std::cerr << "swatch: " << Vn::OsTerminal::shown(failure.what()) << "\n";
         return 1;
     }
 }

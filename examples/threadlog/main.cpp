@@ -3,12 +3,13 @@
 // lock, VN_INTERNAL_INTERPROCESS_LOG_LOCK=NAME, the lines of all stay whole.
 #include <threadlog/threadlog.h>
 
-#include <base/exbase.h>
 #include <base/hwcounter.h>
 #include <base/ininitmgr.h>
 #include <base/inusage.h>
+#include <base/invalueform.h>
 #include <base/invariable.h>
 #include <base/lglog.h>
+#include <base/osterminal.h>
 #include <base/osutils.h>
 #include <base/trace.h>
 
@@ -17,6 +18,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -56,11 +58,19 @@ const Vn::InContextAlias<Vn::InInitArg, 1> quietOption("q", "-q: draws nothing")
 const Vn::InContextAlias<Vn::InInitDef, 0> quietDefault("false", "default");
 Vn::InVariable<bool> isQuiet("threadlogExample.quiet", package, quietOption, quietDefault);
 
+/// @{
 /// The type is looked at as well.
+bool isThreadCount(char const* text)
+{
+    const int count = Vn::InValueForm<int>::read(text);
+    return count >= 1 && count <= 256;
+}
+
 bool isNotNegative(char const* text)
 {
-    return *text != '-';
+    return Vn::InValueForm<int>::read(text) >= 0;
 }
+/// @}
 
 /// One thread's messages: their number, and a text whose length changes. The thread needs nothing else for that.
 void work(Vn::LgMinorGroup const& group, int thread, int messages)
@@ -111,6 +121,10 @@ void draw(char const* path)
     constexpr std::size_t slices = 64;
     constexpr std::string_view shades = " .:-=+*#%@";
     const auto times = readTimes(path);
+    if (times.empty()) {
+        std::cout << "nothing to draw: no message with a time in " << Vn::OsTerminal::shown(path) << "\n";
+        return;
+    }
     std::uint64_t first = UINT64_MAX, last = 0;
     for (auto const& [thread, stamps] : times) {
         first = std::min(first, stamps.front());
@@ -127,8 +141,8 @@ void draw(char const* path)
             std::cout << shades[count == 0 ? 0 : 1 + count * (shades.size() - 2) / most];
         std::cout << "| " << stamps.size() << " messages\n";
     }
-    std::cout << "  " << static_cast<double>(last - first) * Vn::HwCounter::resolution() * 1e3 << " ms, in " << path
-              << "\n";
+    std::cout << "  " << static_cast<double>(last - first) * Vn::HwCounter::resolution() * 1e3 << " ms, in "
+              << Vn::OsTerminal::shown(path) << "\n";
 }
 }  // namespace
 
@@ -136,8 +150,8 @@ int main(int argc, char** argv)
 {
     const Vn::InUsage usage =
         Vn::InUsage("Logs from several threads at once.")
-            .expect(threadCount, "a number of threads", isNotNegative)
-            .expect(messageCount, "a number of messages", isNotNegative)
+            .expect(threadCount, "1 to 256 threads", isThreadCount)
+            .expect(messageCount, "0 or more messages", isNotNegative)
             .note("Where messages go, and which:\n"
                   "  VN_LOG_WARNING=FILE      a file; +FILE appends, %FILE shows them as well\n"
                   "  VN_LOG_GROUPS=Example=Informational\n"
@@ -154,10 +168,14 @@ int main(int argc, char** argv)
         runThreads();
         log.flush();
         char const* const path = Vn::LgLog::getLevelFileName(Vn::LgTypes::Warning);
-        if (!isQuiet.getValue() && path != nullptr)
+        if (isQuiet.getValue())
+            return 0;
+        if (path != nullptr)
             draw(path);
-    } catch (Vn::ExBase const& failure) {
-        std::cerr << "threadlog: " << failure.getReason() << '\n';
+        else
+            std::cout << "nothing to draw: the messages went to no file\n";
+    } catch (std::exception const& failure) {
+        std::cerr << "threadlog: " << Vn::OsTerminal::shown(failure.what()) << '\n';
         return 1;
     }
     return 0;

@@ -6,7 +6,8 @@
 // is known, and what takes a value, is decided by the one rule. Between the elements this walk looks at what the parser
 // passes over:
 //
-// 1. "--" ends the options. What follows is an operand, whatever it looks like.
+// 1. "--" ends the options. What follows is an operand, whatever it looks like. The start removes it, but where no option
+//    is declared, it parses nothing: then handle() does.
 // 2. A word (--help, --version, --settings, and those of InUsage::word()) is taken. The start must not see it, as it
 //    would end its parsing there: handle() removes it.
 // 3. Any other element with two dashes, and any letter that nobody declared, is a fault.
@@ -114,6 +115,7 @@ void InCommandLine::walk()
         if (!looksLikeOption(element))
             break;
         if (element == "--") {
+            _endMark = _index;
             checkOperands(_index + 1);
             return;
         }
@@ -249,10 +251,13 @@ void InCommandLine::checkOperands(int first)
                  "unexpected argument " + quoted(elementAt(first + _state->mostOperands)));
 }
 
-/// Where an option beats the variable, the variable's text does no harm.
+/// Where an option beats the variable, the variable's text does no harm. The library's own variables are meant for developers,
+/// who write them in any form: "NAME= program" sets one to the empty text, and the start takes that.
 void InCommandLine::checkEnvironment()
 {
     for (InVariableBase const* variable : InDeclarations::getVariables()) {
+        if (isOwnSetting(variable->getHandle()))
+            continue;
         const Choice choice = choose(*variable);
         if (choice.text != nullptr && dynamic_cast<Environment const*>(choice.alias) != nullptr)
             checkText(*variable, choice.alias->getKey(), choice.text);

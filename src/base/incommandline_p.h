@@ -34,6 +34,10 @@ public:
     /// Indices of the elements that are words bound to a flag, in order, with the word of each.
     std::vector<std::pair<int, InUsageState::Word const*>> const& getBoundWords() const { return _boundWords; }
 
+    /// Index of the "--" that the start leaves among the operands, as it parses nothing if no option is declared; 0 if
+    /// there is none.
+    int getLeftEndMark() const { return _keys.empty() ? _endMark : 0; }
+
     /// What the start gives to an alias of that option: null if it isn't on the command line.
     char const* getValue(char letter) const;
 
@@ -69,7 +73,8 @@ private:
     std::map<signed char, char const*> _values;
     std::vector<InFault> _faults;
     std::vector<std::pair<int, InUsageState::Word const*>> _boundWords;
-    int _index = 1;  ///< of the element being looked at
+    int _index = 1;    ///< of the element being looked at
+    int _endMark = 0;  ///< index of the "--" that ends the options
     bool _wantsHelp = false;
     bool _wantsVersion = false;
     bool _wantsSettings = false;

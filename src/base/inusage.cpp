@@ -39,6 +39,13 @@ InFault const* firstFaultOf(InCommandLine const& line)
     return nullptr;
 }
 
+void removeArgument(int index, int& argc, char** argv)
+{
+    for (int i = index; i + 1 < argc; ++i)
+        argv[i] = argv[i + 1];
+    argv[--argc] = nullptr;
+}
+
 /// Sets each flag to whether its word was given, and takes the words out of the arguments.
 void takeBoundWords(InCommandLine const& line, std::vector<InUsageState::Word> const& words, int& argc, char** argv)
 {
@@ -48,9 +55,7 @@ void takeBoundWords(InCommandLine const& line, std::vector<InUsageState::Word> c
     int removed = 0;
     for (auto const& [index, word] : line.getBoundWords()) {
         *word->isGiven = true;
-        for (int i = index - removed; i + 1 < argc; ++i)
-            argv[i] = argv[i + 1];
-        argv[--argc] = nullptr;
+        removeArgument(index - removed, argc, argv);
         ++removed;
     }
 }
@@ -126,10 +131,13 @@ std::optional<int> InUsage::handle(int& argc, char** argv) const
     if (line.wantsSettings()) {
         std::vector<InSetting> settings = getSettings(argc, argv);
         std::stable_partition(settings.begin(), settings.end(),
-                              [](InSetting const& setting) { return !setting.handle.starts_with("Vn::"); });
+                              [](InSetting const& setting) { return !isOwnSetting(setting.handle); });
         printSettings(std::cout, settings);
         return endOfPrinting(program);
     }
+    // Behind all words, so it goes first.
+    if (const int endMark = line.getLeftEndMark())
+        removeArgument(endMark, argc, argv);
     takeBoundWords(line, _state->words, argc, argv);
     return std::nullopt;
 }

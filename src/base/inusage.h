@@ -37,7 +37,7 @@ struct InFault
     };
 
     Kind kind;            ///< for a program that handles some of them by itself
-    std::string subject;  ///< "-d", "--word", "PALETTE_DEPTH", or the operand; as it was given
+    std::string subject;  ///< "-d", "--word", "PALETTE_DEPTH", or the operand, as given; "" for one that is missing
     std::string message;  ///< one line for people, control characters shown
 };
 
@@ -111,7 +111,8 @@ public:
     ///     usage.expect(order, "bytes, files or suffix", isOrder);
     ///     ->  "-s takes bytes, files or suffix, not 'colour'"
     ///
-    /// `isRight` sees each text that an option has for the variable, and that of the environment if it would win.
+    /// `isRight` must not be null. It sees each text that an option has for the variable, and that of the environment if it
+    /// would win.
     InUsage& expect(InVariableBase const& variable, char const* what, bool (*isRight)(char const* text));
 
     /// Adds a word that stands among the options and that no setting has. handle() takes it out of the arguments, and
@@ -141,18 +142,21 @@ public:
     ///     a fault              ->  2, after one line on standard error, which ends in a hint to -h
     ///     can't be printed     ->  1, after one line on standard error
     ///
-    /// Help wins over everything, also behind operands, and --version over all faults. A fault wins over --settings,
-    /// unless it concerns the operands. Removes what word() has bound from the arguments, and makes `argc` smaller.
+    /// Help wins over everything, also behind operands, and --version over all faults. An element with several options is
+    /// read up to its first fault: "-hq" is help, and "-qh" is refused. A fault wins over --settings, unless it concerns
+    /// the operands. Removes what word() has bound from the arguments, and a "--" that ends the options
+    /// if none is declared (else the start removes it), and makes `argc` smaller.
     std::optional<int> handle(int& argc, char** argv) const;
 
-    /// Prints the usage text in lines of less than `columns` characters, 40 at the least.
+    /// Prints the usage text in lines of less than `columns` characters, 40 at the least. A word that is longer stays whole.
     std::ostream& print(std::ostream& stream, char const* program, int columns) const;
 
-    /// What handle() would refuse, in the order of the command line, then what is wrong with the environment.
+    /// What handle() would refuse, in the order of the command line, then what is wrong with the environment. The variables
+    /// of this library's own settings are not looked at.
     std::vector<InFault> getFaults(int argc, char const* const* argv) const;
 
     /// All settings of the process, by handle. What runs tells the value that it has, everything else the one that the
-    /// start would give it with these arguments.
+    /// start would give it with these arguments. What getFaults() would refuse is passed over.
     ///
     ///     before the start             ->  from overrides, `argv`, the environment and defaults, by their ranks
     ///     while its package runs       ->  what its getValue() has

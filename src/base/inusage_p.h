@@ -42,6 +42,12 @@ public:
     std::vector<std::string> notes;
 };
 
+/// Whether a setting is one of this library, which a program's user has no need to know of.
+inline bool isOwnSetting(std::string_view handle)
+{
+    return handle.starts_with("Vn::");
+}
+
 /// How help and refusals name the program: the last part of its path, without Windows' suffix.
 ///
 ///     "/usr/bin/greeter", "bin\\greeter.exe"  ->  "greeter"

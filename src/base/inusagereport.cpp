@@ -34,11 +34,6 @@ using Option = InContextAlias<InInitArg, 1>;
 using Environment = InContextAlias<InInitEnv, 1>;
 using Default = InContextAlias<InInitDef, 0>;
 
-bool isOwnSetting(InVariableBase const& variable)
-{
-    return std::string_view(variable.getHandle()).starts_with("Vn::");
-}
-
 /// What the usage text says of one option, or of one variable without an option.
 struct Entry
 {
@@ -46,6 +41,7 @@ struct Entry
     std::string description;
     char const* placeholder = "TEXT";
     std::vector<std::string> sources;  ///< variables of the environment, then defaults; each once
+    bool hasVariable = false;          ///< whether one of them is a variable of the environment
 
     void addSource(std::string const& source)
     {
@@ -94,7 +90,9 @@ std::string readingOf(InVariableBase const& variable, char const* text)
     const std::string_view name = kind.getName();
     if (name == "true or false")
         return InValueForm<bool>::read(text) ? "true" : "false";
-    return name != "text" && kind.isWhole(text) ? text : "'" + OsTerminal::shown(text) + "'";
+    // Blanks may stand around a number, line ends among them.
+    const std::string shown = OsTerminal::shown(text);
+    return name != "text" && kind.isWhole(text) ? shown : "'" + shown + "'";
 }
 
 /// All declared options, also those that no variable has.
@@ -118,9 +116,10 @@ void addSources(Entry& entry, InVariableBase const& variable)
 {
     for (InContextAliasBase const* alias : InDeclarations::getSources(variable)) {
         const std::string key = alias->getKey();
-        if (dynamic_cast<Environment const*>(alias) != nullptr && key != entry.key)
+        if (dynamic_cast<Environment const*>(alias) != nullptr && key != entry.key) {
             entry.addSource(key);
-        else if (dynamic_cast<Default const*>(alias) != nullptr && !key.empty())
+            entry.hasVariable = true;
+        } else if (dynamic_cast<Default const*>(alias) != nullptr && !key.empty())
             entry.addSource("default " + key);
     }
 }
@@ -143,7 +142,7 @@ void addVariables(Options& options, std::vector<Entry>& alone)
         const auto first = std::find_if(sources.begin(), sources.end(), [](InContextAliasBase const* alias) {
             return dynamic_cast<Environment const*>(alias) != nullptr;
         });
-        if (hasOption || isOwnSetting(*variable) || first == sources.end())
+        if (hasOption || isOwnSetting(variable->getHandle()) || first == sources.end())
             continue;
         Entry entry;
         entry.key = (*first)->getKey();
@@ -241,7 +240,7 @@ std::ostream& InUsage::print(std::ostream& stream, char const* program, int colu
     printText(stream, _state->summary, width);
     stream << "\nOptions:\n";
     printRows(stream, optionRows, leftWidthOf(optionRows, width), width);
-    if (!options.empty())
+    if (std::any_of(options.begin(), options.end(), [](auto const& one) { return one.second.hasVariable; }))
         printText(stream,
                   "\nAn option counts more than the variable in parentheses, and that more than the default.",
                   width);

@@ -89,7 +89,15 @@ Parsed<Float> parseNumber(char const* text)
 
 // ---- times
 
-/// A unit at the beginning of `text`, in milliseconds; milliseconds themselves if there is none.
+/// A part of a word, beyond ASCII as well.
+bool isLetter(char character)
+{
+    const auto code = static_cast<unsigned char>(character);
+    return ((code | 0x20) >= 'a' && (code | 0x20) <= 'z') || code >= 0x80;
+}
+
+/// A unit at the beginning of `text`, in milliseconds; milliseconds themselves if there is none. A longer word that begins like a
+/// unit is none: "5 hundred" are no hours.
 std::uint64_t takeUnit(char const*& text)
 {
     constexpr struct
@@ -98,7 +106,7 @@ std::uint64_t takeUnit(char const*& text)
         std::uint64_t milliseconds;
     } units[] = {{"ms", 1}, {"s", 1000}, {"min", 60 * 1000}, {"h", 60 * 60 * 1000}};
     for (auto const& unit : units)
-        if (std::strncmp(text, unit.name.data(), unit.name.size()) == 0) {
+        if (std::strncmp(text, unit.name.data(), unit.name.size()) == 0 && !isLetter(text[unit.name.size()])) {
             text += unit.name.size();
             return unit.milliseconds;
         }

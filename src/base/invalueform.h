@@ -12,11 +12,11 @@ namespace Vn
 
 class InVariableBase;
 
-/// Whether T is std::chrono::milliseconds, or a duration like it. Told by what the type has, as its header would double
+/// Whether T is std::chrono::milliseconds. Told by what the type has, as its header would double
 /// the time that a source with a setting takes to compile.
 template <class T>
-concept InTimeType = std::is_same_v<typename T::period, std::milli> && std::is_integral_v<typename T::rep> &&
-                     sizeof(typename T::rep) == sizeof(std::int64_t);
+concept InTimeType =
+    std::is_same_v<typename T::period, std::milli> && std::is_same_v<typename T::rep, std::int64_t>;
 
 /// A number of milliseconds: what InValueForm has in the place of the durations.
 enum class InMilliseconds : std::int64_t
@@ -78,7 +78,8 @@ public:
     ///                    largest finite value of that sign, and 0 for what is nearer to 0 than any value of the type
     ///     bool           "0", and "false" in any case -> false; all else -> true
     ///     milliseconds   "250" and "250ms" -> 250, "1.5s" -> 1500, "2min" -> 120000, "1 h" -> 3600000, "0.0004s" -> 0;
-    ///                    a text behind the number that is no unit counts as nothing, so "5m" -> 5; "" -> 0;
+    ///                    a text behind the number that is no unit counts as nothing, so "5m" and "5 minutes" -> 5;
+    ///                    "" -> 0;
     ///                    to the nearest millisecond, halves away from 0; beyond the type the nearest limit
     ///     char const*    `text` itself
     ///     std::string    a copy

@@ -1,6 +1,7 @@
 #include <base/lgstreamed.h>
 
 #include <cstddef>
+#include <exception>
 #include <locale>
 #include <ostream>
 #include <streambuf>
@@ -24,10 +25,22 @@ public:
         return _long;
     }
 
+    /// A formatted output function of the stream has caught it and set `badbit` instead.
+    void throwFailure() const
+    {
+        if (_failure)
+            std::rethrow_exception(_failure);
+    }
+
 protected:
     int_type overflow(int_type character) override
     {
-        moveToLong();
+        try {
+            moveToLong();
+        } catch (...) {
+            _failure = std::current_exception();
+            throw;
+        }
         if (!traits_type::eq_int_type(character, traits_type::eof()))
             sputc(traits_type::to_char_type(character));
         return traits_type::not_eof(character);
@@ -44,6 +57,7 @@ private:
 
     char _short[512];
     std::string _long;
+    std::exception_ptr _failure;  ///< of overflow()
 };
 
 template <class Target>
@@ -53,6 +67,7 @@ Target& putInto(Target& target, LgStreamedText::Write* write, void const* value)
     std::ostream stream(&buffer);
     stream.imbue(std::locale::classic());
     write(stream, value);
+    buffer.throwFailure();
     return target << buffer.get();
 }
 }  // namespace

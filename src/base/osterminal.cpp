@@ -43,7 +43,7 @@ bool isControl(std::uint32_t code)
 /// Marks and overrides of the writing direction, and the separators of lines and paragraphs.
 bool changesOrder(std::uint32_t code)
 {
-    return code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
+    return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
            (code >= 0x2066 && code <= 0x2069);
 }
 

@@ -359,6 +359,16 @@ TEST(InUsage, aVariableIsRefusedIfItsTextWouldWin)
     EXPECT_EQ(beaten.out, "goes on: -d 5 f\n");
 }
 
+TEST(InUsage, variablesOfTheLibraryItselfAreNotRefused)
+{
+    // An empty variable is none on Windows.
+    for (char const* text : {"", "yes", "1 "}) {
+        const ChildRun run = child("environmentRefused", {"f"}).with("VN_BUILDINFO_NO_VALIDATE", text).run();
+        EXPECT_EQ(run.exitCode, 7) << run.err;
+        EXPECT_EQ(run.out, "goes on: f\n");
+    }
+}
+
 VN_CHILD(overriddenEnvironment)
 {
     const Declarations declared;
@@ -486,6 +496,22 @@ TEST(InUsage, boundWordsAreTakenOutOfTheArguments)
     EXPECT_EQ(child("words", {"--firs"}).run().exitCode, 2);
 }
 
+VN_CHILD(noOptionsDeclared)
+{
+    InUsage usage("");
+    bool isFirst = false;
+    usage.operands("[NAME]...").word("--first", "the first", isFirst);
+    return handleIn(usage, argc, argv);
+}
+
+TEST(InUsage, theEndMarkIsTakenOutWhereNoOptionIsDeclared)
+{
+    EXPECT_EQ(child("noOptionsDeclared", {"--", "a", "--", "-b"}).run().out, "goes on: a -- -b\n");
+    EXPECT_EQ(child("noOptionsDeclared", {"--"}).run().out, "goes on:\n");
+    EXPECT_EQ(child("noOptionsDeclared", {"--first", "--first", "--", "--first"}).run().out, "goes on: --first\n");
+    EXPECT_EQ(child("noOptionsDeclared", {"a", "b"}).run().out, "goes on: a b\n");
+}
+
 // ---- settings and versions
 
 TEST(InUsage, settingsAreToldWithTheSourceThatWins)
@@ -513,6 +539,29 @@ TEST(InUsage, textsOfSettingsAreShownAndNotObeyed)
 {
     const ChildRun run = child("usageHandled", {"--settings", "file"}).with("VN_TEST_TITLE", "a\x1b[2Jb\nc").run();
     EXPECT_NE(run.out.find("  'a\\x1b[2Jb\\nc'  environment VN_TEST_TITLE\n"), std::string::npos) << run.out;
+}
+
+TEST(InUsage, blanksAroundNumbersAreShownAndNotObeyed)
+{
+    const ChildRun run = child("usageHandled", {"--settings", "-d", "\n5\r", "file"}).run();
+    EXPECT_NE(run.out.find("  \\n5\\r  option -d\n"), std::string::npos) << run.out;
+}
+
+TEST(InUsage, theRanksAreToldIfAnOptionHasAVariable)
+{
+    const auto tellsRanks = [](InUsage const& usage) {
+        std::ostringstream stream;
+        usage.print(stream, "prog", 80);
+        return stream.str().find("counts more than the variable") != std::string::npos;
+    };
+    SettingsPackage package;
+    Argument option("d:", "-d LEVELS: how deep to look");
+    Default usual("3", "default");
+    const InVariable<int> depth("palette.depth", package, option, usual);
+    EXPECT_FALSE(tellsRanks(InUsage("")));
+    Environment variable("VN_TEST_WIDTH", "the same");
+    const InVariable<int> width("palette.width", package, option, variable);
+    EXPECT_TRUE(tellsRanks(InUsage("")));
 }
 
 void printOwn(int argc, char const* const* argv)

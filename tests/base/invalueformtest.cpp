@@ -240,8 +240,14 @@ TEST(InValueForm, aTimeHasAUnitOrIsInMilliseconds)
         {"0.000000138889h", milliseconds(1), true},  // 0.5000004 ms
         {"0.000000138888h", milliseconds(0), true},  // 0.4999968 ms
         {"5m", milliseconds(5), false},
-        {"5 minutes", milliseconds(300000), false},
+        {"5 minutes", milliseconds(5), false},
+        {"5minutes", milliseconds(5), false},
+        {"5 hundred", milliseconds(5), false},
+        {"3 spoons", milliseconds(3), false},
+        {"5 s\xc3\xa9", milliseconds(5), false},
         {"5 msx", milliseconds(5), false},
+        {"5s.", milliseconds(5000), false},
+        {"5min2", milliseconds(300000), false},
         {"1s 500ms", milliseconds(1000), false},
         {"1e3", milliseconds(1), false},
         {"1,5s", milliseconds(1), false},
@@ -257,6 +263,12 @@ TEST(InValueForm, aTimeHasAUnitOrIsInMilliseconds)
     };
     expectRows(table);
 }
+
+// A count that another type holds would be cut on its way.
+static_assert(Vn::InTimeType<milliseconds>);
+static_assert(!Vn::InTimeType<std::chrono::duration<std::uint64_t, std::milli>>);
+static_assert(!Vn::InTimeType<std::chrono::duration<std::int32_t, std::milli>>);
+static_assert(!Vn::InTimeType<std::chrono::seconds>);
 
 TEST(InValueForm, aTimeBeyondItsTypeIsTheNearestLimit)
 {

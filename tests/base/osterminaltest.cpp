@@ -33,6 +33,7 @@ TEST(OsTerminal, controlCharactersAreShownAndNotObeyed)
          "abc",
          "\\u202eabc"},
         {"\xe2\x80\xa8\xe2\x81\xa6\xe2\x81\xa9\xe2\x80\x8f", "\\u2028\\u2066\\u2069\\u200f"},
+        {"\xd8\x9b\xd8\x9c\xd8\x9d", "\xd8\x9b\\u061c\xd8\x9d"},
         {"\xe2\x80\xa7\xe2\x80\xaf", "\xe2\x80\xa7\xe2\x80\xaf"},
         {"C:\\new\\table", "C:\\new\\table"},
         // Cut, wrong and overlong sequences.

@@ -384,6 +384,19 @@ TEST_F(InventoryTest, namesReachTheTerminalAsText)
     EXPECT_NE(result.out.find("  .t\\x07                         1 "), std::string::npos) << result.out;
     expectWrongUse(inventory({"no\x1b[folder"}).run(), "there is no folder no\\x1b[folder");
 }
+
+TEST_F(InventoryTest, namesInShownMessagesReachTheTerminalAsText)
+{
+    write("a\x1b[2J.txt", 7);
+    const VnTest::TempFolder log;
+    const ChildRun result = inventory({root.string()})
+                                .with("T4Q_TEST_DIR", log.path())
+                                .with("VN_LOG_GROUPS", "Inventory=Informational")
+                                .with("VN_LOG_INFORMATIONAL", "%")
+                                .run();
+    EXPECT_EQ(result.out.find('\x1b'), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("Read a\\x1b[2J.txt: "), std::string::npos) << result.out;
+}
 #endif
 
 TEST_F(InventoryTest, folderMayLookLikeAnOptionBehindTheEndMark)

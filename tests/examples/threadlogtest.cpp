@@ -22,11 +22,10 @@ using VnTest::TempFolder;
 
 namespace
 {
-Child threadlog(TempFolder const& folder, int threads, int messages)
+Child drawingThreadlog(TempFolder const& folder)
 {
     Child child = Child::program("threadlog");
-    child.arguments({"-q", "-t", std::to_string(threads), "-n", std::to_string(messages)})
-        .with("T4Q_TEST_DIR", folder.path())
+    child.with("T4Q_TEST_DIR", folder.path())
         .without("VN_LOG_WARNING")
         .without("VN_LOG_GROUPS")
         .without("VN_LOG_TRACING")
@@ -36,6 +35,12 @@ Child threadlog(TempFolder const& folder, int threads, int messages)
         .without("VN_INTERNAL_INTERPROCESS_LOG_LOCK")
         .without("VN_DEBUG_INITIALIZE");
     return child;
+}
+
+Child threadlog(TempFolder const& folder, int threads, int messages)
+{
+    return drawingThreadlog(folder).arguments(
+        {"-q", "-t", std::to_string(threads), "-n", std::to_string(messages)});
 }
 
 /// What the messages of a log file say, once each of its lines has been found whole.
@@ -130,6 +135,43 @@ TEST(ThreadLogExample, drawsALaneForEachThread)
     EXPECT_NE(run.out.find("| 1000 messages\n"), run.out.npos) << run.out;
     EXPECT_NE(run.out.find("events.log\n"), run.out.npos) << run.out;
 }
+
+TEST(ThreadLogExample, saysWhenThereIsNothingToDraw)
+{
+    const TempFolder folder;
+    const Child program = drawingThreadlog(folder).arguments({"-n", "0"});
+    const ChildRun none = program.run();
+    EXPECT_EQ(none.out, "nothing to draw: no message with a time in " + folder.path("events.log") + "\n");
+    EXPECT_EQ(none.exitCode, 0);
+    const ChildRun noTimes = Child(program).arguments({"-n", "3"}).with("VN_LOG_DISABLE_TIMESTAMPS", "1").run();
+    EXPECT_EQ(noTimes.out, none.out);
+    const ChildRun noFile = Child(program).with("VN_LOG_WARNING", "%").run();
+    EXPECT_NE(noFile.out.find("nothing to draw: the messages went to no file\n"), noFile.out.npos) << noFile.out;
+    EXPECT_EQ(noFile.exitCode, 0);
+}
+
+TEST(ThreadLogExample, countsOutsideTheirLimitsAreRefused)
+{
+    const TempFolder folder;
+    for (std::string const count : {"0", "-1", "257", "many"}) {
+        const ChildRun run = threadlog(folder, 1, 1).arguments({"-t", count}).run();
+        EXPECT_EQ(run.err, "threadlog: -t takes 1 to 256 threads, not '" + count + "'; threadlog -h tells more\n");
+        EXPECT_EQ(run.exitCode, 2);
+    }
+    const ChildRun run = threadlog(folder, 1, 1).arguments({"-n", " -1"}).run();
+    EXPECT_EQ(run.err, "threadlog: -n takes 0 or more messages, not ' -1'; threadlog -h tells more\n");
+}
+
+#if defined(__linux__)
+TEST(ThreadLogExample, thePathOfTheLogIsShownAndNotObeyed)
+{
+    const TempFolder folder;
+    const ChildRun run =
+        drawingThreadlog(folder).arguments({"-n", "1"}).with("VN_LOG_WARNING", folder.path("a\x1b.log")).run();
+    EXPECT_EQ(run.out.find('\x1b'), run.out.npos) << run.out;
+    EXPECT_NE(run.out.find("a\\x1b.log\n"), run.out.npos) << run.out;
+}
+#endif
 
 TEST(ThreadLogExample, processesShareAFileWithoutTearingALine)
 {

@@ -32,7 +32,7 @@ ChildRun run(std::string const& program, std::vector<std::string> const& argumen
     return child.arguments(arguments).run();
 }
 
-constexpr char const* programs[] = {"cuesheet", "first",      "inventory", "mytests",      "pointsets",
+constexpr char const* programs[] = {"cuesheet", "first",      "inventory", "lastwords",    "mytests",  "pointsets",
                                     "skylight", "streamtime", "swatch",    "swatchloader", "threadlog"};
 }  // namespace
 
@@ -102,6 +102,15 @@ TEST(Examples, operandsAreCounted)
     EXPECT_EQ(run("skylight", {"x"}).exitCode, 2);
     EXPECT_EQ(run("pointsets", {}).err, "pointsets: FOLDER is missing; pointsets -h tells more\n");
     EXPECT_EQ(run("pointsets", {"a", "b"}).exitCode, 2);
+}
+
+TEST(Examples, operandsMayStandBehindTheEndMark)
+{
+    EXPECT_EQ(run("swatchloader", {"--", "swatch"}).out, run("swatchloader", {"swatch"}).out);
+    EXPECT_EQ(run("swatchloader", {"--", "swatch"}).exitCode, 0);
+    EXPECT_EQ(run("mytests", {"--", "sorting", "10"}).exitCode, 0);
+    EXPECT_EQ(run("mytests", {"--", "nosuchgroup"}).exitCode, run("mytests", {"nosuchgroup"}).exitCode);
+    EXPECT_EQ(run("mytests", {"--"}).out, run("mytests", {}).out);
 }
 
 TEST(First, greets)

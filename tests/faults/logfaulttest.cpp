@@ -224,6 +224,30 @@ TEST_F(LogFaults, aMessageOfFurtherTypesAllocatesNothing)
     EXPECT_TRUE(queue.getStream().hasOverflowed());
 }
 
+TEST_F(LogFaults, aStreamedTextWithoutMemoryIsNotCutButThrows)
+{
+    const std::string text(2000, 'x');
+    static char taken[32768];
+    int failures = 0;
+    for (bool hasFailed = true; hasFailed;) {
+        LgStream stream;
+        bool hasThrown = false;
+        VnTest::startFailing(failures);
+        try {
+            stream << streamed(text);
+        } catch (std::bad_alloc const&) {
+            hasThrown = true;
+        }
+        hasFailed = VnTest::stopFailing();
+        EXPECT_EQ(hasThrown, hasFailed) << failures;
+        stream << '.' << ends;
+        stream >> taken;
+        EXPECT_EQ(taken, hasFailed ? "." : text + ".") << failures;
+        failures += hasFailed;
+    }
+    EXPECT_GT(failures, 0);
+}
+
 namespace
 {
 /// A registry of a program's own around the library's, as one with a lock is.
