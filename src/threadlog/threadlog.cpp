@@ -1,3 +1,15 @@
+// What programs see of the thread layer: its package, its settings, its build information, and the object that stands for it.
+//
+// The object holds nothing. What it starts belongs to the process, since threads may log and end behind any object:
+// ThreadLogEngine has it, and the constructor and the destructor only switch it on and off. The order of switching matters. On:
+// first the engine, then the queue function, then the logger, so that the first message that goes to a queue finds a reader. Off:
+// the other way round, and the engine last, so that it writes what came in between.
+//
+// The package ends a log that still exists when it stops, because it stops before the logger closes its files.
+//
+// Two settings have an option besides their variable, but only if the program gives a letter to it (ThreadLogOptions): a
+// library that took letters for itself would break each program that has them already. A variable's sources are fixed when it
+// is made, so the options are variables of their own, which are asked first.
 #include <threadlog/threadlog.h>
 
 #include <threadlog/threadlogcrash_p.h>
@@ -53,6 +65,7 @@ char const* getText(InVariable<char const*> const& setting, char const* optionHa
     return option != nullptr && option->isValid() && !isOverridden ? option->getValue() : setting.getValue();
 }
 
+/// A mistyped setting must not keep a program from starting, nor go by unseen.
 void tellUnreadable(char const* setting, std::string const& text, std::string const& fallback)
 {
     std::cerr << std::string("log: ") + setting + ": \"" + text + "\" can't be read; it is \"" + fallback + "\"\n";
@@ -76,7 +89,8 @@ ThreadLogPolicy readPolicy()
     return policy;
 }
 
-/// Trace with a depth for each thread, written into the log.
+/// Trace with a depth for each thread, written into the log. Of priority 1, one above the library's own manager; a program's own
+/// of a higher one keeps its place.
 class ThreadTraceManager : public TraceManager
 {
 public:
@@ -92,9 +106,11 @@ public:
     void print(char const* text) const override { LgTrace::print(text); }
 };
 
+/// While a log exists. Not a member of ThreadLog, since the package may end the log.
 std::unique_ptr<ThreadTraceManager> traces;
 
-/// Gives back what a ThreadLog has taken, if there is one.
+/// Gives back what a ThreadLog has taken, if there is one. The crash handlers go before the engine: behind stop() there is nothing
+/// that they could write.
 void endLog()
 {
     if (!ThreadLogEngine::get().isRunning())
@@ -148,6 +164,7 @@ ThreadLog::ThreadLog()
         throw ExInternalError(sourceName, __LINE__, "a ThreadLog is made once the packages have started");
     if (engine.isRunning())
         throw ExInternalError(sourceName, __LINE__, "there is a ThreadLog already");
+    // Made first, as the one thing here that may throw without a trace of having been there.
     auto ownTraces = std::make_unique<ThreadTraceManager>();
     engine.start(readPolicy());
     traces = std::move(ownTraces);
@@ -176,6 +193,7 @@ void ThreadLog::installCrashHandlers()
         ThreadLogCrash::install();
 }
 
+/// Declared with the library's package: they get their values when its own settings do.
 ThreadLogOptions::ThreadLogOptions(char const* waitKey, char const* flushKey)
     : _wait("threadlog.wait.option", package, Option(waitKey, waitText)),
       _flush("threadlog.flush.option", package, Option(flushKey, flushText))

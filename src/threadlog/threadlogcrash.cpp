@@ -100,6 +100,8 @@ Line line;
 char tail[2 * 65536];
 alignas(LgStream) unsigned char streamCopy[sizeof(LgStream)];
 
+/// To the level's file and, if it is echoed, to standard output, like the reader. What the system refuses is lost: there is no later
+/// time to try again.
 void writeLine(LgTypes::Level level)
 {
     ThreadLogEngine::get().getOutputs().append(level, line.getText());
@@ -146,6 +148,8 @@ struct Earliest
 };
 }  // namespace
 
+/// One thread writes; a second one that crashes waits, as going its way would end the process under the first. The reader goes on
+/// afterwards: the program's own handler may save the process.
 void ThreadLogCrash::writeAll() noexcept
 {
     ThreadLogEngine& engine = ThreadLogEngine::get();
@@ -184,6 +188,7 @@ void ThreadLogCrash::writeQueues(bool isLineOpen)
     }
 }
 
+/// The line as the reader makes it. The entry goes last, so that a crash in here finds it again; its text is then taken.
 void ThreadLogCrash::writeHead(LgQueue& queue)
 {
     LgQueue::Entry const& entry = queue.readEntry();

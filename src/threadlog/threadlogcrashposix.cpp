@@ -108,6 +108,7 @@ void callHandler(struct sigaction const& action, int signal, ::siginfo_t* info, 
     ::pthread_sigmask(SIG_SETMASK, &mask, nullptr);
 }
 
+/// errno is the interrupted code's, which may go on if the program's handler saves it.
 void onCrash(int signal, ::siginfo_t* info, void* context)
 {
     const int error = errno;
@@ -134,6 +135,7 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
         ::syscall(SYS_rt_tgsigqueueinfo, ::getpid(), ::syscall(SYS_gettid), signal, info);
 }
 
+/// Before the exception's own handler, which often ends the process without a signal.
 [[noreturn]] void onTerminate()
 {
     {

@@ -78,6 +78,7 @@ ThreadLogEngine& ThreadLogEngine::get()
     return engine;
 }
 
+/// What a failure must not leave behind comes last.
 void ThreadLogEngine::start(ThreadLogPolicy const& policy)
 {
     static const bool hasHooks = (ThreadLogSystem::installHooks(), true);
@@ -137,6 +138,7 @@ void ThreadLogEngine::stopAtExit() noexcept
     _readMutex.unlock();
 }
 
+/// Called for each message. A thread's first one makes what it needs; later ones cost two loads.
 LgQueue* ThreadLogEngine::getQueueOfThread()
 {
     if (ThreadLogWriter* const writer = ThreadLogSystem::getWriterOfThread()) [[likely]]
@@ -145,6 +147,7 @@ LgQueue* ThreadLogEngine::getQueueOfThread()
     return writer != nullptr ? writer->getCurrent() : &getRefusingQueue();
 }
 
+/// A thread that traces will log the line, so it gets its queue at once.
 Trace* ThreadLogEngine::getTraceOfThread()
 {
     ThreadLogWriter* writer = ThreadLogSystem::getWriterOfThread();
@@ -153,6 +156,7 @@ Trace* ThreadLogEngine::getTraceOfThread()
     return writer != nullptr ? &writer->getTrace() : nullptr;
 }
 
+/// Null without memory, which a message must not throw: its site is in the middle of a line. It is told once for the process.
 ThreadLogWriter* ThreadLogEngine::makeWriter() noexcept
 {
     if (!provideReader())
@@ -216,6 +220,7 @@ void ThreadLogEngine::forgetParent() noexcept
     });
 }
 
+/// Woken even if nothing is in the queue: the reader frees it then, and not when the next message comes.
 void ThreadLogEngine::endWriter(ThreadLogWriter& writer) noexcept
 {
     writer.getQueue().creatorExit();  // the writer may be gone from here on
@@ -238,6 +243,8 @@ void ThreadLogEngine::collectFinished() noexcept
     });
 }
 
+/// Some lines at a time under the lock. A mutex isn't fair: without a look at who else wants it, a busy reader would have it again
+/// before anybody else wakes up.
 void ThreadLogEngine::runReader() noexcept
 {
     ThreadLogSystem::nameThread();
@@ -328,6 +335,7 @@ void ThreadLogEngine::registerNewQueues()
     }
 }
 
+/// Also for a thread that has ended: its queue is to be freed.
 bool ThreadLogEngine::isAnythingToDo()
 {
     bool isAny = _made.load(std::memory_order_acquire) != _seen;
@@ -368,6 +376,7 @@ void ThreadLogEngine::sleepUntilWoken(std::chrono::milliseconds atMost)
         _woken.wait(guard, isAwake);
 }
 
+/// Asleep, the reader is woken by any message, and then writes whatever comes for a while. Dozing, it will look soon by itself.
 void ThreadLogEngine::messageAdded(LgTypes::Level level, bool isFillingUp)
 {
     if (_sleep.load(std::memory_order_relaxed) == Sleep::Asleep || isFillingUp || _policy.isUrgent(level))
@@ -421,6 +430,7 @@ void ThreadLogEngine::flush()
     tellWaiting();
 }
 
+/// What was accepted before belongs to the files before.
 bool ThreadLogEngine::reopen()
 {
     flush();
@@ -428,6 +438,7 @@ bool ThreadLogEngine::reopen()
     return !isRunning() || _outputs.reopen();
 }
 
+/// Without end for a reader that waits for what the crashed thread holds, so not for long: see threadlogcrash.cpp for what then.
 bool ThreadLogEngine::holdReader() noexcept
 {
     _isHeld.store(true);
@@ -447,6 +458,7 @@ void ThreadLogEngine::waitForHandler() const
         ThreadLogSystem::pause();
 }
 
+/// False in a child of `fork` that hasn't logged: what its queues seem to hold is its parent's.
 bool ThreadLogEngine::isOwner() const
 {
     return _process.load(std::memory_order_relaxed) == ThreadLogSystem::getProcess();

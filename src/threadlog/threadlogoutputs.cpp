@@ -1,3 +1,14 @@
+// The files of the log, beside the logger that owns and writes them.
+//
+// The logger says nothing of a file that it can't open or write, by its rules, so that a library can't spoil a program's
+// standard error. A program that links the thread layer wants to know, and is told once for each file. What is looked at is the
+// state of the logger's stream: failed without being bad means that the file couldn't be opened, bad that the system refuses a
+// line.
+//
+// Each file is opened once more, for two uses: a crash handler writes there, and tells by it which file the logger has when that
+// file's name may stand for another one by now (reopen()).
+//
+// Several levels may share a file. The logger gives them one stream, and the lowest of these levels stands for all here.
 #include <threadlog/threadlogoutputs_p.h>
 
 #include <base/hwcounter.h>
@@ -45,6 +56,7 @@ ThreadLogOutputs::Output const* ThreadLogOutputs::findOutput(LgTypes::Level leve
     return nullptr;
 }
 
+/// Whether the file is to be opened, told of and replaced by this output, and not by one of a lower level.
 bool ThreadLogOutputs::isFirstOfItsFile(Output const& output) const
 {
     return output.stream != nullptr && findOutput(static_cast<LgTypes::Level>(&output - _outputs)) == &output;
@@ -94,6 +106,8 @@ void ThreadLogOutputs::close()
         }
 }
 
+/// A stream that recovers and fails again isn't told again: on a disk that is full now and then that would be a line for each
+/// time.
 void ThreadLogOutputs::tellFailures(int error)
 {
     for (Output& output : _outputs)
@@ -103,6 +117,7 @@ void ThreadLogOutputs::tellFailures(int error)
         }
 }
 
+/// All of them, also behind one that fails: each file counts for itself.
 bool ThreadLogOutputs::reopen()
 {
     const std::string banner = bannerOfRun();
@@ -118,6 +133,7 @@ bool ThreadLogOutputs::reopen()
     return isDone;
 }
 
+/// A level without a file takes each line, as it does in the logger.
 bool ThreadLogOutputs::append(LgTypes::Level level, std::string_view text) const
 {
     Output const* const output = findOutput(level);

@@ -99,6 +99,7 @@ int findLoggersFile(struct ::stat const& wanted, int ours)
 }
 }  // namespace
 
+/// The C library's words for it.
 std::string ThreadLogOutputs::getErrorText(int error)
 {
     return std::generic_category().message(error);
@@ -134,6 +135,7 @@ void ThreadLogOutputs::closeHandle(std::intptr_t handle)
     ::close(static_cast<int>(handle));
 }
 
+/// In one call as a rule, so that lines of several processes don't mix; a short write goes on where it ended.
 bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
 {
     while (!text.empty()) {
@@ -155,6 +157,7 @@ void ThreadLogOutputs::appendToStandardOutput(std::string_view text)
     appendTo(STDOUT_FILENO, text);
 }
 
+/// Nothing of a pipe or a device, which keep nothing.
 std::size_t ThreadLogOutputs::readTailOf(std::intptr_t handle, char* bytes, std::size_t size)
 {
     const int file = static_cast<int>(handle);

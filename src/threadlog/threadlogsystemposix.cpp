@@ -1,4 +1,10 @@
 // threadlogsystemposix.cpp (Windows form: threadlogsystemwindows.cpp)
+//
+// A thread's writer is found through a thread-local pointer, and its end is noticed by a key of pthreads: the pointer costs one
+// load where the key would cost a call, and the key's function runs behind the destructors of thread-local objects, whose order
+// among themselves nobody knows. Both hold the same address.
+//
+// membarrier() has been in the kernel since 4.14. An older one, or an emulator, makes the reader look again ten times a second.
 #include <threadlog/threadlogsystem_p.h>
 
 #include <threadlog/threadlogengine_p.h>
@@ -78,6 +84,7 @@ bool setWriterOfThread(ThreadLogWriter* writer)
     return true;
 }
 
+/// Not pthread_self(): a child of `fork` would have its parent's number, and the number in a debugger is this one.
 std::uint64_t getThread()
 {
     return static_cast<std::uint64_t>(::syscall(SYS_gettid));
@@ -103,12 +110,14 @@ bool fenceAllThreads()
     return ::syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0;
 }
 
+/// nanosleep() is on the list of what a signal handler may call.
 void pause()
 {
     const ::timespec time = {0, 100000};
     ::nanosleep(&time, nullptr);
 }
 
+/// For the life of the process, whether a log exists or not: a log may be made in a child, or behind another one.
 void installHooks()
 {
     ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); },
@@ -137,6 +146,7 @@ SignalsBlocked::~SignalsBlocked()
     ::pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
 }
 
+/// A sanitizer, or the program, may have given the thread one: theirs stays.
 void provideSignalStack()
 {
     ::stack_t present = {};

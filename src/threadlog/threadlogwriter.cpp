@@ -3,6 +3,14 @@
 // The usual message costs two looks in entryAdded(): whether the reader sleeps, and whether the queue has enough room for the
 // next message. Both load memory that the site has just used, or that is rarely written.
 //
+// When room gets short, getCurrent() becomes the spill, a second queue that is always empty when a message begins. So the message is
+// accepted whatever it is, and only then, when its level can be read, is it decided: it waits until the thread's own queue has room
+// for it, or it goes there if it fits at once, or that queue counts it as lost. The order of a thread's messages stays, as the next
+// one begins when this one is through. What is moved is stamped anew; that is later than all that the queue holds.
+//
+// The message is in the spill while its thread waits. A crash handler may look at it there, and take it: takeWaiting() gives it
+// to one of the two.
+//
 // The level of a message is needed when the reader sleeps, to tell whether to wake it. LgQueue shows the oldest entry alone; the
 // ring is an array, so the newest one is found by counting from where the oldest one was when the queue was new.
 #include <threadlog/threadlogwriter_p.h>
@@ -38,6 +46,7 @@ private:
 
 ThreadLogWriters::Chunk ThreadLogWriters::_first;
 
+/// Release: a walk that finds the writer finds its fields. A place that was free a moment ago may be taken by another thread.
 bool ThreadLogWriters::addTo(Chunk& chunk, ThreadLogWriter& writer)
 {
     for (auto& place : chunk.places) {
@@ -49,6 +58,7 @@ bool ThreadLogWriters::addTo(Chunk& chunk, ThreadLogWriter& writer)
     return false;
 }
 
+/// Chunks are never freed, so that a walk needs no lock; they are added at the end.
 bool ThreadLogWriters::add(ThreadLogWriter& writer) noexcept
 {
     for (Chunk* chunk = &_first;;) {
@@ -69,6 +79,7 @@ bool ThreadLogWriters::add(ThreadLogWriter& writer) noexcept
     }
 }
 
+/// Release: the place may be taken again at once, by a thread that must not see what the writer does in its end.
 void ThreadLogWriters::remove(ThreadLogWriter const& writer) noexcept
 {
     for (Chunk* chunk = &_first; chunk != nullptr; chunk = chunk->next.load(std::memory_order_acquire))
@@ -79,6 +90,7 @@ void ThreadLogWriters::remove(ThreadLogWriter const& writer) noexcept
             }
 }
 
+/// The queue owns the writer as its observer, and the writer knows the queue; both are complete before anybody finds them.
 ThreadLogWriter* ThreadLogWriter::create(unsigned long threadId) noexcept
 {
     try {
@@ -98,6 +110,7 @@ ThreadLogWriter* ThreadLogWriter::create(unsigned long threadId) noexcept
     }
 }
 
+/// First out of the list: a crash handler must not find a queue that is being freed.
 ThreadLogWriter::~ThreadLogWriter()
 {
     ThreadLogWriters::remove(*this);
@@ -155,6 +168,7 @@ void ThreadLogWriter::entryRemoved(LgQueue&)
     _removed.store(_removed.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
+/// As the writer sees it: the reader makes more room meanwhile, never less.
 bool ThreadLogWriter::hasRoomFor(std::uint32_t size) const
 {
     return !_queue->isFull() && _queue->getStream().getNumCharacters() >= size;
