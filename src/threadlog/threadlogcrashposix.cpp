@@ -99,7 +99,7 @@ void callHandler(struct sigaction const& action, int signal, ::siginfo_t* info, 
     ::pthread_sigmask(SIG_BLOCK, &action.sa_mask, &mask);
     if ((action.sa_flags & SA_NODEFER) != 0)
         ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
-    if ((action.sa_flags & SA_RESETHAND) != 0)
+    if ((static_cast<unsigned>(action.sa_flags) & SA_RESETHAND) != 0)
         ::signal(signal, SIG_DFL);
     if ((action.sa_flags & SA_SIGINFO) != 0)
         action.sa_sigaction(signal, info, context);

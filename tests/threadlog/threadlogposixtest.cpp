@@ -664,7 +664,7 @@ VN_CHILD(hasAHandlerForOnce)
     const Started start;
     struct sigaction own = {};
     own.sa_handler = [](int) { static_cast<void>(::write(STDOUT_FILENO, "once ", 5)); };
-    own.sa_flags = SA_RESETHAND;
+    own.sa_flags = static_cast<int>(SA_RESETHAND);
     ::sigaction(SIGSEGV, &own, nullptr);
     logAndCrash(SIGSEGV);
     ::raise(SIGSEGV);
