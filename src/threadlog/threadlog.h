@@ -54,7 +54,8 @@ namespace Vn
 /// made and destroyed between the start and the stop of the packages; meanwhile nobody else reads, registers queues, or calls
 /// LgLog::init() or LgLog::destroy(). A site asks LgLog::getQueue() for each message, as VN_LOG does, and keeps none.
 /// A child of `fork` that logs gets a thread and queues of its own; messages of the parent stay the parent's. It
-/// calls flush() before `_exit` and before it executes another program, which write nothing.
+/// calls flush() before `_exit` and before it executes another program, which write nothing. A program that calls `exit`
+/// while the object exists loses nothing on Linux; on Windows it calls flush() before.
 /// Edges: a message of up to 4,096 characters whose level waits is never cut. A message of a thread for which there is no
 /// memory is lost, and that is told.
 /// Tests: tests/threadlog/threadlogtest.cpp.

@@ -148,8 +148,7 @@ struct Earliest
 };
 }  // namespace
 
-/// One thread writes; a second one that crashes waits, as going its way would end the process under the first. The reader goes on
-/// afterwards: the program's own handler may save the process.
+/// One thread writes; a second one that crashes waits, as going its way would end the process under the first.
 void ThreadLogCrash::writeAll() noexcept
 {
     ThreadLogEngine& engine = ThreadLogEngine::get();
@@ -163,8 +162,12 @@ void ThreadLogCrash::writeAll() noexcept
         return;
     }
     writeQueues(!engine.holdReader());
-    engine.releaseReader();
     writingThread.store(0);
+}
+
+void ThreadLogCrash::resume() noexcept
+{
+    ThreadLogEngine::get().releaseReader();
 }
 
 /// What comes while this runs isn't waited for: a thread that logs without end would keep the process from its end.

@@ -23,8 +23,11 @@ public:
     static bool isInstalled();
 
     /// Writes each message that was accepted before the call, in the order of their times. A crash within this call returns at
-    /// once; one in another thread waits until the first is done.
+    /// once; one in another thread waits until the first is done. The reader stays at rest.
     static void writeAll() noexcept;
+
+    /// Lets the reader go on: the process may be saved yet.
+    static void resume() noexcept;
 
 private:
     static void writeQueues(bool isLineOpen);

@@ -115,6 +115,7 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
     {
         const NoPipeSignal guard;
         ThreadLogCrash::writeAll();
+        ThreadLogCrash::resume();
     }
     struct sigaction const& action = beforeOf(signal);
     errno = error;
@@ -141,6 +142,7 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
     {
         const NoPipeSignal guard;
         ThreadLogCrash::writeAll();
+        ThreadLogCrash::resume();
     }
     if (std::terminate_handler const handler = std::exchange(terminateBefore, nullptr); handler != nullptr)
         handler();

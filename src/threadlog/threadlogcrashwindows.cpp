@@ -2,6 +2,10 @@
 //
 // Exceptions that nobody handles come to the filter; abort() and std::terminate() don't, and are caught where the runtime
 // lets them be. What was there before follows each time.
+//
+// The end of a process kills its other threads wherever they are, with the locks that they hold, and then calls the libraries. So
+// the reader stays at rest once the lines are written, unless the process goes on: killed in the middle of an allocation, it would
+// keep the process from ending.
 #include <threadlog/threadlogcrash_p.h>
 
 #include <windows.h>
@@ -26,7 +30,10 @@ SignalHandler abortBefore = SIG_DFL;
 ::LONG WINAPI onException(::EXCEPTION_POINTERS* exception)
 {
     ThreadLogCrash::writeAll();
-    return filterBefore != nullptr ? filterBefore(exception) : EXCEPTION_CONTINUE_SEARCH;
+    const ::LONG result = filterBefore != nullptr ? filterBefore(exception) : EXCEPTION_CONTINUE_SEARCH;
+    if (result == EXCEPTION_CONTINUE_EXECUTION)
+        ThreadLogCrash::resume();
+    return result;
 }
 
 /// The runtime has put back its own way by now, and goes on with it when this returns.

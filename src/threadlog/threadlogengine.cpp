@@ -127,10 +127,11 @@ void ThreadLogEngine::stop()
     _outputs.close();
 }
 
-/// At the end of a program's main(), or behind it. On Windows all other threads are gone by then, perhaps with the lock.
+/// At the end of a program's main(), or behind it.
 void ThreadLogEngine::stopAtExit() noexcept
 {
-    if (!isRunning() || _isForked.load() || !tryToRead())
+    // Behind a crash all is written, and the reader is held for good.
+    if (!isRunning() || _isForked.load() || _isHeld.load() || !tryToRead())
         return;
     LgLog::setLoggerActivation(false);
     _lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);

@@ -50,7 +50,7 @@ bool waitBriefly(IsDone const& isDone)
     return true;
 }
 
-/// Calls the engine's functions around each `fork`, and its stopAtExit() when the program ends.
+/// Where the system has such calls: the engine's functions around each `fork`, and its stopAtExit() when the program ends.
 void installHooks();
 
 /// While it lives, the calling thread and those that it makes are given no signals but those of a crash.

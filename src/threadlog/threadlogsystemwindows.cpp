@@ -8,8 +8,6 @@
 
 #include <windows.h>
 
-#include <cstdlib>
-
 namespace Vn::ThreadLogSystem
 {
 namespace
@@ -64,10 +62,9 @@ void pause()
     ::Sleep(0);
 }
 
-void installHooks()
-{
-    std::atexit([] { ThreadLogEngine::get().stopAtExit(); });
-}
+/// Nothing at the end of the process: a library is called when the system has killed all other threads, with the locks that they
+/// held, and whoever waits for one of these keeps the process from ending.
+void installHooks() {}
 
 /// A signal of the runtime goes to a thread of its own.
 SignalsBlocked::SignalsBlocked() = default;
