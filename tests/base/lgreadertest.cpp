@@ -592,7 +592,7 @@ TEST_F(LgReaderTest, aRegistryThatStandsWhereAnotherStoodHasItsOwnQueues)
     for (int tries = 0; tries < 100 && LgLog::getRegistry() != first; ++tries)
         LgLog::init();
     if (LgLog::getRegistry() != first)
-        GTEST_SKIP() << "the allocator doesn't give the place again";
+        GTEST_SKIP() << "the allocator never gave the first registry's place again, so nothing could be mistaken";
     queue.log(1, "of the first registry");
     EXPECT_FALSE(LgReader().flushEarliest());
     LgLog::getRegistry()->registerQueue(&*queue);
