@@ -122,23 +122,24 @@ void compareSites()
     const auto stamp = [] {
         return timeOfEach(burst, [] { [[maybe_unused]] volatile std::uint64_t now = Vn::HwCounter::timeStamp(); });
     };
-    const auto compare = [&stamp](char const* what, auto const& site) {
-        Rounds rounds(what, "ns");
+    std::vector<Rounds> comparisons;
+    const auto compare = [&comparisons, &stamp](char const* what, auto const& site) {
+        Rounds& rounds = comparisons.emplace_back(what, "ns");
         rounds.add("a site", [&site] { return timeOfSites(site); });
         rounds.add("its time stamp alone", stamp);
-        rounds.run(400);
     };
     compare("site: text", text);
     compare("site: text, int", integer);
     compare("site: 2 int, double", mixed);
-    const auto compareWorst = [](char const* what, auto const& site) {
-        Rounds rounds(what, "ns");
+    Rounds::runInPasses(comparisons, 400);
+    comparisons.clear();
+    const auto compareWorst = [&comparisons](char const* what, auto const& site) {
+        Rounds& rounds = comparisons.emplace_back(what, "ns");
         rounds.add("a site", [&site] { return percentileOfGroups(site); });
         rounds.add("its time stamp alone", [] {
             return percentileOfGroups(
                 [](int) { [[maybe_unused]] volatile std::uint64_t now = Vn::HwCounter::timeStamp(); });
         });
-        rounds.run(20);
     };
     // The same text as a view, whose end no zero marks.
     const std::string message = "a message of some forty characters in all";
@@ -153,6 +154,7 @@ void compareSites()
     compareWorst("99 of 100: text", text);
     compareWorst("99 of 100: text, int", integer);
     compareWorst("99 of 100: 2 int, double", mixed);
+    Rounds::runInPasses(comparisons, 40);
 }
 
 void useQueues(std::size_t count)
