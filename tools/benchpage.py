@@ -29,7 +29,7 @@ GROUPS = [
     ('benchlogsites', 'Log sites, the reader, trace sites', 'What a message costs the thread that logs it, and the reader.'),
     ('benchthreadlog', 'The thread layer', 'The site of a message with `VN::threadlog`, whose reader writes meanwhile, beside the bare site.'),
     ('benchlogging', 'Logging beside other loggers', 'Bursts below the size of every queue; and lines flushed one by one.'),
-    ('benchsettings', 'Settings', 'Reading one, and a whole process that makes and starts a thousand.'),
+    ('benchsettings', 'Settings', 'Reading one, and a whole process that makes and starts a thousand. A floor is no peer: it does the least that the stated structure takes.'),
     ('benchloading', 'Loading libraries', 'A library with ten packages that comes and goes.'),
     ('benchwholestart', 'Whole start', 'A process from its start to its end.'),
     ('benchgrowth', 'Growth of the start', 'A process with that many packages and settings.'),
