@@ -30,6 +30,7 @@ namespace
 constinit thread_local void* signalStack = nullptr;
 constexpr std::size_t signalStackSize = 65536;
 
+/// Switched off before it is freed: a signal on its way must not find it.
 void freeSignalStack()
 {
     if (signalStack == nullptr)
@@ -76,6 +77,7 @@ ThreadLogWriter* getWriterOfThread()
     return writerOfThread;
 }
 
+/// The key first: with a pointer alone nobody would notice the end of the thread, and its queue would stay for ever.
 bool setWriterOfThread(ThreadLogWriter* writer)
 {
     if (!threadEnd.set(writer))
@@ -90,11 +92,13 @@ std::uint64_t getThread()
     return static_cast<std::uint64_t>(::syscall(SYS_gettid));
 }
 
+/// Asked anew each time, as a child of `fork` has another number.
 std::uint64_t getProcess()
 {
     return static_cast<std::uint64_t>(::getpid());
 }
 
+/// As debuggers, `top -H` and crash reports show it; the system cuts a name behind 15 characters.
 void nameThread()
 {
     ::pthread_setname_np(::pthread_self(), "vn-threadlog");
@@ -132,6 +136,7 @@ namespace
 thread_local ::sigset_t maskBefore;
 }  // namespace
 
+/// All but the five that a fault sends to the thread that made it: blocked, these would end the process without a word.
 SignalsBlocked::SignalsBlocked()
 {
     ::sigset_t all;
