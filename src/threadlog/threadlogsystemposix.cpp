@@ -9,6 +9,7 @@
 
 #include <threadlog/threadlogengine_p.h>
 
+#include <dlfcn.h>
 #include <linux/membarrier.h>
 #include <pthread.h>
 #include <signal.h>
@@ -58,7 +59,7 @@ public:
     ~ThreadEndKey()
     {
         if (_isMade)
-            ::pthread_key_delete(_key);  // the function goes away with the library
+            ::pthread_key_delete(_key);  // a library that has made no log may go away, with its function
         _isMade = false;
     }
 
@@ -121,9 +122,23 @@ void pause()
     ::nanosleep(&time, nullptr);
 }
 
+namespace
+{
+/// The loader must not take this library away any more: threads that have logged still have to give back their queues.
+void stayLoaded()
+{
+    ::Dl_info self = {};
+    if (::dladdr(reinterpret_cast<void*>(onThreadEnd), &self) == 0 || self.dli_fname == nullptr)
+        return;
+    if (void* const library = ::dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE))
+        ::dlclose(library);  // the mark stays
+}
+}  // namespace
+
 /// For the life of the process, whether a log exists or not: a log may be made in a child, or behind another one.
 void installHooks()
 {
+    stayLoaded();
     ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); },
                      [] { ThreadLogEngine::get().afterForkInParent(); },
                      [] { ThreadLogEngine::get().afterForkInChild(); });
