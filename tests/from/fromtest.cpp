@@ -188,3 +188,8 @@ TEST(LoggingPage, showsWhatItsProgramsPrint)
 {
     Page("from-spdlog-glog.md").check();
 }
+
+TEST(SettingsPage, showsWhatItsProgramsPrint)
+{
+    Page("from-gflags-absl.md").check();
+}
