@@ -193,3 +193,8 @@ TEST(SettingsPage, showsWhatItsProgramsPrint)
 {
     Page("from-gflags-absl.md").check();
 }
+
+TEST(ExactTimePage, showsWhatItsProgramsPrint)
+{
+    Page("from-chrono-timecode.md").check();
+}
