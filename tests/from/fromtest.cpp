@@ -7,6 +7,7 @@
 //     $ PROGRAM; echo $?                   with its exit code as the last line
 //     $ tail -n COUNT FILE                 the last lines of a file
 //     $ grep -c WORD FILE                  how many lines of a file hold a word
+//     $ echo WORD... > FILE                makes a file of one line
 //
 // In what is printed, "..." stands for what differs from run to run: on a line of its own for any lines, within a line for any
 // text. Where the other library isn't there, its commands are left out, and this library's own still run.
@@ -16,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -89,9 +91,14 @@ std::vector<Command> commandsOf(std::string const& page)
     return commands;
 }
 
-/// The two commands that look at a file.
-Lines look(Lines const& words)
+/// The commands that look at a file or make one.
+Lines outputOfCommand(std::string const& command)
 {
+    const Lines words = split(command, ' ');
+    if (words[0] == "echo") {
+        std::ofstream(words.back()) << command.substr(5, command.find(" > ") - 5) << '\n';
+        return {};
+    }
     Lines lines = split(contentOf(words.back()), '\n');
     if (words[0] == "grep") {
         const auto count = std::count_if(lines.begin(), lines.end(), [&words](std::string const& line) {
@@ -128,7 +135,7 @@ private:
         if (isCode)
             line.resize(line.size() - tail.size());
         Lines words = split(line, ' ');
-        if (words[0] != "tail" && words[0] != "grep") {
+        if (words[0] != "tail" && words[0] != "grep" && words[0] != "echo") {
             const auto program = std::find_if(words.begin(), words.end(), [](std::string const& word) {
                 return word.find('=') == std::string::npos;
             });
@@ -137,7 +144,7 @@ private:
             if (_isHere)
                 expect(command, outputOf(words, program, isCode));
         } else if (_isHere) {
-            expect(command, look(words));
+            expect(command, outputOfCommand(line));
         }
         ++(_isHere ? _ran : _leftOut);
     }
@@ -197,4 +204,14 @@ TEST(SettingsPage, showsWhatItsProgramsPrint)
 TEST(ExactTimePage, showsWhatItsProgramsPrint)
 {
     Page("from-chrono-timecode.md").check();
+}
+
+TEST(SamplingPage, showsWhatItsProgramsPrint)
+{
+    Page("from-gsl-random.md").check();
+}
+
+TEST(TestGroupsPage, showsWhatItsProgramsPrint)
+{
+    Page("from-googletest.md").check();
 }
