@@ -127,21 +127,6 @@ TEST(MyTests, whatStandsBehindAGroupsNameIsTheGroups)
     EXPECT_EQ(run("mytests", {"-dumpLibs"}).exitCode, 0);
 }
 
-TEST(StartingPage, showsWhatTheGreeterPrints)
-{
-    std::ifstream stream(VN_DOCS "/starting.md", std::ios::binary);
-    const std::string page(std::istreambuf_iterator<char>(stream), {});
-    const auto indented = [](std::string const& text) {
-        return std::regex_replace(text, std::regex("(^|\n)(?=[^\n])"), "$1    ");
-    };
-    EXPECT_NE(page.find("\n    $ first -h\n" + indented(run("first", {"-h"}).out)), std::string::npos);
-    EXPECT_NE(page.find("\n    $ first -q\n" + indented(run("first", {"-q"}).err)), std::string::npos);
-    EXPECT_NE(page.find("\n    $ first -n\n" + indented(run("first", {"-n"}).err)), std::string::npos);
-    EXPECT_NE(
-        page.find("\n    $ first --settings -n Bob\n" + indented(run("first", {"--settings", "-n", "Bob"}).out)),
-        std::string::npos);
-}
-
 TEST(Readme, showsWhatTheGreeterRefuses)
 {
     std::ifstream stream(VN_DOCS "/../README.md", std::ios::binary);
