@@ -1,9 +1,10 @@
 """The public headers of both libraries, and the classes that each defines in the namespace Vn."""
-import pathlib
 import re
 
-CLASS = re.compile(r"^(?:template <[^;{}]*>\s*)?(?:class|struct)\s+(?:[A-Z][A-Z_]*_EXPORT\s+)?(\w+)(?:\s+final)?\s*(?::[^:;][^;{]*)?\{",
-                   re.M)
+# At the beginning of a line, so not within a class; tags of packages are in the namespace VnInit and are left out.
+CLASS = re.compile(r"^(?:class|struct)\s+(?:VN_\w+_EXPORT\s+)?(\w+)(?:\s+final)?\s*(?::[^:;{][^;{]*)?\{", re.M)
+EXPORTED = re.compile(r"^(?:class|struct)\s+VN_\w+_EXPORT\s+(\w+)(?!\w|::|<)[^;{]*\{", re.M)
+PACKAGES = re.compile(r"^namespace VnInit\s*\{.*?^\}  // namespace VnInit", re.M | re.S)
 
 
 def public_headers(root):
@@ -12,15 +13,15 @@ def public_headers(root):
 
 
 def classes_of(path):
-    """The classes and structures that a header defines at the beginning of a line, which is to say in a namespace."""
-    text = re.sub(r"//[^\n]*", "", path.read_text())
-    return CLASS.findall(text)
+    text = PACKAGES.sub("", re.sub(r"//[^\n]*", lambda match: match[0] if "namespace" in match[0] else "",
+                                   path.read_text()))
+    found = set(CLASS.findall(text))
+    missed = set(EXPORTED.findall(text)) - found
+    if missed:
+        raise SystemExit(f"{path}: classes that the pattern misses: {missed}")
+    return found
 
 
 def all_classes(root):
-    """Each public class, and the headers that define it."""
-    found = {}
-    for path in public_headers(root):
-        for name in classes_of(path):
-            found.setdefault(name, []).append(path)
-    return found
+    """Each public class, and the path of its header from the root."""
+    return {name: str(path.relative_to(root)) for path in public_headers(root) for name in classes_of(path)}
