@@ -27,13 +27,14 @@ namespace
 ChildRun run(std::string const& program, std::vector<std::string> const& arguments)
 {
     Child child = Child::program(program);
-    for (char const* name : {"GREETER_NAME", "VN_DEBUG_INITIALIZE", "COLUMNS", "VN_TEST_DIR"})
+    for (char const* name : {"GREETER_NAME", "GREETER_INTERVAL", "VN_DEBUG_INITIALIZE", "COLUMNS", "VN_TEST_DIR"})
         child.without(name);
     return child.arguments(arguments).run();
 }
 
-constexpr char const* programs[] = {"cuesheet", "first",      "inventory", "lastwords",    "mytests",  "pointsets",
-                                    "skylight", "streamtime", "swatch",    "swatchloader", "threadlog"};
+constexpr char const* programs[] = {"cuesheet",   "first",   "greeter",      "inventory",
+                                    "lastwords",  "mytests", "pointsets",    "skylight",
+                                    "streamtime", "swatch",  "swatchloader", "threadlog"};
 }  // namespace
 
 TEST(Examples, helpIsPrintedAndEndsWithSuccess)

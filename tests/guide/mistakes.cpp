@@ -7,6 +7,11 @@
 #include <base/inpackages.h>
 #include <base/insingleton.h>
 #include <base/invariable.h>
+#include <base/lglog.h>
+#include <base/lgqueue.h>
+#include <base/lgreader.h>
+#include <base/lgregistry.h>
+#include <base/lgtext.h>
 #include <base/osdateutil.h>
 #include <base/osdirectory.h>
 #include <base/osenv.h>
@@ -106,6 +111,27 @@ std::string textOf(double number)
     return stream.str();
 }
 
+/// Puts messages into a queue that is read only afterwards.
+void logBeforeReading(int count, std::string const& text)
+{
+    const Started started;
+    static Vn::LgQueue* const queue = new Vn::LgQueue;
+    Vn::LgLog::getRegistry()->registerQueue(queue);
+    Vn::LgLog::setQueueFunction([] { return queue; });
+    Vn::LgLog::setLoggerActivation(true);
+    const Vn::LgMinorGroup group(Vn::LgMajorGroup::getInstanceForName("Mistakes"), "Mistake");
+    for (int i = 0; i < count; ++i)
+        VN_LOG(group, Vn::LgTypes::Warning, text);
+    Vn::LgReader reader;
+    reader.flushAll();
+    VN_LOG(group, Vn::LgTypes::Warning, "the next one");
+    queue->creatorExit();
+    reader.flushAll();
+    Vn::LgLog::setLoggerActivation(false);
+    Vn::LgLog::setQueueFunction(nullptr);
+    show("all is read");
+}
+
 template <class Package>
 void startWith()
 {
@@ -196,6 +222,8 @@ const std::map<std::string, std::function<void()>> cases = {
          const Started started;
          const Vn::ThreadLog log, second;
      }},
+    {"overflow", [] { logBeforeReading(1034, "text"); }},
+    {"longMessage", [] { logBeforeReading(1, std::string(40000, 'x')); }},
 
     // files.md
     {"nothingThere", [] { Vn::OsFile(Vn::OsFilePath("missing")).isFile(); }},
