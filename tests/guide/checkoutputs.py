@@ -6,8 +6,7 @@ checkoutputs.py ROOT mistakes PROGRAMS [EMULATOR]    makes the mistakes in the p
 checkoutputs.py ROOT mend PROGRAMS                   writes what the programs print into the pages: read what has changed
 
 A console block is fenced and marked console. A line that begins with "$ " is a command for the shell, and the lines behind it
-are all that it prints, to the byte; a line "..." stands for any lines. The blocks of a page run in one empty folder, in
-their order. A block below the line <!-- Linux --> is for Linux alone.
+are all that it prints, to the byte. The blocks of a page run in one empty folder, in their order.
 
 A table of messages stands under the heading "What goes wrong, and how it shows" and begins with "it prints". The first cell of
 a row is a line that the command prints that stands in its place in mistakes.txt.
@@ -20,7 +19,7 @@ import sys
 import tempfile
 
 root, task, programs, emulator = pathlib.Path(sys.argv[1]), sys.argv[2], pathlib.Path(sys.argv[3]).resolve(), sys.argv[4:]
-BLOCK = re.compile(r"^(<!-- Linux -->\n)?```console\n(.*?)^```", re.M | re.S)
+BLOCK = re.compile(r"^```console\n(.*?)^```", re.M | re.S)
 TABLE = re.compile(r"^## What goes wrong, and how it shows\n(?:(?!## ).*\n)*?\| it prints .*\n\|---.*\n((?:\|.*\n)*)", re.M)
 ROW = re.compile(r"^\| `(.*?)` \|", re.M)
 
@@ -53,19 +52,14 @@ class Shell:
         return output.replace("\r\n", "\n") if emulator else output
 
 
-def is_as_shown(shown, printed):
-    pattern = "".join("(?:.*\n)*" if line == "..." else re.escape(line) + "\n" for line in shown)
-    return re.fullmatch(pattern, printed) is not None
-
-
 def commands_of(block):
-    """Each command of a block, and the lines that the page shows behind it."""
+    """Each command of a block, and what the page shows behind it."""
     commands = []
-    for line in block.splitlines():
+    for line in block.splitlines(keepends=True):
         if line.startswith("$ "):
-            commands.append((line[2:], []))
+            commands.append([line[2:-1], ""])
         elif commands:
-            commands[-1][1].append(line)
+            commands[-1][1] += line
         else:
             sys.exit(f"A console block begins without a command:\n{block}")
     return commands
@@ -76,15 +70,13 @@ def check_outputs():
     for page in sorted((root / "docs").glob("*.md")):
         with tempfile.TemporaryDirectory() as folder:
             shell = Shell(pathlib.Path(folder))
-            for linux, block in BLOCK.findall(page.read_text()):
-                if linux and emulator:
-                    continue
+            for block in BLOCK.findall(page.read_text()):
                 for command, shown in commands_of(block):
                     commands += 1
                     printed = shell.run(command)
-                    if not is_as_shown(shown, printed):
+                    if printed != shown:
                         wrong += 1
-                        print(f"{page.name}: '{command}' prints\n{printed}\nand the page shows\n" + "\n".join(shown) + "\n")
+                        print(f"{page.name}: '{command}' prints\n{printed}\nand the page shows\n{shown}")
     print(commands, "commands")
     return wrong if commands else 1
 
@@ -94,15 +86,11 @@ def mend():
         with tempfile.TemporaryDirectory() as folder:
             shell = Shell(pathlib.Path(folder))
 
-            def printed(match):
-                lines = []
-                for command, shown in commands_of(match[2]):
-                    lines.append(f"$ {command}\n")
-                    output = shell.run(command)
-                    lines.append("\n".join(shown + [""]) if is_as_shown(shown, output) else output)
-                return f"{match[1] or ''}```console\n{''.join(lines)}```"
+            def mended(match):
+                return "```console\n" + "".join(f"$ {command}\n{shell.run(command)}"
+                                                for command, _ in commands_of(match[1])) + "```"
 
-            page.write_text(BLOCK.sub(printed, page.read_text()))
+            page.write_text(BLOCK.sub(mended, page.read_text()))
     return 0
 
 
