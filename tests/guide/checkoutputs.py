@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Fails if a page of the guide shows what its program doesn't print.
 
-checkoutputs.py ROOT outputs PROGRAMS [EMULATOR]     runs the console blocks of all pages
+checkoutputs.py ROOT outputs PROGRAMS [EMULATOR]     runs the console blocks of the guide's pages
 checkoutputs.py ROOT mistakes PROGRAMS [EMULATOR]    makes the mistakes in the pages' tables of messages
 checkoutputs.py ROOT mend PROGRAMS                   writes what the programs print into the pages: read what has changed
 
@@ -17,6 +17,8 @@ import re
 import subprocess
 import sys
 import tempfile
+
+from pages import WITH_PROGRAMS
 
 root, task, programs, emulator = pathlib.Path(sys.argv[1]), sys.argv[2], pathlib.Path(sys.argv[3]).resolve(), sys.argv[4:]
 BLOCK = re.compile(r"^```console\n(.*?)^```", re.M | re.S)
@@ -67,7 +69,7 @@ def commands_of(block):
 
 def check_outputs():
     commands, wrong = 0, 0
-    for page in sorted((root / "docs").glob("*.md")):
+    for page in (root / "docs" / name for name in WITH_PROGRAMS):
         with tempfile.TemporaryDirectory() as folder:
             shell = Shell(pathlib.Path(folder))
             for block in BLOCK.findall(page.read_text()):
@@ -82,7 +84,7 @@ def check_outputs():
 
 
 def mend():
-    for page in sorted((root / "docs").glob("*.md")):
+    for page in (root / "docs" / name for name in WITH_PROGRAMS):
         with tempfile.TemporaryDirectory() as folder:
             shell = Shell(pathlib.Path(folder))
 
@@ -100,7 +102,7 @@ def check_mistakes():
         if line and not line.startswith("#"):
             page, system, command = line.split(None, 2)
             expected.setdefault(page, []).append((system, command))
-    for page in sorted((root / "docs").glob("*.md")):
+    for page in (root / "docs" / name for name in WITH_PROGRAMS):
         text = page.read_text()
         messages = ROW.findall("".join(TABLE.findall(text)))
         commands = expected.pop(page.name, [])
@@ -113,6 +115,9 @@ def check_mistakes():
                 if system == "linux" and emulator:
                     continue
                 printed = shell.run(command)
+                if "mistakes " in command and shell.status != 0:
+                    wrong += 1
+                    print(f"{page.name}: '{command}' ends with {shell.status}:\n{printed}")
                 if message not in printed.splitlines():
                     wrong += 1
                     print(f"{page.name}: '{command}' doesn't print the line\n{message}\nbut\n{printed}")

@@ -4,15 +4,15 @@
 checkpath.py ROOT           fails if a page lacks something
 checkpath.py ROOT --mend    writes the links at the end of the pages
 
-The pages of the path stand below, in their order. Each has a title, and begins with what the reader will be able to do, and
+The pages of the path stand in pages.py, in their order. Each that shows programs has a title, and begins with what the reader will be able to do, and
 with a sample of C++ that a console block follows: its output. Then come its messages, its references and its links.
 """
 import pathlib
 import re
 import sys
 
-PATH = ["first-program.md", "errors.md", "packages.md", "settings.md", "logging.md", "files.md", "system.md",
-        "streamtime.md", "sampling.md", "testing.md"]
+from pages import PATH, WITH_PROGRAMS
+
 ALL = "[Which class do I take?](which-class.md)"
 
 root = pathlib.Path(sys.argv[1])
@@ -53,6 +53,8 @@ def check_page(place):
             (docs / name).write_text(re.sub(r"\n---\n\n[^\n]*which-class\.md\)\n$", "", text).rstrip() + "\n" + links)
         else:
             fail(f"{name} doesn't end with\n{links}")
+    if name not in WITH_PROGRAMS:
+        return
     parts = [r"\A# .+\n\n", r"After this page you can ", r"^```cpp\n", r"^```console\n",
              r"^## What goes wrong, and how it shows\n", r"^## Reference\n"]
     at = 0
