@@ -4,8 +4,9 @@
 checkpath.py ROOT           fails if a page lacks something
 checkpath.py ROOT --mend    writes the links at the end of the pages
 
-The pages of the path stand in pages.py, in their order. Each that shows programs has a title, and begins with what the reader will be able to do, and
-with a sample of C++ that a console block follows: its output. Then come its messages, its references and its links.
+The pages of the path stand in pages.py, in their order. Each that shows programs begins with its title, with what the reader
+will be able to do, and with a sample of C++ that a console block follows: its output. Then come its messages, its references
+and its links.
 """
 import pathlib
 import re
