@@ -7,6 +7,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -59,6 +60,40 @@ std::vector<int> countTo(int end)
     for (int i = 0; i < end; ++i)
         numbers.push_back(i);
     return numbers;
+}
+
+/// Whether the kernel tells what a thread waits for. Without the call for fences the reader looks ten times a second.
+bool canSeeTheReaderWait()
+{
+    return !contentOf("/proc/self/syscall").empty() && ::syscall(SYS_membarrier, 0, 0, 0) > 0;
+}
+
+/// What the reader's thread waits in.
+enum class Wait
+{
+    ForAWhile,  ///< a doze: a futex with a time limit
+    ForEver,    ///< a futex without one
+    InAWrite
+};
+
+/// Until it does. System calls have the numbers of x86-64, of the newer architectures, and of s390x.
+void waitUntilTheReaderWaits(Wait wait)
+{
+    std::string task;
+    for (; task.empty(); std::this_thread::yield())  // until the thread has given itself its name
+        for (auto const& entry : std::filesystem::directory_iterator("/proc/self/task"))
+            if (contentOf(entry.path() / "comm") == "vn-threadlog\n")
+                task = entry.path();
+    for (;; std::this_thread::yield()) {
+        std::istringstream call(contentOf(task + "/syscall"));
+        std::string number, first, second, third, limit;
+        call >> number >> first >> second >> third >> limit;
+        if (wait == Wait::InAWrite && (number == "1" || number == "64" || number == "4"))
+            return;
+        const bool isFutex = number == "202" || number == "98" || number == "238";
+        if (wait != Wait::InAWrite && isFutex && (limit == "0x0") == (wait == Wait::ForEver))
+            return;
+    }
 }
 
 /// How a child of `fork` ended.
@@ -324,6 +359,42 @@ TEST_F(ThreadLogFork, forksWhileThreadsLogAndTheReaderWrites)
     EXPECT_EQ(numbers, countTo(40)) << "each child once, in the order of their lives";
 }
 
+VN_CHILD(forksWhileTheReaderIsStuck)
+{
+    char const* const path = std::getenv("VN_LOG_WARNING");
+    ::mkfifo(path, 0600);
+    const int end = ::open(path, O_RDWR | O_NONBLOCK);
+    ::fcntl(end, F_SETPIPE_SZ, 4096);
+    const Started start(argc, argv);
+    ThreadLog log;
+    logNumbers("parent", 0, 200);  // more than the pipe takes
+    waitUntilTheReaderWaits(Wait::InAWrite);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        logNumbers("child", 0, 10);
+        ::_exit(7);
+    }
+    const int status = waitFor(child);
+    std::string text;
+    for (char piece[4096]; text.find("parent 199\n") == text.npos;)
+        if (const ::ssize_t size = ::read(end, piece, sizeof piece); size > 0)
+            text.append(piece, static_cast<std::size_t>(size));
+    std::cout << (text.find("child") != text.npos);
+    return status == 7 << 8 ? 0 : 1;
+}
+
+TEST_F(ThreadLogFork, aChildThatWasForkedWhileTheReaderWasStuckTellsOnceThatItsMessagesAreLost)
+{
+    if (!canSeeTheReaderWait())
+        GTEST_SKIP() << "the system doesn't tell what a thread waits for";
+    const TempFolder folder;
+    const ChildRun run =
+        logger("forksWhileTheReaderIsStuck", folder).with("VN_LOG_WARNING", folder.path("pipe")).run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: this process can't start the thread that writes: its messages are lost\n");
+    EXPECT_EQ(run.out, "0");
+}
+
 VN_CHILD(forksAndChildCrashes)
 {
     forbidCoreFiles();
@@ -366,36 +437,6 @@ int signalOf(char const* name)
            : wanted == "BUS"  ? SIGBUS
            : wanted == "FPE"  ? SIGFPE
                               : SIGILL;
-}
-
-/// Whether the kernel tells what a thread waits for. Without the call for fences the reader looks ten times a second.
-bool canSeeTheReaderWait()
-{
-    return !contentOf("/proc/self/syscall").empty() && ::syscall(SYS_membarrier, 0, 0, 0) > 0;
-}
-
-enum class Wait
-{
-    ForAWhile,
-    ForEver
-};
-
-/// Until the reader's thread is in a wait on a futex: number 202 on x86-64 and 98 or 238 elsewhere, with a time limit as the
-/// fourth argument.
-void waitUntilTheReaderWaits(Wait wait)
-{
-    std::string task;
-    for (auto const& entry : std::filesystem::directory_iterator("/proc/self/task"))
-        if (contentOf(entry.path() / "comm") == "vn-threadlog\n")
-            task = entry.path();
-    for (;;) {
-        std::istringstream call(contentOf(task + "/syscall"));
-        std::string number, address, operation, value, limit;
-        call >> number >> address >> operation >> value >> limit;
-        if ((number == "202" || number == "98" || number == "238") && (limit == "0x0") == (wait == Wait::ForEver))
-            return;
-        std::this_thread::yield();
-    }
 }
 
 /// Logs one message and, once the reader rests behind it, 500 from each of three threads, of which the last one crashes. If the
