@@ -22,7 +22,7 @@ cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE
     { cat "$work/cmake.log"; exit 1; }
 cmake --build "$work/cmake" >> "$work/cmake.log" || { cat "$work/cmake.log"; exit 1; }
 $emulator "$work/cmake/consumer$suffix"
-$emulator "$work/cmake/logger$suffix"
+$emulator "$work/cmake/program$suffix"
 grep -q "Warning: Client from a thread of the installed library" "$work/log/events.log"
 
 echo "--- $prefix through pkg-config"

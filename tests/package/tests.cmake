@@ -64,7 +64,9 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
             COMMAND "${CMAKE_CURRENT_LIST_DIR}/runembedding.sh" "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/embedding"
                 "${CMAKE_CXX_COMPILER}" "$<$<BOOL:${VNBASE_CCACHE}>:${VNBASE_CCACHE}>")
         set_tests_properties(package.embedding PROPERTIES PROCESSORS 2)
-        list(APPEND package_tests package.embedding)
+        add_test(NAME package.preset
+            COMMAND "${CMAKE_CURRENT_LIST_DIR}/runpreset.sh" "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/preset")
+        list(APPEND package_tests package.embedding package.preset)
     endif()
     add_test(NAME package.${package_kind}
         COMMAND "${PROJECT_SOURCE_DIR}/tools/packages.sh" --plain --into "${packages}" ${package_kind})
