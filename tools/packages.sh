@@ -95,8 +95,8 @@ build_tree() {
     local name=$1
     shift
     need cmake ninja
-    step "$name-configure" cmake -S "$root" -B "$root/build/package-$name" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVNBASE_PACKAGING=ON \
-        -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILDER=packages "$@"
+    step "$name-configure" cmake -S "$root" -B "$root/build/package-$name" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DVNBASE_PACKAGING=ON -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILDER=packages "$@"
     step "$name-build" cmake --build "$root/build/package-$name"
 }
 
@@ -145,12 +145,13 @@ tools/packages.sh --symbols, for a missing one VNBASE_ABI (CMakeLists.txt) and t
 }
 
 build_deb() {
-    need dpkg-deb dpkg-gensymbols dpkg-shlibdeps dpkg-buildflags objcopy python3
+    need dpkg-deb dpkg-architecture dpkg-gensymbols dpkg-shlibdeps file objcopy python3
     local flags="" link="" tree=deb deb site=""
     if $plain; then
-        tree=deb-plain
+        tree="deb-plain"
     else
-        flags="-g -ffile-prefix-map=$root=/usr/src/libvnbase-$version"
+        # In quotes, as the folder may have a blank in its name.
+        flags="-g \"-ffile-prefix-map=$root=/usr/src/libvnbase-$version\""
         flags="$flags -fstack-protector-strong -D_FORTIFY_SOURCE=2"
         link="-Wl,-z,relro -Wl,-z,now"
     fi

@@ -13,7 +13,9 @@ cd "$root"
 env -i PATH="$work/tools" "$cmake" --preset install -B "$work/build" > "$work/configure.log" 2>&1 ||
     { cat "$work/configure.log"; exit 1; }
 grep -q '^CMAKE_GENERATOR:INTERNAL=Unix Makefiles$' "$work/build/CMakeCache.txt"
-! grep -qi 'ccache$' "$work/build/CMakeCache.txt"
+if grep -i 'ccache$' "$work/build/CMakeCache.txt"; then
+    exit 1
+fi
 env -i PATH="$work/tools" make -C "$work/build/src/base" rational.cpp.o > "$work/build.log" 2>&1 ||
     { cat "$work/build.log"; exit 1; }
 # Nothing of the tests and examples takes part.

@@ -63,15 +63,17 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
         add_test(NAME package.embedding
             COMMAND "${CMAKE_CURRENT_LIST_DIR}/runembedding.sh" "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/embedding"
                 "${CMAKE_CXX_COMPILER}" "$<$<BOOL:${VNBASE_CCACHE}>:${VNBASE_CCACHE}>")
-        set_tests_properties(package.embedding PROPERTIES PROCESSORS 2)
+        set_tests_properties(package.embedding PROPERTIES PROCESSORS 2 ${test_fixtures})
         add_test(NAME package.preset
             COMMAND "${CMAKE_CURRENT_LIST_DIR}/runpreset.sh" "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/preset")
+        set_tests_properties(package.preset PROPERTIES PROCESSORS 1 ${test_fixtures})
         list(APPEND package_tests package.embedding package.preset)
     endif()
     add_test(NAME package.${package_kind}
         COMMAND "${PROJECT_SOURCE_DIR}/tools/packages.sh" --plain --into "${packages}" ${package_kind})
-    set_tests_properties(package.${package_kind} PROPERTIES FIXTURES_SETUP packages PROCESSORS 2)
-    set_tests_properties(package.${package_kind}Used PROPERTIES FIXTURES_REQUIRED packages)
+    set_tests_properties(package.${package_kind} PROPERTIES FIXTURES_SETUP packages PROCESSORS 2 ${test_fixtures})
+    set_tests_properties(package.${package_kind}Used PROPERTIES PROCESSORS 1 ${test_fixtures})
+    set_property(TEST package.${package_kind}Used APPEND PROPERTY FIXTURES_REQUIRED packages)
     list(APPEND package_tests package.${package_kind} package.${package_kind}Used)
 endif()
 if(NOT WIN32)
