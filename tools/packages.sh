@@ -132,6 +132,7 @@ tools/packages.sh --symbols, for a missing one VNBASE_ABI (CMakeLists.txt) and t
         ;;
     libvnbase-dev) printf 'Multi-Arch: same\n' >> "$control" ;;
     *-dbgsym)
+        sed -i '/^Package-Type: ddeb$/d' "$control"
         printf 'Multi-Arch: same\n' >> "$control"
         # The package whose symbols these are has the copyright and the changelog.
         mkdir -p "$package/usr/share/doc"
@@ -154,6 +155,9 @@ build_deb() {
         flags="-g \"-ffile-prefix-map=$root=/usr/src/libvnbase-$version\""
         flags="$flags -fstack-protector-strong -D_FORTIFY_SOURCE=2"
         link="-Wl,-z,relro -Wl,-z,now"
+        # Debug symbols hold folders as the compiler was given them. A cache mustn't shorten these, nor take what it has
+        # compiled in another folder.
+        local -x CCACHE_BASEDIR="" CCACHE_HASHDIR=1
     fi
     [ ! -d "$root/build/site" ] || site=$root/build/site
     build_tree "$tree" -DCMAKE_CXX_COMPILER=g++ -DCMAKE_INSTALL_PREFIX=/usr \
