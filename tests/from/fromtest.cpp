@@ -30,8 +30,10 @@ namespace
 {
 using Lines = std::vector<std::string>;
 
-Lines split(std::string const& text, char mark)
+/// The parts between the marks, without what text mode adds to lines on Windows.
+Lines split(std::string text, char mark)
 {
+    std::erase(text, '\r');
     Lines parts;
     std::istringstream stream(text);
     for (std::string part; std::getline(stream, part, mark);)
@@ -166,9 +168,7 @@ private:
             child.with(word->substr(0, mark), word->substr(mark + 1));
         }
         const ChildRun run = child.arguments({program + 1, words.end()}).run();
-        std::string text = run.out + run.err;
-        std::erase(text, '\r');
-        Lines lines = split(text, '\n');
+        Lines lines = split(run.out + run.err, '\n');
         if (isCode)
             lines.push_back(std::to_string(run.exitCode));
         return lines;
