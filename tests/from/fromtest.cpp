@@ -18,6 +18,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -76,17 +78,21 @@ struct Command
 {
     std::string line;
     Lines output;
+    std::string section;
 };
 
 std::vector<Command> commandsOf(std::string const& page)
 {
     std::vector<Command> commands;
     bool isConsole = false;
+    std::string section;
     for (std::string const& line : split(page, '\n')) {
-        if (line.starts_with("```"))
+        if (line.starts_with("## "))
+            section = line.substr(3);
+        else if (line.starts_with("```"))
             isConsole = line == "```console";
         else if (isConsole && line.starts_with("$ "))
-            commands.push_back({line.substr(2), {}});
+            commands.push_back({line.substr(2), {}, section});
         else if (isConsole)
             commands.back().output.push_back(line);
     }
@@ -124,6 +130,11 @@ public:
         for (Command const& command : _commands)
             check(command);
         EXPECT_GT(_ran, 2);
+        // A program of the other side begins with "with", one of this side with "vn".
+        EXPECT_GE(
+            std::count_if(_sides.begin(), _sides.end(), [](auto const& side) { return side.second.size() == 2; }),
+            3)
+            << "tasks that show both sides";
         EXPECT_TRUE(_leftOut == 0 || !VN_FROM_ALL) << _leftOut;
     }
 
@@ -143,6 +154,7 @@ private:
             });
             ASSERT_NE(program, words.end());
             _isHere = isHere(*program);
+            _sides[command.section].insert(program->substr(0, 2));
             if (_isHere)
                 expect(command, outputOf(words, program, isCode));
         } else if (_isHere) {
@@ -185,6 +197,7 @@ private:
     std::vector<Command> _commands;
     VnTest::TempFolder _folder;
     VnTest::WorkingFolder _working{_folder.path()};
+    std::map<std::string, std::set<std::string>> _sides;  ///< by task, how the names of its programs begin
     bool _isHere = false;
     int _ran = 0;
     int _leftOut = 0;
