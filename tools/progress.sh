@@ -165,7 +165,7 @@ progress_step() {
     set +m
     progress_line "   $text (the log is $progress_logs/$name.log)"
     while :; do
-        sleep $every &
+        sleep "$every" &
         progress_ticker=$!
         code=0
         wait -n -p ended $progress_job $progress_ticker 2> /dev/null || code=$?

@@ -165,7 +165,7 @@ public:
     ///     greeter --help=bash > completions/greeter         or --help=bash:hello
     ///     . completions/greeter
     ///     greeter -<TAB>        options and words
-    ///     greeter -s <TAB>      the words that expect() calls right, if its text names them: "bytes, files or suffix"
+    ///     greeter -s <TAB>      the words of expect(), if its text lists nothing else: "bytes, files or suffix"
     ///     greeter -l <TAB>      true or false, if the option takes such a value
     ///     greeter -o <TAB>      folders if the value is called FOLDER or DIR..., else files; nothing for numbers and times
     ///

@@ -52,16 +52,17 @@ Values valuesNamed(std::string_view name)
     return {name.empty() ? Values::None : Values::Files, {}};
 }
 
-/// Those of a few words that the program takes.
+/// The words that the program takes, if its demand lists them and finds each of them right.
 std::vector<std::string> rightWords(std::vector<InUsageState::Demand> const& demands, InVariableBase const& setting)
 {
-    std::vector<std::string> right;
-    for (InUsageState::Demand const& demand : demands)
-        if (demand.variable == &setting)
-            for (std::string const& word : wordsOf(demand.what))
-                if (demand.isRight(word.c_str()))
-                    right.push_back(word);
-    return right;
+    for (InUsageState::Demand const& demand : demands) {
+        if (demand.variable != &setting)
+            continue;
+        std::vector<std::string> words = wordsOf(demand.what);
+        if (std::all_of(words.begin(), words.end(), [&](auto const& word) { return demand.isRight(word.c_str()); }))
+            return words;
+    }
+    return {};
 }
 
 Values valuesOf(InUsageEntry const& entry, std::string_view placeholder,

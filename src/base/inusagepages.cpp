@@ -89,7 +89,9 @@ std::vector<std::string> InUsagePages::wordsOf(std::string_view demand)
         std::string_view word = demand.substr(0, end);
         if (word.starts_with("or "))  // behind a comma
             word.remove_prefix(3);
-        if (!word.empty() && word.find(' ') == word.npos)
+        if (word.find(' ') != word.npos)
+            return {};
+        if (!word.empty())
             words.emplace_back(word);
         demand.remove_prefix(std::min(end + (either < comma ? 4 : 2), demand.size()));
     }

@@ -32,7 +32,11 @@ std::string identifierOf(std::string_view program);
 ///
 std::string isoDateOf(std::string_view date);
 
-/// What a demand names as right, if it names them: "bytes, files or suffix" has three words. To be asked for each.
+/// The words that a demand lists, if it is a list of words and nothing else. Whether they are right is the program's to say.
+///
+///     "bytes, files or suffix"  ->  three
+///     "1 to 64, or 0"           ->  none
+///
 std::vector<std::string> wordsOf(std::string_view demand);
 
 }  // namespace Vn::InUsagePages

@@ -61,6 +61,7 @@ TEST(InUsagePages, aDemandNamesItsWordsBetweenCommasAndOr)
     EXPECT_EQ(wordsOf("red or blue"), (Words{"red", "blue"}));
     EXPECT_EQ(wordsOf("a number of levels"), Words{});
     EXPECT_EQ(wordsOf("all"), Words{"all"});
+    EXPECT_EQ(wordsOf("1 to 64, or 0"), Words{}) << "0 is not all of it";
     EXPECT_EQ(wordsOf("a, b, or c"), (Words{"a", "b", "c"}));
     EXPECT_EQ(wordsOf(", a, "), Words{"a"});
     EXPECT_EQ(wordsOf(""), Words{});

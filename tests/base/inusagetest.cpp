@@ -852,6 +852,14 @@ complete -o filenames -F _my_prog 'my prog'
         << "nothing where no operand may be";
 }
 
+TEST(InUsage, theCompletionOffersNoWordsWhereOneOfThemIsWrong)
+{
+    const Declarations declared;
+    InUsage usage("");
+    usage.expect(declared.colour, "red, blue or colourful", isColour);
+    EXPECT_NE(casesOf(usage).find("    '-C')\n        mapfile "), std::string::npos) << casesOf(usage);
+}
+
 TEST(InUsage, noTextOfADeclarationIsACommandOfACompletion)
 {
     InUsage usage("$(false)");

@@ -17,7 +17,7 @@ import unittest
 
 sources = pathlib.Path(sys.argv.pop(1)).resolve()
 # What the scripts call besides the programs that a test replaces.
-TOOLS = ("awk bash cat cut date dirname env grep head id kill mkdir mv rm sed setarch sha256sum sleep sort tail tr uname "
+TOOLS = ("awk bash cat cut date dirname echo env grep head id kill mkdir mv rm sed setarch sha256sum sleep sort tail tr uname "
          "xargs setsid").split()
 
 
@@ -50,14 +50,13 @@ class Scripts(unittest.TestCase):
 
     def fake_packages(self, missing=()):
         """A Debian whose packages are there, but for some, and whose apt can install."""
-        hidden = "|".join(missing) or "none at all"
+        hidden = "|".join(missing) or "none"
         self.fake("dpkg-query", f"""
             shift 2
             for package; do
-                case "$package" in {"|".join(f'"{name}"' for name in missing) or '""'}) ;; *) echo "$package install ok installed" ;; esac
+                case $package in {hidden}) ;; *) echo "$package install ok installed" ;; esac
             done""")
         self.fake("apt-get", 'echo "0 upgraded, 2 newly installed, 0 to remove and 0 not upgraded."')
-        self.assertTrue(hidden)
 
     def command(self, *arguments):
         return [str(self.bin / "bash"), *arguments]
@@ -73,6 +72,15 @@ class Scripts(unittest.TestCase):
         self.assertEqual(len(lines), 1, lines)
         for part in (*parts, "by hand", "VNBASE_NO_SETUP=1"):
             self.assertIn(part, lines[0])
+
+    def make_pipe(self):
+        """What a program writes there says that it is ready; its end says that all have ended instead."""
+        self.ready = os.pipe()
+        self.addCleanup(os.close, self.ready[0])
+
+    def wait_until_ready(self):
+        os.close(self.ready[1])
+        self.assertEqual(os.read(self.ready[0], 1), b"\n", "all have ended")
 
     def call_lines(self):
         return self.calls.read_text().splitlines()
@@ -219,38 +227,46 @@ class Progress(Scripts):
     def blocking_build(self, output):
         """A cmake that writes, says so through a pipe, and ends when the test lets it."""
         self.fake_packages()
-        ready, go = self.folder / "ready", self.folder / "go"
-        os.mkfifo(ready)
+        self.make_pipe()
+        go = self.folder / "go"
         os.mkfifo(go)
-        self.fake("cmake", f'case "$*" in *--build*) echo "{output}"; echo > "{ready}"; read < "{go}"; exit 1 ;; esac')
-        return ready, go
+        self.fake("cmake", f'case "$*" in *--build*) echo "{output}"; echo >&{self.ready[1]}; read < "{go}"; exit 1 ;; esac')
+        return go
+
+    @staticmethod
+    def let_go(go):
+        # For both, so that opening waits for nobody.
+        end = os.open(go, os.O_RDWR)
+        os.write(end, b"\n")
+        return end
 
     def test_where_no_terminal_is_a_line_tells_the_counter(self):
-        ready, go = self.blocking_build("[5/10] Building")
+        go = self.blocking_build("[5/10] Building")
         self.environment["VNBASE_PROGRESS_SECONDS"] = "1"
         with subprocess.Popen(self.command(f"{self.root}/tools/run.sh"), env=self.environment, text=True,
-                              stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, stdin=subprocess.DEVNULL) as run:
-            ready.read_text()
-            while "[5/10] 0:0" not in (line := run.stderr.readline()):
+                              stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, stdin=subprocess.DEVNULL,
+                              pass_fds=self.ready[1:]) as run:
+            self.wait_until_ready()
+            while "[5/10] " not in (line := run.stderr.readline()):
                 self.assertTrue(line, "the script has ended")
             self.assertNotIn("\r", line)
-            go.write_text("\n")
+            self.addCleanup(os.close, self.let_go(go))
             rest = run.stderr.read()
         self.assertIn("the build has failed; the log is build/logs/run.build.log", rest)
         self.assertEqual(run.returncode, 1)
 
     def test_on_a_terminal_one_line_changes(self):
-        ready, go = self.blocking_build("[5/10] Building")
+        go = self.blocking_build("[5/10] Building")
         master, slave = pty.openpty()
         with subprocess.Popen(self.command(f"{self.root}/tools/run.sh"), env=self.environment, stderr=slave, stdout=slave,
-                              stdin=subprocess.DEVNULL) as run:
+                              stdin=subprocess.DEVNULL, pass_fds=self.ready[1:]) as run:
             os.close(slave)
-            ready.read_text()
+            self.wait_until_ready()
             seen = b""
-            while b"[5/10] 0:0" not in seen:
+            while b"[5/10] " not in seen:
                 seen += os.read(master, 1000)
             self.assertIn(b"\r\x1b[K", seen)
-            go.write_text("\n")
+            self.addCleanup(os.close, self.let_go(go))
             try:
                 while os.read(master, 1000):
                     pass
@@ -272,19 +288,20 @@ class Interrupt(Scripts):
 
     def interrupted(self, signal_number, script, *arguments):
         self.fake_packages()
-        ready, pids = self.folder / "ready", self.folder / "pids"
-        os.mkfifo(ready)
+        self.make_pipe()
+        pids = self.folder / "pids"
         self.fake("cmake", f"""
             sleep 1000 & echo $! >> "{pids}"
             setsid sleep 1000 & echo $! >> "{pids}"
             bash -c 'trap "" INT; sleep 1000 & sleep 1000' & echo $! >> "{pids}"
             echo $$ >> "{pids}"
-            echo > "{ready}"
+            echo >&{self.ready[1]}
             wait""")
         with subprocess.Popen(self.command(f"{self.root}/tools/{script}", *arguments), env=self.environment, text=True,
                               stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, stdin=subprocess.DEVNULL, start_new_session=True,
+                              pass_fds=self.ready[1:],
                               preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)) as run:
-            ready.read_text()
+            self.wait_until_ready()
             started = [int(pid) for pid in pids.read_text().split()]
             self.assertEqual([is_running(pid) for pid in started], [True] * 4)
             os.kill(run.pid, signal_number)
