@@ -286,6 +286,15 @@ def is_running(pid):
         return False
 
 
+def end_all(pids):
+    """What a failing test would leave behind."""
+    for pid in pids:
+        try:
+            os.kill(pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+
+
 class Interrupt(Scripts):
     """A build with a child, one that has left for a session of its own, and one that doesn't listen to Ctrl-C."""
 
@@ -306,6 +315,7 @@ class Interrupt(Scripts):
                               preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)) as run:
             self.wait_until_ready()
             started = [int(pid) for pid in pids.read_text().split()]
+            self.addCleanup(end_all, started)
             self.assertEqual([is_running(pid) for pid in started], [True] * 4)
             os.kill(run.pid, signal_number)
             error = run.stderr.read()
