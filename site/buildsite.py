@@ -8,8 +8,8 @@ buildsite.py ROOT SITE WORK DOXYGEN    writes the folder SITE anew, and WORK on 
 2. WORK/pages gets the pages in Doxygen's language, a page for each wing of the library from its map, and the layout with
    the menus.
 3. Doxygen writes SITE. Any warning is an error.
-4. Names in the guide's text become links, by the tag file that Doxygen has written (names.py). Images and the sources that
-   pages link to are copied.
+4. The pages' HTML goes where Doxygen has left its place. Names in it become links, by the tag file that Doxygen has written
+   (names.py); headings go into the search (searchwords.py); images are copied.
 
 Nothing of the day, the machine or the folder goes into the site: equal sources give equal bytes.
 """
@@ -24,6 +24,7 @@ import sys
 sys.dont_write_bytecode = True
 from guide import Page, escaped  # noqa: E402
 from names import Names  # noqa: E402
+from searchwords import add_headings  # noqa: E402
 
 ROOT, SITE, WORK = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
 DOXYGEN = sys.argv[4]
@@ -264,6 +265,7 @@ def finish(site):
         if text != before:
             file.write_text(text)
     drop_dead_links()
+    add_headings(SITE / 'search', [heading for page in site.pages.values() if page.name != 'index' for heading in page.headings()])
     return names.linked
 
 

@@ -81,6 +81,13 @@ class Page:
         """A heading's label, which is one of a kind in the whole site."""
         return f'{self.name}-{anchor}'
 
+    def headings(self):
+        """What the search finds the page by: (text, place, scope)."""
+        for at, anchor in self.anchors.items():
+            words = plain(self.tokens[at + 1])
+            is_title = words == self.title
+            yield html.escape(words), f'{self.name}.html' + ('' if is_title else f'#{self.label(anchor)}'), '' if is_title else html.escape(self.title)
+
     def lists(self):
         """The lists of each chapter: (heading, [(link's text, link's target)]), a list for each item that begins with links."""
         chapters, depth = [], 0

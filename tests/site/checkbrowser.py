@@ -7,7 +7,8 @@ At 400, 900 and 1600 pixels, light and dark, for each page of the guide and a ch
 - nothing reaches beyond the screen: a wide sample, table or drawing scrolls in a box of its own;
 - text stands out from what is behind it (contrast 4.5 at least).
 
-Then as a reader would: the menu of a narrow screen leads to a page, the search finds a class and a page, the switch between
+Then as a reader would: the menu of a narrow screen leads to a page, the search finds a class, a
+member and a page by any word of a heading, the switch between
 light and dark works and is kept. Pictures of some pages are left in SHOTS for the eye.
 """
 import os
@@ -176,7 +177,7 @@ def check_search(browser, width, words, expected):
     browser.wait(lambda event: event['method'] == 'Page.frameStoppedLoading' and event['params']['frameId'] == frame)
     results = browser.run_in(frame, '''[...document.querySelectorAll(".SRResult")].filter(each => each.offsetHeight)
         .flatMap(each => [...each.querySelectorAll("a")].map(link => link.href.split("/").pop().split("#")[0]))''')
-    browser.settle()
+    browser.run_until('getComputedStyle(document.getElementById("MSearchResultsWindow")).opacity == 1')
     browser.shoot(SHOTS / f'search-{width}.png')
     check(expected in results, f'search at {width}: "{words}" finds {results}, and not {expected}')
     window = browser.run('''(() => { const box = document.getElementById("MSearchResultsWindow").getBoundingClientRect();
@@ -216,7 +217,8 @@ def main():
                 raise BrowserError(f'{page}: {failure}') from failure
         if not sys.argv[5:]:
             for step, *arguments in ((check_menu,), (check_tree,), (check_search, 1600, 'InVariabl', 'classVn_1_1InVariable.html'),
-                                     (check_search, 400, 'getDetailedR', 'classVn_1_1ExBase.html'), (check_switch,)):
+                                     (check_search, 400, 'getDetailedR', 'classVn_1_1ExBase.html'), (check_search, 900, 'trace calls', 'guide-logging.html'),
+                                     (check_switch,)):
                 try:
                     step(browser, *arguments)
                 except BrowserError as failure:
