@@ -28,14 +28,36 @@ public:
 
     void add(std::string who, Measure measure) { _contestants.push_back({std::move(who), std::move(measure), {}}); }
 
-    /// The contestant that was added first is ours.
     void run(int rounds)
+    {
+        measure(rounds);
+        print();
+    }
+
+    /// May be called again: rounds that lie seconds apart find a quiet moment for each side on a machine with neighbours.
+    void measure(int rounds)
     {
         for (int i = 0; i < rounds; ++i)
             for (Contestant& contestant : _contestants)
                 contestant.times.add(contestant.measure());
+    }
+
+    /// The contestant that was added first is ours.
+    void print() const
+    {
         for (std::size_t i = 1; i < _contestants.size(); ++i)
             printRow(_what, _contestants[i].who, _unit, _contestants.front().times, _contestants[i].times);
+    }
+
+    /// Measures each of several comparisons a little at a time, in passes over all of them.
+    static void runInPasses(std::vector<Rounds>& comparisons, int rounds)
+    {
+        constexpr int passes = 5;
+        for (int i = 0; i < passes; ++i)
+            for (Rounds& comparison : comparisons)
+                comparison.measure(rounds / passes);
+        for (Rounds const& comparison : comparisons)
+            comparison.print();
     }
 
     static void printHead() { printRowsHead(); }

@@ -13,8 +13,10 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <list>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace
@@ -117,9 +119,8 @@ constexpr struct
 };
 
 /// A log of its own for each round: its end, which isn't measured, writes all.
-void compare(int threads)
+void addComparisons(std::vector<VnBench::Rounds>& comparisons, Crew& crew, int threads)
 {
-    Crew crew(threads);
     for (auto const& [name, site] : sites) {
         VnBench::Rounds rounds("thread layer: " + std::string(name) + ", " + std::to_string(threads) +
                                    (threads == 1 ? " thread" : " threads"),
@@ -133,7 +134,7 @@ void compare(int threads)
             Vn::LgLog::setLoggerActivation(true);
             return crew.time(site);
         });
-        rounds.run(300);
+        comparisons.push_back(std::move(rounds));
     }
 }
 }  // namespace
@@ -149,8 +150,11 @@ int main()
         int argc = 0;
         char const* const* argv = nullptr;
         Vn::InInitGuard guard(argc, argv);
+        std::list<Crew> crews;
+        std::vector<VnBench::Rounds> comparisons;
         for (const int threads : {1, 2, 4, 8})
-            compare(threads);
+            addComparisons(comparisons, crews.emplace_back(threads), threads);
+        VnBench::Rounds::runInPasses(comparisons, 300);
     }
     std::filesystem::remove_all(folder);
     return 0;

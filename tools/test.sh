@@ -1,30 +1,65 @@
 #!/bin/bash
-# Installs what is missing and passes all tests: tools/test.sh [PRESET]...
-# Without presets: release, asan-ubsan, tsan, windows, coverage (which is Clang's optimised tree as well), then the
-# benchmarks are built and the fuzzers run for a short while. Ends with a line that counts the tests.
+# tools/test.sh [PRESET]...: installs what is missing and passes all tests, or those of the given presets.
+#
+#   release      GCC, optimised; also each header alone, and the library a second time, byte for byte the same
+#   asan-ubsan   GCC's address and undefined-behaviour sanitizers
+#   tsan         GCC's thread sanitizer
+#   windows      cross-built by MinGW-w64, run under Wine
+#   coverage     Clang, optimised, with branch coverage
+#   bench        builds the benchmarks and runs none
+#   fuzz         runs each fuzzer for five seconds
+#   dev, clang   more presets of CMakePresets.json, which aren't among all
+#
+# Logs are in build/logs; Ctrl-C ends everything. A second run compiles nothing anew. The last line counts the tests:
+# "N passed, M failed"; exit code 0 if none failed, 2 if a package is missing and can't be installed here, else 1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-tools/setup.sh test
-
+case "${1:-}" in
+-h | --help)
+    sed -n '2,/^set/s/^# \{0,1\}//p' tools/test.sh
+    exit 0
+    ;;
+-*)
+    echo "tools/test.sh: unknown option $1; tools/test.sh -h tells more" >&2
+    exit 2
+    ;;
+esac
 presets=("$@")
 [ $# -gt 0 ] || presets=(release asan-ubsan tsan windows coverage bench fuzz)
+for preset in "${presets[@]}"; do
+    if ! grep -q "\"configurePreset\": \"$preset\"" CMakePresets.json; then
+        echo "tools/test.sh: unknown preset $preset; tools/test.sh -h tells more" >&2
+        exit 2
+    fi
+done
+tools/setup.sh test
+. tools/progress.sh
+
 log=build/logs
-mkdir -p "$log"
 passed=0
 failed=0
-started=$SECONDS
 # The date of the commit is that of the build, so that it can be repeated to the byte.
 if [ -z "${SOURCE_DATE_EPOCH:-}" ] && epoch=$(git log -1 --format=%ct 2> /dev/null); then
     export SOURCE_DATE_EPOCH=$epoch
 fi
 
+# The steps of a preset, for the time that they take.
+steps_of() {
+    echo "$1.configure $1.build"
+    case $1 in
+    release) echo "$1.headers $1.again $1.test" ;;
+    windows) echo "$1.headers $1.test" ;;
+    bench) ;;
+    fuzz) echo fuzzers ;;
+    *) echo "$1.test" ;;
+    esac
+}
+
 # Runs a step quietly; shows its log if it fails.
 step() {
-    local name=$1
-    shift
-    if ! "$@" > "$log/$name.log" 2>&1; then
-        tail -n 200 "$log/$name.log"
-        echo "FAILED: $name"
+    if ! progress_step "$@"; then
+        tail -n 200 "$log/$1.log"
+        echo "FAILED: $1; the log is $log/$1.log"
         echo "$passed passed, $((failed + 1)) failed"
         exit 1
     fi
@@ -45,39 +80,45 @@ run_tests() {
     # Where a container forbids fixed addresses, Wine fails to start one process in 8,000 (tools/wine.sh tells why), and a
     # test of Windows gets a second try. It is told which ones needed it.
     [ "$preset" != windows ] || setarch -R true 2> /dev/null || tries=(--repeat until-pass:2)
-    if ! ctest --preset "$preset" "${tries[@]}" > "$log/$preset.test.log" 2>&1; then
+    if ! progress_step "$preset.test" "testing" ctest --preset "$preset" "${tries[@]}"; then
         grep -vE '^ +Start|   Passed ' "$log/$preset.test.log" | tail -n 200
     fi
     count "$log/$preset.test.log"
     [ "$preset" != windows ] || grep -E '\*\*\*(Failed|Exception)' "$log/$preset.test.log" | sed 's/^/a try that failed: /' || true
 }
 
+# Builds the library from scratch, so that it is the compiler's work that is compared; once for the same library.
+run_again() {
+    local same=$log/$1.again.same sum
+    sum=$(sha256sum build/"$1"/bin/libVNbase.so.*.*.*)
+    [ ! -f "$same" ] || [ "$(< "$same")" != "$sum" ] || return 0
+    CCACHE_DISABLE=1 step "$1.again" "compiling the library a second time, to compare" tools/reproduce.sh "$1"
+    echo "$sum" > "$same"
+}
+
 # Five seconds for each fuzzer, two at a time, from its corpus; new inputs go beside it.
 run_fuzzers() {
     local fuzzers=(build/fuzz/bin/fuzz*)
-    step fuzzers xargs -P 2 -n 1 tools/fuzz.sh <<< "${fuzzers[*]}"
+    step fuzzers "running ${#fuzzers[@]} fuzzers" xargs -P 2 -n 1 -a <(printf '%s\n' "${fuzzers[@]}") tools/fuzz.sh
     passed=$((passed + ${#fuzzers[@]}))
 }
 
+# shellcheck disable=SC2046  # the steps are words
+progress_begin tools/test.sh $(for preset in "${presets[@]}"; do steps_of "$preset"; done)
 for preset in "${presets[@]}"; do
-    echo "== $preset ($((SECONDS - started)) s)"
-    if [ "$preset" = windows ]; then
-        tools/wineprefix.sh
-        trap 'tools/wineprefix.sh stop' EXIT
-    fi
-    step "$preset.configure" cmake --preset "$preset"
-    step "$preset.build" cmake --build --preset "$preset"
+    echo "== $preset ($(progress_total))"
+    # The server ends with all else that this run has started; one that has been there before stays.
+    [ "$preset" != windows ] || step windows.wine "starting Wine" tools/wineprefix.sh
+    step "$preset.configure" "configuring" cmake --preset "$preset"
+    step "$preset.build" "compiling" cmake --build --preset "$preset"
     case $preset in
     release | windows)
-        # Each public header by itself.
-        step "$preset.headers" cmake --build --preset "$preset" --target all_verify_interface_header_sets
+        step "$preset.headers" "compiling each public header by itself" \
+            cmake --build --preset "$preset" --target all_verify_interface_header_sets
         ;;
     esac
     case $preset in
-    release)
-        # From scratch, so that it is the compiler's work that is compared.
-        [ -z "${SOURCE_DATE_EPOCH:-}" ] || CCACHE_DISABLE=1 step "$preset.again" tools/reproduce.sh "$preset"
-        ;;
+    release) [ -z "${SOURCE_DATE_EPOCH:-}" ] || run_again release ;;
     esac
     case $preset in
     bench) ;;
@@ -92,6 +133,7 @@ for preset in "${presets[@]}"; do
     *) run_tests "$preset" ;;
     esac
 done
-echo "== done in $((SECONDS - started)) s"
+echo "== done in $(progress_clock $((SECONDS - progress_started)))"
+progress_end
 echo "$passed passed, $failed failed"
 [ "$failed" = 0 ] && [ "$passed" -gt 0 ]

@@ -133,6 +133,7 @@ void compareStarts(int rounds)
         starts.add(contestant.who, [&contestant] { return timeOfProgram(contestant.program); });
         empty.add(contestant.who, [&contestant] { return timeOfProgram(contestant.program + "none"); });
     }
+    starts.add("floor: the start, the stored texts", [] { return timeOfProgram("floorsettings"); });
     starts.run(rounds);
     empty.run(rounds);
 }

@@ -40,6 +40,7 @@ int main(int argc, char** argv)
     VnBench::SideBySide comparison;
     comparison.byTheClock();
     comparison.add("whole start", program("startours"), "POCO and glog", program("startpeers"));
-    comparison.add("whole start, again", program("startours"), "nothing", program("startnothing"));
+    comparison.add("whole start, again", program("startours"), "a process that does nothing",
+                   program("startnothing"));
     return comparison.run(argc, argv);
 }

@@ -1,8 +1,9 @@
-// pointsets FOLDER: draws the pictures of docs/sampling.md, point sets and histogram scenes, as SVG files.
+// pointsets [--inventor] FOLDER: draws the pictures of docs/sampling.md, point sets and histogram scenes, as SVG files; or
+// writes the scenes as files for an Open Inventor viewer.
 //
-// drawPoints() shows 256 points of each of six sources. drawScenes() fills six histograms, has each dump itself as an Open
-// Inventor scene, reads the vertices back from the text and projects them. All code on that page is taken from this file;
-// tools/drawsampling.sh runs the program.
+// drawPoints() shows 256 points of each of six sources. makeScenes() fills six histograms and has each dump itself as an Open
+// Inventor scene; drawScenes() reads the vertices back from the texts and projects them. All code on that page is taken from
+// this file; tools/drawsampling.sh and tools/drawscenes.sh run the program.
 #include <base/inusage.h>
 #include <base/osterminal.h>
 #include <base/rncosinehemisphericalrng.h>
@@ -38,6 +39,15 @@ namespace
 constexpr int pointCount = 256;
 constexpr int side = 150;  ///< of a panel, in pixels
 constexpr int gap = 20;
+
+void save(std::string const& text, std::string const& path)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (file.fail())
+        throw std::runtime_error("cannot write '" + path + "': " + std::strerror(errno));
+}
 
 /// An SVG drawing of panels, three in a row.
 class Drawing
@@ -85,14 +95,7 @@ public:
         _text << "<rect width=\"" << side << "\" height=\"" << side << "\" fill=\"none\" stroke=\"#999\"/>\n";
     }
 
-    void save(std::string const& path)
-    {
-        std::ofstream file(path, std::ios::binary);
-        file << _text.str() << "</svg>\n";
-        file.close();
-        if (file.fail())
-            throw std::runtime_error("cannot write '" + path + "': " + std::strerror(errno));
-    }
+    void save(std::string const& path) { ::save(_text.str() + "</svg>\n", path); }
 
 private:
     std::ostringstream _text;
@@ -210,7 +213,16 @@ std::string sceneOfDirections(Vn::RnSphericalRng<float>& directions)
     return sceneOf(histogram);
 }
 
-void drawScenes(std::string const& path)
+/// One of the six scenes: its file's name and its title, and how drawScenes() shows it.
+struct Scene
+{
+    std::string name;
+    std::string title;
+    std::string text;
+    View view;
+};
+
+std::vector<Scene> makeScenes()
 {
     Vn::RnLecuyerUniformRng<float> uniform;
     Vn::RnGaussianRng<float> gaussian(&uniform);
@@ -231,32 +243,60 @@ void drawScenes(std::string const& path)
     Vn::RnUniformHemisphericalRng<float> hemisphere(&points);
     Vn::RnCosineHemisphericalRng<float> cosine(&points);
 
+    std::vector<Scene> scenes;
+    scenes.push_back({"gaussian", "Gaussian", sceneOf(line), {17, 270, {0, 0.22, 0}, true}});
+    scenes.push_back({"again", "drawn again from that", sceneOf(copy), {17, 270, {0, 0.22, 0}, true}});
+    scenes.push_back({"triangles", "two triangles", sceneOf(area), {100, 22, {0.5, 0.5, 1.9}, false}});
+    scenes.push_back({"sphere",
+                      "uniform on the sphere",
+                      sceneOfDirections<Vn::RnHistogramSpherical<float>>(sphere),
+                      {780, 780, {0, 0, 0}, false}});
+    scenes.push_back({"hemisphere",
+                      "uniform on the hemisphere",
+                      sceneOfDirections<Vn::RnHistogramHemispherical<float>>(hemisphere),
+                      {390, 390, {0, 0, 0.07}, false}});
+    scenes.push_back({"cosine",
+                      "cosine on the hemisphere",
+                      sceneOfDirections<Vn::RnHistogramHemispherical<float>>(cosine),
+                      {390, 390, {0, 0, 0.15}, false}});
+    return scenes;
+}
+
+void drawScenes(std::string const& path)
+{
     Drawing drawing(6);
-    addScene(drawing, "Gaussian", sceneOf(line), {17, 270, {0, 0.22, 0}, true});
-    addScene(drawing, "drawn again from that", sceneOf(copy), {17, 270, {0, 0.22, 0}, true});
-    addScene(drawing, "two triangles", sceneOf(area), {100, 22, {0.5, 0.5, 1.9}, false});
-    addScene(drawing, "uniform on the sphere", sceneOfDirections<Vn::RnHistogramSpherical<float>>(sphere),
-             {780, 780, {0, 0, 0}, false});
-    addScene(drawing, "uniform on the hemisphere",
-             sceneOfDirections<Vn::RnHistogramHemispherical<float>>(hemisphere), {390, 390, {0, 0, 0.07}, false});
-    addScene(drawing, "cosine on the hemisphere", sceneOfDirections<Vn::RnHistogramHemispherical<float>>(cosine),
-             {390, 390, {0, 0, 0.15}, false});
+    for (Scene const& scene : makeScenes())
+        addScene(drawing, scene.title, scene.text, scene.view);
     drawing.save(path);
+}
+
+void writeScenes(std::string const& folder)
+{
+    for (Scene const& scene : makeScenes())
+        save(scene.text, folder + "/" + scene.name + ".iv");
 }
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    const Vn::InUsage usage = Vn::InUsage("Draws point sets and histogram scenes: writes pointsets.svg and "
-                                          "scenes.svg to FOLDER, which must exist.")
-                                  .operands("FOLDER", 1, 1);
+    bool isInventor = false;
+    const Vn::InUsage usage =
+        Vn::InUsage(
+            "Draws point sets and histogram scenes: writes pointsets.svg and scenes.svg to FOLDER, which must "
+            "exist.")
+            .operands("FOLDER", 1, 1)
+            .word("--inventor", "write the scenes instead, for an Open Inventor viewer", isInventor);
     if (auto const end = usage.handle(argc, argv))
         return *end;
     // The last one: "--" may stand in front. This program starts nothing, so it takes the operand by itself.
     const std::string folder = argv[argc - 1];
     try {
-        drawPoints(folder + "/pointsets.svg");
-        drawScenes(folder + "/scenes.svg");
+        if (isInventor) {
+            writeScenes(folder);
+        } else {
+            drawPoints(folder + "/pointsets.svg");
+            drawScenes(folder + "/scenes.svg");
+        }
     } catch (std::exception const& failure) {
         std::cerr << "pointsets: " << Vn::OsTerminal::shown(failure.what()) << "\n";
         return 1;

@@ -22,6 +22,7 @@ namespace
 constexpr char const* sourceName = "src/base/dttimeutil";
 using ErrorCode = DtEx::DtStringError::ErrorCode;
 
+/// What a field begins with. Both members are needed: a count without a number is 0, a term of the rate without one an error.
 struct FieldNumber
 {
     std::int64_t value;  ///< the nearest limit if the number passes 64 bits, 0 if there is none
@@ -58,6 +59,7 @@ public:
     }
 
 private:
+    /// In unsigned numbers, up to the magnitude of the lowest value, which no positive one has.
     FieldNumber digits(bool isNegative)
     {
         constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
@@ -135,6 +137,7 @@ Interval<Float> secondsFromCounts(DtTime const& time, Interval<DtTimeIndex> cons
 }
 }  // namespace
 
+/// Three numbers with a blank between them; getDtTimeFromDtString() reads it back to the same time.
 ArrayPtrRet<char> DtTimeUtil::getDtStringFromDtTime(DtTime const& time)
 {
     char text[48];  // the longest form has 44 characters: 20, 11 and 11, and two blanks

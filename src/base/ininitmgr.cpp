@@ -1,5 +1,12 @@
 // The manager as programs see it, and the two guards. The lists of packages, the start and the stop are in
 // ininitmgrstate.cpp, the printing in ininitmgrreport.cpp, the start order in inbatch.cpp.
+//
+// A program's main() makes an InInitGuard, which starts what waits and at its end stops all:
+//
+//     InInitGuard      initialize()        arguments are copied, the caller's are taken away, then the packages start
+//     InReinitGuard    incReinitCount()    packages may register from here on ...
+//                      decReinitCount()    ... and start here, when the outermost guard ends
+//     ~InInitGuard     finalize()          stops in reverse
 #include <base/ininitmgr.h>
 
 #include <base/arrayptr.h>
@@ -113,6 +120,7 @@ char const* InInitMgr::getEnv(char const* name)
     return name != nullptr ? getInstance()._state->getEnv(name) : nullptr;
 }
 
+/// Guards nest; the state counts them.
 void InInitMgr::incReinitCount()
 {
     _state->enterGuard();
@@ -139,6 +147,7 @@ void InInitMgr::forgetPackage(InPackageInit* package) noexcept
     getInstance()._state->forget(package);
 }
 
+/// What a failed start prints behind its reason.
 std::ostream& operator<<(std::ostream& stream, InInitMgr const& manager)
 {
     return manager.dump(stream);

@@ -5,6 +5,15 @@
 //
 // The parsers stand on std::from_chars, which knows no locale and allocates nothing. It leaves open on which side a number
 // lies outside its type; isBeyond() finds that from the text.
+//
+// What read() makes of some texts, with a * where isWhole() says no:
+//
+//     text        int    double       milliseconds   bool
+//     "12"        12     12           12 ms          true *
+//     "1.5s"      1 *    1.5 *        1500 ms        true *
+//     "1e400"     1 *    the most *   1 ms *         true *
+//     "off"       0 *    0 *          0 ms *         true *
+//     ""          0 *    0 *          0 ms *         true
 #include <base/invalueform.h>
 
 #include <base/invariable.h>
@@ -24,6 +33,7 @@ namespace Vn
 {
 namespace
 {
+/// A setting whose sources all have nothing has no text.
 char const* orEmpty(char const* text)
 {
     return text != nullptr ? text : "";
@@ -39,6 +49,7 @@ bool isWord(char const* text, char const* word)
     return *word == *text;  // both at their ends
 }
 
+/// The two ways to say no; everything else is yes.
 bool isFalse(char const* text)
 {
     return isWord(text, "false") || (text[0] == '0' && text[1] == '\0');

@@ -1,3 +1,12 @@
+// A duration as its count with its unit, in the form of std::chrono's own operator<< of C++20, which the compilers that we
+// build with don't have yet:
+//
+//     std::chrono::milliseconds(250)                   ->  250ms
+//     std::chrono::duration<double>(1.5)               ->  1.5s
+//     std::chrono::duration<int, std::ratio<1, 30>>(7) ->  7[1/30]s
+//
+// Nothing is converted, so a count is shown as exactly as the program has it. The unit is known by the two numbers of its
+// ratio alone: the header hands these over, and so instantiates nothing for each type of duration.
 #include <base/lgduration.h>
 
 #include <base/lgshorttext_p.h>
@@ -9,6 +18,7 @@ namespace Vn
 {
 namespace
 {
+/// A ratio in lowest terms, as std::ratio has it, and its name.
 struct Unit
 {
     std::intmax_t numerator, denominator;  ///< of its seconds
@@ -32,6 +42,7 @@ constexpr Unit units[] = {
 };
 }  // namespace
 
+/// Twenty short comparisons at worst, beside the clock that the message has read: a table by value would buy nothing.
 template <class Count>
 void LgDurationText::writeAny(Count count, std::intmax_t numerator, std::intmax_t denominator)
 {

@@ -1,3 +1,12 @@
+// A value with an operator<< for std::ostream on its way into a message.
+//
+// The operator writes to a stream over a buffer of our own. Up to 512 characters stay on the stack; a longer text moves to the
+// heap, so short values cost no allocation and long ones aren't cut. The whole text then goes to the message at once, since a
+// message's own stream can't take back what an operator that throws has written half.
+//
+// A std::ostream catches what its buffer throws and only sets badbit. The buffer therefore keeps the exception (there is one
+// cause, no memory), and it is thrown again behind the operator, where the caller can see it. What the operator itself throws
+// passes through as it is.
 #include <base/lgstreamed.h>
 
 #include <cstddef>
@@ -60,6 +69,7 @@ private:
     std::exception_ptr _failure;  ///< of overflow()
 };
 
+/// In the classic locale: a program's own would put separators into the numbers of a log, which nobody could search for.
 template <class Target>
 Target& putInto(Target& target, LgStreamedText::Write* write, void const* value)
 {

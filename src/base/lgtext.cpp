@@ -1,3 +1,8 @@
+// Texts with a length, and 64-bit numbers, for the stream of a queue.
+//
+// Texts lie in the ring one behind the other, each ended by a zero, so a zero byte within a message would end it early and
+// shift all that follow. A std::string may hold some. Each is shown as a backslash and a 0, and the length is counted with
+// them before the first character is written, as a message is taken whole or refused whole.
 #include <base/lgtext.h>
 
 #include <base/lgnumbertext_p.h>
@@ -51,6 +56,7 @@ LgStream& LgText::putNumber(LgStream& stream, unsigned long long value)
     return stream.write(text.get(), text.getSize());
 }
 
+/// Standard output would take a zero, but a line should read the same in the file and in its echo.
 LgStandardOutput& LgStandardOutput::write(std::string_view text)
 {
     showZeros(text, [this](std::string_view piece) { pass(piece); });

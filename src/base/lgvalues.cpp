@@ -1,3 +1,10 @@
+// The library's own values in a message, in the form that their operator<< for std::ostream has:
+//
+//     Rational(30000, 1001)      ->  (30000/1001=29.97)
+//     DtTime(7, 25, 1)           ->  (7 @ (25/1=25))
+//     Interval<double>(0, 1.5)   ->  [0, 1.5]
+//
+// Each is made in a block on the stack, whose size is that of the longest value, and put into the ring as one text.
 #include <base/lgvalues.h>
 
 #include <base/dttime.h>

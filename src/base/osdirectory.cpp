@@ -43,6 +43,7 @@ constexpr char systemSourceName[] = "src/base/osdirectorywindows";
 
 using System::DirectoryListing;
 
+/// Both systems list these two; neither is a child.
 bool isSelfOrParent(char const* name)
 {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
@@ -82,6 +83,7 @@ public:
     /// The name that was given last.
     char const* getName() const { return _path.c_str() + _nameStart; }
 
+    /// The path of the child `name`; valid until the next call.
     char const* set(char const* name)
     {
         _path.resize(_nameStart);
@@ -135,6 +137,7 @@ private:
         Own  ///< that of a class which is not the library's
     };
 
+    /// By the exact class: one that is derived from ours may judge in any way.
     static Rule ruleOf(std::type_info const& type)
     {
         if (type == typeid(OsPassThroughFilter))
@@ -214,6 +217,7 @@ public:
             return;
         }
         const System::FileIdentity identity = requireIdentity(source);
+        // By identity and not by path: a symlink or a second mount may lead there as well.
         if (!_ancestors.empty() && identity == _targetRoot)
             return;  // the target lies inside the source
         if (std::find(_ancestors.begin(), _ancestors.end(), identity) != _ancestors.end()) {
@@ -261,6 +265,7 @@ private:
 };
 }  // namespace
 
+// Portable, so that both platforms' forms only read entries.
 bool System::DirectoryListing::next()
 {
     while (readEntry())
@@ -273,6 +278,7 @@ OsDirectory::OsDirectory(OsFilePath const& path) : OsFile(path) {}
 
 OsDirectory::~OsDirectory() = default;
 
+// A public operation checks its paths, a private one makes the call.
 void OsDirectory::remove()
 {
     requirePath(getPath(), __LINE__);
@@ -375,6 +381,7 @@ void OsDirectory::performRemove()
         throw ExSysErrorWindows(systemSourceName, __LINE__);
 }
 
+// Names alone, of which each is the end of its child's path.
 ObjPtrRet<Vector<OsFilePath>> OsDirectory::performGetChildrenPath(OsFileFilter const& filter) const
 {
     ChildTexts texts;

@@ -49,6 +49,7 @@ std::uint32_t OsFileWriter::write(void const* buffer, unsigned long size)
     return performWrite(buffer, size);
 }
 
+// Beyond the end is allowed: the gap reads as zeros once something is written behind it.
 std::int32_t OsFileWriter::seek(long offset, OsFileTypes::SeekMode mode)
 {
     requireOpen(_handle, __LINE__);
@@ -61,6 +62,7 @@ void OsFileWriter::reserve(unsigned long size)
     performReserve(size);
 }
 
+// Here the system may report what it couldn't tell before, as a network file system does.
 void OsFileWriter::close()
 {
     requireOpen(_handle, __LINE__);
@@ -85,6 +87,7 @@ std::uint32_t OsFileWriter::performWrite(void const* buffer, unsigned long size)
     return static_cast<std::uint32_t>(count);
 }
 
+// The interface has 32 bits: a position beyond them is refused by the system's form and not cut.
 std::int32_t OsFileWriter::performSeek(long offset, OsFileTypes::SeekMode mode)
 {
     const std::optional<std::int32_t> position = System::seekFile(_handle, offset, mode);
@@ -100,6 +103,7 @@ void OsFileWriter::performReserve(unsigned long size)
         throw ExSysErrorWindows(systemSourceName, __LINE__);
 }
 
+// Kept: the file is still open, and may be closed again. ClosedWithError: it is gone, and what was written may be too.
 void OsFileWriter::performClose()
 {
     const System::CloseResult result = System::closeFile(_handle);

@@ -1,3 +1,13 @@
+// Texts that come from outside (file names, arguments, messages of the system) may hold bytes that a terminal obeys: one that
+// sets its title, moves the cursor over what stands there, or turns the direction of writing. shown() goes through the text
+// character by character and writes each of these as an escape that reads like C++:
+//
+//     "a\nb"          ->  a\nb           (a backslash and an n)
+//     "\x1b[31mred"   ->  \x1b[31mred
+//     "caf\xc3\xa9"   ->  café           (whole UTF-8 is left as it is)
+//     "caf\xe9"       ->  caf\xe9 as one byte, which a terminal of eight bits shows and another one replaces
+//
+// A backslash of the text itself stays single, since the result is for eyes and is never read back.
 #include <base/osterminal.h>
 
 #include <base/osenv.h>
@@ -74,11 +84,13 @@ bool OsTerminal::isStandardError()
     return System::isTerminal(2);
 }
 
+/// The terminal's own answer goes before COLUMNS, which a shell sets once and rarely exports.
 int OsTerminal::getColumns()
 {
     return columnsOf(System::getTerminalColumns(), OsEnv::getVariable("COLUMNS"));
 }
 
+/// Most texts hold nothing to escape, so one allocation of their own size does.
 std::string OsTerminal::shown(std::string_view text)
 {
     std::string result;

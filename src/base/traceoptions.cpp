@@ -179,6 +179,7 @@ private:
     std::set<TraceLevel const*> _exceptions;
 };
 
+/// Made at the first use and never destroyed: levels register and trace while static objects come and go, in any order.
 TraceOptions& TraceOptions::get() noexcept
 {
     static TraceOptions& options = *new TraceOptions;
@@ -247,6 +248,7 @@ void TraceOptions::switchTracing(bool on)
     storeRelaxed(Trace::_isOn, on);
 }
 
+/// The levels get what was said about all of them when the text has ended, also if a token has ended it too early.
 void TraceOptions::parse(char const* options)
 {
     AllLevelsSwitch all(*this);
@@ -383,8 +385,11 @@ void TraceOptions::printLevels(std::ostream& stream) const
     stream << std::endl;
 }
 
+/// Off until somebody shows it; findLevel() looks what was said about all levels before.
 TraceLevel::TraceLevel(char const* name) : _name(duplicateString(name)), _enabled(false) {}
 
+/// A file that registers the same level several times in a row is stored once, with a count: a template's body registers for each
+/// of its instances. What is printed has a line for each all the same.
 void TraceLevel::addFile(char const* file)
 {
     char const* const name = internFile(file);

@@ -96,6 +96,7 @@ class ThreadTraceManager : public TraceManager
 public:
     ThreadTraceManager() : TraceManager(1) {}
 
+    /// A thread without memory for a trace of its own shares one; its lines are right, their depth may not be.
     Trace& getTrace() override
     {
         static Trace shared;
@@ -122,6 +123,7 @@ void endLog()
     ThreadLogEngine::get().stop();
 }
 
+/// As each library of the family has one: see docs/heap-and-build.md.
 class BuildInfo : public DbgBuildInfo
 {
 public:
@@ -157,6 +159,7 @@ void InInit<VnInit::threadlog>::performFinalize()
     endLog();
 }
 
+/// Each failure leaves things as they were: the log isn't there, and messages go to standard output as before.
 ThreadLog::ThreadLog()
 {
     ThreadLogEngine& engine = ThreadLogEngine::get();
@@ -177,6 +180,7 @@ ThreadLog::~ThreadLog()
     endLog();
 }
 
+/// The members may be called behind the package's stop, when no log runs any more: they then do nothing.
 void ThreadLog::flush()
 {
     ThreadLogEngine::get().flush();

@@ -57,7 +57,8 @@ namespace Vn
 /// calls flush() before `_exit` and before it executes another program, which write nothing. A program that calls `exit`
 /// while the object exists loses nothing on Linux; on Windows it calls flush() before.
 /// Edges: a message of up to 4,096 characters whose level waits is never cut. A message of a thread for which there is no
-/// memory is lost, and that is told.
+/// memory is lost, and that is told. Once there was an object the library isn't unloaded any more, whoever unloads a plug-in that
+/// needs it: threads that have logged give their queues back when they end.
 /// Tests: tests/threadlog/threadlogtest.cpp.
 class VN_THREADLOG_EXPORT ThreadLog
 {

@@ -9,6 +9,17 @@
 // the file. Both can be seen. The ring holds as many texts as there are messages, or one less. The line, if it is in the file,
 // begins with the time and the thread of the message, which no other line has. A text that is in neither place is lost, and
 // that is told by an overflow entry in its place.
+//
+//     text on the ring   line in the file   what is done
+//     yes                -                  nothing: the message is written like all others
+//     taken              whole              the entry is removed: the reader was just about to do that
+//     taken              begun              the half line is ended, and the overflow entry follows it
+//     taken              not there          the overflow entry alone
+//
+// Without time stamps in the lines there is nothing to recognise one by. It is then taken for written, as it nearly always is:
+// between taking the text and writing the line the reader does little.
+//
+// No function here allocates or throws; what it needs beyond the stack is static, and one thread at a time uses it.
 #include <threadlog/threadlogcrash_p.h>
 
 #include <threadlog/threadlogengine_p.h>
@@ -59,6 +70,7 @@ public:
         put("]\n");
     }
 
+    /// Takes the text off the ring. There is room for the longest one, see `_text`.
     void putText(LgStream& stream)
     {
         stream >> (_text + _size);
@@ -81,6 +93,7 @@ public:
     }
 
 private:
+    /// With zeros in front, up to `width`. std::to_chars allocates nothing and knows no locale, unlike printf().
     void putPadded(std::uint32_t number, int base, std::size_t width)
     {
         char digits[16];
@@ -92,10 +105,12 @@ private:
         _size += length;
     }
 
+    /// The prefix, the longest text that a ring can hold, a line end and a zero.
     char _text[64 + 32768 + 2];
     std::size_t _size = 0;
 };
 
+/// Static for their size: a thread's signal stack has 64 KB.
 Line line;
 char tail[2 * 65536];
 alignas(LgStream) unsigned char streamCopy[sizeof(LgStream)];
@@ -165,6 +180,7 @@ void ThreadLogCrash::writeAll() noexcept
     writingThread.store(0);
 }
 
+/// Called apart from writeAll(), since on Windows the reader stays at rest behind a crash.
 void ThreadLogCrash::resume() noexcept
 {
     ThreadLogEngine::get().releaseReader();

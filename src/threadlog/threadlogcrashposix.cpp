@@ -4,6 +4,15 @@
 // here, and may even save the program: ours then stays in place for the next time. Where it had none the system's way is put
 // back. A fault then comes again when the handler returns, at the same instruction and with the same registers, as a core
 // dump should show them; what another process or the program itself has sent is sent again.
+//
+//     came from             program's own handler          no handler
+//     an instruction        called; it may save us         back to the system's way, and the instruction fails again
+//     kill(), raise()       called; it may save us         back to the system's way, and the same signal is queued again
+//     std::terminate()      called                         std::abort(), which comes here once more, for what was logged since
+//
+// Nothing here may allocate, lock or wait without end. What it calls is on the list of functions for signal handlers, or a
+// thin wrapper of a system call. The thread-local variables lie in the block that a thread gets when it is made
+// (`initial-exec`): the first access to another kind calls the allocator.
 #include <threadlog/threadlogcrash_p.h>
 
 #include <threadlog/threadlogsystem_p.h>
@@ -31,6 +40,7 @@ struct sigaction before[std::size(crashSignals)];
 std::terminate_handler terminateBefore = nullptr;
 std::atomic<bool> installed = false;
 
+/// Written by the call that installs the handler. Only our five signals come here.
 struct sigaction& beforeOf(int signal)
 {
     std::size_t i = 0;
@@ -137,6 +147,7 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
 }
 
 /// Before the exception's own handler, which often ends the process without a signal.
+/// The handler before is taken out first: if it ends in std::terminate() again, the second round goes straight on to abort().
 [[noreturn]] void onTerminate()
 {
     {
@@ -162,6 +173,7 @@ void bindCalls()
 }
 }  // namespace
 
+/// Asked by each new thread, which then needs a stack for the handler.
 bool ThreadLogCrash::isInstalled()
 {
     return installed.load(std::memory_order_acquire);

@@ -13,6 +13,16 @@
 //
 // Whoever reads holds _readMutex, for some lines at a time. So `fork` finds the queues at rest, and flush() and reopen() get
 // their turn. A crash handler can't wait for a lock: it raises _isHeld and waits until no line is being written.
+//
+// The life of a thread's queue:
+//
+//     first message     makeWriter(): the writer and its queue, made by the thread itself, enter the list of writers
+//     next line         registerNewQueues(): the reader enters the queue in the logger's registry
+//     thread's end      endWriter(): the creator has left; the reader is woken
+//     drained           the registry deletes the queue, as it does with each queue without a creator, and the writer with it
+//
+// In a child of `fork` all of this is there but for the threads. The child owns nothing of it until its first message: then
+// it drops the parent's messages, which the parent writes, keeps the queue of the thread that forked, and starts a reader.
 #include <threadlog/threadlogengine_p.h>
 
 #include <threadlog/threadlogcrash_p.h>
@@ -72,6 +82,7 @@ private:
     ThreadLogEngine& _engine;
 };
 
+/// Never destroyed: threads that the program hasn't joined may log while static objects go.
 ThreadLogEngine& ThreadLogEngine::get()
 {
     static ThreadLogEngine& engine = *new ThreadLogEngine;
@@ -367,6 +378,7 @@ void ThreadLogEngine::rest(bool hasWritten)
     _sleep.store(Sleep::Awake);
 }
 
+/// The condition is looked at under the lock that wakeReader() passes through, so no wake-up is missed.
 void ThreadLogEngine::sleepUntilWoken(std::chrono::milliseconds atMost)
 {
     const auto isAwake = [this] { return _sleep.load() == Sleep::Awake || !_isRunning.load(); };
@@ -448,11 +460,13 @@ bool ThreadLogEngine::holdReader() noexcept
     return ThreadLogSystem::waitBriefly([this] { return !_isInLine.load(); });
 }
 
+/// Before the signal goes on: the program's own handler may save it, and its log goes on then.
 void ThreadLogEngine::releaseReader() noexcept
 {
     _isHeld.store(false);
 }
 
+/// In small sleeps, as nobody could signal this: the handler may do nothing that takes a lock.
 void ThreadLogEngine::waitForHandler() const
 {
     while (_isHeld.load())
@@ -481,6 +495,7 @@ void ThreadLogEngine::beforeFork() noexcept
         holdsForFork = true;
 }
 
+/// The parent was only held up; its reader goes on with the next batch.
 void ThreadLogEngine::afterForkInParent() noexcept
 {
     if (std::exchange(holdsForFork, false))

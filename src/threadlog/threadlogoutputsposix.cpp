@@ -3,6 +3,14 @@
 // A file is replaced below the logger: its descriptor gets the new file in one step (dup3), so that a line goes to the one
 // or to the other, and nothing above notices. The descriptor is found among those of the process as one that appends to the
 // file that was opened by that name.
+//
+// The layer has a descriptor of its own for each of the logger's files. A crash writes through it, since the logger's stream
+// has a buffer that may be half full and a lock that may be held. Everything between appendTo() and readTailOf() is called
+// from signal handlers and so makes system calls alone; reopenFile() is called by programs and may allocate.
+//
+// The rules for a new file are the logger's own: no link where there was none, a plain file, and the user's own under one name
+// if the one before was. Without them another user, in a folder that all can write to, could point the log of this one at a
+// file that only this one may change.
 #include <threadlog/threadlogoutputs_p.h>
 
 #include <dirent.h>
@@ -22,6 +30,7 @@ namespace Vn
 {
 namespace
 {
+/// A signal between two of our calls must not cost a line.
 template <class Call>
 auto retry(Call const& call)
 {
@@ -82,6 +91,8 @@ void makeBlocking(int file)
 }
 
 /// The logger's own descriptor: the process's first one that appends to that file, but for `ours`.
+/// Read from the kernel's own list, so that it costs nothing while nobody rotates. Two outputs may share one file; both then have
+/// descriptors, and each call finds the first that still has it, so the second output is replaced by the second call.
 int findLoggersFile(struct ::stat const& wanted, int ours)
 {
     const std::unique_ptr<::DIR, int (*)(::DIR*)> folder(::opendir("/proc/self/fd"), ::closedir);
@@ -171,6 +182,8 @@ std::size_t ThreadLogOutputs::readTailOf(std::intptr_t handle, char* bytes, std:
 }
 
 /// Our own descriptor tells which file the logger has: both were opened by one name, and are replaced together.
+/// The banner comes before the logger's descriptor is replaced, so that no line of another thread gets in front of it. Each
+/// failure leaves the logger with the file that it had.
 std::string ThreadLogOutputs::reopenFile(Output& output, std::string_view banner)
 {
     const Descriptor file(openToAppend(output.path, O_RDWR | O_CREAT | (output.isLink ? 0 : O_NOFOLLOW)));

@@ -1,4 +1,11 @@
 // threadlogoutputswindows.cpp (POSIX form: threadlogoutputsposix.cpp)
+//
+// The layer opens each of the logger's files a second time, for the crash alone: the stream through which the logger writes
+// may be in the middle of a line, in whichever thread. Two handles to one file get along because both only append: the
+// system itself puts each write behind the end of the file. What the runtime does on the way is done here by hand: a line
+// ends with two bytes in the logger's files, which are open in text mode.
+//
+// Everything that the crash calls takes its memory from this file's own buffers, as the heap may be locked as well.
 #include <threadlog/threadlogoutputs_p.h>
 
 #include <base/exsyserror.h>
@@ -23,6 +30,7 @@ namespace
                          FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+/// The system's words for an error, without the period and the line end that it adds; its number where it has no words.
 std::string textOf(::DWORD error)
 {
     char text[256] = "";
@@ -34,6 +42,7 @@ std::string textOf(::DWORD error)
     return result.empty() ? "error " + std::to_string(error) : result;
 }
 
+/// All or nothing for us: the system takes a line in one piece, or the disk is full.
 bool writeAll(::HANDLE file, char const* text, std::size_t size)
 {
     ::DWORD done = 0;
@@ -63,6 +72,7 @@ std::string ThreadLogOutputs::getErrorText(int)
     return "it can't be written";
 }
 
+/// By trying once more what the logger tried: what stood in its way is nearly always still there.
 std::string ThreadLogOutputs::getOpenFailure(std::string const& path)
 {
     const ::HANDLE file = openToAppend(path, FILE_APPEND_DATA);
@@ -78,6 +88,8 @@ bool ThreadLogOutputs::isSymlink(std::string const&)
     return false;
 }
 
+/// FILE_READ_DATA is for readTailOf(). The plain access to write isn't asked for: with it a write would go to the handle's own
+/// place and not to the end.
 std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)
 {
     return reinterpret_cast<std::intptr_t>(openToAppend(path, FILE_APPEND_DATA | FILE_READ_DATA | SYNCHRONIZE));
@@ -94,6 +106,7 @@ bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
     return writeAll(handleOf(handle), line.data(), line.size());
 }
 
+/// A program without a console has no such handle, and the write fails, which is all right.
 void ThreadLogOutputs::appendToStandardOutput(std::string_view text)
 {
     const std::string_view line = withLineEnds(text);

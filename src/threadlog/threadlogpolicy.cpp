@@ -1,3 +1,9 @@
+// The texts of the two settings that name levels. A text is taken whole or not at all: a list with one mistyped name switches
+// nothing, and the caller tells that and keeps its default. Names are those of the log's lines, with their blanks and capitals:
+//
+//     "Error,Fatal Error"   ->  two bits
+//     "error"               ->  none: nothing is guessed
+//     "Error,"              ->  none: the part behind the comma names no level
 #include <threadlog/threadlogpolicy_p.h>
 
 namespace Vn
@@ -6,6 +12,7 @@ namespace
 {
 constexpr int levels = LgTypes::Profiling + 1;
 
+/// The levels are few and their names short, so this looks at each.
 std::optional<int> levelOf(std::string_view name)
 {
     for (int level = 0; level < levels; ++level)

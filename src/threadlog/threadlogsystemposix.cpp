@@ -9,6 +9,7 @@
 
 #include <threadlog/threadlogengine_p.h>
 
+#include <dlfcn.h>
 #include <linux/membarrier.h>
 #include <pthread.h>
 #include <signal.h>
@@ -30,6 +31,7 @@ namespace
 constinit thread_local void* signalStack = nullptr;
 constexpr std::size_t signalStackSize = 65536;
 
+/// Switched off before it is freed: a signal on its way must not find it.
 void freeSignalStack()
 {
     if (signalStack == nullptr)
@@ -57,7 +59,7 @@ public:
     ~ThreadEndKey()
     {
         if (_isMade)
-            ::pthread_key_delete(_key);  // the function goes away with the library
+            ::pthread_key_delete(_key);  // a library that has made no log may go away, with its function
         _isMade = false;
     }
 
@@ -76,6 +78,7 @@ ThreadLogWriter* getWriterOfThread()
     return writerOfThread;
 }
 
+/// The key first: with a pointer alone nobody would notice the end of the thread, and its queue would stay for ever.
 bool setWriterOfThread(ThreadLogWriter* writer)
 {
     if (!threadEnd.set(writer))
@@ -90,11 +93,13 @@ std::uint64_t getThread()
     return static_cast<std::uint64_t>(::syscall(SYS_gettid));
 }
 
+/// Asked anew each time, as a child of `fork` has another number.
 std::uint64_t getProcess()
 {
     return static_cast<std::uint64_t>(::getpid());
 }
 
+/// As debuggers, `top -H` and crash reports show it; the system cuts a name behind 15 characters.
 void nameThread()
 {
     ::pthread_setname_np(::pthread_self(), "vn-threadlog");
@@ -117,9 +122,23 @@ void pause()
     ::nanosleep(&time, nullptr);
 }
 
+namespace
+{
+/// The loader must not take this library away any more: threads that have logged still have to give back their queues.
+void stayLoaded()
+{
+    ::Dl_info self = {};
+    if (::dladdr(reinterpret_cast<void*>(onThreadEnd), &self) == 0 || self.dli_fname == nullptr)
+        return;
+    if (void* const library = ::dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE))
+        ::dlclose(library);  // the mark stays
+}
+}  // namespace
+
 /// For the life of the process, whether a log exists or not: a log may be made in a child, or behind another one.
 void installHooks()
 {
+    stayLoaded();
     ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); },
                      [] { ThreadLogEngine::get().afterForkInParent(); },
                      [] { ThreadLogEngine::get().afterForkInChild(); });
@@ -132,6 +151,7 @@ namespace
 thread_local ::sigset_t maskBefore;
 }  // namespace
 
+/// All but the five that a fault sends to the thread that made it: blocked, these would end the process without a word.
 SignalsBlocked::SignalsBlocked()
 {
     ::sigset_t all;

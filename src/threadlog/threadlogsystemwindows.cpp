@@ -62,9 +62,16 @@ void pause()
     ::Sleep(0);
 }
 
+/// Threads that have logged still call onThreadEnd() when they end, so the library must not go away any more.
+///
 /// Nothing at the end of the process: a library is called when the system has killed all other threads, with the locks that they
 /// held, and whoever waits for one of these keeps the process from ending.
-void installHooks() {}
+void installHooks()
+{
+    ::HMODULE self = nullptr;
+    ::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                         reinterpret_cast<char const*>(onThreadEnd), &self);
+}
 
 /// A signal of the runtime goes to a thread of its own.
 SignalsBlocked::SignalsBlocked() = default;

@@ -19,5 +19,5 @@ TEST(StreamTimePage, showsWhatTheProgramPrints)
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_GT(run.out.size(), 500u);
-    EXPECT_NE(page.find("```text\n" + run.out + "```\n"), std::string::npos) << run.out;
+    EXPECT_NE(page.find("```console\n$ streamtime\n" + run.out + "```\n"), std::string::npos) << run.out;
 }

@@ -27,13 +27,14 @@ namespace
 ChildRun run(std::string const& program, std::vector<std::string> const& arguments)
 {
     Child child = Child::program(program);
-    for (char const* name : {"GREETER_NAME", "VN_DEBUG_INITIALIZE", "COLUMNS", "VN_TEST_DIR"})
+    for (char const* name : {"GREETER_NAME", "GREETER_INTERVAL", "VN_DEBUG_INITIALIZE", "COLUMNS", "VN_TEST_DIR"})
         child.without(name);
     return child.arguments(arguments).run();
 }
 
-constexpr char const* programs[] = {"cuesheet", "first",      "inventory", "lastwords",    "mytests",  "pointsets",
-                                    "skylight", "streamtime", "swatch",    "swatchloader", "threadlog"};
+constexpr char const* programs[] = {"cuesheet",   "first",   "greeter",      "inventory",
+                                    "lastwords",  "mytests", "pointsets",    "skylight",
+                                    "streamtime", "swatch",  "swatchloader", "threadlog"};
 }  // namespace
 
 TEST(Examples, helpIsPrintedAndEndsWithSuccess)
@@ -125,21 +126,6 @@ TEST(MyTests, whatStandsBehindAGroupsNameIsTheGroups)
 {
     EXPECT_EQ(run("mytests", {"sorting", "10", "-5"}).exitCode, 0);
     EXPECT_EQ(run("mytests", {"-dumpLibs"}).exitCode, 0);
-}
-
-TEST(StartingPage, showsWhatTheGreeterPrints)
-{
-    std::ifstream stream(VN_DOCS "/starting.md", std::ios::binary);
-    const std::string page(std::istreambuf_iterator<char>(stream), {});
-    const auto indented = [](std::string const& text) {
-        return std::regex_replace(text, std::regex("(^|\n)(?=[^\n])"), "$1    ");
-    };
-    EXPECT_NE(page.find("\n    $ first -h\n" + indented(run("first", {"-h"}).out)), std::string::npos);
-    EXPECT_NE(page.find("\n    $ first -q\n" + indented(run("first", {"-q"}).err)), std::string::npos);
-    EXPECT_NE(page.find("\n    $ first -n\n" + indented(run("first", {"-n"}).err)), std::string::npos);
-    EXPECT_NE(
-        page.find("\n    $ first --settings -n Bob\n" + indented(run("first", {"--settings", "-n", "Bob"}).out)),
-        std::string::npos);
 }
 
 TEST(Readme, showsWhatTheGreeterRefuses)

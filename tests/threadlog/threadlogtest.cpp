@@ -489,6 +489,15 @@ TEST(ThreadLog, aThreadMayEndBehindTheLog)
     EXPECT_EQ(messagesOf(folder.path("events.log")).size(), 1u);
 }
 
+TEST(ThreadLog, aThreadMayEndBehindThePlugInThatItHasLoggedThrough)
+{
+    const TempFolder folder;
+    const ChildRun run = Child::program("threadpluginhost").with("T4Q_TEST_DIR", folder.path()).run();
+    expectSuccess(run);
+    EXPECT_EQ(run.out, "no plug-in and layer loaded\nthread ended\n");
+    EXPECT_EQ(messagesOf(folder.path("events.log")).size(), 1u);
+}
+
 TEST(ThreadLog, aThreadMayEndDuringTheNextLog)
 {
     const TempFolder folder;

@@ -1,0 +1,236 @@
+#!/bin/bash
+# Builds the packages of the library into build/packages: tools/packages.sh [OPTION]... [deb|zip|source]...
+#
+#   deb           Debian packages: libvnbase0, libvnbase-dev, libvnbase-doc, vnbase-tools, and debug symbols (-dbgsym)
+#   zip           the libraries for Windows, cross-built by MinGW-w64
+#   source        the sources of the last commit
+#                 All three, if none is named.
+#   --check       builds everything again from a copy in another folder, and compares each package to the byte; asks
+#                 lintian about the Debian packages
+#   --plain       for a quick look: the Debian packages without debug symbols and without the hardening of Debian
+#   --symbols     only writes packaging/debian/libvnbase0.symbols anew, which lists what the libraries export
+#   --into DIR    another folder than build/packages
+#   -h, --help    this text
+#
+# Everything bears the date SOURCE_DATE_EPOCH, by default that of the last commit. If build/site exists, libvnbase-doc holds
+# it. Logs are in the folder's subfolder "work".
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+
+# How it works: a tree of its own for each platform is configured with VNBASE_PACKAGING, built, and packed by CPack as
+# packaging/CMakeLists.txt says. CPack knows nothing of symbols files, multiarch and triggers, so each Debian package is
+# opened once more, gets these, and is closed by dpkg-deb, which makes the same bytes of the same files.
+
+fail() {
+    echo "packages: $*" >&2
+    exit 1
+}
+
+check=false plain=false symbols=false
+into=$root/build/packages
+kinds=()
+while [ $# -gt 0 ]; do
+    case $1 in
+    -h | --help)
+        sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "$0"
+        exit 0
+        ;;
+    --check) check=true ;;
+    --plain) plain=true ;;
+    --symbols) symbols=true ;;
+    --into)
+        [ $# -gt 1 ] || fail "--into needs a folder"
+        mkdir -p "$2"
+        into=$(cd "$2" && pwd)
+        shift
+        ;;
+    deb | zip | source) kinds+=("$1") ;;
+    *)
+        echo "packages: unknown word $1; tools/packages.sh -h tells more" >&2
+        exit 2
+        ;;
+    esac
+    shift
+done
+[ ${#kinds[@]} -gt 0 ] || kinds=(deb zip source)
+! $symbols || kinds=(deb)
+
+version=$(sed -n 's/^project(VNbase VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
+[ -n "$version" ] || fail "CMakeLists.txt has no version"
+if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
+    SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct 2> /dev/null) ||
+        fail "SOURCE_DATE_EPOCH isn't set, and $root has no history to take the date from"
+fi
+# The language, the zone and the umask would show in the packages.
+export SOURCE_DATE_EPOCH LC_ALL=C TZ=UTC
+umask 022
+
+work=$into/work
+mkdir -p "$work"
+
+need() {
+    local tool
+    for tool in "$@"; do
+        command -v "$tool" > /dev/null || fail "$tool isn't installed; tools/setup.sh test installs it"
+    done
+}
+
+# Runs a step; tells the time so far, and shows the end of its log if it fails.
+step() {
+    local name=$1
+    shift
+    echo "== $name (${SECONDS} s)"
+    if ! "$@" > "$work/$name.log" 2>&1; then
+        tail -n 60 "$work/$name.log" >&2
+        fail "$name failed; all of it is in $work/$name.log"
+    fi
+}
+
+# Configures and builds the tree $work/NAME; the other arguments are for CMake.
+build_tree() {
+    local name=$1
+    shift
+    need cmake ninja
+    step "$name-configure" cmake -S "$root" -B "$work/$name" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVNBASE_PACKAGING=ON \
+        -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILDER=packages "$@"
+    step "$name-build" cmake --build "$work/$name"
+}
+
+# Says what the libraries in the unpacked package export, beside the list; fails if a symbol is gone or new.
+check_symbols() {
+    local package=$1 list=$root/packaging/debian/libvnbase0.symbols
+    (
+        # dpkg-gensymbols wants a source package around it.
+        mkdir -p "$work/symbols/debian"
+        printf 'Source: libvnbase\n\nPackage: libvnbase0\nArchitecture: any\n' > "$work/symbols/debian/control"
+        cp "$root/packaging/debian/changelog" "$work/symbols/debian/changelog"
+        cd "$work/symbols"
+        if $symbols; then
+            dpkg-gensymbols -plibvnbase0 -v"$version" -P"$package" -O"$work/symbols/mangled" > /dev/null
+            python3 "$root/packaging/debian/demangle.py" "$work/symbols/mangled" > "$list"
+            echo "$list: $(wc -l < "$list") lines"
+        else
+            # 4: a new symbol fails as well, so that none appears by accident.
+            dpkg-gensymbols -c4 -plibvnbase0 -v"$version" -P"$package" -I"$list" -O"$work/symbols/control"
+        fi
+    )
+}
+
+# Gives one of CPack's Debian packages what CPack can't, and puts it into the folder.
+finish_deb() {
+    local deb=$1 name package control
+    name=$(dpkg-deb -f "$deb" Package)
+    package=$work/unpacked/$name
+    rm -rf "$package"
+    mkdir -p "$work/unpacked"
+    dpkg-deb -R "$deb" "$package"
+    control=$package/DEBIAN/control
+    sed -i '/^$/d' "$control"
+    case $name in
+    libvnbase0)
+        # Instead of scripts that do the same.
+        rm -f "$package/DEBIAN/postinst" "$package/DEBIAN/postrm"
+        cp "$root/packaging/debian/triggers" "$package/DEBIAN/triggers"
+        check_symbols "$package"
+        cp "$work/symbols/control" "$package/DEBIAN/symbols"
+        # For the packages of programs that link the library: the version that each symbol needs.
+        printf 'Multi-Arch: same\n' >> "$control"
+        ;;
+    libvnbase-dev | *-dbgsym) printf 'Multi-Arch: same\n' >> "$control" ;;
+    libvnbase-doc | vnbase-tools) printf 'Multi-Arch: foreign\n' >> "$control" ;;
+    esac
+    find "$package" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
+    dpkg-deb --root-owner-group --uniform-compression -Zxz --threads-max=1 -b "$package" "$into" > /dev/null
+}
+
+build_deb() {
+    need dpkg-deb dpkg-gensymbols dpkg-shlibdeps dpkg-buildflags objcopy python3
+    local flags="" link="" tree=deb deb site=""
+    if $plain; then
+        tree=deb-plain
+    else
+        flags="-g -ffile-prefix-map=$root=/usr/src/libvnbase-$version"
+        flags="$flags -fstack-protector-strong -D_FORTIFY_SOURCE=2"
+        link="-Wl,-z,relro -Wl,-z,now"
+    fi
+    [ ! -d "$root/build/site" ] || site=$root/build/site
+    build_tree "$tree" -DCMAKE_CXX_COMPILER=g++ -DCMAKE_INSTALL_PREFIX=/usr \
+        -DCMAKE_INSTALL_LIBDIR="lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" \
+        -DCMAKE_INSTALL_DOCDIR=share/doc/libvnbase-doc -DVNBASE_SITE="$site" \
+        -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_SHARED_LINKER_FLAGS="$link" -DCMAKE_EXE_LINKER_FLAGS="$link"
+    rm -rf "$work/cpack-deb" "$into"/*.deb
+    step "$tree-pack" cpack --config "$work/$tree/CPackConfig.cmake" -B "$work/cpack-deb"
+    for deb in "$work"/cpack-deb/*.deb "$work"/cpack-deb/*.ddeb; do
+        if $plain && [ "${deb%.ddeb}" != "$deb" ]; then
+            continue  # nothing is in it
+        fi
+        if $symbols; then
+            [[ $deb != */libvnbase0_* ]] || { dpkg-deb -R "$deb" "$work/exporting"; check_symbols "$work/exporting"; }
+            continue
+        fi
+        finish_deb "$deb"
+    done
+    rm -rf "$work/exporting" "$work/unpacked"
+}
+
+build_zip() {
+    need x86_64-w64-mingw32-g++-posix
+    build_tree zip -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DVNBASE_BUILD_EXAMPLES=OFF
+    rm -rf "$work/cpack-zip" "$into"/*.zip
+    step zip-pack cpack --config "$work/zip/CPackConfig.cmake" -B "$work/cpack-zip"
+    cp "$work"/cpack-zip/*.zip "$into"
+}
+
+build_source() {
+    need git gzip
+    local name=libvnbase-$version
+    git -C "$root" rev-parse -q --verify HEAD > /dev/null || fail "$root has no history to take the sources from"
+    git -C "$root" archive --format=tar --prefix="$name/" HEAD > "$work/source.tar"
+    gzip -9n < "$work/source.tar" > "$into/$name.tar.gz"
+    rm "$work/source.tar"
+}
+
+# A copy of what is built here in another folder, built anew without a cache.
+compare_again() {
+    local again first options=() file
+    again=$(mktemp -d "${TMPDIR:-/tmp}/packages-again-XXXXXX")
+    # shellcheck disable=SC2064  # the folder of now
+    trap "rm -rf '$again'" EXIT
+    git clone -q "$root" "$again/another folder"
+    (cd "$root" && git ls-files -z --cached --others --exclude-standard | tar --null -T - -cf -) |
+        tar -C "$again/another folder" -xf -
+    if [ -d "$root/build/site" ]; then
+        mkdir -p "$again/another folder/build"
+        cp -a "$root/build/site" "$again/another folder/build/site"
+    fi
+    ! $plain || options+=(--plain)
+    echo "== once more, in $again/another folder"
+    CCACHE_DISABLE=1 "$again/another folder/tools/packages.sh" "${options[@]}" --into "$again/packages" "${kinds[@]}"
+    for first in "$into"/*.deb "$into"/*.zip "$into"/*.tar.gz; do
+        [ -f "$first" ] || continue
+        file=$(basename "$first")
+        cmp "$first" "$again/packages/$file" || fail "$file isn't the same when it is built again"
+        echo "identical: $file"
+    done
+}
+
+check_lintian() {
+    need lintian
+    local root_option=()
+    [ "$(id -u)" != 0 ] || root_option=(--allow-root)
+    # Warnings that have to be are argued in packaging/debian/*.lintian-overrides; every other one is an error here.
+    lintian "${root_option[@]}" --fail-on error,warning --tag-display-limit 0 "$into"/*.deb ||
+        fail "lintian objects"
+    echo "lintian: no error, no warning"
+}
+
+for kind in "${kinds[@]}"; do
+    "build_$kind"
+done
+! $symbols || exit 0
+if $check; then
+    compare_again
+    [[ " ${kinds[*]} " != *" deb "* ]] || check_lintian
+fi
+echo "== done (${SECONDS} s), in $into:"
+(cd "$into" && find . -maxdepth 1 -type f -printf '%f  %s bytes\n' | sort)
