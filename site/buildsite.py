@@ -166,8 +166,9 @@ def mark_samples(text):
     def mark(match):
         indent, block = match.group(1), match.group(2)
         is_sample = re.search(r'[;{](\s*//.*)?$', block, re.M) and not re.search(r'  ->  |\.\.\.$', block, re.M)
-        return f'{indent}///\n{indent}/// @code{{.cpp}}\n{block}{indent}/// @endcode\n' if is_sample else match.group(0)
-    return re.sub(r'^( *)///\n((?:\1///     .*\n|\1///\n(?=\1///     ))+)', mark, text, flags=re.M)
+        return f'{indent}/// @code{{.cpp}}\n{block}{indent}/// @endcode\n' if is_sample else match.group(0)
+    # The empty lines around it are replaced, so that the others keep their numbers.
+    return re.sub(r'^( *)///\n((?:\1///     .*\n|\1///\n(?=\1///     ))+)(?:\1///\n)?', mark, text, flags=re.M)
 
 
 def write_layout(site):
@@ -262,6 +263,8 @@ def finish(site):
             text = names.link_spans(guide[file.name].fill(before), file.name)
         else:
             text = names.link_pages(before)
+        if file.name.endswith('_8h_source.html'):
+            text = re.sub(r'/// @(?:code\{\.cpp\}|endcode)(?=<)', '///', text)
         if text != before:
             file.write_text(text)
     drop_dead_links()

@@ -117,7 +117,7 @@ class Page:
                 self.blocks.append(''.join(raw))
                 raw.clear()
 
-        renderer = MarkdownIt('commonmark').enable('table').renderer
+        parser = MarkdownIt('commonmark')
         while at < len(self.tokens):
             token = self.tokens[at]
             if token.type == 'heading_open':
@@ -150,7 +150,7 @@ class Page:
             elif token.type == 'inline':
                 raw.append(self.render_inline(token.children, site))
             else:
-                raw.append(renderer.renderToken([token], 0, {}, {}))
+                raw.append(parser.renderer.renderToken([token], 0, parser.options, {}))
             at += 1
         flush()
         return '/** ' + '\n'.join(out) + '*/\n'

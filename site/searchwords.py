@@ -21,7 +21,7 @@ def key_of(text):
 def add_headings(folder, headings):
     """`headings`: (text, place, scope) of each."""
     data = folder / 'searchdata.js'
-    text = data.read_text()
+    text = data.read_text()  # the first list in it has the letters of each kind of name; kind 0 is all
     letters = json.loads(re.search(r'\b0: ("[^"]*")', text).group(1))
     rows = {}
     for words, place, scope in headings:
@@ -40,4 +40,4 @@ def add_headings(folder, headings):
         old = file.read_text().rstrip().removesuffix('];').rstrip().rstrip(',')
         lines = [f'  {json.dumps([f"{key}_h{number}", [words, [f"../{place}", 1, scope]]])}' for number, (key, words, place, scope) in enumerate(sorted(entries))]
         file.write_text(old + ('\n' if old.endswith('[') else ',\n') + ',\n'.join(lines) + '\n];\n')
-    data.write_text(re.sub(r'\b0: "[^"]*"', lambda _: f'0: {json.dumps(letters)}', text))
+    data.write_text(re.sub(r'\b0: "[^"]*"', lambda _: f'0: {json.dumps(letters)}', text, count=1))

@@ -21,7 +21,7 @@ case ${1:-} in
     exit 2
     ;;
 esac
-tools/setup.sh site
+tools/setup.sh test
 mkdir -p build/logs
 log=build/logs/site.log
 : > "$log"

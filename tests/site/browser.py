@@ -54,6 +54,8 @@ class Browser:
         self.session = self.call('Target.attachToTarget', targetId=target, flatten=True)['sessionId']
         for domain in ('Page', 'Runtime', 'Log', 'Network', 'DOM'):
             self.call(f'{domain}.enable')
+        # Keys go to the page although no window of a desktop is in front.
+        self.call('Emulation.setFocusEmulationEnabled', enabled=True)
 
     def __enter__(self):
         return self
@@ -91,7 +93,10 @@ class Browser:
         while data:
             data = data[os.write(self.to_write, data):]
         while True:
-            answer = self.receive()
+            try:
+                answer = self.receive()
+            except BrowserError as failure:
+                raise BrowserError(f'{failure}, in {method} {str(parameters)[:300]}') from failure
             if answer.get('id') == self.count:
                 if 'error' in answer:
                     raise BrowserError(f'{method}: {answer["error"]["message"]}')

@@ -172,7 +172,8 @@ def check_search(browser, width, words, expected):
     browser.events.clear()
     browser.run('document.getElementById("MSearchField").focus()')
     browser.type(words)
-    frame = browser.wait(lambda event: event['method'] == 'Page.frameNavigated' and '/search/' in event['params']['frame']['url'])
+    browser.run_until(f'document.getElementById("MSearchField").value === "{words}"')
+    frame = browser.wait(lambda event: event['method'] == 'Page.frameNavigated' and 'parentId' in event['params']['frame'])
     frame = frame['params']['frame']['id']
     browser.wait(lambda event: event['method'] == 'Page.frameStoppedLoading' and event['params']['frameId'] == frame)
     results = browser.run_in(frame, '''[...document.querySelectorAll(".SRResult")].filter(each => each.offsetHeight)
