@@ -84,6 +84,8 @@ class Site:
             problems.append(f'{page.path}: links to {href}, which docs/index.md does not list')
         elif path.startswith('examples/') and file.suffix in SAMPLES:
             return example_page(path)
+        elif re.fullmatch(r'src/(base|threadlog)/\w+(?<!_p)\.h', path):
+            return file.stem + '_8h.html'
         elif file.suffix in ('.svg', '.png'):
             return self.image(page, href)
         else:

@@ -23,7 +23,7 @@ class BrowserError(Exception):
 class Browser:
     """One browser with one page; `with` ends it."""
 
-    def __init__(self, program, folder, patience=60):
+    def __init__(self, program, folder, patience=300):
         self.patience = patience
         self.folder = folder
         shutil.rmtree(folder, ignore_errors=True)
@@ -54,6 +54,7 @@ class Browser:
         self.session = self.call('Target.attachToTarget', targetId=target, flatten=True)['sessionId']
         for domain in ('Page', 'Runtime', 'Log', 'Network', 'DOM'):
             self.call(f'{domain}.enable')
+        self.call('Page.setLifecycleEventsEnabled', enabled=True)
         # Keys go to the page although no window of a desktop is in front.
         self.call('Emulation.setFocusEmulationEnabled', enabled=True)
 
@@ -127,22 +128,28 @@ class Browser:
         answer = self.call('Page.navigate', url=url)
         if 'errorText' in answer:
             raise BrowserError(f'{url}: {answer["errorText"]}')
-        self.wait(lambda event: event['method'] == 'Page.loadEventFired')
+        self.wait_for_load(answer['loaderId'])
+
+    def wait_for_load(self, loader):
+        """Until the page that this loader brings has all that its scripts ask for."""
+        self.wait(lambda event: event['method'] == 'Page.lifecycleEvent' and event['params']['name'] == 'load' and
+                  event['params']['loaderId'] == loader)
         # What waits for jQuery's readiness runs behind the load event, and may wait for it once more.
         for _ in range(2):
             self.run('new Promise(done => window.jQuery ? jQuery(() => done(1)) : done(1))')
         # A script asks for the next one while it runs: once all have run and nothing is under way, nothing more will come.
         while True:
             self.settle()
-            asked, ended = (self.requests(*methods) for methods in (('requestWillBeSent',), ('loadingFinished', 'loadingFailed')))
-            if asked <= ended:
+            asked = {event['params']['requestId'] for event in self.events
+                     if event['method'] == 'Network.requestWillBeSent' and event['params']['loaderId'] == loader}
+            missing = asked - {event['params']['requestId'] for event in self.events if self.is_end(event)}
+            if not missing:
                 return
-            missing = next(iter(asked - ended))
-            self.wait(lambda event: event['method'] in ('Network.loadingFinished', 'Network.loadingFailed') and
-                      event['params']['requestId'] == missing)
+            self.wait(lambda event: self.is_end(event) and event['params']['requestId'] in missing)
 
-    def requests(self, *methods):
-        return {event['params']['requestId'] for event in self.events if event['method'] in [f'Network.{method}' for method in methods]}
+    @staticmethod
+    def is_end(event):
+        return event['method'] in ('Network.loadingFinished', 'Network.loadingFailed')
 
     def settle(self):
         """Waits until what has changed is drawn."""
@@ -193,7 +200,9 @@ class Browser:
 
     def wait_for_page(self, url):
         """Until a click has led there."""
-        self.wait(lambda event: event['method'] == 'Page.frameNavigated' and event['params']['frame']['url'].split('#')[0] == url.split('#')[0])
+        event = self.wait(lambda event: event['method'] == 'Page.frameNavigated' and
+                          event['params']['frame']['url'].split('#')[0] == url.split('#')[0])
+        self.wait_for_load(event['params']['frame']['loaderId'])
 
     def shoot(self, file):
         with open(file, 'wb') as picture:
