@@ -36,8 +36,10 @@ class Names:
 
     def add(self, name, place, kind=''):
         self.places.setdefault(name, place)
-        if '::' in name and kind not in ('variable', 'enumvalue'):
-            owner, _, last = name.rpartition('::')
+        owner, _, last = name.rpartition('::')
+        if owner.split('::')[-1] == last:
+            return  # a constructor: its name alone means the class
+        if owner and kind not in ('variable', 'enumvalue'):
             self.short.setdefault(last, {}).setdefault(owner, place)
 
     def find(self, text):
