@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Builds the site: the guide from docs/ and the reference from the public headers.
 
-buildsite.py ROOT SITE WORK DOXYGEN    writes the folder SITE anew, and WORK on the way; ends with 1 and says why if anything is not as it should be
+buildsite.py ROOT SITE WORK DOXYGEN    writes the folder SITE anew, and WORK on the way; ends with 1 and says why if anything
+is not as it should be
 
 1. docs/index.md is read. Its lists are the navigation, in their order, a menu for each chapter; a page of docs/ that it
    doesn't list is an error, and so is a link to what isn't there (guide.py).
@@ -31,6 +32,7 @@ DOXYGEN = sys.argv[4]
 AWESOME = pathlib.Path('/usr/share/doxygen-awesome-css')
 PAGES, TAGS = WORK / 'pages', WORK / 'site.tag'
 SAMPLES = ('.cpp', '.h', '.imp')
+CLASS = re.compile(r'^(?:class|struct)(?: VN_\w+_EXPORT)? ([A-Z]\w+)(?: final)?(?: :[^;{]*)?\n?\s*\{', re.M)
 problems = []
 
 
@@ -149,8 +151,8 @@ def write_wings(site):
             text = (ROOT / header).read_text()
             out.append(f'/** \\file {header.removeprefix("src/")}\n\\ingroup {label} */')
             # Classes of the namespace; what lies in a class is reached through it.
-            for match in re.finditer(r'^(?:template <[^\n]*>\n)?(?:class|struct)(?: VN_\w+_EXPORT)? ([A-Z]\w+)(?: final)?(?: :[^;{]*)?\n?\s*\{', text, re.M):
-                out.append(f'/** \\class Vn::{match.group(1)}\n\\ingroup {label} */')
+            for each in CLASS.findall(text):
+                out.append(f'/** \\class Vn::{each}\n\\ingroup {label} */')
     (PAGES / 'wings.dox').write_text('\n'.join(out) + '\n')
 
 
@@ -180,7 +182,8 @@ def write_layout(site):
         tabs.append(f'<tab type="usergroup" visible="yes" url="[none]" title="{html.escape(chapter)}">')
         tabs += [f'  <tab type="user" url="@ref {page.name}" title="{html.escape(words)}"/>' for words, page in entries]
         tabs.append('</tab>')
-    tabs += ['<tab type="modules" visible="yes" title="Reference by subject" intro="The parts of the library, from the ground up."/>',
+    tabs += ['<tab type="modules" visible="yes" title="Reference by subject" '
+             'intro="The parts of the library, from the ground up."/>',
              '<tab type="classes" visible="yes" title="Classes">',
              '  <tab type="classlist" visible="yes" title="All classes" intro=""/>',
              '  <tab type="classindex" visible="yes" title="By letter"/>',
@@ -191,17 +194,20 @@ def write_layout(site):
              '  <tab type="filelist" visible="yes" title="All headers" intro=""/>',
              '  <tab type="globals" visible="yes" title="Macros" intro=""/>',
              '</tab>',
-             '<tab type="examples" visible="yes" title="Examples" intro="Whole programs that the build compiles and the tests run."/>']
+             '<tab type="examples" visible="yes" title="Examples" '
+             'intro="Whole programs that the build compiles and the tests run."/>']
     # Doxygen's own layout of a page, but for the menus. What a class or subject is for comes before its members, and headers
     # after the classes that they hold.
     subprocess.run([DOXYGEN, '-l', PAGES / 'layout.xml'], check=True, capture_output=True)
     layout = (PAGES / 'layout.xml').read_text()
-    layout = re.sub(r'<navindex>.*?</navindex>', lambda _: '<navindex>\n' + '\n'.join(tabs) + '\n</navindex>', layout, flags=re.S)
+    layout = re.sub(r'(?<=<navindex>).*?(?=</navindex>)', lambda _: '\n' + '\n'.join(tabs) + '\n', layout, flags=re.S)
     for kind in ('class', 'group'):
         part = re.search(rf'<{kind}>.*?</{kind}>', layout, re.S).group(0)
-        changed = re.sub(r' *<detaileddescription [^>]*/>\n', '', part).replace('<briefdescription visible="yes"/>', '<detaileddescription title="What it is for"/>')
+        changed = re.sub(r' *<detaileddescription [^>]*/>\n', '', part)
+        changed = changed.replace('<briefdescription visible="yes"/>', '<detaileddescription title="What it is for"/>')
         if kind == 'group':
-            changed = re.sub(r' *<files [^>]*/>\n', '', changed).replace('</memberdecl>', '<files visible="yes" title="Headers"/>\n    </memberdecl>')
+            changed = re.sub(r' *<files [^>]*/>\n', '', changed)
+            changed = changed.replace('</memberdecl>', '<files visible="yes" title="Headers"/>\n    </memberdecl>')
         layout = layout.replace(part, changed)
     (PAGES / 'layout.xml').write_text(layout)
 
@@ -270,7 +276,10 @@ def finish(site):
         if text != before:
             file.write_text(text)
     drop_dead_links()
-    add_headings(SITE / 'search', [heading for page in site.pages.values() if page.name != 'index' for heading in page.headings()])
+    pages = [page for page in site.pages.values() if page.name != 'index']
+    add_headings(SITE / 'search', [heading for page in pages for heading in page.headings()])
+    with open(SITE / 'search/search.css', 'a') as styles:
+        styles.write('.SRPage .SREntry, .SRSymbol, .SRScope { font-size: 14px; line-height: 1.6; }\n')
     return names.linked
 
 
@@ -304,7 +313,8 @@ def main():
         run_doxygen()
     if not problems:
         linked = finish(site)
-        print(f'{len(list(SITE.glob("*.html")))} pages, {len(site.pages)} of them written by hand; {linked} names of these lead to the reference')
+        count = len(list(SITE.glob('*.html')))
+        print(f'{count} pages, {len(site.pages)} of them written by hand; {linked} names of these lead to the reference')
     print('\n'.join(problems), end='\n' if problems else '')
     return 1 if problems else 0
 

@@ -15,8 +15,8 @@ import re
 from markdown_it import MarkdownIt
 
 # HTML that may stand in a page; other angle brackets are text, such as those of templates outside code.
-ALLOWED = re.compile(r'</?(?:a|b|br|code|details|div|em|i|img|kbd|p|pre|picture|source|strong|sub|summary|sup|table|tbody|td|th|thead|tr)\b'
-                     r'[^<>]*>|<!--.*?-->', re.S)
+ALLOWED = re.compile(r'</?(?:a|b|br|code|details|div|em|i|kbd|p|pre|strong|sub|summary|sup|table|tbody|td|th|thead|tr)\b[^<>]*>|'
+                     r'<!--.*?-->', re.S)
 
 READABLE = 640  # pixels: a drawing isn't shown narrower than that, or than it is
 
@@ -60,7 +60,7 @@ class Page:
         # What a page is called in the site; Doxygen has names such as files.html for itself.
         stem = posixpath.splitext(path)[0]
         folder, name = posixpath.split(stem)
-        self.name = ('guide-' + name if folder == 'docs' else 'project-' + '-'.join(filter(None, [folder.replace('/', '-'), name.lower()])))
+        self.name = 'guide-' + name if folder == 'docs' else 'project-' + stem.lower().replace('/', '-')
         if path == 'docs/index.md':
             self.name = 'index'
         self.tokens = MarkdownIt('commonmark').enable('table').parse(text)
@@ -86,7 +86,8 @@ class Page:
         for at, anchor in self.anchors.items():
             words = plain(self.tokens[at + 1])
             is_title = words == self.title
-            yield html.escape(words), f'{self.name}.html' + ('' if is_title else f'#{self.label(anchor)}'), '' if is_title else html.escape(self.title)
+            anchor = '' if is_title else '#' + self.label(anchor)
+            yield html.escape(words), f'{self.name}.html{anchor}', '' if is_title else html.escape(self.title)
 
     def lists(self):
         """The lists of each chapter: (heading, [(link's text, link's target)]), a list for each item that begins with links."""

@@ -45,7 +45,8 @@ class Names:
     def find(self, text):
         """Where a code span's name lies, or None."""
         name = re.sub(r'\s+', ' ', text.strip()).removeprefix('Vn::').removeprefix('<base/').removeprefix('base/')
-        name = re.sub(r'^(?:src/)?(?:base|threadlog)/', '', name.removeprefix('<').rstrip('>') if name.endswith('.h>') else name)
+        name = re.sub(r'^(?:src/)?(?:base|threadlog)/', '', 
+                      name.removeprefix('<').rstrip('>') if name.endswith('.h>') else name)
         is_call = re.search(r'\([^()]*\)$', name) is not None
         name = re.sub(r'\([^()]*\)$', '', name)
         name = re.sub(r'<[\w:, *]*>', '', name)

@@ -11,7 +11,8 @@ import json
 import re
 
 # Words that nobody looks for.
-COMMON = set('a an and are as at be by do for from how in into is it its of on or so that the to up what when where which who with'.split())
+COMMON = set('a an and are as at be by do for from how in into is it its of on or so that the to up what when where which who '
+             'with'.split())
 
 
 def key_of(text):
@@ -38,6 +39,7 @@ def add_headings(folder, headings):
             (folder / f'{name}.js').write_text('var searchData=\n[\n];\n')
         file = folder / f'all_{letters.index(letter):x}.js'
         old = file.read_text().rstrip().removesuffix('];').rstrip().rstrip(',')
-        lines = [f'  {json.dumps([f"{key}_h{number}", [words, [f"../{place}", 1, scope]]])}' for number, (key, words, place, scope) in enumerate(sorted(entries))]
+        lines = ['  ' + json.dumps([f'{key}_h{number}', [words, [f'../{place}', 1, scope]]])
+                 for number, (key, words, place, scope) in enumerate(sorted(entries))]
         file.write_text(old + ('\n' if old.endswith('[') else ',\n') + ',\n'.join(lines) + '\n];\n')
     data.write_text(re.sub(r'\b0: "[^"]*"', lambda _: f'0: {json.dumps(letters)}', text, count=1))

@@ -32,16 +32,16 @@ class Browser:
         self.from_read, from_write = os.pipe()
 
         def place():
-            # Both are moved out of the way first, as either may be 3 or 4 already.
-            reading, writing = os.dup(to_read), os.dup(from_write)
-            reading, writing = (os.dup2(reading, 200), os.dup2(writing, 201))
+            # Both are moved out of the way first, as either may be 3 or 4 already; the copies end where the program begins.
+            reading, writing = os.dup2(to_read, 200, inheritable=False), os.dup2(from_write, 201, inheritable=False)
             os.dup2(reading, 3)
             os.dup2(writing, 4)
-        environment = {**os.environ, 'HOME': folder, 'XDG_CONFIG_HOME': folder, 'XDG_CACHE_HOME': folder, 'TMPDIR': folder}
+
+        environment = dict(os.environ, HOME=folder, XDG_CONFIG_HOME=folder, XDG_CACHE_HOME=folder, TMPDIR=folder)
         with open(os.path.join(folder, 'chromium.log'), 'wb') as log:
-            self.process = subprocess.Popen([program, *FLAGS, f'--user-data-dir={folder}/profile', 'about:blank'], stdout=log, stderr=log,
-                                            stdin=subprocess.DEVNULL, preexec_fn=place, close_fds=False, env=environment,
-                                            start_new_session=True)
+            self.process = subprocess.Popen([program, *FLAGS, f'--user-data-dir={folder}/profile', 'about:blank'],
+                                            stdin=subprocess.DEVNULL, stdout=log, stderr=log, preexec_fn=place,
+                                            close_fds=False, env=environment, start_new_session=True)
         os.close(to_read)
         os.close(from_write)
         self.selector = selectors.DefaultSelector()
@@ -153,13 +153,15 @@ class Browser:
 
     def settle(self):
         """Waits until what has changed is drawn."""
-        self.run('document.fonts.ready.then(() => new Promise(done => requestAnimationFrame(() => requestAnimationFrame(() => done(1)))))')
+        self.run('document.fonts.ready.then(() => new Promise(done => '
+                 'requestAnimationFrame(() => requestAnimationFrame(() => done(1)))))')
 
     def run(self, script):
         """The value of a script, or of its promise."""
         answer = self.call('Runtime.evaluate', expression=script, awaitPromise=True, returnByValue=True)
         if 'exceptionDetails' in answer:
-            raise BrowserError(answer['exceptionDetails'].get('exception', {}).get('description', 'a script failed') + '\n' + script)
+            thrown = answer['exceptionDetails'].get('exception', {})
+            raise BrowserError(thrown.get('description', 'a script failed') + '\n' + script)
         return answer['result'].get('value')
 
     def run_in(self, frame, script):

@@ -33,8 +33,9 @@ SHOWN = ('index', 'guide-logging', 'guide-performance', 'guide-design', 'modules
 OVERFLOWING = '''(() => {
     const content = document.getElementById('doc-content');
     const found = [];
-    const tell = (element, why) => found.push(`<${element.tagName.toLowerCase()} id="${element.id}" class="${element.className}"> ${why}: ` +
-                                              element.textContent.trim().slice(0, 60));
+    const tell = (element, why) => found.push(
+        `<${element.tagName.toLowerCase()} id="${element.id}" class="${element.className}"> ${why}: ` +
+        element.textContent.trim().slice(0, 60));
     for (const page of [document.scrollingElement, content])
         if (page && page.scrollWidth > page.clientWidth + 1)
             tell(page, `is ${page.scrollWidth} wide on ${page.clientWidth}`);
@@ -217,8 +218,10 @@ def main():
             except BrowserError as failure:
                 raise BrowserError(f'{page}: {failure}') from failure
         if not sys.argv[5:]:
-            for step, *arguments in ((check_menu,), (check_tree,), (check_search, 1600, 'InVariabl', 'classVn_1_1InVariable.html'),
-                                     (check_search, 400, 'getDetailedR', 'classVn_1_1ExBase.html'), (check_search, 900, 'trace calls', 'guide-logging.html'),
+            for step, *arguments in ((check_menu,), (check_tree,),
+                                     (check_search, 1600, 'InVariabl', 'classVn_1_1InVariable.html'),
+                                     (check_search, 400, 'getDetailedR', 'classVn_1_1ExBase.html'),
+                                     (check_search, 900, 'trace calls', 'guide-logging.html'),
                                      (check_switch,)):
                 try:
                     step(browser, *arguments)

@@ -9,6 +9,9 @@ import shutil
 import subprocess
 import sys
 
+sys.dont_write_bytecode = True
+from sources import copy_sources  # noqa: E402
+
 ROOT, SITE, WORK, FOLDER = (pathlib.Path(argument).resolve() for argument in sys.argv[1:5])
 DOXYGEN, CHROMIUM = sys.argv[5:7]
 HERE = pathlib.Path(__file__).resolve().parent
@@ -64,15 +67,10 @@ def change(file, text, replacement):
     file.write_text(after)
 
 
-def copy_sources():
-    shutil.rmtree(SOURCES, ignore_errors=True)
-    shutil.copytree(ROOT, SOURCES, ignore=shutil.ignore_patterns('build', '.git', '.cache', '__pycache__'))
-    (SOURCES / 'tests/stray.md').write_text('# Stray\n')
-
-
 shutil.rmtree(FOLDER, ignore_errors=True)
 for table in (BUILDER[:-1], BUILDER[-1:]):
-    copy_sources()
+    copy_sources(ROOT, SOURCES)
+    (SOURCES / 'tests/stray.md').write_text('# Stray\n')
     for _, name, text, replacement, _ in table:
         change(SOURCES / name, text, replacement)
     judge(table, run(SOURCES / 'site/buildsite.py', SOURCES, FOLDER / 'site', FOLDER / 'work', DOXYGEN))

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Builds the site from a copy of its sources in another folder, and compares it with the first: checksame.py ROOT SITE AGAIN DOXYGEN
+"""Builds the site from a copy of its sources in another folder, and compares both: checksame.py ROOT SITE AGAIN DOXYGEN
 
 Equal sources must give equal bytes, so no date, folder or machine may get into a page.
 """
@@ -8,6 +8,9 @@ import pathlib
 import shutil
 import subprocess
 import sys
+
+sys.dont_write_bytecode = True
+from sources import copy_sources  # noqa: E402
 
 ROOT, SITE, AGAIN = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
 DOXYGEN = sys.argv[4]
@@ -25,7 +28,7 @@ def differences(left, right):
 
 shutil.rmtree(AGAIN, ignore_errors=True)
 copy = AGAIN / 'a copy of the sources'
-shutil.copytree(ROOT, copy, ignore=shutil.ignore_patterns('build', '.git', '.cache', '__pycache__'))
+copy_sources(ROOT, copy)
 subprocess.run([sys.executable, copy / 'site/buildsite.py', copy, AGAIN / 'site', AGAIN / 'work', DOXYGEN], check=True)
 found = list(differences(SITE, AGAIN / 'site'))
 print('\n'.join(found[:50]) if found else 'the same bytes')

@@ -16,7 +16,8 @@ import urllib.parse
 import xml.etree.ElementTree
 
 ROOT, SITE, WORK = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
-TAG = re.compile(r'<!--.*?-->|<(script)\b[^>]*>.*?</script>|<(/?)([a-zA-Z][\w:-]*)((?:[^<>"\']|"[^"]*"|\'[^\']*\')*)>', re.S)
+TAG = re.compile(r'<!--.*?-->|<(script)\b[^>]*>.*?</script>|'
+                 r'<(/?)([a-zA-Z][\w:-]*)((?:[^<>"\']|"[^"]*"|\'[^\']*\')*)>', re.S)
 ATTRIBUTE = re.compile(r'([\w:-]+)\s*=\s*(?:"([^"]*)"|\'([^\']*)\')')
 problems = []
 
@@ -125,7 +126,8 @@ def main():
     classes = check_classes()
     for problem in sorted(set(problems))[:200]:
         print(problem)
-    print(f'{len(links)} links, {outside} of them to other sites; {samples} samples; {classes} classes; {len(set(problems))} problems')
+    print(f'{len(links)} links, {outside} of them to other sites; {samples} samples; {classes} classes; '
+          f'{len(set(problems))} problems')
     return 1 if problems or not links or not samples or not classes else 0
 
 
