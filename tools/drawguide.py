@@ -5,9 +5,12 @@ them it fails if a picture in FOLDER isn't what it would draw.
     updown.svg        the packages of `inventory`, up and down, from what the program tells
     message.svg       the road of a message
     exact.svg         two rates on one scale, and what `withtimecode`, `withchrono` and `vnexacttime` are off after a year
+    mark.svg          a mark, and the two questions that it answers
     samplingroad.svg  from a source to a histogram, from the numbers of `roaddata`
 
-PROGRAMS is the folder of the built programs. The pictures have a background of their own, and colours for light and dark.
+PROGRAMS is the folder of the built programs. Each function draws one picture: it runs the programs, reads what they print, and
+places it by hand on 800 pixels. The pictures have a background of their own, so they are readable on any page; their colours
+follow the reader's choice of light or dark.
 """
 import math
 import os
@@ -115,8 +118,8 @@ def draw_up_and_down(programs, path):
     drawing.text(800 - left, top + 24, "time", "muted", "end", 12)
     drawing.box("blue", left, top + 36, 14, 14, 3)
     drawing.text(left + 20, top + 48, "libVNbase: a package that depends on base has all of it below", size=12)
-    drawing.box("green", 460, top + 36, 14, 14, 3)
-    drawing.text(480, top + 48, "the program's own, and the thread layer of the log", size=12)
+    drawing.box("green", 446, top + 36, 14, 14, 3)
+    drawing.text(466, top + 48, "the program's own, and the thread layer of the log", size=12)
     drawing.save(path)
 
 
@@ -216,6 +219,35 @@ def draw_exact(programs, path):
     drawing.save(path)
 
 
+def draw_mark(path):
+    drawing = Drawing("A mark ties a moment of the stream to a reading of the clock", 290)
+    stream, clock = 62, 232
+    drawing.text(20, stream, "stream", "head")
+    drawing.text(20, stream + 18, "25/1", "muted", size=12)
+    drawing.text(20, clock, "clock", "head")
+    drawing.text(20, clock + 18, "its own rate", "muted", size=12)
+    for y in (stream, clock):
+        drawing.path(f"M110 {y}H780", tip=True)
+    for i in range(8):
+        drawing.path(f"M{130 + 80 * i} {stream - 7}V{stream + 7}", width=2)
+        drawing.text(130 + 80 * i, stream - 14, str(99 + i), anchor="middle", size=12)
+    drawing.path("".join(f"M{120 + 10 * i} {clock - 4}V{clock + 4}" for i in range(65)), "line", 0.8)
+    drawing.path(f"M210 {stream}V{clock}", "redline", 3)
+    for y in (stream, clock):
+        drawing.parts.append(f'<circle class="red" cx="210" cy="{y}" r="6"/>')
+    drawing.text(200, 150, "the mark", "red", "end")
+    drawing.text(210, clock + 28, "a reading", "red", "middle", 12)
+    drawing.path(f"M450 {stream + 10}V{clock - 8}", "dots", 2.5, tip=True)
+    drawing.text(460, 118, "evalTime(DtTime):", "bluetext code", size=12)
+    drawing.text(460, 136, "when is 103 due?", "bluetext")
+    drawing.path(f"M645 {clock - 8}L614 {stream + 10}", "greenline", 2.5, tip=True)
+    drawing.text(640, 166, "evalTime(DtRefTime):", "greentext code", size=12)
+    drawing.text(640, 184, "105, cut toward", "greentext")
+    drawing.text(640, 202, "the mark", "greentext")
+    drawing.text(645, clock + 28, "a later reading", "greentext", "middle", 12)
+    drawing.save(path)
+
+
 def draw_sampling(programs, path):
     data = {}
     for line in output_of(programs, "roaddata").splitlines():
@@ -278,6 +310,7 @@ def draw(programs, folder):
     draw_up_and_down(programs, folder / "updown.svg")
     draw_message(folder / "message.svg")
     draw_exact(programs, folder / "exact.svg")
+    draw_mark(folder / "mark.svg")
     draw_sampling(programs, folder / "samplingroad.svg")
 
 

@@ -13,7 +13,7 @@
 #   -h, --help    this text
 #
 # Everything bears the date SOURCE_DATE_EPOCH, by default that of the last commit. If build/site exists, libvnbase-doc holds
-# it. Logs are in the folder's subfolder "work".
+# it. What is compiled stands in build/package-*; the logs are in build/logs.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
@@ -61,12 +61,15 @@ if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
     SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct 2> /dev/null) ||
         fail "SOURCE_DATE_EPOCH isn't set, and $root has no history to take the date from"
 fi
-# The language, the zone and the umask would show in the packages.
-export SOURCE_DATE_EPOCH LC_ALL=C TZ=UTC
+# The zone and the umask would show in the packages; so would the language, which is set for the packing alone, as ccache
+# keeps the compiler's results by language.
+export SOURCE_DATE_EPOCH TZ=UTC
 umask 022
 
-work=$into/work
-mkdir -p "$work"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+log=$root/build/logs
+mkdir -p "$log" "$into"
 
 need() {
     local tool
@@ -80,40 +83,29 @@ step() {
     local name=$1
     shift
     echo "== $name (${SECONDS} s)"
-    if ! "$@" > "$work/$name.log" 2>&1; then
-        tail -n 60 "$work/$name.log" >&2
-        fail "$name failed; all of it is in $work/$name.log"
+    if ! "$@" > "$log/package-$name.log" 2>&1; then
+        tail -n 60 "$log/package-$name.log" >&2
+        fail "$name failed; all of it is in $log/package-$name.log"
     fi
 }
 
-# Configures and builds the tree $work/NAME; the other arguments are for CMake.
+# Configures and builds the tree build/package-NAME; the other arguments are for CMake. With --plain the compiler's command
+# is that of the trees release and windows, word by word, so that ccache has the result.
 build_tree() {
     local name=$1
     shift
     need cmake ninja
-    step "$name-configure" cmake -S "$root" -B "$work/$name" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVNBASE_PACKAGING=ON \
-        -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILDER=packages "$@"
-    step "$name-build" cmake --build "$work/$name"
+    step "$name-configure" cmake -S "$root" -B "$root/build/package-$name" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DVNBASE_PACKAGING=ON -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILDER=packages "$@"
+    step "$name-build" cmake --build "$root/build/package-$name"
 }
 
-# Says what the libraries in the unpacked package export, beside the list; fails if a symbol is gone or new.
-check_symbols() {
-    local package=$1 list=$root/packaging/debian/libvnbase0.symbols
-    (
-        # dpkg-gensymbols wants a source package around it.
-        mkdir -p "$work/symbols/debian"
-        printf 'Source: libvnbase\n\nPackage: libvnbase0\nArchitecture: any\n' > "$work/symbols/debian/control"
-        cp "$root/packaging/debian/changelog" "$work/symbols/debian/changelog"
-        cd "$work/symbols"
-        if $symbols; then
-            dpkg-gensymbols -plibvnbase0 -v"$version" -P"$package" -O"$work/symbols/mangled" > /dev/null
-            python3 "$root/packaging/debian/demangle.py" "$work/symbols/mangled" > "$list"
-            echo "$list: $(wc -l < "$list") lines"
-        else
-            # 4: a new symbol fails as well, so that none appears by accident.
-            dpkg-gensymbols -c4 -plibvnbase0 -v"$version" -P"$package" -I"$list" -O"$work/symbols/control"
-        fi
-    )
+# Writes the list of what the libraries in an unpacked package export anew.
+write_symbols() {
+    local list=$root/packaging/debian/libvnbase0.symbols
+    "$root/packaging/debian/checksymbols.sh" "$1" "" "$version" "$work/symbols" > /dev/null
+    python3 "$root/packaging/debian/demangle.py" "$work/symbols" > "$list"
+    echo "$list: $(wc -l < "$list") lines"
 }
 
 # Gives one of CPack's Debian packages what CPack can't, and puts it into the folder.
@@ -131,53 +123,69 @@ finish_deb() {
         # Instead of scripts that do the same.
         rm -f "$package/DEBIAN/postinst" "$package/DEBIAN/postrm"
         cp "$root/packaging/debian/triggers" "$package/DEBIAN/triggers"
-        check_symbols "$package"
-        cp "$work/symbols/control" "$package/DEBIAN/symbols"
         # For the packages of programs that link the library: the version that each symbol needs.
+        "$root/packaging/debian/checksymbols.sh" "$package" "$root/packaging/debian/libvnbase0.symbols" "$version" \
+            "$package/DEBIAN/symbols" ||
+            fail "the libraries don't export what packaging/debian/libvnbase0.symbols lists; a new symbol is added to it by
+tools/packages.sh --symbols, for a missing one VNBASE_ABI (CMakeLists.txt) and the package's name get the next number"
         printf 'Multi-Arch: same\n' >> "$control"
         ;;
-    libvnbase-dev | *-dbgsym) printf 'Multi-Arch: same\n' >> "$control" ;;
+    libvnbase-dev) printf 'Multi-Arch: same\n' >> "$control" ;;
+    *-dbgsym)
+        sed -i '/^Package-Type: ddeb$/d' "$control"
+        printf 'Multi-Arch: same\n' >> "$control"
+        # The package whose symbols these are has the copyright and the changelog.
+        mkdir -p "$package/usr/share/doc"
+        ln -s "${name%-dbgsym}" "$package/usr/share/doc/$name"
+        ;;
     libvnbase-doc | vnbase-tools) printf 'Multi-Arch: foreign\n' >> "$control" ;;
     esac
+    (cd "$package" && find usr -type f -print0 | sort -z | xargs -0 md5sum > DEBIAN/md5sums)
     find "$package" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
     dpkg-deb --root-owner-group --uniform-compression -Zxz --threads-max=1 -b "$package" "$into" > /dev/null
 }
 
 build_deb() {
-    need dpkg-deb dpkg-gensymbols dpkg-shlibdeps dpkg-buildflags objcopy python3
+    need dpkg-deb dpkg-architecture dpkg-gensymbols dpkg-shlibdeps file objcopy python3
     local flags="" link="" tree=deb deb site=""
     if $plain; then
-        tree=deb-plain
+        tree="deb-plain"
     else
-        flags="-g -ffile-prefix-map=$root=/usr/src/libvnbase-$version"
+        # In quotes, as the folder may have a blank in its name.
+        flags="-g \"-ffile-prefix-map=$root=/usr/src/libvnbase-$version\""
         flags="$flags -fstack-protector-strong -D_FORTIFY_SOURCE=2"
         link="-Wl,-z,relro -Wl,-z,now"
+        # Debug symbols hold folders as the compiler was given them. A cache mustn't shorten these, nor take what it has
+        # compiled in another folder.
+        local -x CCACHE_BASEDIR="" CCACHE_HASHDIR=1
     fi
     [ ! -d "$root/build/site" ] || site=$root/build/site
     build_tree "$tree" -DCMAKE_CXX_COMPILER=g++ -DCMAKE_INSTALL_PREFIX=/usr \
         -DCMAKE_INSTALL_LIBDIR="lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" \
         -DCMAKE_INSTALL_DOCDIR=share/doc/libvnbase-doc -DVNBASE_SITE="$site" \
         -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_SHARED_LINKER_FLAGS="$link" -DCMAKE_EXE_LINKER_FLAGS="$link"
-    rm -rf "$work/cpack-deb" "$into"/*.deb
-    step "$tree-pack" cpack --config "$work/$tree/CPackConfig.cmake" -B "$work/cpack-deb"
+    local -x LC_ALL=C
+    rm -f "$into"/*.deb
+    step "$tree-pack" cpack --config "$root/build/package-$tree/CPackConfig.cmake" -B "$work/cpack-deb"
     for deb in "$work"/cpack-deb/*.deb "$work"/cpack-deb/*.ddeb; do
         if $plain && [ "${deb%.ddeb}" != "$deb" ]; then
             continue  # nothing is in it
         fi
         if $symbols; then
-            [[ $deb != */libvnbase0_* ]] || { dpkg-deb -R "$deb" "$work/exporting"; check_symbols "$work/exporting"; }
+            [[ $deb != */libvnbase0_* ]] || { dpkg-deb -R "$deb" "$work/exporting"; write_symbols "$work/exporting"; }
             continue
         fi
         finish_deb "$deb"
     done
-    rm -rf "$work/exporting" "$work/unpacked"
+    rm -rf "$work/unpacked"
 }
 
 build_zip() {
     need x86_64-w64-mingw32-g++-posix
     build_tree zip -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DVNBASE_BUILD_EXAMPLES=OFF
-    rm -rf "$work/cpack-zip" "$into"/*.zip
-    step zip-pack cpack --config "$work/zip/CPackConfig.cmake" -B "$work/cpack-zip"
+    local -x LC_ALL=C
+    rm -f "$into"/*.zip
+    step zip-pack cpack --config "$root/build/package-zip/CPackConfig.cmake" -B "$work/cpack-zip"
     cp "$work"/cpack-zip/*.zip "$into"
 }
 
@@ -187,15 +195,13 @@ build_source() {
     git -C "$root" rev-parse -q --verify HEAD > /dev/null || fail "$root has no history to take the sources from"
     git -C "$root" archive --format=tar --prefix="$name/" HEAD > "$work/source.tar"
     gzip -9n < "$work/source.tar" > "$into/$name.tar.gz"
-    rm "$work/source.tar"
 }
 
 # A copy of what is built here in another folder, built anew without a cache.
 compare_again() {
     local again first options=() file
-    again=$(mktemp -d "${TMPDIR:-/tmp}/packages-again-XXXXXX")
-    # shellcheck disable=SC2064  # the folder of now
-    trap "rm -rf '$again'" EXIT
+    again=$work/again
+    mkdir "$again"
     git clone -q "$root" "$again/another folder"
     (cd "$root" && git ls-files -z --cached --others --exclude-standard | tar --null -T - -cf -) |
         tar -C "$again/another folder" -xf -

@@ -21,6 +21,7 @@
 #include <base/exinternalerror.h>
 #include <base/lglog.h>
 #include <base/lgtrace.h>
+#include <base/osterminal.h>
 #include <base/trace.h>
 
 #include <algorithm>
@@ -68,7 +69,8 @@ char const* getText(InVariable<char const*> const& setting, char const* optionHa
 /// A mistyped setting must not keep a program from starting, nor go by unseen.
 void tellUnreadable(char const* setting, std::string const& text, std::string const& fallback)
 {
-    std::cerr << std::string("log: ") + setting + ": \"" + text + "\" can't be read; it is \"" + fallback + "\"\n";
+    std::cerr << std::string("log: ") + setting + ": \"" + OsTerminal::shown(text) + "\" can't be read; it is \"" +
+                     fallback + "\"\n";
 }
 
 ThreadLogPolicy readPolicy()
@@ -107,11 +109,12 @@ public:
     void print(char const* text) const override { LgTrace::print(text); }
 };
 
-/// While a log exists. Not a member of ThreadLog, since the package may end the log.
-std::unique_ptr<ThreadTraceManager> traces;
+/// While a log exists. Not a member of ThreadLog, since the package may end the log; and never destroyed with the static objects,
+/// since threads may still trace when a program calls exit().
+auto& traces = *new std::unique_ptr<ThreadTraceManager>;
 
-/// Gives back what a ThreadLog has taken, if there is one. The crash handlers go before the engine: behind stop() there is nothing
-/// that they could write.
+/// Gives back what a ThreadLog has taken, if there is one. The handlers go first: stop() deletes queues, which no handler
+/// may walk. So a crash while stop() writes loses what is still queued.
 void endLog()
 {
     if (!ThreadLogEngine::get().isRunning())

@@ -53,7 +53,9 @@ namespace Vn
 /// object's own thread wakes up only for messages, and takes no signals of the program's. Ownership: one object at a time,
 /// made and destroyed between the start and the stop of the packages; meanwhile nobody else reads, registers queues, or calls
 /// LgLog::init() or LgLog::destroy(). A site asks LgLog::getQueue() for each message, as VN_LOG does, and keeps none.
-/// A child of `fork` that logs gets a thread and queues of its own; messages of the parent stay the parent's. It
+/// A child of `fork` that logs gets a thread and queues of its own, unless the parent's reader was stuck in a line for two seconds
+/// when it was forked: its messages are then lost, and that is told. Messages of the parent stay the parent's, which writes them if
+/// it doesn't end by `_exit` itself. The child
 /// calls flush() before `_exit` and before it executes another program, which write nothing. A program that calls `exit`
 /// while the object exists loses nothing on Linux; on Windows it calls flush() before.
 /// Edges: a message of up to 4,096 characters whose level waits is never cut. A message of a thread for which there is no

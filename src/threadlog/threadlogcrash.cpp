@@ -7,7 +7,8 @@
 // The reader may be unable to finish: the crash is its own, or it waits for a lock of the allocator that the crashed thread
 // holds. Its message is then still the head of its queue, but the text may have been taken off the ring, and the line may be in
 // the file. Both can be seen. The ring holds as many texts as there are messages, or one less. The line, if it is in the file,
-// begins with the time and the thread of the message, which no other line has. A text that is in neither place is lost, and
+// begins with the time and the thread of the message, which no other line has (on Windows, whose counter moves in steps of 100 ns,
+// two messages of a thread may share it; the second then counts as written). A text that is in neither place is lost, and
 // that is told by an overflow entry in its place.
 //
 //     text on the ring   line in the file   what is done
@@ -163,21 +164,25 @@ struct Earliest
 };
 }  // namespace
 
-/// One thread writes; a second one that crashes waits, as going its way would end the process under the first.
-void ThreadLogCrash::writeAll() noexcept
+/// One thread writes; a second one that crashes waits, as going its way would end the process under the first. It then writes
+/// what it has logged meanwhile.
+bool ThreadLogCrash::writeAll() noexcept
 {
     ThreadLogEngine& engine = ThreadLogEngine::get();
     if (!engine.isRunning() || !engine.isOwner())
-        return;
+        return false;
     const std::uint64_t self = ThreadLogSystem::getThread();
     std::uint64_t other = 0;
-    if (!writingThread.compare_exchange_strong(other, self)) {
-        if (other != self)  // else this crash is our own
-            ThreadLogSystem::waitBriefly([] { return writingThread.load() == 0; });
-        return;
+    while (!writingThread.compare_exchange_strong(other, self)) {
+        if (other == self)  // this crash is our own
+            return false;
+        if (!ThreadLogSystem::waitBriefly([] { return writingThread.load() == 0; }))
+            return false;
+        other = 0;
     }
     writeQueues(!engine.holdReader());
     writingThread.store(0);
+    return true;
 }
 
 /// Called apart from writeAll(), since on Windows the reader stays at rest behind a crash.

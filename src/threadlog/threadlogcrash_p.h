@@ -23,10 +23,11 @@ public:
     static bool isInstalled();
 
     /// Writes each message that was accepted before the call, in the order of their times. A crash within this call returns at
-    /// once; one in another thread waits until the first is done. The reader stays at rest.
-    static void writeAll() noexcept;
+    /// once; one in another thread waits until the first is done, for two seconds at most. True if the reader is at rest because
+    /// of this call, until resume().
+    static bool writeAll() noexcept;
 
-    /// Lets the reader go on: the process may be saved yet.
+    /// Lets the reader go on, behind a writeAll() that was true: the process may be saved yet.
     static void resume() noexcept;
 
 private:

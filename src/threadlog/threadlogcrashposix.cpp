@@ -124,8 +124,8 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
     const int error = errno;
     {
         const NoPipeSignal guard;
-        ThreadLogCrash::writeAll();
-        ThreadLogCrash::resume();
+        if (ThreadLogCrash::writeAll())
+            ThreadLogCrash::resume();
     }
     struct sigaction const& action = beforeOf(signal);
     errno = error;
@@ -152,13 +152,14 @@ void onCrash(int signal, ::siginfo_t* info, void* context)
 {
     {
         const NoPipeSignal guard;
-        ThreadLogCrash::writeAll();
-        ThreadLogCrash::resume();
+        if (ThreadLogCrash::writeAll())
+            ThreadLogCrash::resume();
     }
     if (std::terminate_handler const handler = std::exchange(terminateBefore, nullptr); handler != nullptr)
         handler();
     std::abort();
 }
+
 /// Takes a message off a queue once, so that the loader has bound by now what the handler calls within the other library.
 void bindCalls()
 {

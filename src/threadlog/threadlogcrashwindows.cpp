@@ -8,6 +8,8 @@
 // keep the process from ending.
 #include <threadlog/threadlogcrash_p.h>
 
+#include <threadlog/threadlogengine_p.h>
+
 #include <windows.h>
 
 #include <atomic>
@@ -29,9 +31,9 @@ SignalHandler abortBefore = SIG_DFL;
 
 ::LONG WINAPI onException(::EXCEPTION_POINTERS* exception)
 {
-    ThreadLogCrash::writeAll();
+    const bool isHeld = ThreadLogCrash::writeAll();
     const ::LONG result = filterBefore != nullptr ? filterBefore(exception) : EXCEPTION_CONTINUE_SEARCH;
-    if (result == EXCEPTION_CONTINUE_EXECUTION)
+    if (isHeld && result == EXCEPTION_CONTINUE_EXECUTION)
         ThreadLogCrash::resume();
     return result;
 }
@@ -67,11 +69,13 @@ void ThreadLogCrash::install()
     terminateBefore = std::set_terminate(onTerminate);
 }
 
-/// What the program has installed since stays.
+/// What the program has installed since stays. If it has survived a crash, by a handler that jumped out or called exit(), the
+/// reader still rests, and the stop would wait for it for ever.
 void ThreadLogCrash::uninstall()
 {
     if (!installed.exchange(false))
         return;
+    ThreadLogEngine::get().releaseReaderFromAll();
     const ::LPTOP_LEVEL_EXCEPTION_FILTER present = ::SetUnhandledExceptionFilter(filterBefore);
     if (present != onException)
         ::SetUnhandledExceptionFilter(present);

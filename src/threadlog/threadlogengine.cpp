@@ -12,7 +12,7 @@
 // fills from there, so that the registry needs no lock; and the thread's own pointer.
 //
 // Whoever reads holds _readMutex, for some lines at a time. So `fork` finds the queues at rest, and flush() and reopen() get
-// their turn. A crash handler can't wait for a lock: it raises _isHeld and waits until no line is being written.
+// their turn. A crash handler can't wait for a lock: it raises _holds and waits until no line is being written.
 //
 // The life of a thread's queue:
 //
@@ -89,7 +89,7 @@ ThreadLogEngine& ThreadLogEngine::get()
     return engine;
 }
 
-/// What a failure must not leave behind comes last.
+/// What can throw comes last, and is undone below.
 void ThreadLogEngine::start(ThreadLogPolicy const& policy)
 {
     static const bool hasHooks = (ThreadLogSystem::installHooks(), true);
@@ -99,6 +99,7 @@ void ThreadLogEngine::start(ThreadLogPolicy const& policy)
     _process.store(ThreadLogSystem::getProcess(), std::memory_order_relaxed);
     _isFailing.store(false, std::memory_order_relaxed);
     _seen = _made.load(std::memory_order_relaxed) - 1;  // queues of an earlier log are to be registered again
+    setStopped(false);
     _isRunning.store(true, std::memory_order_release);
     try {
         _outputs.open();
@@ -106,8 +107,15 @@ void ThreadLogEngine::start(ThreadLogPolicy const& policy)
     } catch (...) {
         _isRunning.store(false, std::memory_order_release);
         _outputs.close();
+        setStopped(true);
         throw;
     }
+}
+
+void ThreadLogEngine::setStopped(bool isStopped)
+{
+    const Reading reading(*this);
+    _isStopped = isStopped;
 }
 
 /// The thread is nobody's but ours: signals for the program go to the program's threads.
@@ -134,6 +142,7 @@ void ThreadLogEngine::stop()
             registry->deregisterQueue(&writer.getQueue());
         writer.setRegistered(false);
     });
+    _isStopped = true;
     collectFinished();
     _outputs.close();
 }
@@ -142,7 +151,7 @@ void ThreadLogEngine::stop()
 void ThreadLogEngine::stopAtExit() noexcept
 {
     // Behind a crash all is written, and the reader is held for good.
-    if (!isRunning() || _isForked.load() || _isHeld.load() || !tryToRead())
+    if (!isRunning() || _isForked.load() || _holds.load() != 0 || !tryToRead())
         return;
     LgLog::setLoggerActivation(false);
     _lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);
@@ -171,8 +180,12 @@ Trace* ThreadLogEngine::getTraceOfThread()
 /// Null without memory, which a message must not throw: its site is in the middle of a line. It is told once for the process.
 ThreadLogWriter* ThreadLogEngine::makeWriter() noexcept
 {
-    if (!provideReader())
+    if (!provideReader()) {
+        static std::atomic<std::uint64_t> toldIn = 0;  // the process
+        if (toldIn.exchange(ThreadLogSystem::getProcess()) != ThreadLogSystem::getProcess())
+            tell("this process can't start the thread that writes: its messages are lost");
         return nullptr;
+    }
     ThreadLogWriter* writer = takeInherited();
     if (writer == nullptr)
         writer = ThreadLogWriter::create(_threads.fetch_add(1, std::memory_order_relaxed) + 1);
@@ -244,10 +257,11 @@ void ThreadLogEngine::endWriter(ThreadLogWriter& writer) noexcept
     }
 }
 
-/// While no reader is at work: queues of threads that have ended since. Nothing is in them, as the logger isn't active.
+/// Behind a stop: queues of threads that have ended since. Until the stop is through they belong to it, as they may hold messages
+/// and be registered.
 void ThreadLogEngine::collectFinished() noexcept
 {
-    if (isRunning())
+    if (!_isStopped)
         return;
     ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
         if (!writer.getQueue().isCreatorAlive())
@@ -323,7 +337,7 @@ bool ThreadLogEngine::writeOne()
 void ThreadLogEngine::enterLine()
 {
     _isInLine.store(true);
-    while (_isHeld.load()) {
+    while (_holds.load() != 0) {
         _isInLine.store(false);
         waitForHandler();
         _isInLine.store(true);
@@ -454,7 +468,7 @@ bool ThreadLogEngine::reopen()
 /// Without end for a reader that waits for what the crashed thread holds, so not for long: see threadlogcrash.cpp for what then.
 bool ThreadLogEngine::holdReader() noexcept
 {
-    _isHeld.store(true);
+    _holds.fetch_add(1);
     if (_isInLine.load() && _lineThread.load(std::memory_order_relaxed) == ThreadLogSystem::getThread())
         return false;
     return ThreadLogSystem::waitBriefly([this] { return !_isInLine.load(); });
@@ -463,13 +477,13 @@ bool ThreadLogEngine::holdReader() noexcept
 /// Before the signal goes on: the program's own handler may save it, and its log goes on then.
 void ThreadLogEngine::releaseReader() noexcept
 {
-    _isHeld.store(false);
+    _holds.fetch_sub(1);
 }
 
 /// In small sleeps, as nobody could signal this: the handler may do nothing that takes a lock.
 void ThreadLogEngine::waitForHandler() const
 {
-    while (_isHeld.load())
+    while (_holds.load() != 0)
         ThreadLogSystem::pause();
 }
 
@@ -517,7 +531,7 @@ void ThreadLogEngine::afterForkInChild() noexcept
     _sleep.store(Sleep::Awake);
     _waiting.store(0);
     _others.store(0);
-    _isHeld.store(false);
+    _holds.store(0);
     _isForked.store(isRunning());
     // In a child's child, too, whose parent hasn't logged: its writer is still the one from the first fork.
     if (ThreadLogWriter* const writer = ThreadLogSystem::getWriterOfThread())

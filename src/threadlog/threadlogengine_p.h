@@ -89,6 +89,9 @@ public:
     bool holdReader() noexcept;
     void releaseReader() noexcept;
 
+    /// Whatever handlers have held it: the process goes on.
+    void releaseReaderFromAll() noexcept { _holds.store(0); }
+
     /// Until releaseReader(); not in a handler.
     void waitForHandler() const;
 
@@ -118,6 +121,7 @@ private:
     ThreadLogWriter* makeWriter() noexcept;
     ThreadLogWriter* takeInherited() noexcept;
     void startReader();
+    void setStopped(bool isStopped);
     bool provideReader() noexcept;
     void forgetParent() noexcept;
     void collectFinished() noexcept;
@@ -150,6 +154,7 @@ private:
     std::atomic<unsigned> _made = 0;       ///< queues so far
     unsigned _seen = 0;                    ///< how many of these the registry has got
     bool _hasWritten = false;              ///< by the last writeUpTo()
+    bool _isStopped = true;  ///< no start and no stop is under way, and nobody reads; under _readMutex
 
     /// Held by whoever reads the queues; never while the reader sleeps.
     std::mutex _readMutex;
@@ -166,7 +171,7 @@ private:
     std::thread _thread;
 
     // What a crash handler looks at.
-    std::atomic<bool> _isHeld = false;
+    std::atomic<int> _holds = 0;  ///< handlers that keep the reader at rest
     std::atomic<bool> _isInLine = false;
     std::atomic<std::uint64_t> _lineThread = 0;  ///< the thread that is in a line
     std::atomic<std::uint64_t> _process = 0;     ///< whose messages the queues hold

@@ -34,7 +34,7 @@ void nameThread();
 /// sees the other. False if the system has no such call.
 bool fenceAllThreads();
 
-/// Waits for about a tenth of a millisecond. Usable in a signal handler.
+/// Waits for a tenth of a millisecond, on Windows for one. Usable in a signal handler.
 void pause();
 
 /// Until `isDone()`, for two seconds at most. False if that was too short. Usable in a signal handler.

@@ -12,13 +12,22 @@ namespace Vn::ThreadLogSystem
 {
 namespace
 {
+/// Whether the system is ending the process. It then calls onThreadEnd() as well, for the thread that is left, when all others
+/// are killed, with the locks that they held.
+bool isProcessEnding()
+{
+    using Call = ::BOOLEAN(WINAPI*)();
+    static const ::FARPROC function = ::GetProcAddress(::GetModuleHandleA("ntdll.dll"), "RtlDllShutdownInProgress");
+    return function != nullptr && reinterpret_cast<Call>(reinterpret_cast<void*>(function))();
+}
+
 void WINAPI onThreadEnd(void* writer)
 {
-    if (writer != nullptr)
+    if (writer != nullptr && !isProcessEnding())
         ThreadLogEngine::get().endWriter(*static_cast<ThreadLogWriter*>(writer));
 }
 
-/// The process's end calls nothing: the system frees no slot, and this object has no destructor.
+/// Never freed: this object has no destructor.
 const ::DWORD slot = ::FlsAlloc(onThreadEnd);
 }  // namespace
 
@@ -59,7 +68,7 @@ bool fenceAllThreads()
 
 void pause()
 {
-    ::Sleep(0);
+    ::Sleep(1);
 }
 
 /// Threads that have logged still call onThreadEnd() when they end, so the library must not go away any more.

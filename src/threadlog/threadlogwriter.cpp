@@ -5,7 +5,7 @@
 //
 // When room gets short, getCurrent() becomes the spill, a second queue that is always empty when a message begins. So the message is
 // accepted whatever it is, and only then, when its level can be read, is it decided: it waits until the thread's own queue has room
-// for it, or it goes there if it fits at once, or that queue counts it as lost. The order of a thread's messages stays, as the next
+// for it, or it goes there at once, cut with a # to the room that is left, or without any room that queue counts it as lost. The order of a thread's messages stays, as the next
 // one begins when this one is through. What is moved is stamped anew; that is later than all that the queue holds.
 //
 // The message is in the spill while its thread waits. A crash handler may look at it there, and take it: takeWaiting() gives it

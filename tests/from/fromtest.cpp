@@ -18,6 +18,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -30,8 +32,10 @@ namespace
 {
 using Lines = std::vector<std::string>;
 
-Lines split(std::string const& text, char mark)
+/// The parts between the marks, without what text mode adds to lines on Windows.
+Lines split(std::string text, char mark)
 {
+    std::erase(text, '\r');
     Lines parts;
     std::istringstream stream(text);
     for (std::string part; std::getline(stream, part, mark);)
@@ -74,17 +78,21 @@ struct Command
 {
     std::string line;
     Lines output;
+    std::string section;
 };
 
 std::vector<Command> commandsOf(std::string const& page)
 {
     std::vector<Command> commands;
     bool isConsole = false;
+    std::string section;
     for (std::string const& line : split(page, '\n')) {
-        if (line.starts_with("```"))
+        if (line.starts_with("## "))
+            section = line.substr(3);
+        else if (line.starts_with("```"))
             isConsole = line == "```console";
         else if (isConsole && line.starts_with("$ "))
-            commands.push_back({line.substr(2), {}});
+            commands.push_back({line.substr(2), {}, section});
         else if (isConsole)
             commands.back().output.push_back(line);
     }
@@ -122,6 +130,11 @@ public:
         for (Command const& command : _commands)
             check(command);
         EXPECT_GT(_ran, 2);
+        // A program of the other side begins with "with", one of this side with "vn".
+        EXPECT_GE(
+            std::count_if(_sides.begin(), _sides.end(), [](auto const& side) { return side.second.size() == 2; }),
+            3)
+            << "tasks that show both sides";
         EXPECT_TRUE(_leftOut == 0 || !VN_FROM_ALL) << _leftOut;
     }
 
@@ -141,6 +154,7 @@ private:
             });
             ASSERT_NE(program, words.end());
             _isHere = isHere(*program);
+            _sides[command.section].insert(program->substr(0, 2));
             if (_isHere)
                 expect(command, outputOf(words, program, isCode));
         } else if (_isHere) {
@@ -166,9 +180,7 @@ private:
             child.with(word->substr(0, mark), word->substr(mark + 1));
         }
         const ChildRun run = child.arguments({program + 1, words.end()}).run();
-        std::string text = run.out + run.err;
-        std::erase(text, '\r');
-        Lines lines = split(text, '\n');
+        Lines lines = split(run.out + run.err, '\n');
         if (isCode)
             lines.push_back(std::to_string(run.exitCode));
         return lines;
@@ -185,6 +197,7 @@ private:
     std::vector<Command> _commands;
     VnTest::TempFolder _folder;
     VnTest::WorkingFolder _working{_folder.path()};
+    std::map<std::string, std::set<std::string>> _sides;  ///< by task, how the names of its programs begin
     bool _isHere = false;
     int _ran = 0;
     int _leftOut = 0;

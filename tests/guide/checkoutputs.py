@@ -47,11 +47,14 @@ class Shell:
 
     def run(self, command):
         """What the command prints on both streams."""
-        done = subprocess.run(["sh", "-c", f"exec 2>&1; (exit {self.status})\n{command}"], cwd=self.folder,
-                              env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
-        self.status = done.returncode
-        output = done.stdout.decode("utf-8", "backslashreplace")
-        return output.replace("\r\n", "\n") if emulator else output
+        # Into a file: a pipe stays open as long as the services that Wine starts in the background.
+        with tempfile.TemporaryFile() as output:
+            done = subprocess.run(["sh", "-c", f"exec 2>&1; (exit {self.status})\n{command}"], cwd=self.folder,
+                                  env=self.environment, stdin=subprocess.DEVNULL, stdout=output, check=False)
+            self.status = done.returncode
+            output.seek(0)
+            text = output.read().decode("utf-8", "backslashreplace")
+        return text.replace("\r\n", "\n") if emulator else text
 
 
 def commands_of(block):

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""checksamples.py ROOT: fails if a C++ sample of a page isn't part of a file that is built, or if a page or a source names
-a file of the project that isn't there.
+"""checksamples.py ROOT: fails if a C++ or CMake sample of a page isn't part of a file that is built, or if a page or a source
+names a file of the project that isn't there.
 
-A sample is a fenced block marked cpp. Blank lines and indentation don't count, and a line "..." stands for any lines.
+A sample is a fenced block marked cpp or cmake. Blank lines and indentation don't count, and a line "..." stands for any lines.
 Samples in headers are excerpts for the eye and aren't checked.
 """
 import pathlib
@@ -20,7 +20,7 @@ def holds(lines, sample):
     """Whether the lines hold the sample's pieces, in order, each without a gap."""
     pieces, piece = [], []
     for line in sample:
-        if line in ("...", "// ..."):
+        if line in ("...", "// ...", "# ..."):
             pieces.append(piece)
             piece = []
         else:
@@ -39,13 +39,14 @@ def holds(lines, sample):
 
 files = [path for folder in ("examples", "tests", "bench", "fuzz", "src") for path in (root / folder).rglob("*")
          if path.suffix in (".h", ".cpp", ".imp")]
-sources = [lines_of(path.read_text()) for path in files]
+sources = {"cpp": [lines_of(path.read_text()) for path in files],
+           "cmake": [lines_of(path.read_text()) for path in (root / "tests").rglob("CMakeLists.txt")]}
 pages = [*root.glob("*.md"), *(root / "docs").rglob("*.md")]
 checked, wrong = 0, 0
 for page in pages:
-    for sample in re.findall(r"^```cpp\n(.*?)^```", page.read_text(), re.M | re.S):
+    for language, sample in re.findall(r"^```(cpp|cmake)\n(.*?)^```", page.read_text(), re.M | re.S):
         checked += 1
-        if not any(holds(lines, lines_of(sample)) for lines in sources):
+        if not any(holds(lines, lines_of(sample)) for lines in sources[language]):
             wrong += 1
             print(f"{page.relative_to(root)}: this sample is in no file that is built:\n{sample}")
 named = re.compile(r"\b(?:bench|docs|examples|fuzz|src|tests|tools)/[\w/.-]*\w\.(?:cpp|h|imp|inc|md|py|sh|svg)\b")

@@ -45,5 +45,49 @@ endif()
 add_test(NAME package.consumer
     COMMAND "${CMAKE_CURRENT_LIST_DIR}/runconsumer.sh" "${PROJECT_BINARY_DIR}" "${PROJECT_BINARY_DIR}/consumer"
         "${CMAKE_CXX_COMPILER}" "${CMAKE_TOOLCHAIN_FILE}" "${CMAKE_CROSSCOMPILING_EMULATOR}" "${consumer_flags}")
-set_tests_properties(package.exports package.threadlogExports package.consumer ${text_tests} PROPERTIES TIMEOUT 1200
-    ENVIRONMENT "${test_environment}")
+
+# The packages of the optimised trees: made as tools/packages.sh makes them for everybody, then used.
+set(package_tests "")
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT VNBASE_SANITIZE)
+    set(packages "${PROJECT_BINARY_DIR}/package")
+    if(WIN32)
+        set(package_kind zip)
+        add_test(NAME package.zipUsed
+            COMMAND "${CMAKE_CURRENT_LIST_DIR}/runzip.sh" "${packages}" "${packages}/used" "${CMAKE_CXX_COMPILER}"
+                "${CMAKE_TOOLCHAIN_FILE}" "${CMAKE_CROSSCOMPILING_EMULATOR}")
+    else()
+        set(package_kind deb)
+        add_test(NAME package.debUsed
+            COMMAND "${CMAKE_CURRENT_LIST_DIR}/rundebs.sh" "${PROJECT_SOURCE_DIR}" "${packages}" "${packages}/used"
+                "${CMAKE_CXX_COMPILER}")
+        add_test(NAME package.embedding
+            COMMAND "${CMAKE_CURRENT_LIST_DIR}/runembedding.sh" "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/embedding"
+                "${CMAKE_CXX_COMPILER}" "$<$<BOOL:${VNBASE_CCACHE}>:${VNBASE_CCACHE}>")
+        set_tests_properties(package.embedding PROPERTIES PROCESSORS 2 ${test_fixtures})
+        add_test(NAME package.preset
+            COMMAND "${CMAKE_CURRENT_LIST_DIR}/runpreset.sh" "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/preset")
+        set_tests_properties(package.preset PROPERTIES PROCESSORS 1 ${test_fixtures})
+        list(APPEND package_tests package.embedding package.preset)
+    endif()
+    add_test(NAME package.${package_kind}
+        COMMAND "${PROJECT_SOURCE_DIR}/tools/packages.sh" --plain --into "${packages}" ${package_kind})
+    set_tests_properties(package.${package_kind} PROPERTIES FIXTURES_SETUP packages PROCESSORS 2 ${test_fixtures})
+    set_tests_properties(package.${package_kind}Used PROPERTIES PROCESSORS 1 ${test_fixtures})
+    set_property(TEST package.${package_kind}Used APPEND PROPERTY FIXTURES_REQUIRED packages)
+    list(APPEND package_tests package.${package_kind} package.${package_kind}Used)
+endif()
+if(NOT WIN32)
+    # The programs that get installed stand apart from all others.
+    add_test(NAME package.runpaths
+        COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkrunpaths.py" "${PROJECT_BINARY_DIR}/bin"
+            libVNbase.so.${PROJECT_VERSION} libVNthreadlog.so.${PROJECT_VERSION})
+    list(APPEND package_tests package.runpaths)
+    if(VNBASE_BUILD_EXAMPLES)
+        add_test(NAME package.programRunpaths
+            COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkrunpaths.py" --installed
+                "${PROJECT_BINARY_DIR}/programs" vncuesheet vninventory vnpointsets vnskylight)
+        list(APPEND package_tests package.programRunpaths)
+    endif()
+endif()
+set_tests_properties(package.exports package.threadlogExports package.consumer ${text_tests} ${package_tests} PROPERTIES
+    TIMEOUT 1200 ENVIRONMENT "${test_environment}")

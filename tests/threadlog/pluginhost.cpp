@@ -38,7 +38,8 @@ int main(int argc, char** argv)
     plugin->find<Function>("closeLog")();
     plugin.reset();
     std::cout << (VnTest::Library::isLoaded("VNtestthreadplugin") ? "plug-in " : "no plug-in ")
-              << (VnTest::Library::isLoaded("VNthreadlog") ? "and layer" : "and no layer") << " loaded" << std::endl;
+              << (VnTest::Library::isLoaded("VNthreadlog") ? "and layer" : "and no layer") << " loaded"
+              << std::endl;
     isUnloaded = true;
     thread.join();
     std::cout << "thread ended" << std::endl;

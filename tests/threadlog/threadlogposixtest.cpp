@@ -7,6 +7,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -59,6 +60,40 @@ std::vector<int> countTo(int end)
     for (int i = 0; i < end; ++i)
         numbers.push_back(i);
     return numbers;
+}
+
+/// Whether the kernel tells what a thread waits for. Without the call for fences the reader looks ten times a second.
+bool canSeeTheReaderWait()
+{
+    return !contentOf("/proc/self/syscall").empty() && ::syscall(SYS_membarrier, 0, 0, 0) > 0;
+}
+
+/// What the reader's thread waits in.
+enum class Wait
+{
+    ForAWhile,  ///< a doze: a futex with a time limit
+    ForEver,    ///< a futex without one
+    InAWrite
+};
+
+/// Until it does. System calls have the numbers of x86-64, of the newer architectures, and of s390x.
+void waitUntilTheReaderWaits(Wait wait)
+{
+    std::string task;
+    for (; task.empty(); std::this_thread::yield())  // until the thread has given itself its name
+        for (auto const& entry : std::filesystem::directory_iterator("/proc/self/task"))
+            if (contentOf(entry.path() / "comm") == "vn-threadlog\n")
+                task = entry.path();
+    for (;; std::this_thread::yield()) {
+        std::istringstream call(contentOf(task + "/syscall"));
+        std::string number, first, second, third, limit;
+        call >> number >> first >> second >> third >> limit;
+        if (wait == Wait::InAWrite && (number == "1" || number == "64" || number == "4"))
+            return;
+        const bool isFutex = number == "202" || number == "98" || number == "238";
+        if (wait != Wait::InAWrite && isFutex && (limit == "0x0") == (wait == Wait::ForEver))
+            return;
+    }
 }
 
 /// How a child of `fork` ended.
@@ -324,6 +359,42 @@ TEST_F(ThreadLogFork, forksWhileThreadsLogAndTheReaderWrites)
     EXPECT_EQ(numbers, countTo(40)) << "each child once, in the order of their lives";
 }
 
+VN_CHILD(forksWhileTheReaderIsStuck)
+{
+    char const* const path = std::getenv("VN_LOG_WARNING");
+    ::mkfifo(path, 0600);
+    const int end = ::open(path, O_RDWR | O_NONBLOCK);
+    ::fcntl(end, F_SETPIPE_SZ, 4096);
+    const Started start(argc, argv);
+    ThreadLog log;
+    logNumbers("parent", 0, 200);  // more than the pipe takes
+    waitUntilTheReaderWaits(Wait::InAWrite);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        logNumbers("child", 0, 10);
+        ::_exit(7);
+    }
+    const int status = waitFor(child);
+    std::string text;
+    for (char piece[4096]; text.find("parent 199\n") == text.npos;)
+        if (const ::ssize_t size = ::read(end, piece, sizeof piece); size > 0)
+            text.append(piece, static_cast<std::size_t>(size));
+    std::cout << (text.find("child") != text.npos);
+    return status == 7 << 8 ? 0 : 1;
+}
+
+TEST_F(ThreadLogFork, aChildThatWasForkedWhileTheReaderWasStuckTellsOnceThatItsMessagesAreLost)
+{
+    if (!canSeeTheReaderWait())
+        GTEST_SKIP() << "the system doesn't tell what a thread waits for";
+    const TempFolder folder;
+    const ChildRun run =
+        logger("forksWhileTheReaderIsStuck", folder).with("VN_LOG_WARNING", folder.path("pipe")).run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: this process can't start the thread that writes: its messages are lost\n");
+    EXPECT_EQ(run.out, "0");
+}
+
 VN_CHILD(forksAndChildCrashes)
 {
     forbidCoreFiles();
@@ -368,12 +439,16 @@ int signalOf(char const* name)
                               : SIGILL;
 }
 
-/// Logs 500 messages from each of three threads, of which the last one crashes with the reader at work.
+/// Logs one message and, once the reader rests behind it, 500 from each of three threads, of which the last one crashes. If the
+/// reader rests for long (`aLongRest`), all of these are in the queues then.
 void logAndCrash(int signal)
 {
     forbidCoreFiles();
     static ThreadLog& log = *new ThreadLog;
     log.installCrashHandlers();
+    logNumbers("first", 0, 1);
+    if (canSeeTheReaderWait())
+        waitUntilTheReaderWaits(Wait::ForAWhile);
     std::latch all(2);
     for (char const* name : {"one", "two"})
         std::thread([name, &all] {
@@ -386,12 +461,15 @@ void logAndCrash(int signal)
     raiseItself(signal);
 }
 
+constexpr char aLongRest[] = "3600000";
+
 /// Runs the crash in a child of this process, so that its status is seen whole. Nothing of the library has run here before.
-int runCrash(TempFolder const& folder, char const* body, char const* argument)
+int runCrash(TempFolder const& folder, char const* body, char const* argument, char const* rest = "1")
 {
     const ::pid_t child = ::fork();
     if (child == 0) {
         ::setenv("T4Q_TEST_DIR", folder.path().c_str(), 1);
+        ::setenv("VN_THREADLOG_DOZE", rest, 1);
         const int null = ::open("/dev/null", O_WRONLY);
         ::dup2(null, STDERR_FILENO);
         const std::string program = getProgramPath();
@@ -407,9 +485,12 @@ namespace
 void expectEverythingInOrder(std::string const& path)
 {
     const auto messages = messagesOf(path);
-    EXPECT_EQ(messages.size(), 1500u);
+    EXPECT_EQ(messages.size(), 1501u);
     for (char const* name : {"one", "two", "main"})
         EXPECT_EQ(numbersOf(name, messages), countTo(500));
+    // A reader at work may have written a line before another thread added the message that it had stamped earlier.
+    if (!canSeeTheReaderWait())
+        return;
     std::uint64_t last = 0;
     for (LogLine const& message : messages) {
         EXPECT_GE(message.ticks, last) << message.text;
@@ -457,7 +538,7 @@ TEST_F(ThreadLogSignals, eachSignalFindsAllMessagesInTheFileAndEndsTheProcess)
 {
     for (char const* name : {"SEGV", "ABRT", "BUS", "FPE", "ILL"}) {
         const TempFolder folder;
-        const int status = runCrash(folder, "raises", name);
+        const int status = runCrash(folder, "raises", name, aLongRest);
         EXPECT_TRUE(isEndedBy(status, signalOf(name))) << name << ": " << status;
         expectEverythingInOrder(folder.path("events.log"));
     }
@@ -540,7 +621,7 @@ VN_CHILD(hasAHandlerOfItsOwn)
 TEST_F(ThreadLogSignals, theProgramsHandlerIsCalledBehindTheMessagesAsTheSystemWould)
 {
     const TempFolder folder;
-    const int status = runCrash(folder, "hasAHandlerOfItsOwn", "");
+    const int status = runCrash(folder, "hasAHandlerOfItsOwn", "", aLongRest);
     EXPECT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 42);
     expectEverythingInOrder(folder.path("events.log"));
@@ -677,7 +758,7 @@ TEST_F(ThreadLogSignals, aHandlerThatIsMeantForOneCrashIsCalledOnce)
     if (isSanitized)
         GTEST_SKIP() << "a sanitizer has handlers of its own";
     const TempFolder folder;
-    EXPECT_TRUE(isEndedBy(runCrash(folder, "hasAHandlerForOnce", ""), SIGSEGV));
+    EXPECT_TRUE(isEndedBy(runCrash(folder, "hasAHandlerForOnce", "", aLongRest), SIGSEGV));
     expectEverythingInOrder(folder.path("events.log"));
 }
 
@@ -707,7 +788,7 @@ VN_CHILD(chainsItsHandlerToAnEarlierLogs)
 TEST_F(ThreadLogSignals, handlersThatCallEachOtherEndByTheSignal)
 {
     const TempFolder folder;
-    EXPECT_TRUE(isEndedBy(runCrash(folder, "chainsItsHandlerToAnEarlierLogs", ""), SIGBUS));
+    EXPECT_TRUE(isEndedBy(runCrash(folder, "chainsItsHandlerToAnEarlierLogs", "", aLongRest), SIGBUS));
     expectEverythingInOrder(folder.path("events.log"));
 }
 
@@ -901,26 +982,14 @@ VN_CHILD(isIdle)
 {
     const Started start;
     const std::string file = getLogPath();
+    if (!canSeeTheReaderWait())
+        return 77;
     ThreadLog log;
     logNumbers("main", 0, 10);
     while (messagesOf(file).size() != 10)
         std::this_thread::yield();
-    std::string task;
-    for (auto const& entry : std::filesystem::directory_iterator("/proc/self/task"))
-        if (contentOf(entry.path() / "comm") == "vn-threadlog\n")
-            task = entry.path();
-    // Without that call of the kernel's the reader looks ten times a second, as its documentation says.
-    if (contentOf(task + "/syscall").empty() || ::syscall(SYS_membarrier, 0, 0, 0) <= 0)
-        return 77;
-    // A wait on a futex, number 202 on x86-64 and 98 elsewhere, whose fourth argument is the time limit: none.
-    for (;;) {
-        std::istringstream call(contentOf(task + "/syscall"));
-        std::string number, address, operation, value, limit;
-        call >> number >> address >> operation >> value >> limit;
-        if ((number == "202" || number == "98" || number == "238") && limit == "0x0")
-            return 0;
-        std::this_thread::yield();
-    }
+    waitUntilTheReaderWaits(Wait::ForEver);
+    return 0;
 }
 
 TEST(ThreadLog, anIdleReaderSleepsWithoutATimer)

@@ -9,6 +9,8 @@
 #include <base/trace.h>
 
 #include <atomic>
+#include <csetjmp>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -417,10 +419,11 @@ TEST(ThreadLog, aSettingThatCantBeReadIsToldAndItsDefaultHolds)
 {
     const TempFolder folder;
     const ChildRun run =
-        logger("logsOnce", folder).with("VN_THREADLOG_WAIT", "Errors").with("VN_THREADLOG_FLUSH", "").run();
+        logger("logsOnce", folder).with("VN_THREADLOG_WAIT", "Errors\x1b").with("VN_THREADLOG_FLUSH", "").run();
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.err, "log: threadlog.wait: \"Errors\" can't be read; it is \"Internal Error,Fatal Error,Error\"\n"
-                       "log: threadlog.flush: \"\" can't be read; it is \"Error\"\n");
+    EXPECT_EQ(run.err,
+              "log: threadlog.wait: \"Errors\\x1b\" can't be read; it is \"Internal Error,Fatal Error,Error\"\n"
+              "log: threadlog.flush: \"\" can't be read; it is \"Error\"\n");
     EXPECT_EQ(messagesOf(folder.path("events.log")).size(), 1u);
 }
 
@@ -460,6 +463,44 @@ TEST(ThreadLog, thereIsOneAtATimeWhileThePackagesRun)
     expectSuccess(run);
     EXPECT_EQ(run.out, "Test inactive 0\n") << "behind its end messages go to standard output";
     EXPECT_EQ(messagesOf(folder.path("events.log")).size(), 3u);
+}
+
+VN_CHILD(threadEndsDuringTheStop)
+{
+    const Started start(argc, argv);
+    auto log = std::make_unique<ThreadLog>();
+    Meeting hasLogged(1);
+    const auto untilTheStop = [] {
+        while (Vn::LgLog::isLoggerActive())
+            std::this_thread::yield();
+        for (int i = 0; i < 1000; ++i)  // the likelier it has begun; either way nothing may be lost
+            std::this_thread::yield();
+    };
+    std::thread thread, stopper;
+    {
+        const ReaderBlock block;
+        thread = std::thread([&] {
+            logNumbers(LgTypes::Warning, 200);
+            hasLogged.arrive();
+            untilTheStop();
+        });
+        hasLogged.wait();
+        stopper = std::thread([&log] { log.reset(); });
+        untilTheStop();
+        untilTheStop();
+    }
+    stopper.join();
+    thread.join();
+    return 0;
+}
+
+TEST(ThreadLog, theMessagesOfAThreadThatEndsDuringTheStopAreWritten)
+{
+    const TempFolder folder;
+    const LockName lock(folder);
+    expectSuccess(
+        logger("threadEndsDuringTheStop", folder).with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get()).run());
+    EXPECT_EQ(numbersOf(messagesOf(folder.path("events.log"))).size(), 200u);
 }
 
 VN_CHILD(threadOutlivesTheLog)
@@ -717,6 +758,34 @@ TEST(ThreadLogCrash, whatWasAcceptedBeforeAFaultIsInTheFile)
     if (isSanitized)
         GTEST_SKIP() << "a sanitizer sees the fault first";
     expectAllBeforeTheCrash("faults");
+}
+
+namespace
+{
+std::jmp_buf rescue;
+}
+
+VN_CHILD(jumpsOutOfAbort)
+{
+    const Started start(argc, argv);
+    std::signal(SIGABRT, [](int) { std::longjmp(rescue, 1); });
+    ThreadLog log;
+    log.installCrashHandlers();
+    if (setjmp(rescue) == 0) {
+        logNumbers(LgTypes::Warning, 10);
+        std::abort();
+    }
+    logNumbers(LgTypes::Warning, 10, "later");
+    return 0;
+}
+
+TEST(ThreadLogCrash, aLogWhoseProgramJumpsOutOfAbortCanStop)
+{
+    if (isSanitized)
+        GTEST_SKIP() << "a sanitizer doesn't expect a jump out of abort()";
+    const TempFolder folder;
+    expectSuccess(logger("jumpsOutOfAbort", folder).run());
+    EXPECT_EQ(messagesOf(folder.path("events.log")).size(), 20u);
 }
 
 VN_CHILD(leavesNoMemory)
