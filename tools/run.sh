@@ -30,11 +30,16 @@ fi
     }
     steps=(run.build)
     isConfigured || steps=(run.configure run.build)
-    [ -x $program ] || progress_begin tools/run.sh "${steps[@]}"
-    [ ! -x $program ] || progress_begin tools/run.sh
+    what="compiling the library and the inventory"
+    if [ -x $program ]; then
+        what="compiling what has changed"
+        progress_begin tools/run.sh
+    else
+        progress_begin tools/run.sh "${steps[@]}"
+    fi
     isConfigured || progress_step run.configure "looking at the compiler" \
         cmake --preset release --fresh -B build/run -DVNBASE_BUILD_TESTS=OFF || failed run.configure "CMake has failed"
-    progress_step run.build "compiling the library and the inventory" \
+    progress_step run.build "$what" \
         cmake --build build/run --target inventory || failed run.build "the build has failed"
     progress_end
 } >&2
