@@ -15,6 +15,7 @@ case ${1:-} in
     ;;
 esac
 programs=("$@")
+# shellcheck disable=SC2207  # one word or none
 [ $# -gt 0 ] || programs=(benchprocesses benchfiles benchlogsites benchthreadlog benchlogging benchsettings benchloading
     benchwholestart benchgrowth benchtimers benchexactnumbers benchnumbers benchsamplers benchfloatutil benchheadercost
     $([ "$(uname -m)" != x86_64 ] || echo benchfloatutilv2))

@@ -11,6 +11,7 @@ objects=(build/coverage/bin/libVNbase.so -object build/coverage/bin/libVNthreadl
 for program in build/coverage/bin/*test; do
     objects+=(-object "$program")
 done
+# shellcheck disable=SC2046  # no file has a blank in its name
 llvm-cov-14 export "${objects[@]}" -instr-profile="$merged" -skip-functions $(find src/base src/threadlog -name '*.cpp' -o -name '*.h' \
     -o -name '*.imp' | sort) > build/coverage/coverage.json 2> /dev/null
 python3 tools/coverage.py build/coverage/coverage.json "$PWD"

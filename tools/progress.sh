@@ -7,7 +7,8 @@
 #   progress_end                            behind the last one
 #
 # A step runs in the background, in a process group of its own, while this shell waits for it or for the next look at its
-# log. On a terminal the look comes every second and changes one line; elsewhere it comes every ten seconds and adds one.
+# log. On a terminal the look comes every second and changes one line; elsewhere it comes every ten
+# seconds, or VNBASE_PROGRESS_SECONDS, and adds one.
 # The counter is that of the log itself, whether Ninja, ctest or apt has written it.
 #
 # Ctrl-C, or a kill of the script, ends everything below: the step's process group, and whatever has left it, as a server
@@ -152,7 +153,7 @@ progress_begin() {
 }
 
 progress_step() {
-    local name=$1 text=$2 begun=$SECONDS every=10 code ended expected
+    local name=$1 text=$2 begun=$SECONDS every=${VNBASE_PROGRESS_SECONDS:-10} code ended expected
     shift 2
     expected=$(progress_time_of "$name")
     progress_planned=$((progress_planned - ${expected:-0}))
@@ -164,7 +165,7 @@ progress_step() {
     set +m
     progress_line "   $text (the log is $progress_logs/$name.log)"
     while :; do
-        sleep $every &
+        sleep "$every" &
         progress_ticker=$!
         code=0
         wait -n -p ended $progress_job $progress_ticker 2> /dev/null || code=$?

@@ -41,7 +41,7 @@ repeat() {
     shift
     while [ $SECONDS -lt $until ]; do
         result=0
-        "$bin/$@" || result=$?
+        "$bin/$1" "${@:2}" || result=$?
         [ $result != 77 ] || return 0
         [ $result = 0 ] || { echo "FAILED: $*"; exit 1; }
     done

@@ -129,6 +129,8 @@ for preset in "${presets[@]}"; do
         run_tests coverage
         unset LLVM_PROFILE_FILE
         tools/coverage.sh
+        # 7 GB, which are in build/coverage/all.profdata now.
+        rm -rf build/coverage/profiles
         ;;
     *) run_tests "$preset" ;;
     esac

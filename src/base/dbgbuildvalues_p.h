@@ -1,4 +1,4 @@
-// Private to dbgbuildinfo.cpp, dbgbuildvalues.cpp, inpackages.cpp and testmgr.cpp.
+// Private to dbgbuildinfo.cpp, dbgbuildvalues.cpp, inpackages.cpp, inusageman.cpp and testmgr.cpp.
 #pragma once
 
 namespace Vn

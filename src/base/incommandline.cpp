@@ -148,8 +148,29 @@ void InCommandLine::takeWord(std::string_view element)
         _wantsVersion = true;
     else if (element == "--settings")
         _wantsSettings = true;
-    else
+    else if (!takePage(element))
         addFault(InFault::UnknownOption, std::string(element), "unknown option " + OsTerminal::shown(element));
+}
+
+/// "--help=man" and "--help=bash", with ":NAME" behind it or not. Only those who package a program write these.
+bool InCommandLine::takePage(std::string_view element)
+{
+    const struct
+    {
+        std::string_view word;
+        Page page;
+    } pages[] = {{"--help=man", ManPage}, {"--help=bash", BashCompletion}};
+    for (auto const& [word, page] : pages) {
+        if (!element.starts_with(word))
+            continue;
+        const std::string_view rest = element.substr(word.size());
+        if (!rest.empty() && (rest[0] != ':' || rest.size() == 1))
+            continue;
+        _page = page;
+        _pageName = rest.substr(rest.empty() ? 0 : 1);
+        return true;
+    }
+    return false;
 }
 
 /// One element with one or more letters, and the element that is the last one's value.

@@ -23,6 +23,19 @@ public:
     InCommandLine(int argc, char const* const* argv, InUsageState const* state);
 
     bool wantsHelp() const { return _wantsHelp; }
+
+    /// What --help=man and --help=bash ask for.
+    enum Page
+    {
+        NoPage,
+        ManPage,
+        BashCompletion
+    };
+    Page getPage() const { return _page; }
+
+    /// The program's name on that page, from "--help=man:NAME"; "" if none is given.
+    std::string const& getPageName() const { return _pageName; }
+
     bool wantsVersion() const { return _wantsVersion; }
     bool wantsSettings() const { return _wantsSettings; }
 
@@ -55,6 +68,7 @@ private:
     void walk();
     void takeCluster();
     void takeWord(std::string_view element);
+    bool takePage(std::string_view element);
     void takeOptionsBehindOperand();
     void takeOption(char letter, bool takesValue, char const* value);
     void checkValue(char letter, char const* value);
@@ -75,6 +89,8 @@ private:
     std::vector<std::pair<int, InUsageState::Word const*>> _boundWords;
     int _index = 1;    ///< of the element being looked at
     int _endMark = 0;  ///< index of the "--" that ends the options
+    Page _page = NoPage;
+    std::string _pageName;
     bool _wantsHelp = false;
     bool _wantsVersion = false;
     bool _wantsSettings = false;

@@ -1,4 +1,4 @@
-// Private to incommandline.cpp, incontextaliasmgr.cpp, inusagereport.cpp and invariable.cpp.
+// Private to incommandline.cpp, incontextaliasmgr.cpp, inusageentries.cpp, inusagereport.cpp and invariable.cpp.
 #pragma once
 
 #include <base/incontextalias.h>

@@ -1,5 +1,6 @@
 // Help and refusals, from the declarations. The command line is walked in incommandline.cpp, the texts are made in
-// inusagereport.cpp, their columns in inusagelayout.cpp; here is what a program calls.
+// inusagereport.cpp, their rows in inusageentries.cpp and their columns in inusagelayout.cpp, the man page is
+// that of inusageman.cpp, the completion that of inusagecompletion.cpp; here is what a program calls.
 #include <base/inusage.h>
 
 #include <base/incommandline_p.h>
@@ -117,6 +118,12 @@ std::optional<int> InUsage::handle(int& argc, char** argv) const
     const std::string program = programNameOf(argc > 0 && argv != nullptr ? argv[0] : nullptr);
     if (line.wantsHelp()) {
         print(std::cout, program.c_str(), OsTerminal::getColumns());
+        return endOfPrinting(program);
+    }
+    if (line.getPage() != InCommandLine::NoPage) {
+        char const* const name = (line.getPageName().empty() ? program : line.getPageName()).c_str();
+        line.getPage() == InCommandLine::ManPage ? printManPage(std::cout, name)
+                                                 : printBashCompletion(std::cout, name);
         return endOfPrinting(program);
     }
     if (line.wantsVersion()) {

@@ -55,6 +55,7 @@ struct InFault
 ///     greeter -h            prints the text below and ends with 0; so does --help
 ///     greeter --version     prints the program and the libraries of the family in the process
 ///     greeter --settings    prints each setting with its value and the source that won
+///     greeter --help=man    prints a man page; --help=bash a completion for bash
 ///     greeter -q            "greeter: unknown option -q; greeter -h tells more", and ends with 2
 ///
 ///     greeter [OPTION]...
@@ -135,18 +136,43 @@ public:
     ///
     InUsage& note(char const* text);
 
-    /// Handles -h, --help, --version and --settings, and refuses what getFaults() finds.
+    /// Handles -h, --help, --help=man, --help=bash, --version and --settings, and refuses what getFaults() finds.
     ///
     ///     nothing of these     ->  nothing: go on, and start
     ///     -h and the others    ->  0, after printing to standard output
     ///     a fault              ->  2, after one line on standard error, which ends in a hint to -h
     ///     can't be printed     ->  1, after one line on standard error
     ///
-    /// Help wins over everything, also behind operands, and --version over all faults. An element with several options is
-    /// read up to its first fault: "-hq" is help, and "-qh" is refused. A fault wins over --settings, unless it concerns
-    /// the operands. Removes what word() has bound from the arguments, and a "--" that ends the options
-    /// if none is declared (else the start removes it), and makes `argc` smaller.
+    /// Help wins over everything, also behind operands; then a page for man or bash, and then --version, win over all
+    /// faults. An element with several options is read up to its first fault: "-hq" is help, and "-qh" is refused. A fault
+    /// wins over --settings, unless it concerns the operands. Removes what word() has bound from the arguments, and a
+    /// "--" that ends the options if none is declared (else the start removes it), and makes `argc` smaller.
     std::optional<int> handle(int& argc, char** argv) const;
+
+    /// Prints a man page in the language of man(7), from the same declarations as the usage text.
+    ///
+    ///     greeter --help=man > greeter.1            the page of greeter
+    ///     greeter --help=man:hello > hello.1        of a program that is installed as hello
+    ///     man --warnings -l greeter.1 > /dev/null   tells nothing
+    ///
+    /// `program` is the name on the page. Whatever a declaration holds is text there, and no request. Day and version are
+    /// those that the application has registered (DbgBuildInfoMgr::registerAppInfo()), else this library's. The usage
+    /// text doesn't name these two options: they are for those who package a program. Texts beyond ASCII are UTF-8.
+    std::ostream& printManPage(std::ostream& stream, char const* program) const;
+
+    /// Prints a function for bash that completes the command line of `program`, and the command that registers it.
+    ///
+    ///     greeter --help=bash > completions/greeter         or --help=bash:hello
+    ///     . completions/greeter
+    ///     greeter -<TAB>        options and words
+    ///     greeter -s <TAB>      the words of expect(), if its text lists nothing else: "bytes, files or suffix"
+    ///     greeter -l <TAB>      true or false, if the option takes such a value
+    ///     greeter -o <TAB>      folders if the value is called FOLDER or DIR..., else files; nothing for numbers and times
+    ///
+    /// Behind the options come files, or folders, or nothing, by what operands() says. An option's value is known also
+    /// behind a cluster ("-lo FILE"), and "--" and the first operand end the options, as for handle(). Needs bash 4 and
+    /// no other package.
+    std::ostream& printBashCompletion(std::ostream& stream, char const* program) const;
 
     /// Prints the usage text in lines of less than `columns` characters, 40 at the least. A word that is longer stays whole.
     std::ostream& print(std::ostream& stream, char const* program, int columns) const;

@@ -1,4 +1,4 @@
-// Private to incommandline_p.h; implemented in inusagelinux.cpp and inusagewindows.cpp.
+// Private to incommandline_p.h and inusageentries_p.h; implemented in inusagelinux.cpp and inusagewindows.cpp.
 #pragma once
 
 #include <base/inusage.h>

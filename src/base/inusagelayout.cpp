@@ -50,14 +50,6 @@ void printWrapped(std::ostream& stream, std::string_view text, std::size_t margi
     }
     stream << "\n";
 }
-
-/// "  LEFT   RIGHT" as a row.
-Row rowOf(std::string_view line)
-{
-    line = withoutLeadingBlanks(line);
-    const std::size_t end = std::min(line.find("  "), line.size());
-    return {std::string(line.substr(0, end)), std::string(withoutLeadingBlanks(line.substr(end)))};
-}
 }  // namespace
 
 std::size_t lengthOf(std::string_view text)
@@ -88,6 +80,13 @@ Row describeOption(char letter, std::string_view placeholder, std::string_view d
     if (rest.starts_with(':'))
         rest = withoutLeadingBlanks(rest.substr(1));
     return {left, std::string(rest)};
+}
+
+Row splitRow(std::string_view line)
+{
+    line = withoutLeadingBlanks(line);
+    const std::size_t end = std::min(line.find("  "), line.size());
+    return {std::string(line.substr(0, end)), std::string(withoutLeadingBlanks(line.substr(end)))};
 }
 
 std::size_t leftWidthOf(std::vector<Row> const& rows, std::size_t width)
@@ -128,7 +127,7 @@ void printText(std::ostream& stream, std::string_view text, std::size_t width)
         const std::string_view line = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.starts_with(' ')) {
-            rows.push_back(rowOf(line));
+            rows.push_back(splitRow(line));
             continue;
         }
         flushRows();

@@ -1,4 +1,4 @@
-// Private to inusagelayout.cpp and inusagereport.cpp.
+// Private to inusageentries_p.h, inusagelayout.cpp and inusagereport.cpp.
 #pragma once
 
 #include <iosfwd>
@@ -27,6 +27,9 @@ Row describeOption(char letter, std::string_view placeholder, std::string_view d
 
 /// Characters and not bytes: UTF-8 has one byte of each character that isn't a continuation.
 std::size_t lengthOf(std::string_view text);
+
+/// A line of a note as a row: "  LEFT   RIGHT", with two or more blanks between them.
+Row splitRow(std::string_view line);
 
 /// Prints the rows in two columns, in lines of at most `width` characters; `left` is the width of the first one.
 void printRows(std::ostream& stream, std::vector<Row> const& rows, std::size_t left, std::size_t width);

@@ -653,3 +653,218 @@ TEST(InUsage, copiesAreIndependent)
     first.print(text, "prog", 80);
     EXPECT_NE(text.str().find("Two."), std::string::npos);
 }
+
+// ---- the man page, and the completion
+
+constexpr char manPage[] = R"(.TH "HELLO" 1 "" "Api 1.2"
+.SH NAME
+hello \- shows palettes
+.SH SYNOPSIS
+\fBhello\fR [\fIOPTION\fR]...
+FILE...
+.SH DESCRIPTION
+Shows palettes.
+.SH OPTIONS
+.TP
+\fB\-C\fR \fITEXT\fR
+colour to begin with (VN_TEST_COLOUR, default red)
+.TP
+\fB\-d\fR \fILEVELS\fR
+how deep to look (VN_TEST_DEPTH, default 3)
+.TP
+\fB\-l\fR
+tell more (default false)
+.TP
+\fB\-h,\fR \fB\-\-help\fR
+this text
+.TP
+\fB\-\-settings\fR
+each setting with its value, and where that comes from
+.TP
+\fB\-\-version\fR
+the program and the libraries in it
+.PP
+An option counts more than the variable in parentheses, and that more than the
+default.
+.SH ENVIRONMENT
+.TP
+\fIVN_TEST_COLOUR\fR
+what \-C sets, where that isn\(aqt given
+.TP
+\fIVN_TEST_DEPTH\fR
+what \-d sets, where that isn\(aqt given
+.TP
+\fIVN_TEST_MEMORY\fR
+bytes that a picture may take (default 65536)
+.TP
+\fIVN_TEST_TITLE\fR
+a text above the picture
+.SH NOTES
+Messages go to:
+.TP
+\fIevents.log\fR
+all but times
+.PP
+\&.hidden files in \(dqC:\eTEMP\(dq aren\(aqt `\-ones.
+)";
+
+VN_CHILD(pages)
+{
+    static constexpr VnTest::BuildFacts facts;
+    DbgBuildInfoMgr::registerAppInfo(VnTest::ownedInfo(facts));
+    const Declarations declared;
+    InUsage usage = usageOf(declared);
+    usage.note("Messages go to:\n  events.log   all but times\n.hidden files in \"C:\\TEMP\" aren't `-ones.");
+    std::memcpy(argv[0], "prog", 5);
+    return handleIn(usage, argc, argv);
+}
+
+TEST(InUsage, theManPageHasWhatHelpHas)
+{
+    std::string expected = manPage;
+    expected.replace(expected.find('`'), 1, "\\(ga");
+    const ChildRun run = child("pages", {"--help=man:hello"}).run();
+    EXPECT_EQ(run.out, expected);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.exitCode, 0);
+    const std::string own = child("pages", {"--help=man"}).run().out;
+    EXPECT_EQ(own.substr(0, own.find('\n')), ".TH \"PROG\" 1 \"\" \"Api 1.2\"");
+}
+
+TEST(InUsage, theManPageIsOfTheLibrarysDayWhereTheApplicationTellsNone)
+{
+    std::ostringstream page;
+    InUsage(nullptr).printManPage(page, nullptr);
+    EXPECT_TRUE(std::regex_search(page.str(), std::regex("^\\.TH \"\" 1 \"20[0-9]{2}-[01][0-9]-[0-3][0-9]\" "
+                                                         "\"libVNbase 0\\.2\"\n")))
+        << page.str();
+}
+
+TEST(InUsage, noTextOfADeclarationIsARequestOfAManPage)
+{
+    SettingsPackage package;
+    Argument option("x:", "FILE: .so \\fB/etc/passwd\n.so '\\n");
+    Default usual("a\n.so b", "default");
+    const InVariable<char const*> setting("x", package, option, usual);
+    InUsage usage(".so\n'so\x1b[2J");
+    usage.operands("'FILE .so").word("--so", ".so").note("'so\n .so  'so\n\n");
+    std::ostringstream page;
+    usage.printManPage(page, ".so\n.so");
+    std::istringstream lines(page.str());
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_FALSE(line.starts_with("'") || line.starts_with(".so")) << line;
+        EXPECT_LT(line.size(), 80u);
+        EXPECT_EQ(line.find('\x1b'), line.npos);
+    }
+    EXPECT_NE(page.str().find("\\efB/etc/passwd"), std::string::npos) << page.str();
+}
+
+VN_CHILD(pageNames)
+{
+    std::memcpy(argv[0], "prog", 5);
+    return handleIn(InUsage("").operands("[X]"), argc, argv);
+}
+
+TEST(InUsage, aPageIsAskedForByItsNameAlone)
+{
+    const auto firstLine = [](std::vector<std::string> const& arguments) {
+        const ChildRun run = child("pageNames", arguments).run();
+        return run.err + run.out.substr(0, run.out.find('\n'));
+    };
+    const std::string completion = "# Completion of prog for bash, made of the program's own declarations.";
+    EXPECT_EQ(firstLine({"--help=bash"}), completion);
+    EXPECT_EQ(firstLine({"-q", "--version", "--help=bash"}), completion) << "whatever else is wrong";
+    EXPECT_EQ(firstLine({"--help=bash:a b"}),
+              "# Completion of a b for bash, made of the program's own declarations.");
+    EXPECT_EQ(firstLine({"--help=bash", "-h"}), "prog [OPTION]... [X]");
+    for (std::string const word : {"--help=", "--help=man:", "--help=bash:", "--help=manual", "--help=zsh"})
+        EXPECT_EQ(firstLine({word}), "prog: unknown option " + word + "; prog -h tells more\n");
+    EXPECT_EQ(firstLine({"--", "--help=man"}), "goes on: --help=man") << "an operand";
+    EXPECT_NE(firstLine({"x", "--help=man"}).find("--help=man stands behind 'x'"), std::string::npos);
+}
+
+VN_CHILD(unwritablePages)
+{
+    std::memcpy(argv[0], "prog", 5);
+    std::cout.setstate(std::ios::badbit);
+    return handleIn(InUsage(""), argc, argv);
+}
+
+TEST(InUsage, aPageThatCantBeWrittenIsAFailure)
+{
+    for (char const* word : {"--help=man", "--help=bash"}) {
+        const ChildRun run = child("unwritablePages", {word}).run();
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_EQ(run.err, "prog: the standard output can't be written\n");
+    }
+}
+
+namespace
+{
+/// What the completion has for a state, without the walk that leads there.
+std::string casesOf(InUsage const& usage, char const* program = "prog")
+{
+    std::ostringstream text;
+    usage.printBashCompletion(text, program);
+    return text.str().substr(text.str().find("    case $state in\n"));
+}
+}  // namespace
+
+TEST(InUsage, theCompletionOffersTheWordsThatAreRight)
+{
+    const Declarations declared;
+    SettingsPackage package;
+    Argument quiet("Q:", "-Q ANSWER: quiet");
+    const InVariable<bool> isQuiet("quiet", package, quiet);
+    const Argument folder("O:", "-O OUTDIR: output");
+    bool wantsGraph = false;
+    InUsage usage = usageOf(declared);
+    usage.word("--graph", "", wantsGraph);
+    EXPECT_EQ(casesOf(usage, "my prog"), R"(    case $state in
+    option)
+        for word in '-C' '-d' '-l' '-O' '-Q' '-h' '--help' '--graph' '--settings' '--version'; do
+            [[ $word != "$current"* ]] || COMPREPLY+=("$word")
+        done
+        ;;
+    '-C')
+        for word in 'red' 'blue'; do
+            [[ $word != "$current"* ]] || COMPREPLY+=("$word")
+        done
+        ;;
+    '-d')
+        ;;
+    '-O')
+        mapfile -t COMPREPLY < <(compgen -d -- "$current")
+        ;;
+    '-Q')
+        for word in 'true' 'false'; do
+            [[ $word != "$current"* ]] || COMPREPLY+=("$word")
+        done
+        ;;
+    *)
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        ;;
+    esac
+}
+complete -o filenames -F _my_prog 'my prog'
+)");
+    EXPECT_NE(casesOf(InUsage("")).find("    *)\n        ;;\n"), std::string::npos)
+        << "nothing where no operand may be";
+}
+
+TEST(InUsage, theCompletionOffersNoWordsWhereOneOfThemIsWrong)
+{
+    const Declarations declared;
+    InUsage usage("");
+    usage.expect(declared.colour, "red, blue or colourful", isColour);
+    EXPECT_NE(casesOf(usage).find("    '-C')\n        mapfile "), std::string::npos) << casesOf(usage);
+}
+
+TEST(InUsage, noTextOfADeclarationIsACommandOfACompletion)
+{
+    InUsage usage("$(false)");
+    usage.word("--it's$(false)", "").operands("$(false) FOLDER");
+    const std::string cases = casesOf(usage, "a'b");
+    EXPECT_NE(cases.find(" '--it'\\''s$(false)' "), std::string::npos) << cases;
+    EXPECT_NE(cases.find("complete -o filenames -F _a_b 'a'\\''b'\n"), std::string::npos) << cases;
+}

@@ -1,4 +1,5 @@
-"""The pages of the guide, in the order in which they are read."""
-PATH = ["first-program.md", "errors.md", "packages.md", "settings.md", "logging.md", "files.md", "system.md",
-        "streamtime.md", "sampling.md", "testing.md"]
-WITH_PROGRAMS = PATH  # begin with a sample and its output, and have a table of messages
+"""The pages of the guide, in the order in which they are read. All but the last begin with a sample and its output, and have a
+table of messages."""
+WITH_PROGRAMS = ["first-program.md", "errors.md", "packages.md", "settings.md", "logging.md", "files.md", "system.md",
+                 "streamtime.md", "sampling.md", "testing.md"]
+PATH = [*WITH_PROGRAMS, "shipping.md"]

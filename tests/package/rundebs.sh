@@ -32,7 +32,7 @@ test -f "$work/one/libvnbase0/usr/lib/$arch/libVNbase.so.0"
 test ! -e "$work/one/libvnbase0/usr/lib/$arch/libVNbase.so"
 test ! -e "$work/one/libvnbase0/usr/include"
 test -L "$work/one/libvnbase-dev/usr/lib/$arch/libVNbase.so"
-test -f "$work/one/libvnbase-doc/usr/share/doc/libvnbase-doc/docs/starting.md"
+test -f "$work/one/libvnbase-doc/usr/share/doc/libvnbase-doc/docs/first-program.md"
 grep -q "No licence has been granted yet" "$work/one/libvnbase0/usr/share/doc/libvnbase0/copyright"
 
 echo "--- what the libraries export is what the list says"
