@@ -3,6 +3,7 @@
 names a file of the project that isn't there.
 
 A sample is a fenced block marked cpp or cmake. Blank lines and indentation don't count, and a line "..." stands for any lines.
+The first page's CMake sample is in no file: tests/guide/checkfirst.py does what that page says, with the page's own text.
 Samples in headers are excerpts for the eye and aren't checked.
 """
 import pathlib
@@ -45,6 +46,8 @@ pages = [*root.glob("*.md"), *(root / "docs").rglob("*.md")]
 checked, wrong = 0, 0
 for page in pages:
     for language, sample in re.findall(r"^```(cpp|cmake)\n(.*?)^```", page.read_text(), re.M | re.S):
+        if language == "cmake" and page.name == "first-program.md":
+            continue
         checked += 1
         if not any(holds(lines, lines_of(sample)) for lines in sources[language]):
             wrong += 1
