@@ -47,9 +47,12 @@ std::string bannerOfRun()
 }
 }  // namespace
 
-/// Levels of one file share the logger's stream: the lowest of them stands for all.
+/// Levels of one file share the logger's stream: the lowest of them stands for all. Null for what is no level: a site may log
+/// at any number that its program has cast to one, and its messages go to no file.
 ThreadLogOutputs::Output const* ThreadLogOutputs::findOutput(LgTypes::Level level) const
 {
+    if (level < 0 || level >= levels)
+        return nullptr;
     for (Output const& output : _outputs)
         if (output.stream != nullptr && output.stream == _outputs[level].stream)
             return &output;
