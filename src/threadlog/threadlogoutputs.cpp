@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <locale>
 #include <sstream>
 #include <system_error>
 
@@ -36,6 +37,7 @@ void tell(std::string const& path, std::string const& reason)
 std::string bannerOfRun()
 {
     std::ostringstream banner;
+    banner.imbue(std::locale::classic());  // not the program's, as in the logger's own banner
     banner << "===== Message Logger Startup =====\n";
     if (LgLog::isTimeStampsEnabled()) {
         const double age = HwCounter::seconds(LgLog::getStart(), HwCounter::timeStamp());

@@ -4,11 +4,22 @@
 #include <threadlog/threadlogoutputs_p.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <locale>
 #include <string>
 
 using namespace VnTest;
 using Vn::LgTypes;
+using Vn::ThreadLog;
 using Vn::ThreadLogOutputs;
+
+namespace
+{
+std::string getPath(char const* name)
+{
+    return std::getenv("T4Q_TEST_DIR") + std::string("/") + name;
+}
+}  // namespace
 
 // Levels.
 
@@ -36,4 +47,35 @@ TEST(ThreadLogOutputs, aNumberThatIsNoLevelHasNoFile)
     const std::string log = contentOf(folder.path("events.log"));
     EXPECT_EQ(log.find("no level"), log.npos) << log;
     EXPECT_NE(log.find("a level"), log.npos) << log;
+}
+
+// The banner.
+
+namespace
+{
+class CommaPoint : public std::numpunct<char>
+{
+    char do_decimal_point() const override { return ','; }
+};
+}  // namespace
+
+VN_CHILD(reopensInALocale)
+{
+    std::locale::global(std::locale(std::locale::classic(), new CommaPoint));
+    const Started start;
+    ThreadLog log;
+    std::filesystem::rename(getPath("events.log"), getPath("events.log.1"));
+    return log.reopen() ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, theBannerOfANewFileIsThatOfTheFirstInAnyLocale)
+{
+    const TempFolder folder;
+    expectSuccess(logger("reopensInALocale", folder).run());
+    const auto first = linesOf(folder.path("events.log.1"));
+    const auto second = linesOf(folder.path("events.log"));
+    ASSERT_GE(first.size(), 4u);
+    ASSERT_GE(second.size(), 4u);
+    EXPECT_TRUE(first[3].starts_with("===== Clock Frequency: 0.")) << first[3];
+    EXPECT_EQ(second[3], first[3]);
 }
