@@ -142,7 +142,7 @@ bool ThreadLogOutputs::reopen()
 bool ThreadLogOutputs::append(LgTypes::Level level, std::string_view text) const
 {
     Output const* const output = findOutput(level);
-    return output == nullptr || output->handle == closed || appendTo(output->handle, text);
+    return output == nullptr || output->handle == closed || appendTo(output->handle, text, output->isStuck);
 }
 
 std::size_t ThreadLogOutputs::readTail(LgTypes::Level level, char* bytes, std::size_t size) const

@@ -15,10 +15,12 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -84,7 +86,7 @@ int openToAppend(std::string const& path, int flags)
     return moveBeyondStandard(retry([&] { return ::open(path.c_str(), all, 0666); }));
 }
 
-/// Opening must not wait for the reader of a pipe; writing to it may.
+/// As the logger has its files.
 void makeBlocking(int file)
 {
     ::fcntl(file, F_SETFL, ::fcntl(file, F_GETFL) & ~O_NONBLOCK);
@@ -134,11 +136,8 @@ std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)
     struct ::stat status = {};
     if (::stat(path.c_str(), &status) != 0)
         return noFile;
-    // Reading from a pipe as well would make us one of those it waits for.
-    const int file = openToAppend(path, S_ISREG(status.st_mode) ? O_RDWR : O_WRONLY);
-    if (file != noFile)
-        makeBlocking(file);
-    return file;
+    // Reading from a pipe as well would make us one of those it waits for. It stays non-blocking: it is for crashes alone.
+    return openToAppend(path, S_ISREG(status.st_mode) ? O_RDWR : O_WRONLY);
 }
 
 void ThreadLogOutputs::closeHandle(std::intptr_t handle)
@@ -146,16 +145,26 @@ void ThreadLogOutputs::closeHandle(std::intptr_t handle)
     ::close(static_cast<int>(handle));
 }
 
-/// In one call as a rule, so that lines of several processes don't mix; a short write goes on where it ended.
-bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
+/// To a file in one call as a rule, so that lines of several processes don't mix; a short write goes on where it ended.
+///
+/// A crash may not wait for ever for a terminal or a pipe, so it asks before it writes. A pipe counts as ready with room for
+/// PIPE_BUF bytes, and standard output, which others share, stays blocking: it would wait for the room for a longer text.
+/// So a line that is longer may mix with another process's, or end early. The second is for all lines of a handle, as
+/// thousands may follow.
+bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text, bool& isStuck)
 {
+    const int file = static_cast<int>(handle);
+    struct ::stat status = {};
+    const bool isFile = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    const std::size_t most = isFile ? text.size() : PIPE_BUF;
     while (!text.empty()) {
-        // In a crash nobody may wait for ever for a terminal or a pipe; a file is ready at once.
         constexpr int aSecond = 1000;
-        struct ::pollfd wanted = {static_cast<int>(handle), POLLOUT, 0};
-        if (retry([&] { return ::poll(&wanted, 1, aSecond); }) == 0)
+        struct ::pollfd wanted = {file, POLLOUT, 0};
+        if (retry([&] { return ::poll(&wanted, 1, isStuck ? 0 : aSecond); }) == 0) {
+            isStuck = true;
             return false;
-        const ::ssize_t done = retry([&] { return ::write(static_cast<int>(handle), text.data(), text.size()); });
+        }
+        const ::ssize_t done = retry([&] { return ::write(file, text.data(), std::min(text.size(), most)); });
         if (done <= 0)
             return false;
         text.remove_prefix(static_cast<std::size_t>(done));
@@ -165,7 +174,8 @@ bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
 
 void ThreadLogOutputs::appendToStandardOutput(std::string_view text)
 {
-    appendTo(STDOUT_FILENO, text);
+    static constinit bool isStuck = false;  // one thread at a time
+    appendTo(STDOUT_FILENO, text, isStuck);
 }
 
 /// Nothing of a pipe or a device, which keep nothing.
@@ -202,8 +212,9 @@ std::string ThreadLogOutputs::reopenFile(Output& output, std::string_view banner
     if (loggers == noFile)
         return "the logger's own file isn't found";
     makeBlocking(file.get());
+    bool isStuck = false;  // a file never is
     if (status.st_size == 0)
-        appendTo(file.get(), banner);
+        appendTo(file.get(), banner, isStuck);
     if (retry([&] { return ::dup3(file.get(), loggers, O_CLOEXEC); }) == -1)
         return getErrorText(errno);
     ::dup3(file.get(), static_cast<int>(output.handle), O_CLOEXEC);

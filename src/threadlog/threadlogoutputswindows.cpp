@@ -42,7 +42,8 @@ std::string textOf(::DWORD error)
     return result.empty() ? "error " + std::to_string(error) : result;
 }
 
-/// All or nothing for us: the system takes a line in one piece, or the disk is full.
+/// All or nothing for us: the system takes a line in one piece, or the disk is full. A full pipe makes it wait until somebody
+/// reads: a pipe that doesn't wait is one for everybody who has that end of it, so it stays as it is.
 bool writeAll(::HANDLE file, char const* text, std::size_t size)
 {
     ::DWORD done = 0;
@@ -100,7 +101,7 @@ void ThreadLogOutputs::closeHandle(std::intptr_t handle)
     ::CloseHandle(handleOf(handle));
 }
 
-bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
+bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text, bool&)
 {
     const std::string_view line = withLineEnds(text);
     return writeAll(handleOf(handle), line.data(), line.size());

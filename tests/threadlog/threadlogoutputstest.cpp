@@ -3,6 +3,11 @@
 
 #include <threadlog/threadlogoutputs_p.h>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <locale>
@@ -78,4 +83,134 @@ TEST(ThreadLogOutputs, theBannerOfANewFileIsThatOfTheFirstInAnyLocale)
     ASSERT_GE(second.size(), 4u);
     EXPECT_TRUE(first[3].starts_with("===== Clock Frequency: 0.")) << first[3];
     EXPECT_EQ(second[3], first[3]);
+}
+
+// Pipes that nobody reads.
+
+namespace
+{
+constexpr int lines = 1000;
+
+/// Ends this process if what follows waits for each of a thousand lines.
+void endIfItTakesTooLong()
+{
+    ::alarm(120);
+}
+
+/// Until nothing goes into it, whatever it holds already. `writer` doesn't block.
+void fill(int writer)
+{
+    static constexpr char page[4096] = {};
+    for (std::size_t size = sizeof page; size != 0; size /= 2)
+        while (::write(writer, page, size) > 0) {
+        }
+}
+
+bool isReady(int writer)
+{
+    struct ::pollfd wanted = {writer, POLLOUT, 0};
+    return ::poll(&wanted, 1, 0) == 1;
+}
+
+/// Until the pipe says that it can be written: it then has room for PIPE_BUF bytes and no more.
+void makeLeastRoom(int reader, int writer)
+{
+    char byte = 0;
+    while (!isReady(writer) && ::read(reader, &byte, 1) == 1) {
+    }
+}
+
+/// A log in a pipe, which the child itself could read.
+class PipeLog
+{
+public:
+    PipeLog() : _reader(::open(getPath("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)), _start()
+    {
+        _writer = ::open(getPath("pipe").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        outputs.open();
+        fill(_writer);
+    }
+    ~PipeLog()
+    {
+        outputs.close();
+        ::close(_writer);
+        ::close(_reader);  // the logger's last line would wait
+    }
+    PipeLog(PipeLog const&) = delete;
+    PipeLog& operator=(PipeLog const&) = delete;
+
+    bool isFull() const { return !isReady(_writer); }
+    void makeLeastRoom() const { ::makeLeastRoom(_reader, _writer); }
+    void empty() const
+    {
+        char bytes[4096];
+        while (::read(_reader, bytes, sizeof bytes) > 0) {
+        }
+    }
+
+    ThreadLogOutputs outputs;
+
+private:
+    int _reader;
+    int _writer;
+    Started _start;
+};
+
+ChildRun runWithPipe(char const* body)
+{
+    const TempFolder folder;
+    ::mkfifo(folder.path("pipe").c_str(), 0600);
+    return logger(body, folder).with("VN_LOG_WARNING", "+" + folder.path("pipe")).run();
+}
+}  // namespace
+
+VN_CHILD(appendsToAFullPipe)
+{
+    const PipeLog log;
+    endIfItTakesTooLong();
+    bool isRefused = log.isFull();
+    for (int i = 0; i < lines; ++i)
+        isRefused = isRefused && !log.outputs.append(LgTypes::Warning, "a line\n");
+    log.empty();
+    return isRefused && log.outputs.append(LgTypes::Warning, "a line\n") ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, aFullPipeHoldsUpTheFirstLineOfACrashAloneAndTakesLinesOnceItIsRead)
+{
+    expectSuccess(runWithPipe("appendsToAFullPipe"));
+}
+
+VN_CHILD(appendsALongLineToANearlyFullPipe)
+{
+    const PipeLog log;
+    log.makeLeastRoom();
+    endIfItTakesTooLong();
+    return log.outputs.append(LgTypes::Warning, std::string(20000, 'x')) ? 1 : 0;
+}
+
+TEST(ThreadLogOutputs, aLineThatIsLongerThanTheRoomOfAPipeDoesntWaitWithoutEnd)
+{
+    expectSuccess(runWithPipe("appendsALongLineToANearlyFullPipe"));
+}
+
+VN_CHILD(appendsToAFullStandardOutput)
+{
+    int ends[2] = {-1, -1};
+    if (::pipe(ends) != 0 || ::dup2(ends[1], STDOUT_FILENO) == -1)
+        return 1;
+    ::fcntl(ends[1], F_SETFL, O_NONBLOCK);
+    fill(ends[1]);
+    ::fcntl(ends[1], F_SETFL, 0);
+    makeLeastRoom(ends[0], ends[1]);
+    endIfItTakesTooLong();
+    ThreadLogOutputs::appendToStandardOutput(std::string(20000, 'x'));
+    for (int i = 0; i < lines; ++i)
+        ThreadLogOutputs::appendToStandardOutput("a line\n");
+    return isReady(ends[1]) ? 1 : 0;
+}
+
+TEST(ThreadLogOutputs, theSameHoldsForStandardOutput)
+{
+    const TempFolder folder;
+    expectSuccess(logger("appendsToAFullStandardOutput", folder).run());
 }
