@@ -24,6 +24,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -92,6 +93,18 @@ void makeBlocking(int file)
     ::fcntl(file, F_SETFL, ::fcntl(file, F_GETFL) & ~O_NONBLOCK);
 }
 
+constexpr char const* notAlone = "not a file of this user alone";
+
+/// The folder where a dangling link wants its file. The system has followed the link, so it isn't endless.
+std::filesystem::path getTargetFolder(std::filesystem::path path)
+{
+    std::error_code failure;
+    for (auto target = std::filesystem::read_symlink(path, failure); !failure;
+         target = std::filesystem::read_symlink(path, failure))
+        path = path.parent_path() / target;
+    return path.has_parent_path() ? path.parent_path() : ".";
+}
+
 /// The logger's own descriptor: the process's first one that appends to that file, but for `ours`.
 /// Read from the kernel's own list, so that it costs nothing while nobody rotates. Two outputs may share one file; both then have
 /// descriptors, and each call finds the first that still has it, so the second output is replaced by the second call.
@@ -118,11 +131,20 @@ std::string ThreadLogOutputs::getErrorText(int error)
     return std::generic_category().message(error);
 }
 
-/// The logger refuses more than the system does: a default file that isn't the user's own, or has further names.
+/// By trying once more what the logger tried. It refuses more than the system does: a default file that is a link, isn't the
+/// user's own, or has further names. Nothing is made behind a link, which may be another user's.
 std::string ThreadLogOutputs::getOpenFailure(std::string const& path)
 {
-    const Descriptor file(openToAppend(path, O_WRONLY | O_NOFOLLOW));
-    return file.isOpen() ? "not a file of this user alone" : getErrorText(errno);
+    if (const Descriptor file(openToAppend(path, O_WRONLY)); file.isOpen())
+        return notAlone;
+    if (errno != ENOENT)
+        return getErrorText(errno);
+    if (isSymlink(path))
+        return ::faccessat(AT_FDCWD, getTargetFolder(path).c_str(), W_OK | X_OK, AT_EACCESS) == 0
+                   ? notAlone
+                   : getErrorText(errno);
+    const Descriptor file(openToAppend(path, O_WRONLY | O_CREAT | O_NOFOLLOW));
+    return file.isOpen() ? "it couldn't be opened at first" : getErrorText(errno);
 }
 
 bool ThreadLogOutputs::isSymlink(std::string const& path)
@@ -205,7 +227,7 @@ std::string ThreadLogOutputs::reopenFile(Output& output, std::string_view banner
     if (!S_ISREG(status.st_mode) || !S_ISREG(before.st_mode))
         return {};
     if (before.st_uid == ::geteuid() && (status.st_uid != before.st_uid || status.st_nlink != 1))
-        return "not a file of this user alone";
+        return notAlone;
     if (isSameFile(status, before))
         return {};
     const int loggers = findLoggersFile(before, static_cast<int>(output.handle));

@@ -4,8 +4,10 @@
 #include <threadlog/threadlogoutputs_p.h>
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -23,6 +25,17 @@ namespace
 std::string getPath(char const* name)
 {
     return std::getenv("T4Q_TEST_DIR") + std::string("/") + name;
+}
+}  // namespace
+
+namespace
+{
+/// Files' permissions then hold for this process as well, if the administrator runs it.
+void giveUpCapabilities()
+{
+    ::__user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    const ::__user_cap_data_struct none[2] = {};
+    ::syscall(SYS_capset, &header, none);
 }
 }  // namespace
 
@@ -213,4 +226,65 @@ TEST(ThreadLogOutputs, theSameHoldsForStandardOutput)
 {
     const TempFolder folder;
     expectSuccess(logger("appendsToAFullStandardOutput", folder).run());
+}
+
+// Reasons.
+
+VN_CHILD(opensItsOutputs)
+{
+    giveUpCapabilities();
+    const Started start;
+    const ThreadLog log;
+    return 0;
+}
+
+TEST(ThreadLogOutputs, theReasonOfAFileThatCantBeOpenedIsTheOneThatTheLoggerHad)
+{
+    const TempFolder folder;
+    const std::string file = folder.file("file");
+    const std::string closed = folder.folder("closed");
+    ::mkfifo(folder.path("pipe").c_str(), 0600);
+    std::filesystem::create_symlink(folder.path("none/a.log"), folder.path("tonone"));
+    std::filesystem::create_symlink("tonone", folder.path("twice"));
+    std::filesystem::create_symlink("closed/a.log", folder.path("toclosed"));
+    std::filesystem::create_symlink("endless", folder.path("endless"));
+    ::chmod(closed.c_str(), 0555);
+    const struct
+    {
+        char const* name;
+        char const* reason;
+    } table[] = {
+        {"none/a.log", "No such file or directory"},
+        {"tonone", "No such file or directory"},
+        {"twice", "No such file or directory"},
+        {"file/a.log", "Not a directory"},
+        {"closed", "Is a directory"},
+        {"closed/a.log", "Permission denied"},
+        {"toclosed", "Permission denied"},
+        {"endless", "Too many levels of symbolic links"},
+        {"pipe", "No such device or address"},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.name);
+        const std::string path = folder.path(row.name);
+        const ChildRun run = logger("opensItsOutputs", folder).with("VN_LOG_WARNING", "+" + path).run();
+        EXPECT_EQ(run.exitCode, 0);
+        EXPECT_EQ(run.err, "log: " + path + ": " + row.reason + "\n");
+    }
+}
+
+TEST(ThreadLogOutputs, aDefaultFileThatIsALinkIsToldAndNothingIsMadeBehindIt)
+{
+    const TempFolder folder;
+    const std::string log = folder.path("events.log");
+    for (char const* target : {"elsewhere", "file"}) {
+        SCOPED_TRACE(target);
+        folder.file("file", "before");
+        std::filesystem::create_symlink(target, log);
+        const ChildRun run = logger("opensItsOutputs", folder).run();
+        EXPECT_EQ(run.err, "log: " + log + ": not a file of this user alone\n");
+        EXPECT_FALSE(std::filesystem::exists(folder.path("elsewhere")));
+        EXPECT_EQ(contentOf(folder.path("file")), "before");
+        std::filesystem::remove(log);
+    }
 }
