@@ -89,6 +89,7 @@ void ThreadLogOutputs::open()
         if (output.stream->fail() && !output.stream->bad()) {
             tell(name, getOpenFailure(name));
             output.isTold = true;
+            output.isRefused = true;
         } else
             openOwn(output);
     }
@@ -128,8 +129,11 @@ bool ThreadLogOutputs::reopen()
     const std::string banner = bannerOfRun();
     bool isDone = true;
     for (Output& output : _outputs) {
-        const bool isOpen = isFirstOfItsFile(output) && output.handle != closed;
-        const std::string failure = isOpen ? reopenFile(output, banner) : std::string();
+        if (!isFirstOfItsFile(output))
+            continue;
+        // The logger's stream stays as it is, whatever the path leads to by now.
+        const std::string failure =
+            output.isRefused ? "it couldn't be opened at the start" : reopenFile(output, banner);
         if (!failure.empty()) {
             tell(output.path, failure);
             isDone = false;

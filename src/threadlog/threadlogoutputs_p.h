@@ -27,7 +27,7 @@ public:
     void tellFailures(int error);
 
     /// Replaces each file that was moved away by a new one of its name, which begins with the run's banner. False if one can't
-    /// be opened; that is told.
+    /// be opened, or couldn't be at the start; that is told.
     bool reopen();
 
     /// Writes to the level's file, all of it unless the system refuses. False if it does. True without a file. Waits a second
@@ -49,6 +49,7 @@ private:
         std::string path;
         std::ostream* stream = nullptr;  ///< the logger's; null for a level without a file
         bool isLink = false;             ///< the path was a symlink when the logger opened it
+        bool isRefused = false;          ///< the logger couldn't open it
         bool isTold = false;             ///< that the file refuses lines
         std::intptr_t handle = closed;   ///< our own
         mutable bool isStuck = false;    ///< see appendTo(); of the one thread that may call append()
@@ -66,7 +67,7 @@ private:
     /// What the system says of an error.
     static std::string getErrorText(int error);
 
-    /// Like ThreadLogOutputs::reopen(), for one file. An empty text means success.
+    /// Like ThreadLogOutputs::reopen(), for one file that the logger has open. An empty text means success.
     static std::string reopenFile(Output& output, std::string_view banner);
 
     static bool isSymlink(std::string const& path);

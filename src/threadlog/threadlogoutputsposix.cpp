@@ -87,6 +87,13 @@ int openToAppend(std::string const& path, int flags)
     return moveBeyondStandard(retry([&] { return ::open(path.c_str(), all, 0666); }));
 }
 
+/// To read as well, where that is allowed: a file that may only be written has no tail to look at.
+int openToAppendAndRead(std::string const& path, int flags)
+{
+    const int file = openToAppend(path, O_RDWR | flags);
+    return file != noFile ? file : openToAppend(path, O_WRONLY | flags);
+}
+
 /// As the logger has its files.
 void makeBlocking(int file)
 {
@@ -159,7 +166,7 @@ std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)
     if (::stat(path.c_str(), &status) != 0)
         return noFile;
     // Reading from a pipe as well would make us one of those it waits for. It stays non-blocking: it is for crashes alone.
-    return openToAppend(path, S_ISREG(status.st_mode) ? O_RDWR : O_WRONLY);
+    return S_ISREG(status.st_mode) ? openToAppendAndRead(path, 0) : openToAppend(path, O_WRONLY);
 }
 
 void ThreadLogOutputs::closeHandle(std::intptr_t handle)
@@ -218,8 +225,12 @@ std::size_t ThreadLogOutputs::readTailOf(std::intptr_t handle, char* bytes, std:
 /// failure leaves the logger with the file that it had.
 std::string ThreadLogOutputs::reopenFile(Output& output, std::string_view banner)
 {
-    const Descriptor file(openToAppend(output.path, O_RDWR | O_CREAT | (output.isLink ? 0 : O_NOFOLLOW)));
     struct ::stat status = {}, before = {};
+    if (output.handle == closed)  // a pipe and a device need nothing
+        return ::stat(output.path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)
+                   ? std::string()
+                   : "it couldn't be opened a second time at the start";
+    const Descriptor file(openToAppendAndRead(output.path, O_CREAT | (output.isLink ? 0 : O_NOFOLLOW)));
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
         return getErrorText(errno);
     if (::fstat(static_cast<int>(output.handle), &before) != 0)

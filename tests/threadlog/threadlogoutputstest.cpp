@@ -12,6 +12,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <locale>
 #include <string>
 
@@ -22,6 +23,11 @@ using Vn::ThreadLogOutputs;
 
 namespace
 {
+void logOne(char const* text)
+{
+    VN_LOG(groupOf(), LgTypes::Warning, text);
+}
+
 std::string getPath(char const* name)
 {
     return std::getenv("T4Q_TEST_DIR") + std::string("/") + name;
@@ -287,4 +293,68 @@ TEST(ThreadLogOutputs, aDefaultFileThatIsALinkIsToldAndNothingIsMadeBehindIt)
         EXPECT_EQ(contentOf(folder.path("file")), "before");
         std::filesystem::remove(log);
     }
+}
+
+// Files that are replaced.
+
+VN_CHILD(reopensWhatWasntOpen)
+{
+    const Started start;
+    ThreadLog log;
+    std::filesystem::create_directory(getPath("none"));
+    return log.reopen() ? 1 : 0;
+}
+
+TEST(ThreadLogOutputs, reopenIsFalseForAFileThatCouldntBeOpenedAtTheStart)
+{
+    const TempFolder folder;
+    const std::string path = folder.path("none/a.log");
+    const ChildRun run = logger("reopensWhatWasntOpen", folder).with("VN_LOG_WARNING", "+" + path).run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: " + path + ": No such file or directory\nlog: " + path +
+                           ": it couldn't be opened at the start\n");
+}
+
+VN_CHILD(reopensWhatMayOnlyBeWritten)
+{
+    giveUpCapabilities();
+    const std::string path = getPath("secret.log");
+    const Started start;
+    ThreadLog log;
+    logOne("first");
+    if (!log.reopen())
+        return 1;
+    std::filesystem::rename(path, path + ".1");
+    std::ofstream(path).close();
+    ::chmod(path.c_str(), 0200);
+    const bool isDone = log.reopen();
+    logOne("second");
+    return isDone ? 0 : 2;
+}
+
+TEST(ThreadLogOutputs, aFileThatMayOnlyBeWrittenIsReplacedLikeAnyOther)
+{
+    const TempFolder folder;
+    const std::string path = folder.file("secret.log");
+    ::chmod(path.c_str(), 0200);
+    expectSuccess(logger("reopensWhatMayOnlyBeWritten", folder).with("VN_LOG_WARNING", "+" + path).run());
+    for (std::string const& each : {path, path + ".1"})
+        ::chmod(each.c_str(), 0600);
+    ASSERT_EQ(messagesOf(path + ".1").size(), 1u);
+    EXPECT_EQ(messagesOf(path + ".1")[0].text, "Test first");
+    ASSERT_EQ(messagesOf(path).size(), 1u);
+    EXPECT_EQ(messagesOf(path)[0].text, "Test second");
+}
+
+VN_CHILD(reopensADevice)
+{
+    const Started start;
+    ThreadLog log;
+    return log.reopen() ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, reopenIsTrueForADevice)
+{
+    const TempFolder folder;
+    expectSuccess(logger("reopensADevice", folder).with("VN_LOG_WARNING", "+/dev/null").run());
 }
