@@ -101,6 +101,8 @@ void ThreadLogOutputs::openOwn(Output& output)
     output.handle = openHandle(output.path);
     if (output.handle == closed)
         tell(output.path, "messages before a crash can't be written here: " + getOpenFailure(output.path));
+    else
+        output.isAlone = isAlone(output.handle);
 }
 
 void ThreadLogOutputs::close()

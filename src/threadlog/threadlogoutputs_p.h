@@ -49,6 +49,7 @@ private:
         std::string path;
         std::ostream* stream = nullptr;  ///< the logger's; null for a level without a file
         bool isLink = false;             ///< the path was a symlink when the logger opened it
+        bool isAlone = false;            ///< the user's own file under one name, when we opened it
         bool isRefused = false;          ///< the logger couldn't open it
         bool isTold = false;             ///< that the file refuses lines
         std::intptr_t handle = closed;   ///< our own
@@ -71,6 +72,7 @@ private:
     static std::string reopenFile(Output& output, std::string_view banner);
 
     static bool isSymlink(std::string const& path);
+    static bool isAlone(std::intptr_t handle);
     static std::intptr_t openHandle(std::string const& path);
     static void closeHandle(std::intptr_t handle);
 

@@ -71,6 +71,12 @@ bool isSameFile(struct ::stat const& one, struct ::stat const& other)
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+/// Nobody else has it, and nothing else is called the same.
+bool isOwnAlone(struct ::stat const& status)
+{
+    return status.st_uid == ::geteuid() && status.st_nlink == 1;
+}
+
 /// What isn't a standard descriptor: these belong to whoever started the program.
 int moveBeyondStandard(int file)
 {
@@ -160,6 +166,13 @@ bool ThreadLogOutputs::isSymlink(std::string const& path)
     return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
+/// Asked when the file is opened: whoever moves it away may have given it a second name, or none.
+bool ThreadLogOutputs::isAlone(std::intptr_t handle)
+{
+    struct ::stat status = {};
+    return ::fstat(static_cast<int>(handle), &status) == 0 && isOwnAlone(status);
+}
+
 std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)
 {
     struct ::stat status = {};
@@ -237,10 +250,10 @@ std::string ThreadLogOutputs::reopenFile(Output& output, std::string_view banner
         return getErrorText(errno);
     if (!S_ISREG(status.st_mode) || !S_ISREG(before.st_mode))
         return {};
-    if (before.st_uid == ::geteuid() && (status.st_uid != before.st_uid || status.st_nlink != 1))
-        return notAlone;
-    if (isSameFile(status, before))
+    if (isSameFile(status, before))  // first: further names of a file that stays are nobody's harm
         return {};
+    if (output.isAlone && !isOwnAlone(status))
+        return notAlone;
     const int loggers = findLoggersFile(before, static_cast<int>(output.handle));
     if (loggers == noFile)
         return "the logger's own file isn't found";

@@ -90,6 +90,12 @@ bool ThreadLogOutputs::isSymlink(std::string const&)
     return false;
 }
 
+/// Never asked for, as no file is replaced here.
+bool ThreadLogOutputs::isAlone(std::intptr_t)
+{
+    return false;
+}
+
 /// FILE_READ_DATA is for readTailOf(). Appending is the one access to write, so that each write goes to the file's end in one
 /// step: with the plain access to write it would go to the handle's own place.
 std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)

@@ -358,3 +358,58 @@ TEST(ThreadLogOutputs, reopenIsTrueForADevice)
     const TempFolder folder;
     expectSuccess(logger("reopensADevice", folder).with("VN_LOG_WARNING", "+/dev/null").run());
 }
+
+// Links.
+
+/// Arguments: what is done before reopen(), each with a letter: (m)ove the log, (d)elete it, give it a second (n)ame, put another
+/// file's name in its (p)lace.
+VN_CHILD(reopensLinkedFiles)
+{
+    const std::string path = getPath("events.log");
+    const Started start;
+    ThreadLog log;
+    for (const char step : std::string(argv[1]))
+        switch (step) {
+        case 'm':
+            std::filesystem::rename(path, path + ".1");
+            break;
+        case 'd':
+            std::filesystem::remove(path);
+            break;
+        case 'n':
+            std::filesystem::create_hard_link(path, path + ".name");
+            break;
+        default:
+            std::filesystem::create_hard_link(getPath("other"), path);
+        }
+    return log.reopen() ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, aLogOfOneNameGetsASuccessorOfOneName)
+{
+    const struct
+    {
+        char const* steps;
+        bool isDone;
+    } table[] = {{"n", true}, {"nm", true}, {"mp", false}, {"dp", false}, {"nmp", false}, {"m", true}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.steps);
+        const TempFolder folder;
+        const std::string other = folder.file("other", "precious");
+        const std::string log = folder.path("events.log");
+        const ChildRun run = logger("reopensLinkedFiles", folder).arguments({row.steps}).run();
+        EXPECT_EQ(run.exitCode, row.isDone ? 0 : 1);
+        EXPECT_EQ(run.err, row.isDone ? "" : "log: " + log + ": not a file of this user alone\n");
+        EXPECT_EQ(contentOf(other), "precious");
+    }
+}
+
+TEST(ThreadLogOutputs, aLogThatHadTwoNamesAtTheStartMayHaveThemLater)
+{
+    const TempFolder folder;
+    const std::string log = folder.file("events.log");
+    const std::string other = folder.file("other");
+    std::filesystem::create_hard_link(log, folder.path("second"));
+    expectSuccess(logger("reopensLinkedFiles", folder).arguments({"mp"}).with("VN_LOG_WARNING", "+" + log).run());
+    EXPECT_NE(contentOf(other).find("===== Message Logger Startup ====="), std::string::npos);
+}
