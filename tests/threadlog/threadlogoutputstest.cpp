@@ -143,7 +143,7 @@ void makeLeastRoom(int reader, int writer)
 class PipeLog
 {
 public:
-    PipeLog() : _reader(::open(getPath("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)), _start()
+    PipeLog() : _reader(::open(getPath("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC))
     {
         _writer = ::open(getPath("pipe").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
         outputs.open();
