@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <locale>
 #include <sstream>
 #include <system_error>
 
@@ -36,6 +37,7 @@ void tell(std::string const& path, std::string const& reason)
 std::string bannerOfRun()
 {
     std::ostringstream banner;
+    banner.imbue(std::locale::classic());  // not the program's, as in the logger's own banner
     banner << "===== Message Logger Startup =====\n";
     if (LgLog::isTimeStampsEnabled()) {
         const double age = HwCounter::seconds(LgLog::getStart(), HwCounter::timeStamp());
@@ -47,9 +49,12 @@ std::string bannerOfRun()
 }
 }  // namespace
 
-/// Levels of one file share the logger's stream: the lowest of them stands for all.
+/// Levels of one file share the logger's stream: the lowest of them stands for all. Null for what is no level: a site may log
+/// at any number that its program has cast to one, and its messages go to no file.
 ThreadLogOutputs::Output const* ThreadLogOutputs::findOutput(LgTypes::Level level) const
 {
+    if (level < 0 || level >= levels)
+        return nullptr;
     for (Output const& output : _outputs)
         if (output.stream != nullptr && output.stream == _outputs[level].stream)
             return &output;
@@ -84,6 +89,7 @@ void ThreadLogOutputs::open()
         if (output.stream->fail() && !output.stream->bad()) {
             tell(name, getOpenFailure(name));
             output.isTold = true;
+            output.isRefused = true;
         } else
             openOwn(output);
     }
@@ -95,6 +101,8 @@ void ThreadLogOutputs::openOwn(Output& output)
     output.handle = openHandle(output.path);
     if (output.handle == closed)
         tell(output.path, "messages before a crash can't be written here: " + getOpenFailure(output.path));
+    else
+        output.isAlone = isAlone(output.handle);
 }
 
 void ThreadLogOutputs::close()
@@ -123,8 +131,11 @@ bool ThreadLogOutputs::reopen()
     const std::string banner = bannerOfRun();
     bool isDone = true;
     for (Output& output : _outputs) {
-        const bool isOpen = isFirstOfItsFile(output) && output.handle != closed;
-        const std::string failure = isOpen ? reopenFile(output, banner) : std::string();
+        if (!isFirstOfItsFile(output))
+            continue;
+        // The logger's stream stays as it is, whatever the path leads to by now.
+        const std::string failure =
+            output.isRefused ? "it couldn't be opened at the start" : reopenFile(output, banner);
         if (!failure.empty()) {
             tell(output.path, failure);
             isDone = false;
@@ -137,7 +148,7 @@ bool ThreadLogOutputs::reopen()
 bool ThreadLogOutputs::append(LgTypes::Level level, std::string_view text) const
 {
     Output const* const output = findOutput(level);
-    return output == nullptr || output->handle == closed || appendTo(output->handle, text);
+    return output == nullptr || output->handle == closed || appendTo(output->handle, text, output->isStuck);
 }
 
 std::size_t ThreadLogOutputs::readTail(LgTypes::Level level, char* bytes, std::size_t size) const

@@ -23,10 +23,10 @@ namespace
     return reinterpret_cast<::HANDLE>(handle);
 }
 
-/// Appending is the one access, so that each write goes to the file's end in one step.
-::HANDLE openToAppend(std::string const& path, ::DWORD access)
+/// `creation` says what becomes of a file that isn't there.
+::HANDLE openFile(std::string const& path, ::DWORD access, ::DWORD creation)
 {
-    return ::CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+    return ::CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, creation,
                          FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
@@ -42,7 +42,8 @@ std::string textOf(::DWORD error)
     return result.empty() ? "error " + std::to_string(error) : result;
 }
 
-/// All or nothing for us: the system takes a line in one piece, or the disk is full.
+/// All or nothing for us: the system takes a line in one piece, or the disk is full. A full pipe makes it wait until somebody
+/// reads: a pipe that doesn't wait is one for everybody who has that end of it, so it stays as it is.
 bool writeAll(::HANDLE file, char const* text, std::size_t size)
 {
     ::DWORD done = 0;
@@ -72,10 +73,11 @@ std::string ThreadLogOutputs::getErrorText(int)
     return "it can't be written";
 }
 
-/// By trying once more what the logger tried: what stood in its way is nearly always still there.
+/// By trying once more what the logger tried, which makes a file that isn't there: what stood in its way is nearly always still
+/// there.
 std::string ThreadLogOutputs::getOpenFailure(std::string const& path)
 {
-    const ::HANDLE file = openToAppend(path, FILE_APPEND_DATA);
+    const ::HANDLE file = openFile(path, GENERIC_WRITE, OPEN_ALWAYS);
     if (file == INVALID_HANDLE_VALUE)
         return textOf(::GetLastError());
     ::CloseHandle(file);
@@ -88,11 +90,18 @@ bool ThreadLogOutputs::isSymlink(std::string const&)
     return false;
 }
 
-/// FILE_READ_DATA is for readTailOf(). The plain access to write isn't asked for: with it a write would go to the handle's own
-/// place and not to the end.
+/// Never asked for, as no file is replaced here.
+bool ThreadLogOutputs::isAlone(std::intptr_t)
+{
+    return false;
+}
+
+/// FILE_READ_DATA is for readTailOf(). Appending is the one access to write, so that each write goes to the file's end in one
+/// step: with the plain access to write it would go to the handle's own place.
 std::intptr_t ThreadLogOutputs::openHandle(std::string const& path)
 {
-    return reinterpret_cast<std::intptr_t>(openToAppend(path, FILE_APPEND_DATA | FILE_READ_DATA | SYNCHRONIZE));
+    return reinterpret_cast<std::intptr_t>(
+        openFile(path, FILE_APPEND_DATA | FILE_READ_DATA | SYNCHRONIZE, OPEN_EXISTING));
 }
 
 void ThreadLogOutputs::closeHandle(std::intptr_t handle)
@@ -100,7 +109,7 @@ void ThreadLogOutputs::closeHandle(std::intptr_t handle)
     ::CloseHandle(handleOf(handle));
 }
 
-bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text)
+bool ThreadLogOutputs::appendTo(std::intptr_t handle, std::string_view text, bool&)
 {
     const std::string_view line = withLineEnds(text);
     return writeAll(handleOf(handle), line.data(), line.size());

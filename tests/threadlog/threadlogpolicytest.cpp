@@ -40,6 +40,21 @@ TEST(ThreadLogPolicy, bitsAndThresholdAnswerForEachLevel)
     EXPECT_FALSE(policy.isWaiting(LgTypes::Profiling));
     EXPECT_TRUE(policy.isUrgent(LgTypes::RecoverableError));
     EXPECT_FALSE(policy.isUrgent(LgTypes::Warning));
+    policy.urgent = LgTypes::Tracing;
+    EXPECT_TRUE(policy.isUrgent(LgTypes::Tracing));
+    EXPECT_FALSE(policy.isUrgent(LgTypes::Profiling));
     policy.urgent = -1;
     EXPECT_FALSE(policy.isUrgent(LgTypes::InternalError));
+}
+
+TEST(ThreadLogPolicy, aNumberThatIsNoLevelNeitherWaitsNorIsUrgent)
+{
+    ThreadLogPolicy policy;
+    policy.waiting = ~0u;
+    policy.urgent = LgTypes::Tracing;
+    for (const int number : {-1000, -1, 7, 31, 32, 64, 1000}) {
+        const auto level = static_cast<LgTypes::Level>(number);
+        EXPECT_FALSE(policy.isWaiting(level)) << number;
+        EXPECT_FALSE(policy.isUrgent(level)) << number;
+    }
 }
