@@ -89,8 +89,8 @@ public:
     /// Opens the files anew, by their names: call it when a log was moved away. Each new file begins with the banner of
     /// the run. Messages that were accepted before go to the files before.
     ///
-    /// False if a file can't be opened: that one stays, and its path and the reason go to standard error. On Windows an
-    /// open file can't be moved, so there is nothing to do, and the result is true.
+    /// False if a file can't be opened, or couldn't be at the start: that one stays as it is, and its path and the reason go to
+    /// standard error. On Windows an open file can't be moved, so there is nothing to do, and the result is true.
     bool reopen();
 
     /// From now on a crash writes every message that a queue had accepted before it, and then goes its usual way: to the

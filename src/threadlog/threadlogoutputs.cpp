@@ -116,11 +116,15 @@ void ThreadLogOutputs::close()
 
 /// A stream that recovers and fails again isn't told again: on a disk that is full now and then that would be a line for each
 /// time.
+/// Without a reason, since nothing was written, it waits for the line that is refused.
 void ThreadLogOutputs::tellFailures(int error)
 {
+    const std::string reason = getErrorText(error);
+    if (reason.empty())
+        return;
     for (Output& output : _outputs)
         if (isFirstOfItsFile(output) && !output.isTold && output.stream->fail()) {
-            tell(output.path, getErrorText(error));
+            tell(output.path, reason);
             output.isTold = true;
         }
 }

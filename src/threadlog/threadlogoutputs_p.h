@@ -65,7 +65,7 @@ private:
     /// Why a file of that path can't be opened for appending.
     static std::string getOpenFailure(std::string const& path);
 
-    /// What the system says of an error.
+    /// What the system says of an error; empty for none, where it tells by errno.
     static std::string getErrorText(int error);
 
     /// Like ThreadLogOutputs::reopen(), for one file that the logger has open. An empty text means success.

@@ -141,7 +141,7 @@ int findLoggersFile(struct ::stat const& wanted, int ours)
 /// The C library's words for it.
 std::string ThreadLogOutputs::getErrorText(int error)
 {
-    return std::generic_category().message(error);
+    return error != 0 ? std::generic_category().message(error) : std::string();
 }
 
 /// By trying once more what the logger tried. It refuses more than the system does: a default file that is a link, isn't the

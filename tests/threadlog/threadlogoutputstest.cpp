@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <locale>
 #include <string>
 
@@ -82,6 +83,30 @@ class CommaPoint : public std::numpunct<char>
     char do_decimal_point() const override { return ','; }
 };
 }  // namespace
+
+VN_CHILD(logsBesideAFullDisk)
+{
+    const Started start;
+    ThreadLog log;
+    const Vn::LgMinorGroup group = groupOf();
+    VN_LOG(group, LgTypes::RecoverableError, "to a file with room");
+    log.flush();
+    std::cerr << "then\n";
+    VN_LOG(group, LgTypes::Warning, "to the full one");
+    log.flush();
+    return 0;
+}
+
+TEST(ThreadLogOutputs, aFileThatRefusedItsBannerIsToldWithTheReasonOfItsFirstLine)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("logsBesideAFullDisk", folder)
+                             .with("VN_LOG_WARNING", "/dev/full")
+                             .with("VN_LOG_RECOVERABLE_ERROR", folder.path("errors.log"))
+                             .run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "then\nlog: /dev/full: No space left on device\n");
+}
 
 VN_CHILD(reopensInALocale)
 {
