@@ -16,6 +16,14 @@
 //    meant: a fault, unless "--" stood in front.
 //
 // Behind the walk stand the operands' number and the environment: a variable is looked at if its text would win.
+//
+// What the walk makes of some lines, where d takes a value and l none:
+//
+//     -ld 3 film    l, and d is 3; one operand
+//     -d3 -- -l     d is 3; one operand, "-l"
+//     -d            a fault: d lacks its value
+//     film -l       a fault: an option behind an operand
+//     --verbose     a fault: an unknown option
 #include <base/incommandline_p.h>
 
 #include <base/incontextalias.h>
@@ -35,6 +43,7 @@ using Option = InContextAlias<InInitArg, 1>;
 using Environment = InContextAlias<InInitEnv, 1>;
 using Default = InContextAlias<InInitDef, 0>;
 
+/// Signed, as the start's parser compares letters: those beyond ASCII are negative on every platform.
 signed char letterOf(std::string_view key)
 {
     return key.empty() ? '\0' : static_cast<signed char>(key[0]);
@@ -89,6 +98,7 @@ char const* InCommandLine::getValue(char letter) const
     return found != _values.end() ? found->second : nullptr;
 }
 
+/// A variable that runs has chosen already. Before the start the sources are asked as the start will ask them, the strongest first.
 InCommandLine::Choice InCommandLine::choose(InVariableBase const& variable) const
 {
     if (InContextAliasBase const* const chosen = InDeclarations::getChosen(variable))
@@ -108,6 +118,8 @@ InCommandLine::Choice InCommandLine::choose(InVariableBase const& variable) cons
     return {};
 }
 
+/// The rules at the top of this file, in their order. A word that the program looks at itself ends the walk without a count of
+/// operands: what follows is the program's own language.
 void InCommandLine::walk()
 {
     for (; _index < _argc; ++_index) {

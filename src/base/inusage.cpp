@@ -1,6 +1,13 @@
 // Help and refusals, from the declarations. The command line is walked in incommandline.cpp, the texts are made in
 // inusagereport.cpp, their rows in inusageentries.cpp and their columns in inusagelayout.cpp, the man page is
 // that of inusageman.cpp, the completion that of inusagecompletion.cpp; here is what a program calls.
+//
+// handle() asks in this order, and the first that applies ends the program: help, a page, the versions, a fault, the settings.
+// So who adds -h to a command line that is wrong gets help and not the fault, while the settings of a wrong command line, which
+// would be those of another one, are refused.
+//
+// Nothing is started for any of that. The declarations are static objects, which exist before main(); what they would read is
+// read by incommandline.cpp in the start's own way.
 #include <base/inusage.h>
 
 #include <base/incommandline_p.h>
@@ -13,6 +20,7 @@ namespace Vn
 {
 namespace
 {
+/// What a program ends with, as most command-line tools have it.
 constexpr int success = 0;
 constexpr int failed = 1;
 constexpr int wronglyUsed = 2;
@@ -40,6 +48,7 @@ InFault const* firstFaultOf(InCommandLine const& line)
     return nullptr;
 }
 
+/// The vector stays ended by a null, as main() got it.
 void removeArgument(int index, int& argc, char** argv)
 {
     for (int i = index; i + 1 < argc; ++i)
@@ -67,6 +76,7 @@ InUsage::InUsage(char const* summary) : _state(new InUsageState)
     _state->summary = orEmpty(summary);
 }
 
+/// A copy is independent: a program may keep a common usage and add to it for each of its subcommands.
 InUsage::InUsage(InUsage const& other) : _state(new InUsageState(*other._state)) {}
 
 InUsage& InUsage::operator=(InUsage const& other)
@@ -149,6 +159,7 @@ std::optional<int> InUsage::handle(int& argc, char** argv) const
     return std::nullopt;
 }
 
+/// All of them, where handle() tells the first.
 std::vector<InFault> InUsage::getFaults(int argc, char const* const* argv) const
 {
     return InCommandLine(argc, argv, _state).getFaults();

@@ -65,6 +65,8 @@ std::vector<std::string> rightWords(std::vector<InUsageState::Demand> const& dem
     return {};
 }
 
+/// By the first setting that says anything: its list of words, then its type. A number is nothing that a shell could guess, so it
+/// offers nothing, which is better than the names of files.
 Values valuesOf(InUsageEntry const& entry, std::string_view placeholder,
                 std::vector<InUsageState::Demand> const& demands)
 {
@@ -81,6 +83,7 @@ Values valuesOf(InUsageEntry const& entry, std::string_view placeholder,
     return valuesNamed(placeholder);
 }
 
+/// One branch of the function's `case`. COMPREPLY is what bash offers; compgen finds names of folders and files by itself.
 void printReplies(std::ostream& stream, Values const& values)
 {
     switch (values.kind) {
@@ -122,6 +125,8 @@ Values optionsOf(std::vector<Row> const& rows)
 }
 }  // namespace
 
+/// The text in raw strings is the function as bash gets it; in between stand the parts that depend on the declarations. `letters`
+/// are those that take a value, which end a cluster: in "-ld" all behind the `d` is its value.
 std::ostream& InUsage::printBashCompletion(std::ostream& stream, char const* program) const
 {
     const InUsageEntries entries;

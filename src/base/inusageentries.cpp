@@ -2,6 +2,12 @@
 // and the defaults of the settings that it feeds; rows for the words; and one for each variable of the environment whose
 // setting has no option. A setting of this library, whose handle begins with "Vn::", has no row: its variables are for
 // developers, and --settings lists them.
+//
+// One option may feed several settings, and one setting may have several options. Help is read by option, so each entry collects
+// what its settings have, each source once:
+//
+//     Option d, Environment REEL_DEPTH, Default 3     ->  -d LEVELS   how deep to look (REEL_DEPTH, default 3)
+//     Environment REEL_ORDER, Default files           ->  REEL_ORDER  by what to sort (default files)
 #include <base/inusageentries_p.h>
 
 #include <base/incontextalias.h>
@@ -20,6 +26,7 @@ using Option = InContextAlias<InInitArg, 1>;
 using Environment = InContextAlias<InInitEnv, 1>;
 using Default = InContextAlias<InInitDef, 0>;
 
+/// A linear search: an option feeds a few settings at most.
 void addOnce(std::vector<std::string>& texts, std::string const& text)
 {
     if (std::find(texts.begin(), texts.end(), text) == texts.end())
@@ -48,6 +55,7 @@ void addSources(InUsageEntry& entry, InVariableBase const& variable)
 }
 }  // namespace
 
+/// `text` with the sources behind it in parentheses; an entry without a description has these alone.
 std::string InUsageEntry::describe(std::string const& text) const
 {
     std::string all;
@@ -58,6 +66,7 @@ std::string InUsageEntry::describe(std::string const& text) const
     return text + (text.empty() ? "(" : " (") + all + ")";
 }
 
+/// What a description says of its option itself ("-d LEVELS: ...") goes into the left column.
 Row InUsageEntry::getRow(char letter) const
 {
     Row row = InUsageLayout::describeOption(letter, takesValue() ? placeholder : "", description);
@@ -65,6 +74,7 @@ Row InUsageEntry::getRow(char letter) const
     return row;
 }
 
+/// By the alphabet, a small letter before its capital one: a, A, b. Letters beyond ASCII come last, in the order of their codes.
 std::tuple<int, int> InUsageEntries::LetterOrder::rankOf(char letter)
 {
     const int code = static_cast<unsigned char>(letter);
@@ -118,12 +128,14 @@ void InUsageEntries::addVariable(InVariableBase const& variable)
     _alone.push_back(entry);
 }
 
+/// Whether there is a variable in parentheses, so that a sentence about who wins has something to explain.
 bool InUsageEntries::hasRanks() const
 {
     return std::any_of(_options.begin(), _options.end(),
                        [](auto const& option) { return !option.second.variables.empty(); });
 }
 
+/// Words stand behind letters: those of every program first and last, the program's own in between.
 std::vector<Row> InUsageEntries::getOptionRows(std::vector<InUsageState::Word> const& words) const
 {
     std::vector<Row> rows;

@@ -1,4 +1,13 @@
 // The columns of a usage text. Pure functions of texts and a width.
+//
+//     |<------------------------- width ------------------------->|
+//       -d LEVELS   how deep to look (REEL_DEPTH,
+//                   default 3)
+//     |<>|<- left ->|<-3->|
+//
+// The left column is as wide as its longest entry, but never more than half of the page: a longer entry has a line of its own,
+// and its description begins on the next one. Lengths count characters and not bytes; a character that a terminal shows two
+// columns wide is counted as one, which makes a line a little longer than asked for.
 #include <base/inusagelayout_p.h>
 
 #include <algorithm>
@@ -58,6 +67,12 @@ std::size_t lengthOf(std::string_view text)
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
+/// Descriptions may begin with the option and with a word for its value, as many programs' own texts do; both then move to the left
+/// column. A word counts as such if it looks like one and is set off, so that a sentence in capitals keeps its first word.
+///
+///     'd', "LEVELS", "-d FOLDERS: where"   ->  "-d FOLDERS", "where"
+///     'd', "LEVELS", "how deep"            ->  "-d LEVELS", "how deep"
+///     'd', "",       "-d: as a list"       ->  "-d", "as a list"
 Row describeOption(char letter, std::string_view placeholder, std::string_view description)
 {
     const std::string option = {'-', letter};
@@ -82,6 +97,7 @@ Row describeOption(char letter, std::string_view placeholder, std::string_view d
     return {left, std::string(rest)};
 }
 
+/// A row of a note, whose columns the program has set apart by two blanks or more.
 Row splitRow(std::string_view line)
 {
     line = withoutLeadingBlanks(line);
@@ -89,6 +105,7 @@ Row splitRow(std::string_view line)
     return {std::string(line.substr(0, end)), std::string(withoutLeadingBlanks(line.substr(end)))};
 }
 
+/// Half of the page at most, less what stands around the column.
 std::size_t leftWidthOf(std::vector<Row> const& rows, std::size_t width)
 {
     std::size_t longest = 0;
@@ -115,6 +132,7 @@ void printRows(std::ostream& stream, std::vector<Row> const& rows, std::size_t l
     }
 }
 
+/// Lines that begin with a blank are rows; those that follow each other share their columns. Everything else is a paragraph.
 void printText(std::ostream& stream, std::string_view text, std::size_t width)
 {
     std::vector<Row> rows;

@@ -1,4 +1,7 @@
 // inusagelinux.cpp (Windows form: inusagewindows.cpp)
+//
+// The loader's list of objects, of which those named like a library of the family are asked for the entry that it exports.
+// Opening one that is loaded only counts it once more, so nothing is loaded and nothing is initialised here.
 #include <base/inusage_p.h>
 
 #include <dlfcn.h>

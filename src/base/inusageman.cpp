@@ -3,6 +3,10 @@
 // The page is in the language of man(7), as man, mandoc and groff read it. Lines of text are wrapped below 80 bytes, as
 // their checkers ask for it. The day and the version are those of the application, if it has registered, and else of this
 // library, so a build that can be repeated has pages that can be.
+//
+//     -d LEVELS   how deep to look     ->     .TP
+//                                             \fB\-d\fR \fILEVELS\fR
+//                                             how deep to look
 #include <base/inusage.h>
 
 #include <base/dbgbuildinfo.h>
@@ -61,6 +65,7 @@ std::string fontsOf(std::string_view left)
     return text;
 }
 
+/// A row without a description still needs a line: the next request would be taken for it.
 void printRows(std::ostream& stream, std::vector<Row> const& rows)
 {
     for (Row const& row : rows) {
@@ -97,6 +102,7 @@ std::string asPartOfALine(std::string summary)
     return summary;
 }
 
+/// ASCII letters alone, under every locale. Titles of man pages are written so.
 std::string inCapitals(std::string text)
 {
     for (char& letter : text)
@@ -113,6 +119,7 @@ std::string titleOf(char const* name, DbgBuildInfo const& info)
            std::to_string(info.getMinorVersion()) + "\"";
 }
 
+/// The library is always there to answer; a program registers itself if it has a version of its own.
 std::string titleOfProcess()
 {
     try {
@@ -137,6 +144,7 @@ std::vector<Row> rowsOfVariables(InUsageEntries const& entries)
 }
 }  // namespace
 
+/// In the order of sections that man(7) gives. A section without content is left out, as the checkers ask for it.
 std::ostream& InUsage::printManPage(std::ostream& stream, char const* program) const
 {
     const InUsageEntries entries;

@@ -1,4 +1,8 @@
 // The words of man pages and completions. Pure functions of texts.
+//
+// Both kinds of page are programs: man's formatter obeys lines that begin with a dot and words that begin with a backslash, and
+// bash obeys nearly everything. A description that somebody wrote for people, or a name from outside, must come out as it was
+// written, and never be obeyed. So each text passes through one of these functions on its way, and there is no other way.
 #include <base/inusagepages_p.h>
 
 #include <base/osterminal.h>
@@ -8,6 +12,8 @@
 namespace Vn
 {
 
+/// Each of these characters has a meaning, or a typographic stand-in: a plain "-" may be printed as a hyphen, which nobody finds
+/// again or can copy into a command line. The names behind the backslash are the portable ones, which mandoc knows as well.
 std::string InUsagePages::roffOf(std::string_view text)
 {
     std::string escaped;
@@ -41,6 +47,9 @@ std::string InUsagePages::roffOf(std::string_view text)
     return escaped;
 }
 
+/// Within single quotes nothing has a meaning but the quote itself, which ends them: it stands between two quoted parts.
+///
+///     it's  ->  'it'\''s'
 std::string InUsagePages::quotedForShell(std::string_view word)
 {
     std::string quoted = "'";
@@ -53,6 +62,9 @@ std::string InUsagePages::quotedForShell(std::string_view word)
     return quoted + "'";
 }
 
+/// Two programs may get one identifier, "a-b" and "a_b"; a user would have to complete both in one shell to notice.
+///
+///     vn-inventory 2  ->  vn_inventory_2
 std::string InUsagePages::identifierOf(std::string_view program)
 {
     std::string identifier;
@@ -64,6 +76,11 @@ std::string InUsagePages::identifierOf(std::string_view program)
     return identifier;
 }
 
+/// From the compiler's form, whose days below 10 have a blank in front; empty for anything else, as a library may tell its date
+/// in a form of its own.
+///
+///     "Nov  2 2026"  ->  "2026-11-02"
+///     "yesterday"    ->  ""
 std::string InUsagePages::isoDateOf(std::string_view date)
 {
     constexpr std::string_view months = "Jan Feb Mar Apr May Jun Jul Aug Sep Oct Nov Dec ";
@@ -79,6 +96,11 @@ std::string InUsagePages::isoDateOf(std::string_view date)
     return std::string(date.substr(7)) + "-" + month + "-" + tens + date[5];
 }
 
+/// The words of a demand that lists what is right, as it stands in the message of a refusal; none if it is a sentence.
+///
+///     "bytes, files or suffix"   ->  bytes, files, suffix
+///     "left, or right"           ->  left, right
+///     "a number of levels"       ->  none
 std::vector<std::string> InUsagePages::wordsOf(std::string_view demand)
 {
     std::vector<std::string> words;

@@ -1,6 +1,13 @@
 // What InUsage prints: the usage text, the settings, and the versions.
 //
-// The usage text has the rows of inusageentries.cpp, and the program's notes.
+// The usage text has the rows of inusageentries.cpp, and the program's notes. It begins with the program's name and not with a
+// word for "usage", and goes to standard output when it was asked for: it is then a result, which one may search and page.
+//
+// Settings are listed with the value as the variable reads it, since that is what counts ("true" for "yes"); the text itself
+// stands there if its type can't make sense of all of it.
+//
+// Versions are those of the libraries in the process, asked through the entry that each library of the family exports
+// (inusagelinux.cpp, inusagewindows.cpp). What libraries register with the build information is there after the start only.
 #include <base/inusage.h>
 
 #include <base/dbgbuildinfo.h>
@@ -52,6 +59,7 @@ std::string sourceOf(InContextAliasBase const* alias)
     return dynamic_cast<Default const*>(alias) != nullptr ? "default" : "override";
 }
 
+/// Name, version and status, then stamp and date in parentheses. Another library's answers may be null.
 std::string describe(char const* name, DbgBuildInfo const& info)
 {
     const auto orEmpty = [](char const* part) { return ExReasonText::orEmpty(part); };
@@ -61,6 +69,7 @@ std::string describe(char const* name, DbgBuildInfo const& info)
          << orEmpty(info.getBuildDate(false)) << ")";
     return text.str();
 }
+
 /// A library that fails is named all the same: which one it is may be what is looked for.
 std::string describe(System::FamilyLibrary const& library)
 {
@@ -76,6 +85,7 @@ std::string describe(System::FamilyLibrary const& library)
 }
 }  // namespace
 
+/// As people call the program: without its folder, and on any platform without the suffix of Windows.
 std::string programNameOf(char const* path)
 {
     std::string name = path != nullptr ? path : "";

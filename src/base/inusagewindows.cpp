@@ -1,4 +1,7 @@
 // inusagewindows.cpp (Linux form: inusagelinux.cpp)
+//
+// The loader's list of modules, and in each module of the family the entry that it exports. GetProcAddress() looks into that
+// module alone, so an entry that is found is the module's own.
 #include <base/inusage_p.h>
 
 #include <windows.h>

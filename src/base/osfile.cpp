@@ -213,6 +213,7 @@ bool OsFile::exists() const
 // Intended: empty, as nothing is cached. Do not mend: the operation is for derived classes that cache.
 void OsFile::refreshInfo() const {}
 
+// A directory is refused by the system: OsDirectory removes these.
 void OsFile::remove()
 {
     requirePath(_path, __LINE__);
@@ -227,6 +228,7 @@ void OsFile::renameTo(OsFilePath const& target)
     performRenameTo(target);
 }
 
+// Into a directory under the own name; onto a file that may be written, which is emptied first; never onto itself.
 void OsFile::copyTo(OsFilePath const& target)
 {
     requirePath(_path, __LINE__);
@@ -270,6 +272,7 @@ void OsFile::close(std::int64_t handle) const
     requireSuccess(System::closeFile(handle) == System::CloseResult::Closed, __LINE__);
 }
 
+// For derived classes. Nothing is asked of the system, so the path may name anything, or nothing.
 void OsFile::setPath(OsFilePath const& path)
 {
     _path = path;

@@ -80,6 +80,7 @@ int OsFilePath::compare(char const* a, char const* b)
     return OsFilePathGrammars::compare(a != nullptr ? a : "", b != nullptr ? b : "");
 }
 
+// The bytes as they are, control characters included: OsTerminal::shown() is for what goes to a terminal.
 std::ostream& OsFilePath::dump(std::ostream& stream) const
 {
     return stream << getChars();
@@ -119,6 +120,12 @@ OsFilePath OsFilePath::operator+(char const* element) const
     return joined;
 }
 
+// The one way to join, behind the checks of the operators:
+//
+//     "left"  and "0001.exr"  ->  "left/0001.exr"
+//     "left/" and "0001.exr"  ->  "left/0001.exr"
+//     ""      and "0001.exr"  ->  "0001.exr"
+//     "left"  and ""          ->  "left/"
 void OsFilePath::concatenate(char const* tail)
 {
     // Not through OsFilePathGrammar::join(): its string would cost a second allocation and copy.
@@ -155,6 +162,7 @@ ArrayPtrRet<char> OsFilePath::getExtension() const
     return duplicateString(extension.c_str());
 }
 
+// HOME alone, on both systems: a program is told by it where to look, and a test points it elsewhere.
 OsFilePath OsFilePath::getHomeDir()
 {
     char buffer[bufferSize];
@@ -173,6 +181,7 @@ void OsFilePath::getHomeDir(char* buffer)
     buffer[length] = '\0';
 }
 
+// The text as the system gives it; whether there is such a directory shows when it is used.
 OsFilePath OsFilePath::getTempDir()
 {
     char buffer[bufferSize];

@@ -112,6 +112,7 @@ void ThreadLogEngine::start(ThreadLogPolicy const& policy)
     }
 }
 
+/// Under the lock that threads at their end take: each of them sees the queue as one of the stop, or as its own to delete.
 void ThreadLogEngine::setStopped(bool isStopped)
 {
     const Reading reading(*this);
@@ -119,6 +120,7 @@ void ThreadLogEngine::setStopped(bool isStopped)
 }
 
 /// The thread is nobody's but ours: signals for the program go to the program's threads.
+/// Also called in a child of `fork`, by the first thread that logs there.
 void ThreadLogEngine::startReader()
 {
     const ThreadLogSystem::SignalsBlocked blocked;
