@@ -123,24 +123,16 @@ Values optionsOf(std::vector<Row> const& rows)
     }
     return options;
 }
-}  // namespace
 
-/// The text in raw strings is the function as bash gets it; in between stand the parts that depend on the declarations. `letters`
-/// are those that take a value, which end a cluster: in "-ld" all behind the `d` is its value.
-std::ostream& InUsage::printBashCompletion(std::ostream& stream, char const* program) const
+/// The walk over the words in front of the current one, up to the state that this one stands in. The letters that take a value end a
+/// cluster: in "-ld" all behind the `d` is its value.
+void printWalk(std::ostream& stream, InUsageEntries const& entries, std::vector<InUsageState::Word> const& words)
 {
-    const InUsageEntries entries;
-    const std::string name = ExReasonText::orEmpty(program);
-    const std::string function = "_" + identifierOf(name);
     std::string letters;
     for (auto const& [letter, entry] : entries.getOptions())
         if (entry.takesValue())
             letters += letter;
-    stream << "# Completion of " << OsTerminal::shown(name)
-           << " for bash, made of the program's own declarations.\n"
-           << function << "()\n"
-           << R"({
-    local current=${COMP_WORDS[COMP_CWORD]} state=options word i j
+    stream << R"(    local current=${COMP_WORDS[COMP_CWORD]} state=options word i j
     COMPREPLY=()
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
@@ -151,7 +143,7 @@ std::ostream& InUsage::printBashCompletion(std::ostream& stream, char const* pro
         elif [[ $state == options ]]; then
             case $word in
 )";
-    for (InUsageState::Word const& word : _state->words)
+    for (InUsageState::Word const& word : words)
         stream << "            " << quotedForShell(word.getWord()) << ") "
                << (word.isGiven != nullptr ? "" : "state=operands ") << ";;\n";
     stream << R"(            --) state=operands ;;
@@ -170,21 +162,40 @@ std::ostream& InUsage::printBashCompletion(std::ostream& stream, char const* pro
         fi
     done
     [[ $state != options || $current != -* ]] || state=option
-    case $state in
-    option)
 )";
-    printReplies(stream, optionsOf(entries.getOptionRows(_state->words)));
+}
+
+/// What may stand there in each state.
+void printStates(std::ostream& stream, InUsageEntries const& entries, InUsageState const& usage)
+{
+    stream << "    case $state in\n    option)\n";
+    printReplies(stream, optionsOf(entries.getOptionRows(usage.words)));
     for (auto const& [letter, entry] : entries.getOptions()) {
         if (!entry.takesValue())
             continue;
         const std::string left = entry.getRow(letter).left;
+        const std::string_view placeholder = std::string_view(left).substr(std::min<std::size_t>(3, left.size()));
         stream << "    " << quotedForShell(std::string("-") + letter) << ")\n";
-        printReplies(stream, valuesOf(entry, std::string_view(left).substr(std::min<std::size_t>(3, left.size())),
-                                      _state->demands));
+        printReplies(stream, valuesOf(entry, placeholder, usage.demands));
     }
     stream << "    *)\n";
-    printReplies(stream, valuesNamed(_state->operandNames));
-    return stream << "    esac\n}\ncomplete -o filenames -F " << function << " " << quotedForShell(name) << "\n";
+    printReplies(stream, valuesNamed(usage.operandNames));
+    stream << "    esac\n";
+}
+}  // namespace
+
+/// The text in raw strings is the function as bash gets it; in between stand the parts that depend on the declarations.
+std::ostream& InUsage::printBashCompletion(std::ostream& stream, char const* program) const
+{
+    const InUsageEntries entries;
+    const std::string name = ExReasonText::orEmpty(program);
+    const std::string function = "_" + identifierOf(name);
+    stream << "# Completion of " << OsTerminal::shown(name)
+           << " for bash, made of the program's own declarations.\n"
+           << function << "()\n{\n";
+    printWalk(stream, entries, _state->words);
+    printStates(stream, entries, *_state);
+    return stream << "}\ncomplete -o filenames -F " << function << " " << quotedForShell(name) << "\n";
 }
 
 }  // namespace Vn
