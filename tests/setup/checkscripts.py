@@ -282,7 +282,7 @@ class Progress(Scripts):
 def is_running(pid):
     try:
         return pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()[0] != "Z"
-    except FileNotFoundError:
+    except (FileNotFoundError, ProcessLookupError):  # the latter if it goes between the opening and the reading
         return False
 
 
