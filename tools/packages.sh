@@ -140,6 +140,8 @@ tools/packages.sh --symbols, for a missing one VNBASE_ABI (CMakeLists.txt) and t
         ;;
     libvnbase-doc | vnbase-tools) printf 'Multi-Arch: foreign\n' >> "$control" ;;
     esac
+    # As Debian has them; without a name and a date within, so that the bytes stay the same.
+    [ ! -d "$package/usr/share/man" ] || find "$package/usr/share/man" -type f ! -name '*.gz' -exec gzip -9n {} +
     (cd "$package" && find usr -type f -print0 | sort -z | xargs -0 md5sum > DEBIAN/md5sums)
     find "$package" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
     dpkg-deb --root-owner-group --uniform-compression -Zxz --threads-max=1 -b "$package" "$into" > /dev/null

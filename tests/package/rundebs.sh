@@ -33,6 +33,10 @@ test ! -e "$work/one/libvnbase0/usr/lib/$arch/libVNbase.so"
 test ! -e "$work/one/libvnbase0/usr/include"
 test -L "$work/one/libvnbase-dev/usr/lib/$arch/libVNbase.so"
 test -f "$work/one/libvnbase-doc/usr/share/doc/libvnbase-doc/docs/first-program.md"
+for program in vncuesheet vninventory vnpointsets vnskylight; do
+    gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$program.1.gz" | grep -q '^\.SH NAME$'
+    test -f "$work/one/vnbase-tools/usr/share/bash-completion/completions/$program"
+done
 grep -q "No licence has been granted yet" "$work/one/libvnbase0/usr/share/doc/libvnbase0/copyright"
 
 echo "--- what the libraries export is what the list says"
