@@ -109,7 +109,8 @@ public:
 ///
 ///     const Vn::ThreadLogOptions options("w:", "f:");    // -w "Error,Warning" -f Warning
 ///
-/// The option beats the variable. Throws InEx::ExContextAliasAlreadyDefined for a letter that is in use, and
+/// The option beats the variable. It is a setting of its own, "threadlog.wait.option" or "threadlog.flush.option", and --settings
+/// lists both. Throws InEx::ExContextAliasAlreadyDefined for a letter that is in use, and
 /// InEx::ExHandleAlreadyInUse for a second object.
 /// Tests: tests/threadlog/threadlogtest.cpp.
 class VN_THREADLOG_EXPORT ThreadLogOptions
