@@ -30,7 +30,7 @@ from searchwords import add_headings  # noqa: E402
 ROOT, SITE, WORK = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
 DOXYGEN = sys.argv[4]
 AWESOME = pathlib.Path('/usr/share/doxygen-awesome-css')
-PAGES, TAGS = WORK / 'pages', WORK / 'site.tag'
+PAGES, SHOWN, TAGS = WORK / 'pages', WORK / 'shown', WORK / 'site.tag'
 SAMPLES = ('.cpp', '.h', '.imp')
 CLASS = re.compile(r'^(?:class|struct)(?: VN_\w+_EXPORT)? ([A-Z]\w+)(?: final)?(?: :[^;{]*)?\n?\s*\{', re.M)
 problems = []
@@ -220,6 +220,10 @@ def write_pages(site):
         if path.suffix in ('.cpp', '.h'):
             out.append(f'/** \\example {path.relative_to(ROOT / "examples").as_posix()} */')
     for path, name in sorted(site.sources.items()):
+        # Copied, as Doxygen would otherwise look for it through all that tests leave in build folders meanwhile.
+        copy = SHOWN / path
+        copy.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copyfile(ROOT / path, copy)
         command = 'include' if path.endswith(SAMPLES) else 'verbinclude'
         out.append(f'/** \\page {name} {escaped(path)}\n\\{command} {path} */')
     (PAGES / 'sources.dox').write_text('\n'.join(out) + '\n')
@@ -237,7 +241,7 @@ def run_doxygen():
         'STRIP_FROM_PATH': [WORK / 'src', PAGES],
         'STRIP_FROM_INC_PATH': [WORK / 'src'],
         'INCLUDE_PATH': [WORK / 'src'],
-        'EXAMPLE_PATH': [ROOT / 'examples', ROOT],
+        'EXAMPLE_PATH': [ROOT / 'examples', SHOWN],
         'EXAMPLE_PATTERNS': ['*.cpp', '*.h'],
         'LAYOUT_FILE': [PAGES / 'layout.xml'],
         'OUTPUT_DIRECTORY': [WORK],
@@ -303,7 +307,8 @@ def main():
         raise SystemExit(f'{AWESOME} is not there: install the package doxygen-awesome-css')
     for folder in (WORK, SITE):
         shutil.rmtree(folder, ignore_errors=True)
-    PAGES.mkdir(parents=True)
+    for folder in (PAGES, SHOWN):
+        folder.mkdir(parents=True)
     site = Site()
     write_pages(site)
     write_headers()
