@@ -15,13 +15,10 @@
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/osenv.h>
-#include <base/osterminal.h>
 
 #include <algorithm>
 #include <exception>
-#include <iostream>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -94,11 +91,6 @@ int run(int argc, char** argv)
     throw WrongUse("which command?");
 }
 }  // namespace
-
-void vnlog::warn(std::string const& text)
-{
-    std::cerr << "vnlog: " << Vn::OsTerminal::shown(text) << "\n";
-}
 
 int main(int argc, char** argv)
 {
