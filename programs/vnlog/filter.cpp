@@ -173,7 +173,8 @@ std::optional<TimeLimit> parseTime(std::string const& text, Zone const& zone)
     const int seconds = static_cast<int>(*time / nanosecondsPerSecond);
     const std::optional<std::time_t> found =
         zone.find({*year, *month, *day, seconds / 3600, seconds / 60 % 60, seconds % 60});
-    if (!found || *found > 9000000000)
+    // Nanoseconds have room for three centuries on either side of 1970.
+    if (!found || *found > 9000000000 || *found < -9000000000)
         return std::nullopt;
     return TimeLimit{TimeLimit::Date, *found * nanosecondsPerSecond + *time % nanosecondsPerSecond};
 }
