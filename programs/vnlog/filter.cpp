@@ -119,7 +119,7 @@ bool isExpression(char const* text)
 
 bool isForeign(char const* text)
 {
-    return std::strcmp(text, "with") == 0 || std::strcmp(text, "keep") == 0 || std::strcmp(text, "drop") == 0;
+    return isOneOf(text, {"with", "keep", "drop"});
 }
 
 /// The text as an expression that means it and nothing else.
