@@ -87,7 +87,7 @@ class Kind:
         return struct.unpack(byte_order() + self.code, read(address, self.size))[0]
 
 
-POINTER, U64, I32, U32, BOOL, NAME = Kind("Q"), Kind("Q"), Kind("i"), Kind("I"), Kind("B"), Kind("128s")
+POINTER, U64, I32, U32, BOOL = Kind("Q"), Kind("Q"), Kind("i"), Kind("I"), Kind("B")
 
 
 class Layout:
@@ -145,10 +145,12 @@ STATE = Layout("Vn::InInitMgr::State", ("_packagesWaiting", VECTOR), ("_packages
                ("_initialized", BOOL), ("_finalized", BOOL), ("_initializing", BOOL), ("_finalizing", BOOL),
                ("_reinitCount", I32))
 PACKAGE_ENTRY = Layout("Vn::PackageEntry", ("package", POINTER), ("nbDependencies", I32), ("initialized", BOOL))
-PACKAGE = Layout("Vn::InPackageInit", ("_vptr", POINTER), ("_name", NAME), ("_dependencies", VECTOR),
+PACKAGE = Layout("Vn::InPackageInit", ("_vptr", POINTER), ("_name", Kind("128s")), ("_dependencies", VECTOR),
                  ("_variables", VECTOR))
 ALIAS = Layout("Vn::InContextAliasBase", ("_vptr", POINTER), ("_initialized", BOOL), ("_value", POINTER),
                ("_description", POINTER), ("_key", POINTER))
+EXCEPTION = Layout("Vn::ExBase", ("_vptr", POINTER), ("_detailedReason", Kind("1024s")), ("_reason", Kind("1024s")),
+                   ("_fileName", Kind("128s")), ("_lineNo", I32))
 VARIABLE = Layout("Vn::InVariableBase", ("_vptr", POINTER), ("_contextAlias", POINTER), ("_aliases", TREE),
                   ("_package", POINTER), ("_handle", POINTER))
 TABLE = Layout("Vn::InTable<Vn::InTextKey, Vn::InVariableBase*>", ("_slots", VECTOR), ("_used", U64))
@@ -863,7 +865,8 @@ class IntervalPrinter(Printer):
 
 class PathPrinter(Printer):
     def text(self):
-        return quoted(read_text(int(self.value["_path"]["_first"])))
+        place = int(self.value.address) if self.value.address is not None else 0
+        return quoted(read_text(POINTER.read(place) if place else int(self.value["_path"]["_first"])))
 
 
 class ExceptionPrinter(Printer):
@@ -871,12 +874,17 @@ class ExceptionPrinter(Printer):
 
     def text(self):
         base = as_base(self.value, "Vn::ExBase")
-        reason, file = (self.characters(base[name]) for name in ("_reason", "_fileName"))
+        if base.address is not None:
+            # By the layout: Clang leaves the class's own description to the library, unless -fstandalone-debug is given.
+            fields = Object(EXCEPTION, int(base.address))
+            reason, file, line = fields["_reason"].split(b"\0")[0], fields["_fileName"].split(b"\0")[0], fields["_lineNo"]
+        else:
+            reason, file, line = (*(self.characters(base[name]) for name in ("_reason", "_fileName")), int(base["_lineNo"]))
         try:
             name = type_name(self.value.dynamic_type)
         except gdb.error:
             name = type_name(self.value.type)
-        return f"{name} {quoted(reason)} at {shown(file)}:{int(base['_lineNo'])}"
+        return f"{name} {quoted(reason)} at {shown(file)}:{line}"
 
     @staticmethod
     def characters(array):
@@ -904,14 +912,13 @@ class PackagePrinter(Printer):
     def text(self):
         package = Object(PACKAGE, int(as_base(self.value, "Vn::InPackageInit").address))
         states = {place: state for place, _, state in Manager().rows}
-        return f"package {package_name(package)}, {states.get(package.address, 'in no list of the manager')}"
+        return f"package {package_name(package)}, {states.get(package.address, 'not known to the manager')}"
 
 
 class ManagerPrinter(Printer):
     def text(self):
         rows = Manager()
-        running = sum(1 for _, _, state in rows.rows if state == "running")
-        return f"{rows.summary()}, {running} running"
+        return f"{rows.summary()}; {sum(1 for _, _, state in rows.rows if state == 'running')} running"
 
 
 class EntryPrinter(Printer):

@@ -5,12 +5,13 @@
 //     specimen start       within a package's start
 //     specimen stop        within a package's stop
 //     specimen failed      a package has refused to start
-//     specimen threads     messages of threads whose reader is at rest
+//     specimen waiting     before the start, twice: without and with overrides
+//     specimen thread      before and behind a message of a program with the thread layer
 //     specimen crash       null is read, in the middle of a message
 #include <base/arrayptr.h>
-#include <base/duplicatestring.h>
 #include <base/dtex.h>
 #include <base/dttime.h>
+#include <base/duplicatestring.h>
 #include <base/exinternalerror.h>
 #include <base/exsyserror.h>
 #include <base/inex.h>
@@ -20,6 +21,7 @@
 #include <base/interval.h>
 #include <base/invariable.h>
 #include <base/lglog.h>
+#include <base/lgreader.h>
 #include <base/lgregistry.h>
 #include <base/list.h>
 #include <base/objptr.h>
@@ -27,9 +29,9 @@
 #include <base/rational.h>
 #include <base/vector.h>
 
+#include <threadlog/threadlog.h>
+
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <string>
 
 /// Where the test looks. The compiler must neither inline it nor know what it does.
@@ -99,13 +101,11 @@ class PaletteError : public Vn::ExInternalError
 public:
     PaletteError(int color) : ExInternalError("palette.cpp", 12, "no such color"), _color(color) {}
 
-private:
     int _color;
 };
 
 static Vn::LgQueue queue(0x1a2b);
 
-/// A level is stamped by the test: the lines are then the same in each run.
 static void put(Vn::LgQueue& into, Vn::LgTypes::Level level, std::string const& text)
 {
     if (into.reserveEntry(level)) {
@@ -156,37 +156,43 @@ static void fillQueues()
     unfinished.getStream() << "begun " << 1;
 }
 
+/// Called by the test in the stopped program.
+extern "C" [[gnu::used]] void flushQueues()
+{
+    Vn::LgReader().flushAll();
+}
+
 [[gnu::noinline]] static void crash(Vn::LgMinorGroup const& group, int volatile* place)
 {
     VN_LOG(group, Vn::LgTypes::Warning, "before");
     VN_LOG(group, Vn::LgTypes::Warning, "reads " << *place);
 }
 
-/// Objects that the test prints. Static, so that they are in memory in an optimised build, too.
-static Vn::ObjPtr<int> number(new int(42));
-static Vn::ObjPtr<int> noNumber;
-static Vn::ObjPtrRet<Vn::Rational> returned(new Vn::Rational(30000, 1001));
-static Vn::ArrayPtr<char> text(Vn::duplicateString("a \"text\""));
-static Vn::ArrayPtr<char> noText;
-static Vn::ArrayPtrRet<int> numbers(new int[2]{7, 8});
-static Vn::Vector<int> vector{1, 2, 3};
-static Vn::Vector<bool> bits{true, false, true};
-static Vn::Vector<Vn::Rational> rates{Vn::Rational(25, 1), Vn::Rational(24, 1)};
-static Vn::Vector<int> noVector;
-static Vn::List<double> doubles{0.5, 1.5};
-static Vn::List<char> characters{'a', 'b'};
-static Vn::List<int> noList;
-static Vn::Rational rate(30000, 1001);
-static Vn::DtTimeIndex timeIndex(-7);
-static Vn::DtTime timeOfFrame(100, 25, 1);
-static Vn::DtTime oddTime(1, 30000, 1001);
-static Vn::Interval<double> interval(0.25, 2.0);
-static Vn::Interval<Vn::DtTimeIndex> frames(Vn::DtTimeIndex(3), Vn::DtTimeIndex(9));
-static Vn::OsFilePath path("/tmp/a file");
-static Vn::ExInternalError failure("src/specimen.cpp", 5, "it \"failed\"");
-static Vn::DtEx::BadRate badRate("src/specimen.cpp", 6);
-static PaletteError paletteError(9);
-static Vn::ExBase const& thrown = paletteError;
+/// Objects that the test prints. Used, so that an optimised build has them in memory, too.
+[[gnu::used]] static Vn::ObjPtr<int> number(new int(42));
+[[gnu::used]] static Vn::ObjPtr<int> noNumber;
+[[gnu::used]] static Vn::ObjPtrRet<Vn::Rational> returned(new Vn::Rational(30000, 1001));
+[[gnu::used]] static Vn::ArrayPtr<char> text(Vn::duplicateString("a \"text\""));
+[[gnu::used]] static Vn::ArrayPtr<char> noText;
+[[gnu::used]] static Vn::ArrayPtrRet<int> numbers(new int[2]{7, 8});
+[[gnu::used]] static Vn::Vector<int> vector{1, 2, 3};
+[[gnu::used]] static Vn::Vector<bool> bits{true, false, true};
+[[gnu::used]] static Vn::Vector<Vn::Rational> rates{Vn::Rational(25, 1), Vn::Rational(24, 1)};
+[[gnu::used]] static Vn::Vector<int> noVector;
+[[gnu::used]] static Vn::List<double> doubles{0.5, 1.5};
+[[gnu::used]] static Vn::List<char> characters{'a', 'b'};
+[[gnu::used]] static Vn::List<int> noList;
+[[gnu::used]] static Vn::Rational rate(30000, 1001);
+[[gnu::used]] static Vn::DtTimeIndex timeIndex(-7);
+[[gnu::used]] static Vn::DtTime timeOfFrame(100, 25, 1);
+[[gnu::used]] static Vn::DtTime oddTime(1, 30000, 1001);
+[[gnu::used]] static Vn::Interval<double> interval(0.25, 2.0);
+[[gnu::used]] static Vn::Interval<Vn::DtTimeIndex> frames(Vn::DtTimeIndex(3), Vn::DtTimeIndex(9));
+[[gnu::used]] static Vn::OsFilePath path("/tmp/a file");
+[[gnu::used]] static Vn::ExInternalError failure("src/specimen.cpp", 5, "it \"failed\"");
+[[gnu::used]] static Vn::DtEx::BadRate badRate("src/specimen.cpp", 6);
+[[gnu::used]] static PaletteError paletteError(9);
+[[gnu::used]] static Vn::ExBase const& thrown = paletteError;
 
 int main(int argc, char** argv)
 {
@@ -211,6 +217,14 @@ int main(int argc, char** argv)
         Vn::InInitMgr::getInstance().initialize(count, list);
     } catch (Vn::InEx const&) {
         standStill("behind a failure");
+        return 0;
+    }
+    if (wanted == "thread") {
+        Vn::ThreadLog log;
+        const Vn::LgMinorGroup group(Vn::LgMajorGroup::getInstanceForName("Specimen"), "Thread");
+        standStill("before a message");
+        VN_LOG(group, Vn::LgTypes::Warning, "not seen by the reader");
+        standStill("behind a message");
         return 0;
     }
     fillQueues();

@@ -1,0 +1,38 @@
+# What GDB and other debuggers show. The programs bring their own debug information, unoptimised and optimised, to the library
+# of the tree, which has it or not.
+find_program(VNBASE_GDB gdb REQUIRED)
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+find_program(VNBASE_STRIP strip REQUIRED)
+# Clang leaves classes with virtual functions to the library that has them, unless it is told; docs/debugging.md says so.
+# GCC does it for classes that are only pointed to.
+set(gdb_options "$<$<CXX_COMPILER_ID:Clang>:-fstandalone-debug>")
+foreach(level O0 O2)
+    add_executable(specimen${level} gdb/specimen.cpp)
+    vnbase_target(specimen${level})
+    target_compile_options(specimen${level} PRIVATE -g -${level} ${gdb_options})
+    target_link_libraries(specimen${level} PRIVATE VN::threadlog)
+endforeach()
+add_library(gdblayouts OBJECT gdb/layouts.cpp)
+vnbase_target(gdblayouts)
+target_compile_options(gdblayouts PRIVATE -g -fno-eliminate-unused-debug-types ${gdb_options}
+    "$<$<CXX_COMPILER_ID:GNU>:-femit-class-debug-always>")
+target_link_libraries(gdblayouts PRIVATE VN::threadlog)
+target_include_directories(gdblayouts PRIVATE "${PROJECT_SOURCE_DIR}/src")
+
+# vnbase_gdb_test(<name> <argument>...): skipped, with the reason, where GDB may not start a program.
+function(vnbase_gdb_test name)
+    add_test(NAME gdb.${name}
+        COMMAND "${Python3_EXECUTABLE}" -B "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/checkgdb.py" --gdb "${VNBASE_GDB}"
+            --root "${PROJECT_SOURCE_DIR}" --bin "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" --strip "${VNBASE_STRIP}"
+            --work "${CMAKE_CURRENT_BINARY_DIR}/gdb-${name}" --objects "$<TARGET_OBJECTS:gdblayouts>" ${ARGN})
+    set_tests_properties(gdb.${name} PROPERTIES TIMEOUT ${test_timeout} SKIP_RETURN_CODE 77
+        ENVIRONMENT "${test_environment}" ${test_fixtures})
+endfunction()
+
+foreach(level O0 O2)
+    vnbase_gdb_test(values${level} values specimen${level})
+    vnbase_gdb_test(core${level} core specimen${level})
+endforeach()
+foreach(task log states stripped damage threads words layouts natvis page)
+    vnbase_gdb_test(${task} ${task} specimenO0)
+endforeach()
