@@ -45,8 +45,8 @@ char* eventsPath = nullptr;
 /// required of a program without a thread layer, which has no reader.
 LgQueue* getSharedQueue()
 {
-    static LgQueue& queue = *new LgQueue(0);
-    return &queue;
+    static LgQueue* const queue = new LgQueue(0);
+    return queue;
 }
 
 /// Values from outside the enumeration come from clients and must not index the table.

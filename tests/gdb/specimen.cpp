@@ -203,8 +203,10 @@ int main(int argc, char** argv)
     Vn::ExBase const* const pointer = &systemError;
     asm volatile("" : : "r"(&number), "r"(&reference), "r"(pointer), "r"(&frames), "r"(&thrown) : "memory");
 
-    if (wanted == "waiting")
+    if (wanted == "waiting") {
+        put(Vn::LgLog::getQueue(), Vn::LgTypes::Warning, "of a program without threads");
         standStill("before the start");
+    }
     Vn::InVariableBase::overrideViaHandle("palette.taken", "12", "test");
     Vn::InVariableBase::overrideViaHandle("nobody.takes", "this", "test");
     if (wanted == "waiting")
