@@ -316,11 +316,15 @@ def stripped(program):
         if real != f"{library}.so.0":
             (folder / f"{library}.so.0").symlink_to(real)
         if library == "libVNbase":
-            shutil.copy(SCRIPT, folder / f"{real}-gdb.py")
+            # Where an installation has it: below a folder of such files, at the library's own path.
+            place = WORK / "auto-load" / folder.relative_to("/")
+            place.mkdir(parents=True)
+            shutil.copy(SCRIPT, place / f"{real}-gdb.py")
     bare = folder / program.name
     # The program has no symbol to stop at: it is its own crash that stops it.
-    output = run_gdb(["run", *marked(["vn log", "vn packages", "vn settings", "info sharedlibrary libVNbase", "print 1"])],
-                     bare, ["crash"], safe=folder, libraries=folder)
+    output = run_gdb([f"set auto-load scripts-directory {WORK / 'auto-load'}", "run",
+                      *marked(["vn log", "vn packages", "vn settings", "info sharedlibrary libVNbase"])],
+                     bare, ["crash"], safe=WORK / "auto-load", libraries=folder)
     if f"(*)     {folder}" not in section(output, "info sharedlibrary libVNbase"):
         fail(f"the library isn't the stripped one: {section(output, 'info sharedlibrary libVNbase')}")
     got = without_times(section(output, "vn log"))
