@@ -875,7 +875,7 @@ class ExceptionPrinter(Printer):
     def text(self):
         base = as_base(self.value, "Vn::ExBase")
         if base.address is not None:
-            # By the layout: Clang leaves the class's own description to the library, unless -fstandalone-debug is given.
+            # By the layout: compilers leave the description of such a class to the library, which may have none.
             fields = Object(EXCEPTION, int(base.address))
             reason, file, line = fields["_reason"].split(b"\0")[0], fields["_fileName"].split(b"\0")[0], fields["_lineNo"]
         else:

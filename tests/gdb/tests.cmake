@@ -3,9 +3,10 @@
 find_program(VNBASE_GDB gdb REQUIRED)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 find_program(VNBASE_STRIP strip REQUIRED)
-# Clang leaves classes with virtual functions to the library that has them, unless it is told; docs/debugging.md says so.
-# GCC does it for classes that are only pointed to.
-set(gdb_options "$<$<CXX_COMPILER_ID:Clang>:-fstandalone-debug>")
+# Compilers leave classes with virtual functions to the library that has them, which has no debug information in optimised
+# trees; then the program is compiled as docs/debugging.md says.
+set(gdb_all_classes "$<IF:$<CXX_COMPILER_ID:Clang>,-fstandalone-debug,-femit-class-debug-always>")
+set(gdb_options "$<$<NOT:$<CONFIG:Debug>>:${gdb_all_classes}>")
 foreach(level O0 O2)
     add_executable(specimen${level} gdb/specimen.cpp)
     vnbase_target(specimen${level})
@@ -18,8 +19,7 @@ target_compile_options(mixdownDebug PRIVATE -g -O0 ${gdb_options})
 target_link_libraries(mixdownDebug PRIVATE VN::base)
 add_library(gdblayouts OBJECT gdb/layouts.cpp)
 vnbase_target(gdblayouts)
-target_compile_options(gdblayouts PRIVATE -g -fno-eliminate-unused-debug-types ${gdb_options}
-    "$<$<CXX_COMPILER_ID:GNU>:-femit-class-debug-always>")
+target_compile_options(gdblayouts PRIVATE -g -fno-eliminate-unused-debug-types ${gdb_all_classes})
 target_link_libraries(gdblayouts PRIVATE VN::threadlog)
 target_include_directories(gdblayouts PRIVATE "${PROJECT_SOURCE_DIR}/src")
 
