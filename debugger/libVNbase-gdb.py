@@ -159,7 +159,7 @@ SLOT = Layout("Vn::InTable<Vn::InTextKey, Vn::InVariableBase*>::Slot", ("text", 
 
 RING, TEXT_RING = 1024, 32768
 LOG_START = "_ZN2Vn5LgLog6_startE"
-MOST = 1 << 20  # elements of a list or vector; more are damage
+MOST_ELEMENTS = 1 << 20  # of a vector; more are damage
 
 
 def elements(vector, layout):
@@ -167,7 +167,7 @@ def elements(vector, layout):
     size = last - first
     if size == 0:
         return []
-    if size < 0 or size % layout.size or size // layout.size > MOST:
+    if size < 0 or size % layout.size or size // layout.size > MOST_ELEMENTS:
         raise Unreadable(f"the vector at 0x{vector.address:x} makes no sense")
     read(first, size)  # all or nothing
     return [Object(layout, first + i * layout.size) for i in range(size // layout.size)]
@@ -297,7 +297,7 @@ def messages_in(address):
 
 
 class Queues:
-    """The queues of the program, each once, and notes on what couldn't be found."""
+    """The queues of the program, each once, in the registry's order, and notes on what couldn't be found."""
 
     def __init__(self):
         self.addresses, self.notes = [], []
@@ -336,24 +336,24 @@ class Queues:
         return bool(fields)
 
     def add_list(self, queues):
-        node, left = queues["next"], queues["size"]
-        while node != queues.address and left > 0 and len(self.addresses) < MOST:
-            self.add(POINTER.read(node + 16))
-            node, left = POINTER.read(node), left - 1
-        if node != queues.address or left != 0:
+        node, seen = queues["next"], set()
+        while node != queues.address and node not in seen:
+            seen.add(node)
+            self.add(POINTER.read(node + LIST.fields["size"][0]))  # the element stands where the list has its size
+            node = POINTER.read(node)
+        if node != queues.address or len(seen) != queues["size"]:
             self.notes.append("queues may be missing: the registry's list is damaged, or is being changed")
 
     def add_unregistered(self):
         """Of the thread layer: queues that its reader hasn't seen yet, and messages that wait for room."""
-        chunk = address_of("_ZN2Vn16ThreadLogWriters6_firstE") or 0
-        for _ in range(MOST // 64):
-            if chunk == 0:
-                return
-            for place in range(64):
-                writer = POINTER.read(chunk + 8 * place)
+        address, seen = address_of("_ZN2Vn16ThreadLogWriters6_firstE") or 0, set()
+        while address != 0 and address not in seen:
+            seen.add(address)
+            chunk = Object(CHUNK, address)
+            for writer in struct.unpack(byte_order() + "64Q", chunk["places"]):
                 if writer != 0:
                     self.add_writer(Object(WRITER, writer))
-            chunk = Object(CHUNK, chunk)["next"]
+            address = chunk["next"]
 
     def add_writer(self, writer):
         self.add(writer["_queue"])
@@ -586,12 +586,12 @@ def pending_overrides():
     if place == 0:
         return overrides
     map_ = Object(TREE, place)
-    nodes, left = [map_["root"]], min(map_["count"], MOST)
-    while nodes and left > 0:
+    nodes, seen = [map_["root"]], {0}
+    while nodes:
         node = nodes.pop()
-        if node == 0:
+        if node in seen:
             continue
-        left -= 1
+        seen.add(node)
         handle = Object(STRING, node + TREE_NODE.size)
         alias = Object(ALIAS, POINTER.read(handle.address + STRING.size))
         overrides[read(handle["text"], min(handle["size"], 65536))] = read_text(alias["_key"])

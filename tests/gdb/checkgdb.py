@@ -357,6 +357,9 @@ def damage(program):
          f"{int(wild, 16) + 16:#x}", False),
         ("(*(long**) &'Vn::LgLog::_registry')[3] = 2", "vn log",
          "note: queues may be missing: the registry's list is damaged, or is being changed", False),
+        ("(*(long**) &'Vn::LgLog::_registry')[3] = 1L << 40, *(long*) (*(long**) &'Vn::LgLog::_registry')[1] = "
+         "(*(long**) &'Vn::LgLog::_registry')[1]", "vn log",
+         "note: queues may be missing: the registry's list is damaged, or is being changed", False),
         (f"*(long*) &'Vn::InInitMgr::_instance' = {wild}", "vn packages", f"vn packages: no memory at {wild}", False),
         (f"(**(long***) &'Vn::InInitMgr::_instance')[6] = {wild}", "vn packages", None, False),
         (f"(**(long***) &'Vn::InInitMgr::_instance')[7] += 1", "vn packages", None, False),
@@ -409,6 +412,14 @@ def threads(program):
     got = without_times(section(output, "behind"))
     if not re.search(r"^\(0x0000000\d\) Warning: Thread not seen by the reader\n1 message in 1 queue\n\Z", got, re.M):
         fail(f"behind the message: {got}")
+
+
+def registry(program):
+    """A registry of the program's own lists its queues, too, if its class is known."""
+    require_process()
+    output = run_gdb([*STOP, *marked(["vn log"])], program, ["registry"])
+    if without_times(section(output, "vn log")) != "(0x00001a2b) Warning: kept elsewhere\n1 message in 1 queue\n":
+        fail(section(output, "vn log"))
 
 
 def words(program):

@@ -6,6 +6,7 @@
 //     specimen stop        within a package's stop
 //     specimen failed      a package has refused to start
 //     specimen waiting     before the start, twice: without and with overrides
+//     specimen registry    with a registry of the program's own
 //     specimen thread      before and behind a message of a program with the thread layer
 //     specimen crash       null is read, in the middle of a message
 #include <base/arrayptr.h>
@@ -156,6 +157,18 @@ static void fillQueues()
     unfinished.getStream() << "begun " << 1;
 }
 
+/// A registry of the program's own.
+class OwnRegistry : public Vn::LgRegistry
+{
+public:
+    void registerQueue(Vn::LgQueue* each) override { _queues.push_back(each); }
+    void deregisterQueue(Vn::LgQueue* each) override { _queues.remove(each); }
+    Vn::List<Vn::LgQueue*> getQueueList() const override { return _queues; }
+
+private:
+    Vn::List<Vn::LgQueue*> _queues;
+};
+
 /// Called by the test in the stopped program.
 extern "C" [[gnu::used]] void flushQueues()
 {
@@ -227,6 +240,13 @@ int main(int argc, char** argv)
         standStill("before a message");
         VN_LOG(group, Vn::LgTypes::Warning, "not seen by the reader");
         standStill("behind a message");
+        return 0;
+    }
+    if (wanted == "registry") {
+        put(queue, Vn::LgTypes::Warning, "kept elsewhere");
+        Vn::LgLog::setRegistry(Vn::ObjPtr<Vn::LgRegistry>(new OwnRegistry));
+        Vn::LgLog::getRegistry()->registerQueue(&queue);
+        standStill("with a registry");
         return 0;
     }
     fillQueues();
