@@ -152,7 +152,7 @@ LOG = f"""(0x00001a2b) Warning: Cache evicted 17 pages
 (0x00001a2b) Internal Error: Cache line\\nfeed \\x1b[31m \\xff
 (0x00000002) Tracing: wrapped 1498{'.' * 18}
 (0x00000002) Tracing: wrapped 1499{'.' * 18}
-(0x00000002) Tracing: {'x' * 20000}across
+(0x00000002) Tracing: {'x' * 20500}across
 (0x00000003) Informational: Event overflow [8]
 (0x00000004) Fatal Error:   <the reader has its text>
 (0x00000004) Error: left

@@ -140,7 +140,7 @@ static void fillQueues()
             takeOne(wrapped);
     }
     // Its text goes round the end of the ring.
-    put(wrapped, Vn::LgTypes::Tracing, std::string(20000, 'x') + "across");
+    put(wrapped, Vn::LgTypes::Tracing, std::string(20500, 'x') + "across");
 
     for (int i = 0; i < 1030; ++i)
         put(full, Vn::LgTypes::Informational, "full " + std::to_string(i));
