@@ -11,8 +11,8 @@ EXPECTED = {
     "text": 'a "text"', "noText": "owns nothing", "numbers": "owns an array",
     "vector": "length 3", "rates": "length 2", "noVector": "length 0", "doubles": "length 2", "noList": "length 0",
     "rate": "30000/1001", "timeIndex": "-7", "timeOfFrame": "100 @ 25/1", "interval": "[0.25, 2]", "frames": "[3, 9]",
-    "path": "/tmp/a file", "failure": 'it "failed" at src/specimen.cpp:5', "badRate": "Null rate not allowed in DtTime. at "
-    "src/specimen.cpp:6", "depth": "palette.depth = 5 (-d LEVELS)", "unset": "palette.unset: no value",
+    "path": "/tmp/a file", "failure": 'it "failed" at library.cpp:5', "badRate": "Null rate not allowed in DtTime. at "
+    "library.cpp:6", "depth": "palette.depth = 5 (-d LEVELS)", "unset": "palette.unset: no value",
     "palettePackage": "package palette", "queue": "thread 6699, 2 messages", "queue._entries[0]": "level 3 at",
 }
 ITEMS = {"vector": ["1", "2", "3"], "rates": ["25/1", "24/1"], "doubles": ["0.5", "1.5"], "noList": []}

@@ -202,8 +202,8 @@ extern "C" [[gnu::used]] void flushQueues()
 [[gnu::used]] static Vn::Interval<double> interval(0.25, 2.0);
 [[gnu::used]] static Vn::Interval<Vn::DtTimeIndex> frames(Vn::DtTimeIndex(3), Vn::DtTimeIndex(9));
 [[gnu::used]] static Vn::OsFilePath path("/tmp/a file");
-[[gnu::used]] static Vn::ExInternalError failure("src/specimen.cpp", 5, "it \"failed\"");
-[[gnu::used]] static Vn::DtEx::BadRate badRate("src/specimen.cpp", 6);
+[[gnu::used]] static Vn::ExInternalError failure("library.cpp", 5, "it \"failed\"");
+[[gnu::used]] static Vn::DtEx::BadRate badRate("library.cpp", 6);
 [[gnu::used]] static PaletteError paletteError(9);
 [[gnu::used]] static Vn::ExBase const& thrown = paletteError;
 
@@ -211,7 +211,7 @@ int main(int argc, char** argv)
 {
     wanted = argc > 1 ? argv[1] : "";
     errno = ENOENT;
-    static Vn::ExSysErrorANSI systemError("src/specimen.cpp", 8);
+    static Vn::ExSysErrorANSI systemError("library.cpp", 8);
     Vn::Rational const& reference = rate;
     Vn::ExBase const* const pointer = &systemError;
     asm volatile("" : : "r"(&number), "r"(&reference), "r"(pointer), "r"(&frames), "r"(&thrown) : "memory");
