@@ -1,5 +1,5 @@
 # What gets installed, by component: runtime (the libraries), development (headers, links, import libraries, CMake and
-# pkg-config files), documentation, tools (programs, by VNbaseProgram.cmake).
+# pkg-config files, and what debuggers show of the classes), documentation, tools (programs, by VNbaseProgram.cmake).
 
 # vnbase_install_library(<target> FILE_SETS <set>...): a library of the family with its headers, as a target VN::... of the
 # CMake package VNbase, and for pkg-config as cmake/<target>.pc.in says.
@@ -39,4 +39,18 @@ function(vnbase_install_documents)
     if(VNBASE_SITE)
         install(DIRECTORY "${VNBASE_SITE}/" DESTINATION "${CMAKE_INSTALL_DOCDIR}/html" COMPONENT documentation)
     endif()
+endfunction()
+
+# vnbase_install_debugger_files(<target>): what debuggers show of the library. GDB loads its file by itself: in the build tree
+# from beside the library, and installed from the folder that mirrors the library's place.
+function(vnbase_install_debugger_files target)
+    set(folder "${PROJECT_SOURCE_DIR}/debugger")
+    install(FILES "${folder}/libVNbase.natvis" DESTINATION "${CMAKE_INSTALL_DATADIR}/vnbase" COMPONENT development)
+    if(WIN32)
+        return()
+    endif()
+    file(GENERATE OUTPUT "$<TARGET_FILE:${target}>-gdb.py" INPUT "${folder}/libVNbase-gdb.py" TARGET ${target})
+    # The prefix is known at the installation alone.
+    install(FILES "${folder}/libVNbase-gdb.py" RENAME "lib${target}.so.${PROJECT_VERSION}-gdb.py" COMPONENT development
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}")
 endfunction()

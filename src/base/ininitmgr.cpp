@@ -54,11 +54,13 @@ void callInDestructor(Action const& action)
 }
 }  // namespace
 
+InInitMgr* InInitMgr::_instance = nullptr;
+
 /// Never destroyed: packages that are destroyed after this library's static objects still leave it, and a static
 /// object may stop everything.
 InInitMgr& InInitMgr::getInstance()
 {
-    static InInitMgr& theInInitMgr = *new InInitMgr;
+    static InInitMgr& theInInitMgr = *(_instance = new InInitMgr);
     return theInInitMgr;
 }
 

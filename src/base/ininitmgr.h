@@ -115,6 +115,9 @@ private:
     bool isRunning(std::type_info const& type) const;
     static void forgetPackage(InPackageInit* package) noexcept;
 
+    /// The manager once it exists, under a name that the library exports: a debugger finds it there without debug symbols.
+    static InInitMgr* _instance;
+
     State* _state;
 };
 

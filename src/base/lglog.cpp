@@ -45,8 +45,8 @@ char* eventsPath = nullptr;
 /// required of a program without a thread layer, which has no reader.
 LgQueue* getSharedQueue()
 {
-    static LgQueue& queue = *new LgQueue(0);
-    return &queue;
+    static LgQueue* const queue = new LgQueue(0);
+    return queue;
 }
 
 /// Values from outside the enumeration come from clients and must not index the table.
@@ -129,8 +129,9 @@ bool LgLog::_blockingTrace = false;
 bool LgLog::_logTimeStamps = true;
 std::uint64_t LgLog::_start = 0;
 LgQueue* (*LgLog::_queueFunction)() = getSharedQueue;
-// A reader may be at work while static objects are destroyed.
-VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgRegistry>, registryStorage, "_ZN2Vn5LgLog9_registryE");
+// A reader may be at work while static objects are destroyed. Exported: a debugger finds the queues in a program without
+// debug symbols.
+VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgRegistry>, registryStorage, "_ZN2Vn5LgLog9_registryE", VN_BASE_EXPORT);
 VN_NEVER_DESTROYED_MEMBER(ObjPtr<LgInterProcessLock>, interprocessLockStorage, "_ZN2Vn5LgLog17_interprocessLockE");
 
 /// Order matters: the threshold must be known before groups are made, and the lock before files are opened.

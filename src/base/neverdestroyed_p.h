@@ -45,6 +45,7 @@ private:
 /// The class declares the member as what it is, and every definition of such a member has it destroyed at exit; there
 /// is no attribute against that which all compilers know. So this defines no more than the memory: zeros, under the
 /// name by which the linker knows the member. A TYPE whose objects aren't all zeros after their construction is
-/// constructed in there, in NAME. A wrong SYMBOL is an undefined symbol when the library is linked.
-#define VN_NEVER_DESTROYED_MEMBER(TYPE, NAME, SYMBOL) \
-    alignas(TYPE) constinit std::byte NAME[sizeof(TYPE)] __asm__(SYMBOL) = {}
+/// constructed in there, in NAME. A wrong SYMBOL is an undefined symbol when the library is linked. Specifiers
+/// of the definition may follow, such as VN_BASE_EXPORT: without it the name isn't exported, as the class's others are.
+#define VN_NEVER_DESTROYED_MEMBER(TYPE, NAME, SYMBOL, ...) \
+    alignas(TYPE) __VA_ARGS__ constinit std::byte NAME[sizeof(TYPE)] __asm__(SYMBOL) = {}

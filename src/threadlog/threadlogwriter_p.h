@@ -1,6 +1,8 @@
 // Private to the sources of this library.
 #pragma once
 
+#include <threadlog/threadlogexport.h>
+
 #include <base/lgqueue.h>
 #include <base/trace.h>
 
@@ -125,7 +127,8 @@ private:
 
     static bool addTo(Chunk& chunk, ThreadLogWriter& writer);
 
-    static Chunk _first;
+    /// Exported for debuggers alone: they find the queues in a program without debug symbols.
+    static VN_THREADLOG_EXPORT Chunk _first;
 };
 
 }  // namespace Vn

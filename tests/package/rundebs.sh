@@ -40,6 +40,11 @@ test -f "$work/one/libvnbase-doc/usr/share/doc/libvnbase-doc/docs/first-program.
 for page in vnlog-show vnlog-merge vnlog-stats; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$page.1.gz" | grep -q '^\.SH NAME$'
 done
+# GDB looks below this folder for the library's own path.
+for library in "$work/one/libvnbase0/usr/lib/$arch"/libVNbase.so.0.*; do
+    test -f "$work/one/libvnbase-dev/usr/share/gdb/auto-load/usr/lib/$arch/$(basename "$library")-gdb.py"
+done
+test -f "$work/one/libvnbase-dev/usr/share/vnbase/libVNbase.natvis"
 for program in vncuesheet vninventory vnlog vnpointsets vnskylight; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$program.1.gz" | grep -q '^\.SH NAME$'
     test -f "$work/one/vnbase-tools/usr/share/bash-completion/completions/$program"
@@ -79,6 +84,7 @@ for prefix in /usr /usr/local "/opt/a folder"; do
     DESTDIR="$work/stage" cmake --install "$root/build/package-deb-plain" --prefix "$prefix" > "$work/install.log"
     "$here/consume.sh" "$work/stage$prefix" "$work/use" "$compiler" "" "" ""
     run_programs "$work/stage$prefix"
+    test -f "$(echo "$work/stage$prefix/share/gdb/auto-load$prefix/lib/$arch"/libVNbase.so.0.*-gdb.py)"
     rm -rf "$work/stage"
 done
 echo "all used"
