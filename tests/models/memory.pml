@@ -31,6 +31,8 @@ byte weak;
 #define UNLESS(number, full, less) (weak == (number) -> (less) : (full))
 #define ACQUIRE_UNLESS(number) UNLESS(number, ACQUIRE, RELAXED)
 #define RELEASE_UNLESS(number) UNLESS(number, RELEASE, RELAXED)
+#define ACQ_REL_UNLESS(acquire, release) (weak == (acquire) -> RELEASE : (weak == (release) -> ACQUIRE : ACQ_REL))
+#define SEQ_CST_UNLESS(agreement, all) (weak == (agreement) -> ACQ_REL : (weak == (all) -> RELAXED : SEQ_CST))
 
 byte last[NL];            /* number of a location's newest value */
 byte stored[(NL) * (H)];  /* the values */
@@ -43,6 +45,7 @@ int beside[(NL) * (H)];   /* what is known to who acquires a value */
 byte pick;                /* of the load that is being made */
 hidden byte each;
 hidden byte other;
+hidden byte fresh;
 
 #define VALUE(l, i) stored[(l) * (H) + (i)]
 #define LEFT(l, i, k) left[((l) * (H) + (i)) * (NL) + (k)]
@@ -71,8 +74,9 @@ inline startMemory() {
 
 #define PUT_VALUE(me, l, order, new) \
     assert(last[l] + 1 < (H)); \
+    fresh = (new); \
     last[l] = last[l] + 1; \
-    VALUE(l, last[l]) = (new); \
+    VALUE(l, last[l]) = fresh; \
     SEEN(me, l) = last[l]; \
     BESIDE(l, last[l]) = 0; \
     if \
@@ -188,12 +192,24 @@ inline startMemory() {
         known[me] = known[me] | WRITE_BIT(d) \
     }
 
-/* A lock, as a location of its own: whoever takes it sees what was done under it before. */
+/* A lock, as a location of its own: whoever takes it sees what was done under it before. It keeps one value. */
 #define LOCK(me, l) \
-    atomic { NEWEST(l) == 0; d_step { pick = last[l]; SEEN(me, l) = pick; TAKE_VIEW(me, l, pick); pick = 0; PUT_VALUE(me, l, RELAXED, 1); \
-        PASS_ON(l); printf("@lock %d %d\n", me, l) } }
+    atomic { \
+        VALUE(l, 0) == 0; \
+        d_step { \
+            printf("@lock %d %d\n", me, l); \
+            VALUE(l, 0) = 1; \
+            TAKE_VIEW(me, l, 0) \
+        } \
+    }
+
 #define UNLOCK(me, l) \
-    d_step { printf("@unlock %d %d\n", me, l); PUT_VALUE(me, l, RELEASE, 0) }
+    d_step { \
+        printf("@unlock %d %d\n", me, l); \
+        VALUE(l, 0) = 0; \
+        for (each : 0 .. (NL) - 1) { LEFT(l, 0, each) = SEEN(me, each) } \
+        BESIDE(l, 0) = known[me] \
+    }
 
 /* The end of a thread, for the one that has waited for it. */
 #define JOIN(me, gone) \
