@@ -4,7 +4,7 @@
  * level and text. An overflow entry tells at least the losses that it was published with, and exactly all of them once the writer
  * has left. The queue is deleted when nobody looks at it any more.
  */
-#define TRIES 6
+#define TRIES 5
 #define T_writer 0
 #define T_reader 1
 #define NT 2
@@ -15,7 +15,7 @@
 #define NL 7
 #define D_entry 0
 #define D_text 4
-#define ND 10
+#define ND 9
 #define H (TRIES + 2)
 #include "memory.pml"
 
@@ -26,6 +26,7 @@
 #define WEAK_EMPTY 5
 #define WEAK_EXIT 6
 #define WEAK_GONE 7
+#define WEAK_ASK 8
 
 #define ENTRIES 4
 #define ENTRY(i) ((i) & 3)
@@ -61,6 +62,9 @@ inline countLoss(try) {
 proctype writer() {
     byte try;
     for (try : 1 .. TRIES) {
+        /* isFull() and isEmpty(), which may say what they like. */
+        LOAD(T_writer, L_entryRead, ACQUIRE_UNLESS(WEAK_ASK), room);
+        room = 0;
         if
         :: HAS_TWO
         :: else -> LOAD(T_writer, L_entryRead, ACQUIRE_UNLESS(WEAK_FREE_ENTRY), cachedRead)

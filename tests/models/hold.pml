@@ -44,9 +44,9 @@ proctype reader() {
             if
             :: holds == 0 -> break
             :: else ->
-                STORE(T_reader, L_inLine, SEQ_CST_UNLESS(99, WEAK_STAND_BACK), 0);
+                STORE(T_reader, L_inLine, SEQ_CST_UNLESS(NEVER, WEAK_STAND_BACK), 0);
                 do
-                :: LOAD(T_reader, L_holds, SEQ_CST_UNLESS(99, WEAK_WAIT), holds);
+                :: LOAD(T_reader, L_holds, SEQ_CST_UNLESS(NEVER, WEAK_WAIT), holds);
                     if :: holds == 0 -> break :: else fi
                 od;
                 skip;
@@ -74,7 +74,7 @@ proctype handler(byte me) {
     skip;
     WRITE(me, D_log);
     STORE(me, L_writing, SEQ_CST_UNLESS(WEAK_THROUGH, WEAK_THROUGH_ALL), 0);
-    CHANGE(me, L_holds, SEQ_CST_UNLESS(99, WEAK_RELEASE), NEWEST(L_holds) - 1, before)
+    CHANGE(me, L_holds, SEQ_CST_UNLESS(NEVER, WEAK_RELEASE), NEWEST(L_holds) - 1, before)
 }
 
 init { atomic { startMemory(); run reader(); run handler(T_one); run handler(T_two) } }

@@ -10,9 +10,11 @@
  * the last write of a piece of data and the last read by each thread. Knowledge travels with the views. A read needs the
  * write's bit, a write needs all of the data's bits, or the model fails.
  *
- * Two things are not modelled: a load never sees a store that hasn't been made yet, and the stores of a location are ordered as they are
- * made. Neither can hide a fault here: what the first allows beyond this is a race of plain data, which is found as such, and
- * each location that two threads write is written by read-modify-write operations, under a lock, or once.
+ * Two things are not modelled: a load never sees a store that hasn't been made yet, and the stores of a location are ordered as
+ * they are made. The first would show where plain data is read before an index is given on; the races that are looked for show that
+ * as well. The second matters only where several threads store in one location without a read-modify-write operation, a lock or
+ * sequential consistency, and none here does. So a model that fails is a proof, with the way there; one that holds without an
+ * order tells that no failure is known, and is no reason by itself to take the order out.
  *
  * A model defines, before it includes this: T_... threads and NT, their number; L_... locations and NL; D_... plain data and ND;
  * H, how many values a location may be given. ND * (NT + 1) may be 31 at the most.
@@ -26,6 +28,7 @@
 #define SEQ_CST 7
 
 byte weak;
+#define NEVER 255
 
 /* The order `full`, or `less` in a run without it. */
 #define UNLESS(number, full, less) (weak == (number) -> (less) : (full))
@@ -42,10 +45,11 @@ byte agreed[NL];          /* what sequentially consistent operations have agreed
 int known[NT];
 int beside[(NL) * (H)];   /* what is known to who acquires a value */
 
-byte pick;                /* of the load that is being made */
-hidden byte each;
-hidden byte other;
-hidden byte fresh;
+/* Of the one step that uses them. */
+byte pick;
+byte each;
+byte other;
+byte fresh;
 
 #define VALUE(l, i) stored[(l) * (H) + (i)]
 #define LEFT(l, i, k) left[((l) * (H) + (i)) * (NL) + (k)]
@@ -77,6 +81,7 @@ inline startMemory() {
     fresh = (new); \
     last[l] = last[l] + 1; \
     VALUE(l, last[l]) = fresh; \
+    fresh = 0; \
     SEEN(me, l) = last[l]; \
     BESIDE(l, last[l]) = 0; \
     if \

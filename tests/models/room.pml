@@ -18,13 +18,11 @@
 #define WEAK_WAIT_RELEASE 2
 #define WEAK_TELL_ACQUIRE 3
 #define WEAK_TELL_RELEASE 4
-#define WEAK_REMOVE 5
-#define WEAK_ROOM 6
 
 bool isWaiting;
 
 inline lookForRoom() {
-    LOAD(T_writer, L_removed, ACQUIRE_UNLESS(WEAK_ROOM), removed)
+    LOAD(T_writer, L_removed, ACQUIRE, removed)
 }
 
 proctype writer() {
@@ -56,7 +54,7 @@ proctype writer() {
 proctype reader() {
     byte waiting;
     READ(T_reader, D_entry);
-    STORE(T_reader, L_removed, RELEASE_UNLESS(WEAK_REMOVE), 1);
+    STORE(T_reader, L_removed, RELEASE, 1);
     CHANGE(T_reader, L_waiting, ACQ_REL_UNLESS(WEAK_TELL_ACQUIRE, WEAK_TELL_RELEASE), NEWEST(L_waiting), waiting);
     if
     :: waiting ->

@@ -18,19 +18,16 @@
 #define H 12
 #include "memory.pml"
 
-#define WEAK_ADD 1
-#define WEAK_EMPTY 2
-#define WEAK_RUNNING 3
-#define WEAK_SLEEP 4
-#define WEAK_LOOK_RUNNING 5
-#define WEAK_AWAKE 6
-#define WEAK_LOOK_SLEEP 7
-#define WEAK_LOOK_STOPPED 8
-#define WEAK_WOKEN 9
-#define WEAK_STOP 10
-#define WEAK_WAKE 11
-#define WEAK_FENCE 12  /* none at all */
-#define WEAK_LOCK 13   /* wakeReader() doesn't pass through the lock */
+#define WEAK_SLEEP 1
+#define WEAK_LOOK_RUNNING 2
+#define WEAK_AWAKE 3
+#define WEAK_LOOK_SLEEP 4
+#define WEAK_LOOK_STOPPED 5
+#define WEAK_WOKEN 6
+#define WEAK_STOP 7
+#define WEAK_WAKE 8
+#define WEAK_FENCE 9  /* none at all */
+#define WEAK_LOCK 10   /* wakeReader() doesn't pass through the lock */
 
 #define AWAKE 0
 #define ASLEEP 1
@@ -40,7 +37,7 @@ bool isWaiting, isStopping;
 byte taken, passed;
 
 inline wakeReader(me) {
-    CHANGE(me, L_sleep, SEQ_CST_UNLESS(99, WEAK_WAKE), AWAKE, before);
+    CHANGE(me, L_sleep, SEQ_CST_UNLESS(NEVER, WEAK_WAKE), AWAKE, before);
     if
     :: before != AWAKE ->
         if
@@ -65,7 +62,7 @@ inline fenceAllThreads() {
 }
 
 inline writeAll() {
-    LOAD(T_reader, L_written, ACQUIRE_UNLESS(WEAK_EMPTY), written);
+    LOAD(T_reader, L_written, ACQUIRE, written);
     do
     :: taken < written -> READ(T_reader, D_message + taken); taken++
     :: else -> break
@@ -76,25 +73,25 @@ inline writeAll() {
 proctype reader() {
     byte running, written, sleep;
     do
-    :: LOAD(T_reader, L_running, ACQUIRE_UNLESS(WEAK_RUNNING), running);
+    :: LOAD(T_reader, L_running, ACQUIRE, running);
         if
         :: !running -> break
         :: else
         fi;
         writeAll();
-        STORE(T_reader, L_sleep, SEQ_CST_UNLESS(99, WEAK_SLEEP), ASLEEP);
+        STORE(T_reader, L_sleep, SEQ_CST_UNLESS(NEVER, WEAK_SLEEP), ASLEEP);
         fenceAllThreads();
-        LOAD(T_reader, L_running, SEQ_CST_UNLESS(99, WEAK_LOOK_RUNNING), running);
-        LOAD(T_reader, L_written, ACQUIRE_UNLESS(WEAK_EMPTY), written);
+        LOAD(T_reader, L_running, SEQ_CST_UNLESS(NEVER, WEAK_LOOK_RUNNING), running);
+        LOAD(T_reader, L_written, ACQUIRE, written);
         if
-        :: !running || written != taken -> STORE(T_reader, L_sleep, SEQ_CST_UNLESS(99, WEAK_AWAKE), AWAKE)
+        :: !running || written != taken -> STORE(T_reader, L_sleep, SEQ_CST_UNLESS(NEVER, WEAK_AWAKE), AWAKE)
         :: else
         fi;
         skip;
         LOCK(T_reader, L_mutex);
         do
-        :: LOAD(T_reader, L_sleep, SEQ_CST_UNLESS(99, WEAK_LOOK_SLEEP), sleep);
-            LOAD(T_reader, L_running, SEQ_CST_UNLESS(99, WEAK_LOOK_STOPPED), running);
+        :: LOAD(T_reader, L_sleep, SEQ_CST_UNLESS(NEVER, WEAK_LOOK_SLEEP), sleep);
+            LOAD(T_reader, L_running, SEQ_CST_UNLESS(NEVER, WEAK_LOOK_STOPPED), running);
             if
             :: sleep == AWAKE || !running -> break
             :: else ->
@@ -105,7 +102,7 @@ end_asleep:     !isWaiting;
         od;
         skip;
         UNLOCK(T_reader, L_mutex);
-        STORE(T_reader, L_sleep, SEQ_CST_UNLESS(99, WEAK_WOKEN), AWAKE)
+        STORE(T_reader, L_sleep, SEQ_CST_UNLESS(NEVER, WEAK_WOKEN), AWAKE)
     od;
     passed++
 }
@@ -114,7 +111,7 @@ proctype writer() {
     byte message, sleep, before;
     for (message : 1 .. MESSAGES) {
         WRITE(T_writer, D_message + message - 1);
-        STORE(T_writer, L_written, RELEASE_UNLESS(WEAK_ADD), message);
+        STORE(T_writer, L_written, RELEASE, message);
         LOAD(T_writer, L_sleep, RELAXED, sleep);
         if
         :: sleep != AWAKE -> wakeReader(T_writer)
@@ -127,7 +124,7 @@ proctype stopper() {
     byte before;
     if
     :: true -> isStopping = true;
-        STORE(T_stopper, L_running, SEQ_CST_UNLESS(99, WEAK_STOP), 0);
+        STORE(T_stopper, L_running, SEQ_CST_UNLESS(NEVER, WEAK_STOP), 0);
         wakeReader(T_stopper)
     :: true
     fi

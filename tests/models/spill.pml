@@ -22,21 +22,18 @@
 #define WEAK_OFFER 3
 #define WEAK_LOOK_TAKEN 4
 #define WEAK_TAKE 5
-#define WEAK_ADD 6
-#define WEAK_EMPTY 7
-#define WEAK_REMOVE 8
 
 byte written[2];
 
 inline takeWaiting(me) {
-    CHANGE(me, L_isTaken, SEQ_CST_UNLESS(99, WEAK_TAKE), 1, isTaken)
+    CHANGE(me, L_isTaken, SEQ_CST_UNLESS(NEVER, WEAK_TAKE), 1, isTaken)
 }
 
 /* The message is read before it is taken off. */
 inline writeMessage(me, number) {
     READ(me, D_message + number);
     atomic { written[number]++; assert(written[number] == 1); /* each message once */ }
-    STORE(me, L_removed, RELEASE_UNLESS(WEAK_REMOVE), number + 1)
+    STORE(me, L_removed, RELEASE, number + 1)
 }
 
 proctype writer() {
@@ -45,8 +42,8 @@ proctype writer() {
     STORE(T_writer, L_spill, RELEASE_UNLESS(WEAK_MADE), 1);
     for (number : 0 .. 1) {
         WRITE(T_writer, D_message + number);
-        STORE(T_writer, L_added, RELEASE_UNLESS(WEAK_ADD), number + 1);
-        STORE(T_writer, L_isTaken, SEQ_CST_UNLESS(99, WEAK_OFFER), 0);
+        STORE(T_writer, L_added, RELEASE, number + 1);
+        STORE(T_writer, L_isTaken, SEQ_CST_UNLESS(NEVER, WEAK_OFFER), 0);
         takeWaiting(T_writer);
         if
         :: !isTaken -> writeMessage(T_writer, number)
@@ -66,10 +63,10 @@ proctype handler() {
         if
         :: spill ->
             READ(T_handler, D_spill);
-            LOAD(T_handler, L_isTaken, SEQ_CST_UNLESS(99, WEAK_LOOK_TAKEN), isTaken);
+            LOAD(T_handler, L_isTaken, SEQ_CST_UNLESS(NEVER, WEAK_LOOK_TAKEN), isTaken);
             if
             :: !isTaken ->
-                LOAD(T_handler, L_added, ACQUIRE_UNLESS(WEAK_EMPTY), added);
+                LOAD(T_handler, L_added, ACQUIRE, added);
                 LOAD(T_handler, L_removed, ACQUIRE, removed);
                 if
                 :: added != removed ->

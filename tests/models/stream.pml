@@ -36,7 +36,7 @@ proctype writer() {
         if
         :: room ->
             atomic { messages++; expected[messages] = messages };
-            if :: size = 1 :: size = 2 :: size = 3 :: size = 4 fi;
+            if :: size = 1 :: size = 2 :: size = 4 fi;
             makeText(messages, size);
             completeString()
         :: else
