@@ -62,9 +62,11 @@ inline countLoss(try) {
 proctype writer() {
     byte try;
     for (try : 1 .. TRIES) {
-        /* isFull() and isEmpty(), which may say what they like. */
-        LOAD(T_writer, L_entryRead, ACQUIRE_UNLESS(WEAK_ASK), room);
-        room = 0;
+        if
+        :: LOAD(T_writer, L_entryRead, ACQUIRE_UNLESS(WEAK_ASK), room); /* isFull() or isEmpty() */
+            room = 0
+        :: true
+        fi;
         if
         :: HAS_TWO
         :: else -> LOAD(T_writer, L_entryRead, ACQUIRE_UNLESS(WEAK_FREE_ENTRY), cachedRead)
