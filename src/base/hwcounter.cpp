@@ -15,6 +15,7 @@ HwCounterEng& HwCounter::makeEngine()
     HwCounterEng* found = nullptr;
     // Release, so that a thread that sees the pointer sees the engine's fields as well. Acquire on failure, as this
     // thread then uses an engine that another one has made.
+    // model: tests/models/engine.pml.
     if (std::atomic_ref(_theHwCounter)
             .compare_exchange_strong(found, made, std::memory_order_acq_rel, std::memory_order_acquire))
         return *made;

@@ -75,6 +75,7 @@ private:
     /// @{
     /// Acquire and release: without them a thread could see the pointer to an engine that another thread has made
     /// before it sees the engine's fields.
+    // model: tests/models/publish.pml.
     static HwCounterEng& getEngine() { return *std::atomic_ref(_theHwCounter).load(std::memory_order_acquire); }
     static void setEngine(HwCounterEng* engine)
     {

@@ -81,6 +81,7 @@ public:
     {
         // Release, and acquire in isLoggerActive(): without them a site could find the logger active and still call
         // the queue function that was installed before.
+        // model: tests/models/publish.pml.
         __atomic_store_n(&_loggerActive, active, __ATOMIC_RELEASE);
     }
     static bool isLoggerActive() { return __atomic_load_n(&_loggerActive, __ATOMIC_ACQUIRE); }

@@ -8,6 +8,8 @@
 // The last free entry is kept for a count of losses, which is published at once and raised while it is the newest.
 // The count is the one field that both sides may use at a time; it is a relaxed atomic, and a late value only
 // changes a diagnostic.
+//
+// model: tests/models/entries.pml, and tests/models/queue.pml with the text.
 #include <base/lgqueue.h>
 
 #include <base/hwcounter.h>
@@ -116,7 +118,7 @@ void LgQueue::waitForSpace(int size) const
         _observer->waitForSpace(*this, size);
 }
 
-/// The same rule as hasFreeEntry(), for callers of either thread and without the cache.
+/// The same rule as hasFreeEntry(), without the cache, which a const function can't renew. For the writer alone.
 bool LgQueue::isFull() const
 {
     const Index readIndex = _readIndex.loadAcquire();

@@ -135,6 +135,8 @@ public:
 
     // Either side.
 
+    // model: tests/models/entries.pml.
+
     /// Whether there is nothing to read. May be stale: a message that the writer adds meanwhile shows at the next
     /// call.
     bool isEmpty() const { return _writeIndex.loadAcquire() == _readIndex.loadAcquire(); }

@@ -22,6 +22,8 @@ namespace Vn
 {
 namespace
 {
+// model: tests/models/spare.pml.
+
 /// A list that was given back; null while a thread uses it or before there is one. Never freed: a reader may be at work while
 /// the process ends.
 std::atomic<List<LgQueue*>*> spareList = nullptr;
@@ -59,6 +61,7 @@ struct PlacesSlot
     PlacesSlot* next;
 };
 
+// model: tests/models/slots.pml.
 std::atomic<PlacesSlot*> firstSlot = nullptr;
 
 /// The first slot with that owner, or null. Acquire: without it this thread could see a slot before the slot is complete.

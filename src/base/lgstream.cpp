@@ -11,6 +11,8 @@
 //
 // Most writes end before `_directEnd` and are done inline in lgstream.h, without a look at the reader's index. What
 // is here handles the wrap, the nearly full ring and the pending step.
+//
+// model: tests/models/stream.pml, the ring alone; model: tests/models/queue.pml, within a queue.
 #include <base/lgstream.h>
 
 #include <base/lgnumbertext_p.h>

@@ -119,6 +119,7 @@ public:
         const std::uint32_t cell = _writeIndex.get();
         if (cell + 1 < _directEnd) {
             _buffer[cell] = '\0';
+            // model: tests/models/stream.pml.
             _stringEnd.storeRelease(Index(cell));
             _writeIndex.storeRelease(Index(cell + 1));
             setFlags(stringTerminated);

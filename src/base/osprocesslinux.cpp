@@ -173,6 +173,7 @@ public:
     {
         child->next = _first.load(std::memory_order_relaxed);
         // Release, with the acquire in takeAll(): without them the taking thread could read an older `next`.
+        // model: tests/models/children.pml.
         while (
             !_first.compare_exchange_weak(child->next, child, std::memory_order_release, std::memory_order_relaxed))
             continue;

@@ -59,6 +59,7 @@ unsigned long PeriodicTimer::getCurrentCount() const
 
 // Acquire, with the release in beginCount(): without them another thread could see that the timer is running and
 // still compute the count from an older start time or interval.
+// model: tests/models/timer.pml.
 bool PeriodicTimer::isRunning() const
 {
     return shared(_running).load(std::memory_order_acquire);

@@ -1,8 +1,9 @@
 // Private to rnbins_p.h, rndirection_p.h, rngaussianrng.imp and rnlecuyeruniformrng.imp.
 #pragma once
 
-// Not on Windows: the compiler does not align the stack there for 32-byte registers.
-#if defined(__x86_64__) && !defined(_WIN32)
+// Not on Windows: the compiler does not align the stack there for 32-byte registers. A program of the tests leaves the wide form
+// out (VN_RN_PLAIN), as a processor that has it would never run the other one.
+#if defined(__x86_64__) && !defined(_WIN32) && !defined(VN_RN_PLAIN)
 #    define VN_RN_HAS_WIDE 1
 #endif
 
@@ -16,6 +17,7 @@ namespace Vn
 ///
 /// Both forms give the same bits: AVX2 has no fused multiply-add, and no loop reorders a sum. Other
 /// processors than x86-64, and Windows, have the baseline's form alone.
+/// Tests: the samplers' in basetest, in the form that the processor chooses, and again in plainlooptest, in the baseline's.
 namespace RnWide
 {
 

@@ -62,6 +62,7 @@ void TraceManager::registerManager(TraceManager* manager)
         return;
     // Release, and acquire in getInstance(): without them another thread could find the manager's address before what its
     // constructor has written.
+    // model: tests/models/publish.pml.
     storeRelease(_manager, manager);
     _hasRegistered = true;
 }

@@ -166,6 +166,7 @@ struct Earliest
 
 /// One thread writes; a second one that crashes waits, as going its way would end the process under the first. It then writes
 /// what it has logged meanwhile.
+// model: tests/models/hold.pml.
 bool ThreadLogCrash::writeAll() noexcept
 {
     ThreadLogEngine& engine = ThreadLogEngine::get();

@@ -100,6 +100,7 @@ void ThreadLogEngine::start(ThreadLogPolicy const& policy)
     _isFailing.store(false, std::memory_order_relaxed);
     _seen = _made.load(std::memory_order_relaxed) - 1;  // queues of an earlier log are to be registered again
     setStopped(false);
+    // model: tests/models/publish.pml.
     _isRunning.store(true, std::memory_order_release);
     try {
         _outputs.open();
@@ -218,6 +219,7 @@ ThreadLogWriter* ThreadLogEngine::takeInherited() noexcept
 }
 
 /// In a child of `fork` the reader's thread is missing until the first message. False if there can be none.
+// model: tests/models/once.pml.
 bool ThreadLogEngine::provideReader() noexcept
 {
     if (!_isForked.load(std::memory_order_acquire))
@@ -345,6 +347,7 @@ bool ThreadLogEngine::writeOne()
 }
 
 /// Sequentially consistent, here and in holdReader(): either the handler sees the line, or this sees that it is held.
+// model: tests/models/hold.pml.
 void ThreadLogEngine::enterLine()
 {
     _isInLine.store(true);
@@ -360,6 +363,7 @@ void ThreadLogEngine::enterLine()
 void ThreadLogEngine::registerNewQueues()
 {
     // Acquire: the writers that were counted are there.
+    // model: tests/models/writers.pml.
     for (unsigned made = _made.load(std::memory_order_acquire); made != _seen;
          made = _made.load(std::memory_order_acquire)) {
         ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
@@ -383,6 +387,7 @@ bool ThreadLogEngine::isAnythingToDo()
 }
 
 /// A doze behind messages; a sleep if none came during the last one.
+// model: tests/models/sleep.pml.
 void ThreadLogEngine::rest(bool hasWritten)
 {
     std::chrono::milliseconds atMost(0);  // for ever
@@ -426,6 +431,7 @@ void ThreadLogEngine::wakeReader()
 ///
 /// Never under _readMutex: a thread that waits for room looks at the clock under _roomMutex, which on Windows may need the loader's
 /// lock, and a thread's end must not come to wait for that one (see endWriter()).
+// model: tests/models/room.pml.
 void ThreadLogEngine::tellWaiting()
 {
     if (_waiting.fetch_add(0, std::memory_order_acq_rel) == 0)

@@ -39,6 +39,7 @@ public:
     /// What a program's end calls that didn't destroy its log. Doesn't wait for a thread that is no more.
     void stopAtExit() noexcept;
 
+    // model: tests/models/publish.pml.
     bool isRunning() const { return _isRunning.load(std::memory_order_acquire); }
 
     /// The calling thread's queue; the queue function of the logger.
@@ -72,6 +73,7 @@ public:
             return;
         // Acquire and release, with the addition in tellWaiting(): one of the two sides sees the other, so that either the
         // room is seen here or the waiting there.
+        // model: tests/models/room.pml.
         _waiting.fetch_add(1, std::memory_order_acq_rel);
         std::unique_lock guard(_roomMutex);
         while (!hasRoom() && isRunning() && !_isFailing.load(std::memory_order_relaxed)) {

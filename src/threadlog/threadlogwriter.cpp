@@ -44,6 +44,7 @@ private:
     char _text[32768];
 };
 
+// model: tests/models/writers.pml.
 ThreadLogWriters::Chunk ThreadLogWriters::_first;
 
 /// Release: a walk that finds the writer finds its fields. A place that was free a moment ago may be taken by another thread.
@@ -79,7 +80,7 @@ bool ThreadLogWriters::add(ThreadLogWriter& writer) noexcept
     }
 }
 
-/// Release: the place may be taken again at once, by a thread that must not see what the writer does in its end.
+/// The place may be taken again at once. Nothing but the place is given on, so any order would do.
 void ThreadLogWriters::remove(ThreadLogWriter const& writer) noexcept
 {
     for (Chunk* chunk = &_first; chunk != nullptr; chunk = chunk->next.load(std::memory_order_acquire))
@@ -148,6 +149,7 @@ LgQueue::Entry const& ThreadLogWriter::getNewest() const
 }
 
 /// Release: who sees the number, in a crash, sees the entry.
+// model: tests/models/publish.pml.
 void ThreadLogWriter::countEntry()
 {
     _written.store(_written.load(std::memory_order_relaxed) + 1, std::memory_order_release);
@@ -209,6 +211,7 @@ void ThreadLogWriter::chooseCurrent()
         waitForSpace(*_queue, static_cast<int>(comfortableRoom));
 }
 
+// model: tests/models/spill.pml.
 /// The message in the spill goes into the queue, or its loss does. It is taken off the spill only when it waits no more, so
 /// that a crash finds it there.
 void ThreadLogWriter::move(LgQueue& spill, char* text)

@@ -40,6 +40,8 @@ public:
 
     LgQueue& getQueue() { return *_queue; }
 
+    // model: tests/models/spill.pml.
+
     /// The message that waits for room, alone in its queue; null if there is none. For the crash handlers.
     LgQueue* getWaiting() const
     {
@@ -56,6 +58,8 @@ public:
 
     /// Messages in the queue, without entries that count losses. For the crash handlers.
     std::uint32_t countMessages() const;
+
+    // model: tests/models/publish.pml.
 
     /// Entries that the thread has written so far. For the crash handlers.
     std::uint32_t getWritten() const { return _written.load(std::memory_order_acquire); }
@@ -106,6 +110,8 @@ public:
     /// False without memory.
     static bool add(ThreadLogWriter& writer) noexcept;
     static void remove(ThreadLogWriter const& writer) noexcept;
+
+    // model: tests/models/writers.pml.
 
     /// Calls `visit` with each writer, in the order of their places.
     template <class Visit>
