@@ -120,11 +120,10 @@ void RecordReader::append(Record& record)
     record.isWhole = _ahead.isWhole;
 }
 
+/// A stop banner doesn't tell whose it is where several processes write one file, so it ends no call.
 void RecordReader::forgetRuns(Record const& record)
 {
-    if (record.kind == Kind::Stopped)
-        std::erase_if(_calls, [&](auto const& calls) { return calls.first.first == record.run; });
-    else if (record.kind == Kind::Started)
+    if (record.kind == Kind::Started)
         std::erase_if(_calls, [&](auto const& calls) { return calls.first.first < record.run - keptRuns; });
 }
 
