@@ -176,6 +176,8 @@ Vn::InUsage getExportUsage()
     Settings& settings = getSettings();
     return Vn::InUsage("Writes logs in a form that other tools read; all of it, in the order of the lines.")
         .operands("[FILE]...")
+        .expect(settings.written.getVariable(), "local, UTC, an offset as +05:30, or a zone that the system knows",
+                isZone)
         .word("--chrome-trace", "for Chromium's tracing page and for Perfetto: calls, messages, losses",
               settings.isChrome)
         .word("--csv", "a table with a row of names, as RFC 4180 has it", settings.isCsv)

@@ -67,6 +67,9 @@ public:
     /// How many start banners have come so far.
     int getRunCount() const { return _runCount; }
 
+    /// How many have not been stopped.
+    int getOpenRunCount() const { return _openRuns; }
+
     std::string const& getName() const { return _name; }
     FileIdentity getIdentity() const { return _file->getIdentity(); }
 
