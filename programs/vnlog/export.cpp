@@ -140,11 +140,11 @@ void tellCounts(Counts const& counts, ExportFormat const& format)
 {
     Settings const& settings = getSettings();
     if (counts.inexact != 0 && !settings.isJournal)
-        warn(std::to_string(counts.inexact) +
-             " texts have bytes that are not UTF-8; the exact bytes stand beside them, in base64");
-    if (format.getTimelessCount() != 0 && !settings.isOtlp)
-        warn(std::to_string(format.getTimelessCount()) +
-             " records have no time of their own, and stand at the time of the record before");
+        warn("texts with bytes that are not UTF-8: " + std::to_string(counts.inexact) +
+             "; U+FFFD stands for these, and the exact bytes stand beside, in base64");
+    if (format.getTimelessCount() != 0)
+        warn("records without a time of their own: " + std::to_string(format.getTimelessCount()) +
+             "; each stands at the time of the one before it");
 }
 
 int exportAll(std::vector<std::string> const& names, std::ostream& stream, std::string const& shownOutput)

@@ -62,7 +62,7 @@ public:
         else if (record.sinceStart)
             process.time = *record.sinceStart;
         else
-            countTimeless();
+            countTimeless(record);
         // The banner of a run is what its process is named by.
         if (record.kind == Kind::Started)
             return;

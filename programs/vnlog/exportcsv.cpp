@@ -36,7 +36,7 @@ class CsvFormat : public ExportFormat
 public:
     explicit CsvFormat(std::ostream& stream) : _stream(stream)
     {
-        _stream << "time,kind,level,thread,ticks,group,text,lost,file,line,lines,run,whole,bytes\r\n";
+        _stream << "time,kind,level,thread,ticks,group_name,text,lost,file,line,lines,run,whole,bytes\r\n";
     }
 
     void add(Record const& record, Run const&) override

@@ -31,11 +31,12 @@ public:
     /// Writes what belongs behind the last record. Once.
     virtual void finish() {}
 
-    /// Records that the form couldn't give a time that it needs.
+    /// Records that bear the time of another one, as the form needs a time and theirs isn't known.
     std::uint64_t getTimelessCount() const { return _timeless; }
 
 protected:
-    void countTimeless() { ++_timeless; }
+    /// Stop banners never have a time, and come right behind the last record.
+    void countTimeless(Record const& record) { _timeless += record.kind == Kind::Stopped ? 0 : 1; }
 
 private:
     std::uint64_t _timeless = 0;
@@ -47,14 +48,15 @@ struct ExportNames
     std::string program;  ///< who logged; empty: the file's name without folder and suffix
 };
 
-/// JSON, an object for each record and line. Fields that a record doesn't have are left out; "time" is null if unknown.
+/// JSON, an object for each record and line. Fields that a record doesn't have are left out. A record without a time has that
+/// of the record before, or null, and "time_known" is false.
 std::unique_ptr<ExportFormat> makeJsonFormat(std::ostream& stream);
 
 /// CSV as RFC 4180 has it, with a row of names. Zero bytes are replaced as well, as most readers end there.
 std::unique_ptr<ExportFormat> makeCsvFormat(std::ostream& stream);
 
-/// OpenTelemetry's logs as JSON, as its file exporter writes them: each line holds a batch. Of a banner's lines, the time and
-/// the resolution are left out of the body. Memory: a batch, about a megabyte.
+/// OpenTelemetry's logs as JSON, as its file exporter writes them: each line holds a batch. An unknown time is 0, as the
+/// encoding has it. Memory: a batch, about a megabyte of texts.
 std::unique_ptr<ExportFormat> makeOtlpFormat(std::ostream& stream, ExportNames names);
 
 /// The journal's export format. Each run has a boot id of its own, as its monotonic clock begins anew. Entries without a time

@@ -91,19 +91,18 @@ private:
         _boot = text;
     }
 
-    /// Behind the fields that the journal keeps for itself. It refuses times before 1970 and the first microsecond.
+    /// Ahead of all other fields. The journal refuses times up to 1970.
     void writeTime(Record const& record)
     {
-        const bool hasTime = record.time && *record.time >= nanosecondsPerMicrosecond;
-        if (hasTime)
-            _time = *record.time / nanosecondsPerMicrosecond;
-        else
-            countTimeless();
+        if (!record.time)
+            countTimeless(record);
         _sinceStart = record.sinceStart.value_or(_sinceStart);
-        write("__REALTIME_TIMESTAMP", std::to_string(_time));
+        const std::int64_t time =
+            std::max<std::int64_t>(record.nearTime.value_or(0) / nanosecondsPerMicrosecond, 1);
+        write("__REALTIME_TIMESTAMP", std::to_string(time));
         write("__MONOTONIC_TIMESTAMP", std::to_string(_sinceStart / nanosecondsPerMicrosecond));
         write("_BOOT_ID", _boot);
-        if (!hasTime)
+        if (!record.time)
             write("VN_TIME", "unknown");
     }
 
@@ -138,8 +137,7 @@ private:
     std::string _boot;
     std::string _file;
     int _run = -2;                 ///< no record's
-    std::int64_t _time = 1;        ///< of the last entry that has one, in microseconds
-    std::int64_t _sinceStart = 0;  ///< the same since the start of the run, in nanoseconds
+    std::int64_t _sinceStart = 0;  ///< of the last entry that tells it, in nanoseconds
 };
 }  // namespace
 

@@ -36,7 +36,9 @@ public:
     void add(Record const& record, Run const& run) override
     {
         Json json;
-        json["time"] = record.time ? Json(toTimeText(*record.time)) : Json();
+        json["time"] = record.nearTime ? Json(toTimeText(*record.nearTime)) : Json();
+        if (!record.time)
+            json["time_known"] = false;
         json["kind"] = getKindWord(record.kind);
         if (record.level >= 0)
             json["level"] = getLevelWord(record.level);
@@ -45,12 +47,12 @@ public:
             json["ticks"] = record.ticks;
         }
         if (!record.group.empty())
-            json["group"] = record.group;
+            json["group_name"] = record.group;
         json["text"] = record.text;
         if (record.kind == Kind::Overflow)
             json["lost"] = record.lost;
         if (record.kind == Kind::Started && run.nanoseconds > 0)
-            json["tickNanoseconds"] = run.nanoseconds;
+            json["tick_nanoseconds"] = run.nanoseconds;
         if (record.drawing.step != TraceStep::None)
             json["trace"] = makeDrawing(record.drawing);
         json["file"] = record.file;
@@ -63,7 +65,7 @@ public:
         if (!record.isWhole)
             json["whole"] = false;
         addBytes(json, "bytes", record.getMessage());
-        addBytes(json, "fileBytes", record.file);
+        addBytes(json, "file_bytes", record.file);
         _stream << toJsonText(json) << '\n';
     }
 

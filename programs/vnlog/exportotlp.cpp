@@ -110,8 +110,6 @@ private:
     {
         Json json;
         json["timeUnixNano"] = std::to_string(record.time.value_or(0));
-        if (!record.time)
-            countTimeless();
         if (record.level >= 0) {
             json["severityNumber"] = severityNumbers[static_cast<std::size_t>(record.level)];
             json["severityText"] = getLevelWord(record.level);

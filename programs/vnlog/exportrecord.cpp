@@ -39,6 +39,7 @@ bool RecordReader::next(Record& record)
     if (record.kind == Kind::Started)
         if (const auto started = _source.getRun(record.run).started)
             record.time = static_cast<std::int64_t>(*started) * nanosecondsPerSecond;
+    record.nearTime = _lastTime = record.time ? record.time : _lastTime;
     return true;
 }
 

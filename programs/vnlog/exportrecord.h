@@ -35,7 +35,7 @@ struct Record
     std::uint64_t line = 0;   ///< of the input, from 1
     std::uint64_t lines = 1;  ///< how many lines it takes
     int run = -1;             ///< of the input, from 0; -1 before the first banner
-    bool isWhole = true;      ///< false: the input ends within it
+    bool isWhole = true;      ///< false: the input ends within it, or its line goes on in the next record
     bool isFurther = false;   ///< a further piece of a line that is longer than any message
     bool hasStamp = false;
     std::uint64_t ticks = 0;
@@ -46,6 +46,7 @@ struct Record
     long lost = 0;                           ///< messages that an Overflow counts
     std::optional<std::int64_t> time;        ///< nanoseconds since 1970, UTC
     std::optional<std::int64_t> sinceStart;  ///< nanoseconds since the start of the run
+    std::optional<std::int64_t> nearTime;    ///< `time`, or that of the last record before that has one
     Drawing drawing;
 
     /// The group's word and the text, as logged.
@@ -97,6 +98,7 @@ private:
     Lines _lines;
     LogLine _ahead;  ///< the line that follows the record
     bool _hasAhead = false;
+    std::optional<std::int64_t> _lastTime;
     std::map<std::pair<int, std::uint32_t>, TraceCalls> _calls;  ///< by run and thread
 };
 
