@@ -173,7 +173,9 @@ std::optional<TimeLimit> parseTime(std::string const& text, Zone const& zone)
     const int seconds = static_cast<int>(*time / nanosecondsPerSecond);
     const std::optional<std::time_t> found =
         zone.find({*year, *month, *day, seconds / 3600, seconds / 60 % 60, seconds % 60});
-    if (!found || *found > 9000000000)
+    // Nanoseconds have room for the years 1678 to 2261.
+    constexpr std::time_t mostSeconds = 9000000000;
+    if (!found || *found > mostSeconds || *found < -mostSeconds)
         return std::nullopt;
     return TimeLimit{TimeLimit::Date, *found * nanosecondsPerSecond + *time % nanosecondsPerSecond};
 }
