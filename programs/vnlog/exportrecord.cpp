@@ -73,17 +73,19 @@ void RecordReader::begin(Record& record)
 /// Keeps the thread's open calls, and puts down what the line changes.
 void RecordReader::draw(Record& record)
 {
-    if (record.isFurther)
+    const bool isTracing = record.kind == Kind::Message && record.level == Vn::LgTypes::Tracing;
+    if (record.isFurther || !record.hasStamp)
         return;
-    if (record.kind == Kind::Overflow && record.hasStamp) {
+    const std::string_view message = getWholeMessage(_ahead);
+    // "#" is what a full queue leaves of a text.
+    if (record.kind == Kind::Overflow || (isTracing && message == "#")) {
         const auto calls = _calls.find({record.run, record.thread});
         if (calls != _calls.end())
             calls->second.setUnsure();
         return;
     }
-    if (record.kind != Kind::Message || record.level != Vn::LgTypes::Tracing)
+    if (!isTracing)
         return;
-    const std::string_view message = getWholeMessage(_ahead);
     const auto [calls, isNew] = _calls.try_emplace({record.run, record.thread});
     const TraceCalls::Change change = calls->second.take(message);
     if (calls->second.getOpen().empty())

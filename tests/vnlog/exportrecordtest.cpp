@@ -122,6 +122,9 @@ TEST(RecordReader, aLossMakesTheNextDrawingCountMoreThanTheOpenCalls)
     EXPECT_EQ(recordsOf(before + behind).back().drawing.step, TraceStep::Text);
     EXPECT_EQ(recordsOf(before + loss + behind).back().drawing.step, TraceStep::Enter);
     EXPECT_EQ(recordsOf(before + loss + behind).back().drawing.unseen, 1u);
+    // What is left of a text that found no room.
+    EXPECT_EQ(recordsOf(before + stamped(2, "Tracing", "#") + behind).back().drawing.step, TraceStep::Enter);
+    EXPECT_EQ(recordsOf(before + stamped(2, "Warning", "#") + behind).back().drawing.step, TraceStep::Text);
 }
 
 TEST(RecordReader, runsHaveCallsOfTheirOwn)
