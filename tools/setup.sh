@@ -17,7 +17,8 @@ test | bench)
     packages="$packages clang clang-format clang-tidy libclang-rt-14-dev llvm-14 g++-mingw-w64-x86-64-posix wine wine64 googletest libbenchmark-dev
         libabsl-dev libboost-dev libboost-log-dev libcoin-dev libgflags-dev libgoogle-glog-dev libgsl-dev libpoco-dev
         libspdlog-dev pkg-config binutils python3 tzdata git doxygen logrotate mandoc man-db shellcheck chromium graphviz fonts-dejavu-core
-        doxygen-awesome-css python3-markdown-it libegl-dev libgl1-mesa-dri dpkg-dev file lintian make"
+        doxygen-awesome-css python3-markdown-it libegl-dev libgl1-mesa-dri dpkg-dev file lintian make nlohmann-json3-dev jq lnav
+        systemd-journal-remote"
     [ "$1" = test ] || packages="$packages python3-matplotlib"
     ;;
 -h | --help)

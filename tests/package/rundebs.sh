@@ -37,9 +37,10 @@ test ! -e "$work/one/libvnbase0/usr/lib/$arch/libVNbase.so"
 test ! -e "$work/one/libvnbase0/usr/include"
 test -L "$work/one/libvnbase-dev/usr/lib/$arch/libVNbase.so"
 test -f "$work/one/libvnbase-doc/usr/share/doc/libvnbase-doc/docs/first-program.md"
-for page in vnlog-show vnlog-merge vnlog-stats; do
+for page in vnlog-show vnlog-merge vnlog-stats vnlog-export; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$page.1.gz" | grep -q '^\.SH NAME$'
 done
+test -f "$work/one/vnbase-tools/usr/share/vnlog/lnav/vn_log.json"
 for program in vncuesheet vninventory vnlog vnpointsets vnskylight; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$program.1.gz" | grep -q '^\.SH NAME$'
     test -f "$work/one/vnbase-tools/usr/share/bash-completion/completions/$program"

@@ -446,7 +446,7 @@ def testMemoryStaysFlat():
             process.returncode = os.waitstatus_to_exitcode(status)
         assert process.returncode == 0, form
         return usage.ru_maxrss
-    body = b"".join(stamp(i, i % 4, "Warning", b"Cache line %d\nsecond line" % i) for i in range(5000))
+    body = b"".join(stamp(i, i % 4, "Warning", b"Cache line %d\nsecond line" % i) for i in range(2000))
     small, large = write("small.log", BANNER + body), write("large.log", BANNER + body * 10)
     for form in ("json", "csv", "otlp", "journal", "chrome-trace"):
         sizes = peak(form, small), peak(form, large)
