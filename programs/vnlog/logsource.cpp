@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 namespace vnlog
@@ -215,7 +216,14 @@ bool LogSource::renew()
         // What the old file got in the meantime comes first.
         if (_end - _begin < longestPiece && fill())
             return true;
-        _file = std::make_unique<InputFile>(_name);
+        try {
+            _file = std::make_unique<InputFile>(_name);
+        } catch (std::runtime_error const&) {
+            // It has gone again, and the next one to come is a change as well.
+            if (!InputFile::findIdentity(_name))
+                return false;
+            throw;
+        }
     } else if (_file->getSize().value_or(_position) < _position)
         _file->rewind();
     else

@@ -58,7 +58,8 @@ public:
     ///     another file has the name, and it is opened  ->  from that one's start
     ///     both as before, or no file has the name      ->  false
     ///
-    /// The half line that was kept back comes first, as it is.
+    /// The half line that was kept back comes first, as it is. A file that was begun anew and has grown beyond what had been read
+    /// looks like one that has only grown, and is taken for that.
     bool renew();
 
     /// The run of a line; an empty one for -1, and for runs before the last `keptRuns`.
