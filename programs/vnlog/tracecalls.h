@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vnlog
+{
+
+/// What one line of a trace says about calls.
+struct TraceLine
+{
+    enum class Kind : unsigned char
+    {
+        Other,    ///< not drawn by the trace
+        Entered,  ///< "+ name", or ">>> name" without indentation
+        Text,     ///< "| text"
+        Left      ///< "/", or "<<< name" without indentation
+    };
+
+    Kind kind = Kind::Other;
+    int depth = -1;         ///< how many calls the indentation shows as open; -1 without indentation
+    std::string_view name;  ///< of the function, or the text; empty for "/"
+};
+
+/// Reads what the trace has drawn in a line, whatever its options put ahead: process id, source file and line.
+///
+///     "+ load"                              ->  Entered, depth 0, "load"
+///     "  | + load"                          ->  Entered, depth 2, "load"; with open calls 1: Text, depth 1, "+ load"
+///     "  | /"                               ->  Left, depth 2
+///     "4711      main.cpp   (  12)   /"     ->  Left, depth 1
+///     ">>> load"                            ->  Entered, depth -1, "load"
+///     "Render pass 1"                       ->  Other
+///
+/// A text may begin with what looks like more indentation. `openCalls`, the calls that are open by the lines before, decides then;
+/// otherwise, or with -1, the deepest reading holds. A text of a derived trace's own prefix isn't recognised: such lines are Other.
+/// Tests: tests/vnlog/tracecallstest.cpp.
+TraceLine parseTraceLine(std::string_view text, int openCalls = -1);
+
+/// Finds the calls of one thread from the lines of its trace.
+///
+///     CallFinder finder;
+///     finder.addLine(0, parseTraceLine("+ f"));
+///     finder.addLine(1, parseTraceLine("  /"));
+///     finder.getCalls();                         // one call, from line 0 to line 1
+///
+/// Calls nest strictly as long as no line is lost, so a "/" ends the call that was entered last, whatever its indentation: threads
+/// may share one depth. Behind a loss the indentation decides, until all calls are closed.
+/// Tests: tests/vnlog/tracecallstest.cpp.
+class CallFinder
+{
+public:
+    static constexpr std::uint64_t none = UINT64_MAX;
+
+    struct Call
+    {
+        std::uint64_t entered = none;  ///< index of the line
+        std::uint64_t left = none;     ///< index of the line that ended it; none for a call that is open at the end
+        int level = 0;                 ///< number of open calls around it
+        bool isCut = false;            ///< `left` isn't its own "/", which was lost, but the line that shows it
+    };
+
+    /// `index` grows from call to call of this function. Names must not change until the next line.
+    void addLine(std::uint64_t index, TraceLine const& line);
+
+    /// Lines of this thread are missing here.
+    void addLoss();
+
+    int getOpenCount() const { return static_cast<int>(_open.size()); }
+
+    /// In the order in which they were entered.
+    std::vector<Call> const& getCalls() const { return _calls; }
+
+    /// Ends of calls whose beginnings aren't there.
+    std::uint64_t getUnmatchedCount() const { return _unmatched; }
+
+private:
+    struct Open
+    {
+        std::size_t call;
+        int depth;
+        std::string name;  // only of calls without indentation, whose ends bear the name
+    };
+
+    void enter(std::uint64_t index, TraceLine const& line);
+    void leave(std::uint64_t index, TraceLine const& line);
+    void cutTo(std::size_t count, std::uint64_t index);
+    std::size_t findLeft(TraceLine const& line) const;
+
+    std::vector<Call> _calls;
+    std::vector<Open> _open;
+    std::uint64_t _unmatched = 0;
+    bool _isLossy = false;
+};
+
+}  // namespace vnlog
