@@ -1,0 +1,93 @@
+// consoleposix.cpp (Windows form: consolewindows.cpp)
+#include "console.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace vnlog
+{
+const bool hasPagers = true;
+char const* const usualPager = "less -R";
+
+namespace
+{
+int lastError = 0;
+::pid_t pager = 0;
+}  // namespace
+
+bool isInputTerminal()
+{
+    return ::isatty(STDIN_FILENO) == 1;
+}
+
+void setBinary() {}
+
+bool writeOutput(std::string_view text, bool& isLeft)
+{
+    while (!text.empty()) {
+        const ::ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+        if (written >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+            continue;
+        }
+        lastError = errno;
+        if (lastError == EINTR)
+            continue;
+        isLeft = lastError == EPIPE && pager != 0;
+        return isLeft;
+    }
+    return true;
+}
+
+std::string getReason()
+{
+    return std::strerror(lastError);
+}
+
+/// The shell tells on standard error if there is no such program, and nothing is lost but the view.
+bool openPager(std::string const& command)
+{
+    std::array<int, 2> ends = {};
+    if (::pipe(ends.data()) != 0)
+        return false;
+    ::posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, ends[0], STDIN_FILENO);
+    ::posix_spawn_file_actions_addclose(&actions, ends[0]);
+    ::posix_spawn_file_actions_addclose(&actions, ends[1]);
+    std::string shell = "sh", option = "-c", text = "exec " + command;
+    std::array<char*, 4> arguments = {shell.data(), option.data(), text.data(), nullptr};
+    // Ends by itself where the output has fewer lines than the screen.
+    ::setenv("LESS", "FRX", 0);
+    const bool isStarted = ::posix_spawn(&pager, "/bin/sh", &actions, nullptr, arguments.data(), environ) == 0;
+    ::posix_spawn_file_actions_destroy(&actions);
+    if (isStarted) {
+        ::dup2(ends[1], STDOUT_FILENO);
+        // Who leaves the pager ends the writing, not with a signal; and Ctrl-C is the pager's.
+        ::signal(SIGPIPE, SIG_IGN);
+        ::signal(SIGINT, SIG_IGN);
+    } else
+        pager = 0;
+    ::close(ends[0]);
+    ::close(ends[1]);
+    return isStarted;
+}
+
+void awaitPager()
+{
+    // The pager sees the end once no descriptor leads to it.
+    ::close(STDOUT_FILENO);
+    while (::waitpid(pager, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    pager = 0;
+}
+
+}  // namespace vnlog

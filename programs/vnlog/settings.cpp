@@ -1,0 +1,59 @@
+#include "settings.h"
+
+#include "command.h"
+#include "console.h"
+
+#include <stdexcept>
+
+VN_DEFINE_PACKAGE(vnlog, VnInit::base);
+
+namespace vnlog
+{
+namespace
+{
+bool isZone(char const* text)
+{
+    try {
+        Zone::parse(text);
+        return true;
+    } catch (std::runtime_error const&) {
+        return false;
+    }
+}
+}  // namespace
+
+Vn::InPackageInit& getPackage()
+{
+    static Vn::InInit<VnInit::vnlog> package;
+    return package;
+}
+
+void ZoneSettings::explain(Vn::InUsage& usage) const
+{
+    char const* const zones = "local, UTC, an offset as +05:30, or a zone that the system knows";
+    usage.expect(shown.getVariable(), zones, isZone).expect(written.getVariable(), zones, isZone);
+}
+
+std::vector<std::string> getWords(std::string const& list)
+{
+    std::vector<std::string> words(1);
+    for (const char c : list)
+        if (c != ',')
+            words.back() += c;
+        else if (!words.back().empty())
+            words.emplace_back();
+    if (words.back().empty())
+        words.pop_back();
+    return words;
+}
+
+std::vector<std::string> getNames(std::vector<std::string> const& operands)
+{
+    if (!operands.empty())
+        return operands;
+    if (isInputTerminal())
+        throw WrongUse("which file?");
+    return {"-"};
+}
+
+}  // namespace vnlog
