@@ -9,6 +9,7 @@
 #include "command.h"
 #include "settings.h"
 #include "show.h"
+#include "timeline.h"
 
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
@@ -28,7 +29,7 @@ namespace
 {
 using namespace vnlog;
 
-constexpr Command commands[] = {showCommand};
+constexpr Command commands[] = {showCommand, timelineCommand};
 
 Command const* findCommand(std::string_view name)
 {

@@ -47,6 +47,9 @@ public:
     /// Whether a report has begun, and the line is one of its rows.
     bool addRow(std::string_view line);
 
+    /// Whether a heading has come, or a whole timer.
+    bool hasBegun() const { return _report.has_value(); }
+
     /// The report so far; nothing if none has begun, or a heading came without a row.
     std::optional<ProfileReport> end();
 

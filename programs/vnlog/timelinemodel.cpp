@@ -7,8 +7,6 @@
 // bit of the stored value tells such numbers from plain ones. A run longer than 14 digits stays text: scripts compute in doubles.
 #include "timelinemodel.h"
 
-#include "zone.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -86,12 +84,6 @@ std::string asJson(double value)
     return text;
 }
 
-/// The date and time of day as if it were UTC: the page shows what the writer's clock showed.
-std::int64_t civilSeconds(std::time_t time)
-{
-    return static_cast<std::int64_t>(time) + Zone::getLocal().getOffset(time);
-}
-
 /// What stands behind the level of a stamped line, group and all.
 std::string_view messageOf(LogLine const& line)
 {
@@ -129,7 +121,7 @@ struct TimelineModel::Form
     std::vector<std::string> pieces;  ///< around the numbers
 };
 
-TimelineModel::TimelineModel() = default;
+TimelineModel::TimelineModel(Zone zone) : _zone(std::move(zone)) {}
 TimelineModel::~TimelineModel() = default;
 
 int TimelineModel::addSource(std::string name)
@@ -153,7 +145,7 @@ std::uint32_t TimelineModel::findLane(int source, int run, std::optional<std::ui
 TimelineModel::RunStart& TimelineModel::findRun(int source, int index, Run const* run)
 {
     RunStart& start = _runs[{source, index}];
-    if (run != nullptr) {
+    if (run != nullptr && (run->started || run->resolution > 0)) {
         start.started = run->started;
         start.isStopped = run->isStopped;
         start.hasResolution = run->resolution > 0;
@@ -282,8 +274,17 @@ void TimelineModel::completeLine(Source& source)
 
 void TimelineModel::endReport(Source& source)
 {
+    const bool hasBegun = source.report.hasBegun();
     if (auto report = source.report.end())
         _reports.push_back({std::move(*report), source.reportRow});
+    else if (hasBegun)  // only looked like a heading
+        _rows[source.reportRow].kind = _lanes[source.reportLane].hasThread ? RowKind::Message : RowKind::Plain;
+}
+
+/// Seconds since 1970 as if the clocks on the wall showed UTC: the page shows dates as they are.
+std::int64_t TimelineModel::civilSeconds(std::time_t time) const
+{
+    return static_cast<std::int64_t>(time) + _zone.getOffset(time);
 }
 
 /// Runs begin at their dates. One without a date begins with the earliest.

@@ -3,6 +3,7 @@
 #include "logline.h"
 #include "profilelines.h"
 #include "tracecalls.h"
+#include "zone.h"
 
 #include <cstdint>
 #include <map>
@@ -86,7 +87,8 @@ public:
     /// Longer texts are cut in the page, which then tells how many bytes are missing.
     static constexpr std::size_t longestText = 16384;
 
-    TimelineModel();
+    /// Dates are shown as clocks in that zone show them.
+    explicit TimelineModel(Zone zone = Zone::getLocal());
     TimelineModel(TimelineModel const&) = delete;
     TimelineModel& operator=(TimelineModel const&) = delete;
     ~TimelineModel();
@@ -123,6 +125,7 @@ private:
     void completeLine(Source& source);
     void endReport(Source& source);
     std::int64_t getTime(Source& source, LogLine const& line, Run const* run);
+    std::int64_t civilSeconds(std::time_t time) const;
     void setStarts();
     std::vector<std::uint64_t> sortRows();
     std::string encodeMeta(std::vector<std::pair<std::string, std::string>> const& columns) const;
@@ -138,6 +141,7 @@ private:
     std::unordered_map<std::string, std::uint32_t> _formIndex;
     std::vector<Call> _calls;
     std::vector<Report> _reports;
+    Zone _zone;
     std::int64_t _start = 0;  // civil time of the earliest row in nanoseconds, if a run has a date
     bool _hasDate = false, _isOrdinal = true;
 };
