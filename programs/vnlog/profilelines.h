@@ -50,6 +50,9 @@ public:
     /// Whether a heading has come, or a whole timer.
     bool hasBegun() const { return _report.has_value(); }
 
+    /// Whether rows have come as well.
+    bool hasRows() const { return _report && _report->rows != 0; }
+
     /// The report so far; nothing if none has begun, or a heading came without a row.
     std::optional<ProfileReport> end();
 

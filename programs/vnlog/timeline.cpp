@@ -13,10 +13,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
 
 namespace vnlog
 {
@@ -130,8 +131,10 @@ void write(std::string const& name, std::string const& page)
     if (file)
         return;
     const std::string reason = errno != 0 ? std::strerror(errno) : "the file system takes no more";
-    if (isOpen)
-        std::remove(name.c_str());
+    // A device stays, of course.
+    std::error_code ignored;
+    if (isOpen && std::filesystem::is_regular_file(name, ignored))
+        std::filesystem::remove(name, ignored);
     throw std::runtime_error("cannot write '" + name + "': " + reason);
 }
 }  // namespace

@@ -112,7 +112,7 @@ struct TimelineModel::Source
 struct TimelineModel::RunStart
 {
     std::optional<std::time_t> started;
-    bool isStopped = false, hasResolution = false;
+    bool isStopped = false, hasResolution = false, sharesDepth = false;
     std::int64_t start = 0;  ///< nanoseconds since the start of the timeline, behind setStarts()
 };
 
@@ -217,6 +217,7 @@ void TimelineModel::addLine(int number, LogLine const& line, Run const* run)
     findRun(number, line.run, run);
     Row row;
     row.time = getTime(source, line, run);
+    row.isOrdinal = !source.hasStamps;
     row.line = line.number;
     row.level = static_cast<signed char>(line.level);
     row.lost = line.kind == Kind::Overflow && line.lost > 0 ? static_cast<std::uint64_t>(line.lost) : 0;
@@ -243,9 +244,14 @@ void TimelineModel::completeLine(Source& source)
     source.pending.reset();
     const std::uint64_t index = _rows.size();
     CallFinder& finder = _finders[row.lane];
-    if (row.kind == RowKind::Plain && source.report.addRow(source.text)) {
+    const bool isRow = row.kind == RowKind::Plain && source.report.addRow(source.text);
+    // The message of a report ends with an empty line.
+    const bool isLast = row.kind == RowKind::Plain && source.report.hasRows() && source.text.empty();
+    if (isRow || isLast) {
         row.kind = RowKind::Profile;
         row.lane = source.reportLane;
+        if (isLast)
+            endReport(source);
     } else {
         endReport(source);
         if (source.report.begin(source.text)) {
@@ -255,7 +261,11 @@ void TimelineModel::completeLine(Source& source)
         } else if (row.kind == RowKind::Loss || source.text == "#") {
             finder.addLoss();  // "#" is all that a full queue has left of a text
         } else if (row.kind == RowKind::Plain || (row.kind == RowKind::Message && row.level == tracingLevel)) {
-            const TraceLine traced = parseTraceLine(source.text, finder.getOpenCount());
+            // One depth for all threads shows where a call begins deeper than its thread's own calls are.
+            RunStart& run = _runs[{_lanes[row.lane].source, _lanes[row.lane].run}];
+            const int expected = run.sharesDepth ? -1 : finder.getExpectedDepth();
+            const TraceLine traced = parseTraceLine(source.text, expected);
+            run.sharesDepth |= traced.kind == TraceLine::Kind::Entered && traced.depth > expected && expected >= 0;
             finder.addLine(index, traced);
             if (traced.kind == TraceLine::Kind::Entered)
                 row.kind = RowKind::Entered;
@@ -296,8 +306,9 @@ void TimelineModel::setStarts()
             first = std::min(first, civilSeconds(*run.started));
     _hasDate = first != std::numeric_limits<std::int64_t>::max();
     for (auto& [key, run] : _runs)
-        run.start =
-            run.started ? std::min((civilSeconds(*run.started) - first), longestTime / perSecond) * perSecond : 0;
+        run.start = run.started && !_isOrdinal
+                        ? std::min((civilSeconds(*run.started) - first), longestTime / perSecond) * perSecond
+                        : 0;
     _start = _hasDate ? first : 0;
 }
 
@@ -306,6 +317,8 @@ std::vector<std::uint64_t> TimelineModel::sortRows()
 {
     for (Row& row : _rows) {
         Lane const& lane = _lanes[row.lane];
+        if (row.isOrdinal && _sources[static_cast<std::size_t>(lane.source)]->hasStamps)
+            row.time = 0;
         row.time += _runs[{lane.source, lane.run}].start;
     }
     std::vector<std::uint64_t> order(_rows.size());

@@ -67,6 +67,7 @@ public:
         std::uint32_t lane = 0;
         RowKind kind = RowKind::Plain;
         signed char level = -1;
+        bool isOrdinal = false;  ///< no stamp came before it
     };
 
     /// A call between two rows; `left` is CallFinder::none for one that doesn't end.

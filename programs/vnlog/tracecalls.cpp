@@ -1,6 +1,6 @@
 // How a line is read: ahead of the drawing may stand the process id (a field of 10) and the source with its line, "name (  12) ".
 // The drawing is an indentation of two characters for each open call, "  | | " for three, and a mark: "+ ", "| " or "/". Each
-// place where the drawing may begin is tried, the one behind the most fields first.
+// place where the drawing may begin is tried, the one behind the fewest fields first: texts may hold what looks like a field.
 #include "tracecalls.h"
 
 #include <algorithm>
@@ -79,12 +79,12 @@ TraceLine parseTraceLine(std::string_view text, int openCalls)
 {
     const std::size_t pid = pidLength(text);
     const std::size_t source = sourceEnd(text.substr(pid));
-    for (const std::size_t start : {source != 0 ? pid + source : pid, pid}) {
+    for (const std::size_t start : {std::size_t(0), pid, pid + source}) {
         const TraceLine line = readDrawing(text.substr(start), openCalls);
         if (line.kind != TraceLine::Kind::Other)
             return line;
     }
-    return readDrawing(text, openCalls);
+    return {};
 }
 
 void CallFinder::addLine(std::uint64_t index, TraceLine const& line)

@@ -35,7 +35,7 @@ struct TraceLine
 ///     "Render pass 1"                       ->  Other
 ///
 /// A text may begin with what looks like more indentation. `openCalls`, the calls that are open by the lines before, decides then;
-/// otherwise, or with -1, the deepest reading holds. A text of a derived trace's own prefix isn't recognised: such lines are Other.
+/// otherwise, or with -1, the deepest reading holds. It is of no use where threads share one depth. A text of a derived trace's own prefix isn't recognised: such lines are Other.
 /// Tests: tests/vnlog/tracecallstest.cpp.
 TraceLine parseTraceLine(std::string_view text, int openCalls = -1);
 
@@ -68,7 +68,9 @@ public:
     /// Lines of this thread are missing here.
     void addLoss();
 
-    int getOpenCount() const { return static_cast<int>(_open.size()); }
+    /// The depth at which the thread's next line is drawn, if the thread has a depth of its own: how many calls are open. -1 behind a
+    /// loss, as nobody knows.
+    int getExpectedDepth() const { return _isLossy ? -1 : static_cast<int>(_open.size()); }
 
     /// In the order in which they were entered.
     std::vector<Call> const& getCalls() const { return _calls; }

@@ -359,7 +359,8 @@ class Page {
     makeHelp() {
         const keys = [['Wheel', 'zoom where the pointer is'], ['Shift + wheel', 'move through time'], ['Wheel over names', 'move through the lanes'],
             ['Drag', 'move in both directions'], ['Shift + drag', 'measure a span, and zoom into it'], ['Click', 'choose a call, mark or loss'],
-            ['Double click', 'zoom to it'], ['Click on a name', 'fold or unfold the lane'], ['\u2190 \u2192  a d', 'move through time'],
+            ['Double click', 'zoom to it'], ['Click on a name', 'fold or unfold the lane'],
+            ['Click on a run', 'show it alone'], ['r', 'show the next run'], ['f', 'fold or unfold all lanes'], ['\u2190 \u2192  a d', 'move through time'],
             ['\u2191 \u2193', 'move through the lanes, or the list'], ['+ \u2212  w s', 'zoom'], ['0', 'show all'],
             ['Enter', 'zoom to what is chosen'], [', .', 'the line before, the line behind'], ['[ ]', 'the loss before, the loss behind'],
             ['e', 'the next error'], ['/', 'search'], ['n p', 'next and previous hit'], ['t', 'light, dark, or as the system'], ['Esc', 'choose nothing']];
@@ -447,13 +448,12 @@ class Page {
 
     click(x, y) {
         const picture = this.picture;
+        const place = picture.placeAt(y);
+        if (place && place.head)
+            return picture.showRun(place.head);
         if (x < gutter) {
-            const place = picture.laneAt(y);
-            if (place && place.lane.levels.length > 1) {
-                place.lane.isFolded = !place.lane.isFolded;
-                picture.layOut();
-                picture.ask();
-            }
+            if (place && place.lane.levels.length > 1)
+                picture.fold([place.lane], !place.lane.isFolded);
             return;
         }
         const found = picture.find(x, y);
@@ -510,6 +510,14 @@ class Page {
                     return this.choose(row);
             this.say('There is none in that direction');
         };
+        const showNextRun = () => {
+            const heads = picture.places.filter(place => place.head);
+            if (heads.length) {
+                this.run = ((this.run === undefined ? -1 : this.run) + 1) % heads.length;
+                picture.showRun(heads[this.run].head);
+                this.say('run ' + (heads[this.run].head.run + 1) + ' of ' + this.model.meta.sources[heads[this.run].head.source]);
+            }
+        };
         const isLoss = row => this.model.kindOf(row) === Row.loss;
         const isError = row => this.model.levelOf(row) >= 0 && this.model.levelOf(row) <= 2;
         const actions = {
@@ -522,6 +530,7 @@ class Page {
             '+': () => picture.zoomAt(middle, .6), '=': () => picture.zoomAt(middle, .6), w: () => picture.zoomAt(middle, .6),
             '-': () => picture.zoomAt(middle, 1 / .6), s: () => picture.zoomAt(middle, 1 / .6), 0: () => picture.fit(),
             ',': () => stepList(-1), '.': () => stepList(1), '[': () => stepTo(isLoss, -1), ']': () => stepTo(isLoss, 1),
+            r: showNextRun, f: () => picture.fold(this.model.lanes, !this.model.lanes.some(lane => lane.isFolded)),
             e: () => stepTo(isError, 1), n: () => this.stepHit(1), p: () => this.stepHit(-1), t: () => byId('theme').click(),
             '/': () => { byId('query').focus(); byId('query').select(); }, '?': () => byId('help').showModal(),
             Enter: () => { if (chosen >= 0) this.choose(chosen, true); }, Escape: () => this.choose(-1)};

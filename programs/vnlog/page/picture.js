@@ -317,7 +317,7 @@ class Picture {
         for (let at = firstAtLeast(times, this.start - 300 * perPixel); at < count && times[at] < stop;) {
             const x = Math.floor(this.xOf(times[at])), boundary = this.timeAt(x + 1);
             const next = Math.max(at + 1, firstAtLeast(times, boundary, at)), gap = next < count ? this.xOf(times[next]) - x : Infinity;
-            const colour = this.colours.ofBits(bits.over(at, next));
+            const union = bits.over(at, next), colour = this.colours.ofBits(union);
             g.fillStyle = colour;
             const number = next - at;
             if (gap >= 7 && number === 1) {
@@ -325,8 +325,11 @@ class Picture {
                 g.arc(x + .5, middle, 3.2, 0, 7);
                 g.fill();
             } else {
+                // Crowds are paler, unless something in them is a warning or worse.
                 const height = Math.min(marksHeight - 2, 5 + 2 * Math.log2(number));
+                g.globalAlpha = union & 30 ? 1 : .5;
                 g.fillRect(x, middle - height / 2, 1, height);
+                g.globalAlpha = 1;
             }
             if (gap > 46) {
                 const text = number === 1 ? this.model.textOf(rows[at]) : number + ' lines: ' + this.model.textOf(rows[at]);
@@ -344,25 +347,29 @@ class Picture {
         const g = this.context, y = place.reports, height = reportHeight - 3;
         g.font = '11px ' + monospace;
         let last = -Infinity;
-        for (const report of place.lane.reports) {
+        place.lane.reports.forEach((report, i) => {
+            const next = place.lane.reports[i + 1], limit = next ? this.xOf(this.model.times[next.row] - next.total * 1e9) : Infinity;
             const end = this.model.times[report.row], begin = Math.max(0, end - report.total * 1e9);
             const left = Math.max(gutter - 4, this.xOf(begin)), right = Math.min(this.width + 4, Math.max(this.xOf(end), this.xOf(begin) + 2));
             if (right < gutter || left > this.width || (right <= last && right - left < 3))
-                continue;
+                return;
             last = right;
+            // A later report may reach back over an earlier one.
+            g.fillStyle = this.colours.band;
+            g.fillRect(left, y, right - left, height);
             g.fillStyle = this.colours.profile;
             g.globalAlpha = .22;
             g.fillRect(left, y, right - left, height);
             g.globalAlpha = 1;
             g.fillRect(left, y + height - 2, right - left, 2);
             g.fillRect(right - 2, y, 2, height);
-            const from = Math.max(left, gutter) + 6, room = right - from - 8;
+            const from = Math.max(left, gutter) + 6, room = Math.min(right, limit) - from - 8;
             if (room > 24) {
                 g.fillStyle = this.colours.text;
                 g.fillText(cut(reportTitle(report), room), from, y + height / 2);
             }
             ++this.drawn;
-        }
+        });
     }
 
     drawLosses(place) {
@@ -384,10 +391,11 @@ class Picture {
             const text = (sums[next] - sums[at]).toLocaleString('en') + ' lost', room = (next < count ? this.xOf(start[next]) : Infinity) - left;
             const width = 7 * text.length + 10;
             if (room > width + 8) {
+                const start = left + 2 + width > this.width && left - width > gutter ? left - width : left + 2;
                 g.font = '600 11px system-ui, "DejaVu Sans", sans-serif';
-                g.fillRect(left + 2, top + 3, width, 16);
+                g.fillRect(start, top + 3, width, 16);
                 g.fillStyle = this.colours.isDark ? '#1a0508' : '#ffffff';
-                g.fillText(text, left + 7, top + 11.5);
+                g.fillText(text, start + 5, top + 11.5);
             }
             at = next;
             ++this.drawn;
@@ -663,9 +671,28 @@ class Picture {
         return mark < 0 ? null : {row: lane.marks.rows[mark], count};
     }
 
-    laneAt(y) {
+    /** A lane, or the heading of a run; undefined between them. */
+    placeAt(y) {
         const inside = y - axisHeight + this.top;
-        return y < axisHeight ? null : this.places.find(place => place.lane && inside >= place.y && inside < place.y + place.height);
+        return y < axisHeight ? undefined : this.places.find(place => inside >= place.y && inside < place.y + place.height);
+    }
+
+    /** Shows all of the run that a lane belongs to, and nothing else. */
+    showRun(meta) {
+        const lanes = this.model.lanes.filter(lane => lane.meta.source === meta.source && lane.meta.run === meta.run && lane.rows.length);
+        const from = Math.min(...lanes.map(lane => this.model.times[lane.rows[0]]));
+        const to = Math.max(...lanes.map(lane => this.model.times[lane.rows[lane.rows.length - 1]]));
+        const head = this.places.find(place => place.head && place.head.source === meta.source && place.head.run === meta.run);
+        if (head)
+            this.top = Math.max(0, Math.min(head.y - 4, this.lanesHeight - (this.height - axisHeight)));
+        this.setView(from - (to - from) * .02, Math.max(shortestView, (to - from) * 1.04));
+    }
+
+    fold(lanes, isFolded) {
+        for (const lane of lanes)
+            lane.isFolded = isFolded;
+        this.layOut();
+        this.ask();
     }
 }
 
