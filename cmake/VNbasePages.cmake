@@ -1,5 +1,7 @@
-# vnbase_program_pages(<target> <name>): a man page and a completion for bash for a program that is installed as <name>, made
+# vnbase_program_pages(<target> <name> [<command>...]): a man page and a completion for bash for a program that is installed as <name>, made
 # by the program itself from the declarations that its help is made of.
+#
+# A <command> is a first word that has a page of its own, <name>-<command>.1; the completion of the program knows it.
 #
 # In the build tree they are share/man/man1/<name>.1 and share/bash-completion/completions/<name>, made with the target `all`;
 # they are installed below the same folders, with the component `tools`. A program of another system runs in the emulator,
@@ -23,7 +25,17 @@ function(vnbase_program_pages target name)
             COMMENT "Writing ${file}"
             VERBATIM)
     endforeach()
-    add_custom_target(${name}.pages ALL DEPENDS "${man}" "${completion}")
-    install(FILES "${man}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+    foreach(command IN LISTS ARGN)
+        set(file "${share}/man/man1/${name}-${command}.1")
+        add_custom_command(OUTPUT "${file}"
+            COMMAND ${target} ${command} "--help=man:${name}-${command}" > "${file}.new"
+            COMMAND "${CMAKE_COMMAND}" -E rename "${file}.new" "${file}"
+            DEPENDS ${target}
+            COMMENT "Writing ${file}"
+            VERBATIM)
+        list(APPEND man "${file}")
+    endforeach()
+    add_custom_target(${name}.pages ALL DEPENDS ${man} "${completion}")
+    install(FILES ${man} DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
     install(FILES "${completion}" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
 endfunction()

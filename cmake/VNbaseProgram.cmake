@@ -1,5 +1,5 @@
-# vnbase_install_program(<target> <installed name>): installs a copy of the program <target> under another name, as a target
-# of that name.
+# vnbase_install_program(<target> <installed name> [<command>...]): installs a copy of the program <target> under another name, as
+# a target of that name. A <command> is one of its commands, which has a man page of its own.
 #
 # The copy finds the libraries from its own folder, so an installed tree can be moved. In the build tree it stands in
 # programs/<bin>, with a link programs/<lib> to the libraries: the same positions as in an installed tree, hence the same
@@ -22,5 +22,5 @@ function(vnbase_install_program target installed_name)
         file(CREATE_LINK "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}" "${libraries}" SYMBOLIC)
     endif()
     install(TARGETS ${installed_name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
-    vnbase_program_pages(${installed_name} ${installed_name})
+    vnbase_program_pages(${installed_name} ${installed_name} ${ARGN})
 endfunction()

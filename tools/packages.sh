@@ -184,7 +184,8 @@ build_deb() {
 
 build_zip() {
     need x86_64-w64-mingw32-g++-posix
-    build_tree zip -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DVNBASE_BUILD_EXAMPLES=OFF
+    build_tree zip -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DVNBASE_BUILD_EXAMPLES=OFF \
+        -DVNBASE_BUILD_PROGRAMS=OFF
     local -x LC_ALL=C
     rm -f "$into"/*.zip
     step zip-pack cpack --config "$root/build/package-zip/CPackConfig.cmake" -B "$work/cpack-zip"

@@ -7,7 +7,7 @@ preset=$1
 : "${SOURCE_DATE_EPOCH:?has to be set, as it was for the first build}"
 again="build/again/$preset"
 rm -rf "$again"
-cmake --preset "$preset" -B "$again" -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILD_EXAMPLES=OFF
+cmake --preset "$preset" -B "$again" -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILD_EXAMPLES=OFF -DVNBASE_BUILD_PROGRAMS=OFF
 cmake --build "$again" --target VNbase
 for first in build/"$preset"/bin/libVNbase.{so.*.*.*,dll}; do
     [ -f "$first" ] || continue

@@ -52,6 +52,7 @@ bool hasColours();
 /// @{
 /// In consoleposix.cpp and consolewindows.cpp.
 bool isInputTerminal();
+bool isUtf8();     ///< whether a terminal would show UTF-8, by the locale or the code page
 void setBinary();  ///< standard output takes bytes as they are
 bool writeOutput(std::string_view text,
                  bool& isLeft);  ///< to descriptor 1; false with the system's reason kept for getReason()

@@ -28,6 +28,15 @@ bool isInputTerminal()
     return ::isatty(STDIN_FILENO) == 1;
 }
 
+/// As the C library chooses a locale for characters: the first of three variables that is set.
+bool isUtf8()
+{
+    for (char const* name : {"LC_ALL", "LC_CTYPE", "LANG"})
+        if (char const* const value = ::getenv(name); value != nullptr && *value != '\0')
+            return std::strstr(value, "UTF-8") != nullptr || std::strstr(value, "utf8") != nullptr;
+    return false;
+}
+
 void setBinary() {}
 
 bool writeOutput(std::string_view text, bool& isLeft)

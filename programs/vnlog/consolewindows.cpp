@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <io.h>
+#include <windows.h>
 
 namespace vnlog
 {
@@ -22,6 +23,11 @@ int lastError = 0;
 bool isInputTerminal()
 {
     return ::_isatty(0) != 0;
+}
+
+bool isUtf8()
+{
+    return ::GetConsoleOutputCP() == CP_UTF8;
 }
 
 void setBinary()

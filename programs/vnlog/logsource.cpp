@@ -20,8 +20,9 @@ namespace
 constexpr std::size_t mostThreads = 65536;
 constexpr double nanosecondsPerSecond = 1e9;
 
-/// The largest time in nanoseconds that is told; about the year 2262.
-constexpr double mostNanoseconds = 9.2e18;
+/// The largest time in nanoseconds that is told, in the year 2223: what is added to it still has room.
+constexpr double mostNanoseconds = 8e18;
+constexpr std::time_t mostSeconds = 8000000000;
 
 const Run noRun;
 }  // namespace
@@ -120,8 +121,7 @@ void LogSource::read(LogLine& line)
     case Kind::StartedOn:
         if (_runCount != 0) {
             getLastRun().hasStamps = true;
-            if (const std::optional<Civil> date = parseDate(line.text))
-                getLastRun().started = _zone.find(*date);
+            getLastRun().started = findStart(line.text);
         }
         break;
     case Kind::ClockFrequency:
@@ -148,6 +148,14 @@ void LogSource::read(LogLine& line)
         break;
     }
     line.run = line.hasStamp ? findRun(line) : _runCount - 1;
+}
+
+/// Nothing for a date before 1970 or beyond what times have room for, either.
+std::optional<std::time_t> LogSource::findStart(std::string_view text) const
+{
+    const std::optional<Civil> date = parseDate(text);
+    const std::optional<std::time_t> time = date ? _zone.find(*date) : std::nullopt;
+    return time && *time >= 0 && *time <= mostSeconds ? time : std::nullopt;
 }
 
 void LogSource::startRun()
@@ -240,7 +248,7 @@ std::optional<std::int64_t> LogSource::getTime(LogLine const& line) const
     if (!since || !run.started)
         return std::nullopt;
     const double time = static_cast<double>(*run.started) * nanosecondsPerSecond + static_cast<double>(*since);
-    if (std::fabs(time) > mostNanoseconds)
+    if (time > mostNanoseconds)
         return std::nullopt;
     return static_cast<std::int64_t>(*run.started) * 1000000000 + *since;
 }

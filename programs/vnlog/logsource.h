@@ -90,6 +90,7 @@ private:
     bool fill();
     void take(LogLine& line, std::size_t length, std::string_view end);
     void read(LogLine& line);
+    std::optional<std::time_t> findStart(std::string_view text) const;
     void startRun();
     void forgetThreads();
     int findRun(LogLine const& line);

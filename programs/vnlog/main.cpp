@@ -7,20 +7,22 @@
 // A program of the library opens its own log when it starts, and empties the default files, which may be the very log that
 // somebody wants to read. This one switches all its outputs off first.
 #include "command.h"
+#include "merge.h"
 #include "settings.h"
 #include "show.h"
+#include "stats.h"
 #include "timeline.h"
 
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
 #include <base/osenv.h>
-#include <base/osterminal.h>
 
 #include <algorithm>
 #include <exception>
 #include <iostream>
 #include <iterator>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,7 +31,7 @@ namespace
 {
 using namespace vnlog;
 
-constexpr Command commands[] = {showCommand, timelineCommand};
+constexpr Command commands[] = {showCommand, mergeCommand, statsCommand, timelineCommand};
 
 Command const* findCommand(std::string_view name)
 {
@@ -61,8 +63,80 @@ void silenceOwnLog()
         Vn::OsEnv::putVariable(name);
 }
 
+/// The page of a command is found as "vnlog-show", and a page's name has no blank; what is typed does.
+void printManPage(Command const& command)
+{
+    const std::string name = std::string("vnlog-") + command.name;
+    std::ostringstream page;
+    command.getUsage().printManPage(page, name.c_str());
+    std::string text = page.str();
+    const std::string bold = std::string("\\fBvnlog\\-") + command.name + "\\fR";
+    const std::size_t found = text.find(bold, text.find(".SH SYNOPSIS"));
+    if (found != std::string::npos)
+        text.replace(found, bold.size(), std::string("\\fBvnlog ") + command.name + "\\fR");
+    std::cout << text;
+}
+
+/// Completes the name of a command. What stands behind that the command's own function completes, which the program that is being
+/// typed prints when it is needed first.
+void printBashCompletion()
+{
+    std::cout << "# Completion of vnlog for bash; each command brings its own.\n"
+                 "_vnlog()\n"
+                 "{\n"
+                 "    local command=${COMP_WORDS[1]} word\n"
+                 "    COMPREPLY=()\n"
+                 "    if ((COMP_CWORD == 1)); then\n"
+                 "        for word in";
+    for (Command const& command : commands)
+        std::cout << " '" << command.name << "'";
+    std::cout << " '-h' '--help' '--settings' '--version'; do\n"
+                 "            [[ $word != \"$command\"* ]] || COMPREPLY+=(\"$word\")\n"
+                 "        done\n"
+                 "        return\n"
+                 "    fi\n"
+                 "    case $command in\n"
+                 "    ";
+    for (Command const& command : commands)
+        std::cout << (&command != std::begin(commands) ? " | " : "") << command.name;
+    std::cout << ") ;;\n"
+                 "    *) return ;;\n"
+                 "    esac\n"
+                 "    if ! declare -F \"_vnlog_$command\" > /dev/null; then\n"
+                 "        eval \"$(\"${COMP_WORDS[0]}\" \"$command\" \"--help=bash:vnlog-$command\" 2> /dev/null)\"\n"
+                 "    fi\n"
+                 "    COMP_WORDS=(\"vnlog-$command\" \"${COMP_WORDS[@]:2}\")\n"
+                 "    ((COMP_CWORD -= 1))\n"
+                 "    ! declare -F \"_vnlog_$command\" > /dev/null || \"_vnlog_$command\"\n"
+                 "}\n"
+                 "complete -o filenames -F _vnlog 'vnlog'\n";
+}
+
+/// A page for those who package the program, which the library would make of one command alone, or under its typed name. True if
+/// that was asked for.
+bool printPage(Command const* command, int argc, char** argv)
+{
+    if (argc != 2)
+        return false;
+    const std::string_view word = argv[1];
+    const auto is = [word](std::string_view page) {
+        return word.starts_with(page) && (word.size() == page.size() || word[page.size()] == ':');
+    };
+    if (command == nullptr && is("--help=bash"))
+        printBashCompletion();
+    else if (command != nullptr && is("--help=man"))
+        printManPage(*command);
+    else
+        return false;
+    if (!std::cout.flush())
+        throw std::runtime_error("the standard output can't be written");
+    return true;
+}
+
 int runCommand(Command const& command, int argc, char** argv)
 {
+    if (printPage(&command, argc, argv))
+        return success;
     std::string name = std::string("vnlog ") + command.name;
     argv[0] = name.data();
     if (auto const end = command.getUsage().handle(argc, argv))
@@ -85,6 +159,8 @@ int run(int argc, char** argv)
             return runCommand(*command, argc - 1, argv + 1);
         throw WrongUse("there is no command '" + std::string(argv[1]) + "'");
     }
+    if (printPage(nullptr, argc, argv))
+        return success;
     std::string name = "vnlog";
     if (argc > 0)
         argv[0] = name.data();
@@ -93,11 +169,6 @@ int run(int argc, char** argv)
     throw WrongUse("which command?");
 }
 }  // namespace
-
-void vnlog::warn(std::string const& text)
-{
-    std::cerr << "vnlog: " << Vn::OsTerminal::shown(text) << "\n";
-}
 
 int main(int argc, char** argv)
 {

@@ -8,7 +8,7 @@ import subprocess
 import sys
 
 ROOT, FORMAT = pathlib.Path(sys.argv[1]), sys.argv[2]
-FOLDERS = ('bench', 'examples', 'fuzz', 'src', 'tests')
+FOLDERS = ('bench', 'examples', 'fuzz', 'programs', 'src', 'tests')
 
 files = sorted(path for folder in FOLDERS for path in (ROOT / folder).rglob('*')
                if path.suffix in ('.cpp', '.h', '.imp'))

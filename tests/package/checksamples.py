@@ -38,7 +38,7 @@ def holds(lines, sample):
     return True
 
 
-files = [path for folder in ("examples", "tests", "bench", "fuzz", "src") for path in (root / folder).rglob("*")
+files = [path for folder in ("examples", "programs", "tests", "bench", "fuzz", "src") for path in (root / folder).rglob("*")
          if path.suffix in (".h", ".cpp", ".imp")]
 sources = {"cpp": [lines_of(path.read_text()) for path in files],
            "cmake": [lines_of(path.read_text()) for path in (root / "tests").rglob("CMakeLists.txt")]}

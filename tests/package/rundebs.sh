@@ -11,10 +11,14 @@ unset LD_LIBRARY_PATH
 T4Q_TEST_DIR=$work/log
 export T4Q_TEST_DIR
 
+printf '===== Message Logger Startup =====\n===== Started on Sun Nov 22 17:17:56 2026\n\n===== Clock Frequency: 0.000000001\n%s\n' \
+    '0000000000 0000000005 (0x00001a2b) Warning: Net no answer' > "$work/one.log"
+
 # The programs of a tree run, though nothing tells them where the libraries are.
 run_programs() {
     "$1/bin/vninventory" --version | grep -q '^libVNthreadlog 0\.2 '
     "$1/bin/vncuesheet" "$root/examples/cuesheet/evening.cues" | grep -q 'House lights down'
+    "$1/bin/vnlog" show "$work/one.log" | grep -q '^2026-11-22 .*: Net no answer$'
     "$1/bin/vnpointsets" "$work"
     test -s "$work/pointsets.svg"
     "$1/bin/vnskylight" -q -n 1 -w 16 -o "$work/sky.png"
@@ -33,7 +37,10 @@ test ! -e "$work/one/libvnbase0/usr/lib/$arch/libVNbase.so"
 test ! -e "$work/one/libvnbase0/usr/include"
 test -L "$work/one/libvnbase-dev/usr/lib/$arch/libVNbase.so"
 test -f "$work/one/libvnbase-doc/usr/share/doc/libvnbase-doc/docs/first-program.md"
-for program in vncuesheet vninventory vnpointsets vnskylight; do
+for page in vnlog-show vnlog-merge vnlog-stats; do
+    gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$page.1.gz" | grep -q '^\.SH NAME$'
+done
+for program in vncuesheet vninventory vnlog vnpointsets vnskylight; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$program.1.gz" | grep -q '^\.SH NAME$'
     test -f "$work/one/vnbase-tools/usr/share/bash-completion/completions/$program"
 done
@@ -65,7 +72,7 @@ run_programs "$work/unpacked/usr"
 mv "$work/unpacked" "$work/moved elsewhere"
 run_programs "$work/moved elsewhere/usr"
 "$here/checkrunpaths.py" --installed "$work/moved elsewhere" libVNbase.so.0.2.0 libVNthreadlog.so.0.2.0 vninventory \
-    vncuesheet vnpointsets vnskylight
+    vncuesheet vnlog vnpointsets vnskylight
 
 for prefix in /usr /usr/local "/opt/a folder"; do
     echo "--- DESTDIR and $prefix"

@@ -82,10 +82,10 @@ if(NOT WIN32)
         COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkrunpaths.py" "${PROJECT_BINARY_DIR}/bin"
             libVNbase.so.${PROJECT_VERSION} libVNthreadlog.so.${PROJECT_VERSION})
     list(APPEND package_tests package.runpaths)
-    if(VNBASE_BUILD_EXAMPLES)
+    if(VNBASE_BUILD_EXAMPLES AND VNBASE_BUILD_PROGRAMS)
         add_test(NAME package.programRunpaths
             COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkrunpaths.py" --installed
-                "${PROJECT_BINARY_DIR}/programs" vncuesheet vninventory vnpointsets vnskylight)
+                "${PROJECT_BINARY_DIR}/programs" vncuesheet vninventory vnlog vnpointsets vnskylight)
         list(APPEND package_tests package.programRunpaths)
     endif()
 endif()
