@@ -423,6 +423,10 @@ def check_hands(browser):
     same('the active element of the list', reader.run('document.getElementById(document.getElementById("list")'
                                                       '.getAttribute("aria-activedescendant")).dataset.row'), str(chosen + 1))
     same('it is told as selected', reader.run('document.querySelector("#rows [aria-selected=true]").dataset.row'), str(chosen + 1))
+    # What the calls in the view took, by function.
+    reader.run('timeline.choose(-1); timeline.picture.setView(2e6, 4e6)')
+    browser.run_until('document.getElementById("details").dataset.span === "2000000 6000000"')
+    check_sums(reader, 2e6, 6e6)
     # Losses by key.
     reader.run('document.getElementById("lanes").focus()')
     reader.key('0')
@@ -452,6 +456,43 @@ def check_hands(browser):
         reached.add(reader.run('document.activeElement.id'))
     expect('Tab leads to all parts', {'lanes', 'list', 'query', 'split', 'fit', 'theme', 'keys'} <= reached, reached)
     reader.is_quiet('hands')
+
+
+def check_sums(reader, start, stop):
+    """Calls, total and own time of each function between two times, reckoned from the log."""
+    lines = read(WORK / 'content.log')
+    sums, stacks = {}, {}
+
+    def add(thread, time):
+        # The innermost call runs itself, those around it run as well.
+        for depth, entry in enumerate(reversed(stacks.get(thread, []))):
+            begun = max(entry['since'], start)
+            if min(time, stop) > begun:
+                sums[entry['name']]['total'] += min(time, stop) - begun 
+                sums[entry['name']]['self'] += min(time, stop) - begun if depth == 0 else 0
+            entry['since'] = time
+
+    for ticks, thread, level, text in lines:
+        if level != 'Tracing':
+            continue
+        drawn, stack = text.lstrip(' |'), stacks.setdefault(thread, [])
+        if drawn.startswith('+ '):
+            add(thread, ticks)
+            sums.setdefault(drawn[2:], {'calls': 0, 'total': 0, 'self': 0})
+            stack.append({'name': drawn[2:], 'since': ticks, 'begin': ticks})
+        elif drawn == '/':
+            add(thread, ticks)
+            entry = stack.pop()
+            sums[entry['name']]['calls'] += entry['begin'] < stop and ticks >= start
+    for thread, stack in stacks.items():
+        add(thread, lines[-1][0])
+        for entry in stack:
+            sums[entry['name']]['calls'] += entry['begin'] < stop
+    expected = {name: (sum['calls'], sum['total'], sum['self']) for name, sum in sums.items() if sum['calls']}
+    found = {sum['name']: (sum['calls'], sum['total'], sum['self']) for sum in reader.run(f'timeline.model.sumCalls({start}, {stop})')}
+    same('sums of calls', {name: tuple(round(number) for number in sum) for name, sum in found.items()}, expected)
+    shown = reader.run('[...document.querySelectorAll("#details td button")].map(button => button.textContent)')
+    same('functions in the table, the one that took most itself first', shown, sorted(expected, key=lambda name: -expected[name][2])[:12])
 
 
 CONTRAST = '''(() => {

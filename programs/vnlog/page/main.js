@@ -41,6 +41,8 @@ class Page {
         else
             this.list.follow(start);
         this.tellListed();
+        if (this.picture.chosen < 0)
+            this.askForCalls();
     }
 
     isInView(row) { return this.model.times[row] >= this.picture.start && this.model.times[row] <= this.picture.stop; }
@@ -80,8 +82,8 @@ class Page {
             this.list.chosen = -1;
             this.list.ask();
         }
-        this.tellListed();
         this.tellDetails(row);
+        this.tellListed();
     }
 
     // ---- what is told -------------------------------------------------------------------------------------------------------
@@ -113,8 +115,11 @@ class Page {
     tellDetails(row) {
         const details = byId('details'), model = this.model;
         details.textContent = '';
-        if (row < 0)
+        delete details.dataset.span;
+        if (row < 0) {
+            this.tellCalls();
             return;
+        }
         const call = model.callAt(row), around = call >= 0 ? call : model.callAround(row), lane = model.lanes[model.laneOf[row]];
         const add = (tag, text, parent) => {
             const element = document.createElement(tag);
@@ -147,6 +152,50 @@ class Page {
         const report = model.meta.reports.find(report => report.row === row);
         if (report)
             this.tellReport(report, tell, details);
+    }
+
+    /** What the calls in the view took, by function; a click on a name leads to its longest call. */
+    tellCalls() {
+        const model = this.model, details = byId('details'), sums = model.sumCalls(this.picture.start, this.picture.stop), most = 12;
+        details.textContent = '';
+        details.dataset.span = this.picture.start + ' ' + this.picture.stop;
+        if (!sums.length)
+            return;
+        const table = details.appendChild(document.createElement('table'));
+        const addRow = (tag, texts) => {
+            const row = table.appendChild(document.createElement('tr'));
+            return texts.map(text => {
+                const cell = row.appendChild(document.createElement(tag));
+                cell.textContent = text;
+                return cell;
+            });
+        };
+        const heads = addRow('th', ['Calls in view', 'calls', 'total', 'itself', 'longest']);
+        heads[3].title = 'without the calls within';
+        const all = sums.reduce((sum, {self}) => sum + self, 0);
+        for (const sum of sums.slice(0, most)) {
+            const [name, , , self] = addRow('td', ['', sum.calls.toLocaleString('en'), spanText(sum.total), spanText(sum.self),
+                                                   spanText(model.durationOf(sum.longest))]);
+            const button = name.appendChild(document.createElement('button'));
+            const chip = button.appendChild(document.createElement('i'));
+            chip.style.background = this.picture.colours.callEdges[sum.colour];
+            button.append(visibleText(sum.name));
+            button.title = 'Show the longest call';
+            button.onclick = () => this.choose(model.calls.entered[sum.longest], true);
+            self.style.setProperty('--share', all > 0 ? (100 * Math.max(0, sum.self) / all).toFixed(1) + '%' : '0%');
+            self.className = 'share';
+        }
+        if (sums.length > most)
+            addRow('td', [`and ${sums.length - most} more`, '', '', '', '']);
+    }
+
+    /** Sums the calls up once the view rests. */
+    askForCalls() {
+        clearTimeout(this.callsAsked);
+        this.callsAsked = setTimeout(() => {
+            if (this.picture.chosen < 0)
+                this.tellCalls();
+        }, 120);
     }
 
     /** A profiler's figures, and a drawing of the range with the mean and a deviation on either side. */

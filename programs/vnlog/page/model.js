@@ -181,8 +181,9 @@ class Model {
     readCalls(columns) {
         const count = this.meta.calls, none = 0xffffffff;
         this.calls = {count, entered: new Uint32Array(count), left: new Uint32Array(count).fill(none), level: new Uint16Array(count),
-                      isCut: new Uint8Array(count), colour: new Uint8Array(count)};
-        const calls = this.calls, colours = new Map();
+                      isCut: new Uint8Array(count), name: new Uint32Array(count), parent: new Int32Array(count).fill(-1)};
+        this.names = [];
+        const calls = this.calls, indices = new Map(), last = this.lanes.map(() => []);
         for (let call = 0, row = 0; call < count; ++call) {
             calls.entered[call] = row += columns.entered.number();
             const length = columns.left.number();
@@ -191,11 +192,16 @@ class Model {
                 calls.isCut[call] = length % 2;
             }
             calls.level[call] = columns.levels.number();
-            const name = this.nameOf(row);
-            if (!colours.has(name))
-                colours.set(name, colourOf(name));
-            calls.colour[call] = colours.get(name);
-            this.lanes[this.laneOf[row]].addCall(call, calls.level[call]);
+            const name = this.nameOf(row), level = calls.level[call], around = last[this.laneOf[row]];
+            if (!indices.has(name)) {
+                indices.set(name, this.names.length);
+                this.names.push({name, colour: colourOf(name)});
+            }
+            calls.name[call] = indices.get(name);
+            if (level > 0)
+                calls.parent[call] = around[level - 1];
+            around[level] = call;
+            this.lanes[this.laneOf[row]].addCall(call, level);
         }
     }
 
@@ -262,23 +268,35 @@ class Model {
 
     /** The calls around a call, the outermost first, and itself. */
     pathOf(call) {
-        const path = [call], lane = this.lanes[this.laneOf[this.calls.entered[call]]];
-        for (let level = this.calls.level[call]; level-- > 0;) {
-            const calls = lane.levels[level].calls, entered = this.calls.entered[path[0]];
-            let found = -1;
-            for (let low = 0, high = calls.length; low < high;) {
-                const middle = (low + high) >>> 1;
-                if (this.calls.entered[calls[middle]] < entered) {
-                    found = middle;
-                    low = middle + 1;
-                } else {
-                    high = middle;
+        const path = [call];
+        while (this.calls.parent[path[0]] >= 0)
+            path.unshift(this.calls.parent[path[0]]);
+        return path;
+    }
+
+    colourOfCall(call) { return this.names[this.calls.name[call]].colour; }
+
+    /**
+     * What functions did between two times, the one that took most itself first: their calls, the time within them, that without the
+     * calls within those, and the longest call. Times are cut to the span.
+     */
+    sumCalls(from, to) {
+        const sums = this.names.map(({name, colour}) => ({name, colour, calls: 0, total: 0, self: 0, longest: -1})), {name, parent} = this.calls;
+        for (const lane of this.lanes)
+            for (const {start, end, calls} of lane.levels) {
+                const last = firstAtLeast(start, to);
+                for (let i = firstAtLeast(end, from); i < last; ++i) {
+                    const call = calls[i], sum = sums[name[call]], time = Math.min(end[i], to) - Math.max(start[i], from);
+                    ++sum.calls;
+                    sum.total += time;
+                    sum.self += time;
+                    if (parent[call] >= 0)
+                        sums[name[parent[call]]].self -= time;
+                    if (sum.longest < 0 || this.durationOf(call) > this.durationOf(sum.longest))
+                        sum.longest = call;
                 }
             }
-            if (found >= 0)
-                path.unshift(calls[found]);
-        }
-        return path;
+        return sums.filter(sum => sum.calls).sort((a, b) => b.self - a.self);
     }
 
     /** Bit of a row for filters and marks: 0 for lines without a level, otherwise its level plus 1. */
@@ -355,7 +373,7 @@ class Lane {
     makeMarks(model, mask) {
         const isMark = row => {
             const kind = model.kindOf(row);
-            return kind !== Row.entered && kind !== Row.left && kind !== Row.loss && (mask & model.bitOf(row)) !== 0;
+            return kind !== Row.entered && kind !== Row.left && kind !== Row.loss && kind !== Row.profile && (mask & model.bitOf(row)) !== 0;
         };
         const rows = this.rows.filter(isMark);
         this.marks = {rows, times: Float64Array.from(rows, row => model.times[row]),

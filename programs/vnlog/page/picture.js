@@ -213,6 +213,9 @@ class Picture {
             if (place.lane)
                 this.drawLane(place);
         this.drawHits(visible);
+        for (const place of visible)
+            if (place.lane)
+                this.drawLosses(place);
         this.drawChosen();
         g.restore();
         for (const place of visible)
@@ -262,7 +265,7 @@ class Picture {
                 --next;
             if (pixel < pixels.length) {
                 const share = Math.min(1, (busy[next] - busy[at]) / perPixel), alpha = Math.round(90 + 165 * share);
-                pixels[pixel] = alpha << 24 | this.colours.callBytes[this.model.calls.colour[calls[at + next >> 1]]];
+                pixels[pixel] = alpha << 24 | this.colours.callBytes[this.model.colourOfCall(calls[at + next >> 1])];
                 hasDense = true;
             }
             at = next;
@@ -278,7 +281,7 @@ class Picture {
             g.drawImage(this.scratch, 0, line, this.plotWidth, 1, gutter, y, this.plotWidth, height);
         g.font = '11px ' + monospace;
         for (const at of wide) {
-            const call = calls[at], colour = model.calls.colour[call];
+            const call = calls[at], colour = model.colourOfCall(call);
             const left = Math.max(gutter - 4, this.xOf(start[at])), right = Math.min(this.width + 4, this.xOf(end[at]));
             const isOpen = model.calls.left[call] === 0xffffffff || model.calls.isCut[call];
             g.fillStyle = this.colours.calls[colour];
@@ -307,16 +310,17 @@ class Picture {
         this.drawMarks(place);
         if (place.reports >= 0)
             this.drawReports(place);
-        this.drawLosses(place);
     }
 
     drawMarks(place) {
         const g = this.context, {rows, times, bits} = place.lane.marks, count = times.length, middle = place.marks + marksHeight / 2 - 1;
+        const lost = place.lane.lost.start;
         const perPixel = this.span / this.plotWidth, stop = this.stop + perPixel;
         g.font = '11px ' + monospace;
         for (let at = firstAtLeast(times, this.start - 300 * perPixel); at < count && times[at] < stop;) {
             const x = Math.floor(this.xOf(times[at])), boundary = this.timeAt(x + 1);
             const next = Math.max(at + 1, firstAtLeast(times, boundary, at)), gap = next < count ? this.xOf(times[next]) - x : Infinity;
+            const loss = firstAtLeast(lost, times[at]), room = Math.min(gap, loss < lost.length ? this.xOf(lost[loss]) - x : Infinity);
             const union = bits.over(at, next), colour = this.colours.ofBits(union);
             g.fillStyle = colour;
             const number = next - at;
@@ -331,9 +335,9 @@ class Picture {
                 g.fillRect(x, middle - height / 2, 1, height);
                 g.globalAlpha = 1;
             }
-            if (gap > 46) {
+            if (room > 46) {
                 const text = number === 1 ? this.model.textOf(rows[at]) : number + ' lines: ' + this.model.textOf(rows[at]);
-                const shown = cut(plainText(this.model, rows[at], text), Math.min(gap, this.width - x) - 16);
+                const shown = cut(plainText(this.model, rows[at], text), Math.min(room, this.width - x) - 16);
                 g.fillStyle = colour === this.colours.trace || colour === this.colours.other ? this.colours.soft : this.colours.text;
                 if (shown.length > 1)
                     g.fillText(shown, x + 8, middle + .5);
@@ -351,7 +355,7 @@ class Picture {
             const next = place.lane.reports[i + 1], limit = next ? this.xOf(this.model.times[next.row] - next.total * 1e9) : Infinity;
             const end = this.model.times[report.row], begin = Math.max(0, end - report.total * 1e9);
             const left = Math.max(gutter - 4, this.xOf(begin)), right = Math.min(this.width + 4, Math.max(this.xOf(end), this.xOf(begin) + 2));
-            if (right < gutter || left > this.width || (right <= last && right - left < 3))
+            if (!(this.model.mask & this.model.bitOf(report.row)) || right < gutter || left > this.width || (right <= last && right - left < 3))
                 return;
             last = right;
             // A later report may reach back over an earlier one.
