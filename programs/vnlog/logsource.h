@@ -73,8 +73,8 @@ public:
     std::string const& getName() const { return _name; }
     FileIdentity getIdentity() const { return _file->getIdentity(); }
 
-    /// Nanoseconds since 1970 in UTC: the start of the run and the ticks. The banner's date has whole seconds and is never after the
-    /// start, so a line is up to a second later than this. Nothing without a stamp, a date or a resolution.
+    /// Nanoseconds since 1970 in UTC: the banner's date and the ticks. The date has whole seconds, so this is up to a second early; it
+    /// is of the moment when the file was opened, shortly after ticks began to count. Nothing without a stamp, a date or a resolution.
     std::optional<std::int64_t> getTime(LogLine const& line) const;
 
     /// Nanoseconds since the start of the run; nothing without a stamp or a resolution.

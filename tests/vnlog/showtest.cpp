@@ -37,6 +37,57 @@ std::string shown(std::vector<std::string> options)
     return run.out;
 }
 
+/// A running vnlog, whose output is read as it comes and as it is.
+class Pipe
+{
+public:
+    explicit Pipe(std::string const& arguments)
+    {
+        const std::string program = VnTest::getProgramFolder() + "/" + VN_LOG_PROGRAM + VnTest::programSuffix;
+#ifdef _WIN32
+        _stream = ::_popen(("\"\"" + program + "\" " + arguments + "\"").c_str(), "rb");
+#else
+        _stream = ::popen(("exec \"" + program + "\" " + arguments).c_str(), "r");
+#endif
+    }
+
+    ~Pipe()
+    {
+        if (_stream != nullptr)
+            close();
+    }
+
+    /// Blocks until there is a line; "" at the end.
+    std::string getLine()
+    {
+        char text[1000];
+        return std::fgets(text, sizeof text, _stream) != nullptr ? text : "";
+    }
+
+    /// Everything up to the end.
+    std::string getRest()
+    {
+        std::string text;
+        for (int c = std::fgetc(_stream); c != EOF; c = std::fgetc(_stream))
+            text += static_cast<char>(c);
+        return text;
+    }
+
+    int close()
+    {
+#ifdef _WIN32
+        const int result = ::_pclose(_stream);
+#else
+        const int result = ::pclose(_stream);
+#endif
+        _stream = nullptr;
+        return result;
+    }
+
+private:
+    std::FILE* _stream = nullptr;
+};
+
 const std::string datedWarning = "2026-11-22 17:17:56.500000 (0x00001a2b) Warning: Net no answer\n",
                   datedError = "2026-11-22 17:18:00.294000 (0x00001a2b) Error: Ui bad\n",
                   datedOverflow = "2026-11-22 17:18:01.000000 (0x00001a2b) Informational: Event overflow [3]\n",
@@ -118,7 +169,8 @@ TEST(VnLogShow, bytesOfTheLogPassThroughUnchanged)
 {
     const TempFolder folder;
     const std::string text = "\r\n\n\r" + std::string("a\0b\xff\r\n", 6) + std::string(600000, 'x') + "\nhalf";
-    EXPECT_EQ(runVnLog({"show", folder.file("a.log", text)}).out, text + "\n");
+    Pipe pipe("show \"" + folder.file("a.log", text) + "\"");
+    EXPECT_EQ(pipe.getRest(), text + "\n");
 }
 
 TEST(VnLogShow, coloursStandAroundTheLevelWord)
@@ -195,48 +247,6 @@ TEST(VnLogShow, helpOfACommandTellsItsOptionsAlone)
 
 namespace
 {
-/// A running `vnlog show -f -q`, whose output is read as it comes.
-class Follower
-{
-public:
-    explicit Follower(std::string const& path)
-    {
-        const std::string program = VnTest::getProgramFolder() + "/" + VN_LOG_PROGRAM + VnTest::programSuffix;
-#ifdef _WIN32
-        _pipe = ::_popen(("\"\"" + program + "\" show -f -q -s ticks \"" + path + "\"\"").c_str(), "rb");
-#else
-        _pipe = ::popen(("exec '" + program + "' show -f -q -s ticks '" + path + "'").c_str(), "r");
-#endif
-    }
-
-    ~Follower()
-    {
-        if (_pipe != nullptr)
-            close();
-    }
-
-    /// Blocks until there is a line; "" at the end.
-    std::string getLine()
-    {
-        char text[1000];
-        return std::fgets(text, sizeof text, _pipe) != nullptr ? text : "";
-    }
-
-    int close()
-    {
-#ifdef _WIN32
-        const int result = ::_pclose(_pipe);
-#else
-        const int result = ::pclose(_pipe);
-#endif
-        _pipe = nullptr;
-        return result;
-    }
-
-private:
-    std::FILE* _pipe = nullptr;
-};
-
 void append(std::string const& path, std::string const& text)
 {
     std::ofstream(path, std::ios::binary | std::ios::app) << text;
@@ -247,7 +257,7 @@ TEST(VnLogShow, aFileIsFollowedThroughTruncationAndReplacementToItsStopBanner)
 {
     const TempFolder folder;
     const std::string path = folder.file("a.log", "one\n");
-    Follower follower(path);
+    Pipe follower("show -f -q -s ticks \"" + path + "\"");
     EXPECT_EQ(follower.getLine(), "one\n");
     append(path, "tw");
     append(path, "o\n");
