@@ -12,6 +12,7 @@
 #include "settings.h"
 #include "show.h"
 #include "stats.h"
+#include "timeline.h"
 
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
@@ -31,7 +32,7 @@ namespace
 {
 using namespace vnlog;
 
-constexpr Command commands[] = {showCommand, mergeCommand, statsCommand, exportCommand};
+constexpr Command commands[] = {showCommand, mergeCommand, statsCommand, timelineCommand, exportCommand};
 
 Command const* findCommand(std::string_view name)
 {

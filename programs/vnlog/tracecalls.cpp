@@ -55,7 +55,7 @@ TraceLine parseUnindented(std::string_view drawing)
         {plainLeaveMark, TraceStep::Leave, TraceLine::notDrawn},
     };
     for (auto const& form : forms)
-        if (drawing.starts_with(form.mark))
+        if (drawing.starts_with(form.mark) && (form.step == TraceStep::Text || drawing.size() > form.mark.size()))
             return makeLine(form.step, form.depth, drawing.substr(form.mark.size()));
     return makeLine(TraceStep::None, TraceLine::notDrawn, drawing);
 }
@@ -71,7 +71,7 @@ TraceLine parseDrawing(std::string_view drawing, int open, bool isSure)
         rest.remove_prefix(bar.size());
 
     const int innermost = bars + 1;
-    const bool isEnter = rest.starts_with(enterMark);
+    const bool isEnter = rest.starts_with(enterMark) && rest.size() > enterMark.size();
     const bool isStep = isEnter || rest == leaveMark;
     const bool fitsText = open >= 1 && open <= bars;
     if (isStep && (!fitsText || !isSure))
