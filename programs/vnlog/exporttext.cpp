@@ -85,18 +85,18 @@ std::string toBase64(std::string_view bytes)
 std::string toTimeText(std::int64_t nanoseconds)
 {
     using namespace std::chrono;
-    const sys_seconds second =
-        floor<seconds>(sys_time<std::chrono::nanoseconds>(std::chrono::nanoseconds(nanoseconds)));
+    // Rounded down by hand: the library's floor() overflows for the earliest times.
+    constexpr std::int64_t perSecond = 1'000'000'000;
+    const std::int64_t fraction = (nanoseconds % perSecond + perSecond) % perSecond;
+    const sys_seconds second(seconds(nanoseconds / perSecond - (nanoseconds % perSecond < 0 ? 1 : 0)));
     const sys_days day = floor<days>(second);
     const year_month_day date(day);
     const hh_mm_ss time(second - day);
-    const long long fraction =
-        nanoseconds - duration_cast<std::chrono::nanoseconds>(second.time_since_epoch()).count();
     char text[64];
     std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%09lldZ", static_cast<int>(date.year()),
                   static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
                   static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                  static_cast<int>(time.seconds().count()), fraction);
+                  static_cast<int>(time.seconds().count()), static_cast<long long>(fraction));
     return text;
 }
 
