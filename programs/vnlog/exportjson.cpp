@@ -1,4 +1,4 @@
-// One object a line. The fields' names are those of docs/vnlog.md, and lnav's format file (packaging/lnav) reads them.
+// One object a line. The fields' names are those of docs/export-logs.md, and lnav's format file (packaging/lnav) reads them.
 #include "exportformat.h"
 #include "exportjson_p.h"
 
