@@ -38,7 +38,8 @@ fi
         progress_begin tools/run.sh "${steps[@]}"
     fi
     isConfigured || progress_step run.configure "looking at the compiler" \
-        cmake --preset release --fresh -B build/run -DVNBASE_BUILD_TESTS=OFF || failed run.configure "CMake has failed"
+        cmake --preset release --fresh -B build/run -DVNBASE_BUILD_TESTS=OFF -DVNBASE_BUILD_PROGRAMS=OFF ||
+        failed run.configure "CMake has failed"
     progress_step run.build "$what" \
         cmake --build build/run --target inventory || failed run.build "the build has failed"
     progress_end

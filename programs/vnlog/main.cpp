@@ -7,10 +7,12 @@
 // A program of the library opens its own log when it starts, and empties the default files, which may be the very log that
 // somebody wants to read. This one switches all its outputs off first.
 #include "command.h"
+#include "export.h"
 #include "merge.h"
 #include "settings.h"
 #include "show.h"
 #include "stats.h"
+#include "timeline.h"
 
 #include <base/incontextaliasmgr.h>
 #include <base/ininitmgr.h>
@@ -30,7 +32,7 @@ namespace
 {
 using namespace vnlog;
 
-constexpr Command commands[] = {showCommand, mergeCommand, statsCommand};
+constexpr Command commands[] = {showCommand, mergeCommand, statsCommand, timelineCommand, exportCommand};
 
 Command const* findCommand(std::string_view name)
 {

@@ -11,8 +11,12 @@ VN_DEFINE_PACKAGE(vnlog, VnInit::base);
 
 namespace vnlog
 {
-namespace
+Vn::InPackageInit& getPackage()
 {
+    static Vn::InInit<VnInit::vnlog> package;
+    return package;
+}
+
 bool isZone(char const* text)
 {
     try {
@@ -21,13 +25,6 @@ bool isZone(char const* text)
     } catch (std::runtime_error const&) {
         return false;
     }
-}
-}  // namespace
-
-Vn::InPackageInit& getPackage()
-{
-    static Vn::InInit<VnInit::vnlog> package;
-    return package;
 }
 
 void ZoneSettings::explain(Vn::InUsage& usage) const

@@ -66,6 +66,9 @@ private:
     Value _value;
 };
 
+/// Whether Zone::parse() takes the text; for InUsage::expect().
+bool isZone(char const* text);
+
 /// The zones that the commands' options -z and -Z name.
 struct ZoneSettings
 {

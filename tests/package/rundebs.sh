@@ -37,7 +37,7 @@ test ! -e "$work/one/libvnbase0/usr/lib/$arch/libVNbase.so"
 test ! -e "$work/one/libvnbase0/usr/include"
 test -L "$work/one/libvnbase-dev/usr/lib/$arch/libVNbase.so"
 test -f "$work/one/libvnbase-doc/usr/share/doc/libvnbase-doc/docs/first-program.md"
-for page in vnlog-show vnlog-merge vnlog-stats; do
+for page in vnlog-show vnlog-merge vnlog-stats vnlog-export; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$page.1.gz" | grep -q '^\.SH NAME$'
 done
 # GDB looks below this folder for the library's own path.
@@ -45,6 +45,7 @@ for library in "$work/one/libvnbase0/usr/lib/$arch"/libVNbase.so.0.*; do
     test -f "$work/one/libvnbase-dev/usr/share/gdb/auto-load/usr/lib/$arch/$(basename "$library")-gdb.py"
 done
 test -f "$work/one/libvnbase-dev/usr/share/vnbase/libVNbase.natvis"
+test -f "$work/one/vnbase-tools/usr/share/vnlog/lnav/vn_log.json"
 for program in vncuesheet vninventory vnlog vnpointsets vnskylight; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$program.1.gz" | grep -q '^\.SH NAME$'
     test -f "$work/one/vnbase-tools/usr/share/bash-completion/completions/$program"
