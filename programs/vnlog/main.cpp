@@ -99,17 +99,18 @@ void printBashCompletion()
                  "    ";
     for (Command const& command : commands)
         std::cout << (&command != std::begin(commands) ? " | " : "") << command.name;
-    std::cout << ") ;;\n"
-                 "    *) return ;;\n"
-                 "    esac\n"
-                 "    if ! declare -F \"_vnlog_$command\" > /dev/null; then\n"
-                 "        eval \"$(\"${COMP_WORDS[0]}\" \"$command\" \"--help=bash:vnlog-$command\" 2> /dev/null)\"\n"
-                 "    fi\n"
-                 "    COMP_WORDS=(\"vnlog-$command\" \"${COMP_WORDS[@]:2}\")\n"
-                 "    ((COMP_CWORD -= 1))\n"
-                 "    ! declare -F \"_vnlog_$command\" > /dev/null || \"_vnlog_$command\"\n"
-                 "}\n"
-                 "complete -o filenames -F _vnlog 'vnlog'\n";
+    std::cout
+        << ") ;;\n"
+           "    *) return ;;\n"
+           "    esac\n"
+           "    if ! declare -F \"_vnlog_$command\" > /dev/null; then\n"
+           "        eval \"$(\"${COMP_WORDS[0]}\" \"$command\" \"--help=bash:vnlog-$command\" 2> /dev/null)\"\n"
+           "    fi\n"
+           "    COMP_WORDS=(\"vnlog-$command\" \"${COMP_WORDS[@]:2}\")\n"
+           "    ((COMP_CWORD -= 1))\n"
+           "    ! declare -F \"_vnlog_$command\" > /dev/null || \"_vnlog_$command\"\n"
+           "}\n"
+           "complete -o filenames -F _vnlog 'vnlog'\n";
 }
 
 /// A page for those who package the program, which the library would make of one command alone, or under its typed name. True if
