@@ -142,7 +142,7 @@ VALUES = {
     "taken": 'palette.taken = "12" from override',
     "unset": "palette.unset = no value",
     "palettePackage": "package palette, running",
-    "**(Vn::InInitMgr**) &_ZN2Vn9InInitMgr9_instanceE": "16 packages; 16 running",
+    "manager": "16 packages; 16 running",
     "queue": r"queue of thread 0x1a2b with 2 messages = {Warning: Cache evicted 17 pages, "
              r"Internal Error: Cache line\nfeed \x1b[31m \xff}",
     "queue._entries[0]": "Warning",

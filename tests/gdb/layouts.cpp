@@ -32,3 +32,26 @@ struct Layouts
     Vn::ThreadLogWriters* writers;
 };
 [[gnu::used]] static Layouts layouts;
+
+/// Needs the classes complete, as some compilers describe only such.
+struct Package : Vn::InPackageInit
+{
+    using InPackageInit::InPackageInit;
+};
+struct Variable : Vn::InVariable<int>
+{
+    using InVariable::InVariable;
+};
+struct Observer : Vn::LgQueue::Observer
+{
+    void entryAdded(Vn::LgQueue&) override {}
+    void entryRemoved(Vn::LgQueue&) override {}
+    void waitForSpace(Vn::LgQueue const&, int) override {}
+};
+[[gnu::used]] static Package* package;
+[[gnu::used]] static Variable* variable;
+[[gnu::used]] static Observer observer;
+[[gnu::used]] static std::size_t sizeOfAll()
+{
+    return sizeof(*package) + sizeof(*variable);
+}

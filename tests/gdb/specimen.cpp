@@ -195,6 +195,7 @@ extern "C" [[gnu::used]] void flushQueues()
 [[gnu::used]] static Vn::List<double> doubles{0.5, 1.5};
 [[gnu::used]] static Vn::List<char> characters{'a', 'b'};
 [[gnu::used]] static Vn::List<int> noList;
+[[gnu::used]] static Vn::InInitMgr const& manager = Vn::InInitMgr::getInstance();
 [[gnu::used]] static Vn::Rational rate(30000, 1001);
 [[gnu::used]] static Vn::DtTimeIndex timeIndex(-7);
 [[gnu::used]] static Vn::DtTime timeOfFrame(100, 25, 1);

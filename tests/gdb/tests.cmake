@@ -19,7 +19,8 @@ target_compile_options(mixdownDebug PRIVATE -g -O0 ${gdb_options})
 target_link_libraries(mixdownDebug PRIVATE VN::base)
 add_library(gdblayouts OBJECT gdb/layouts.cpp)
 vnbase_target(gdblayouts)
-target_compile_options(gdblayouts PRIVATE -g -fno-eliminate-unused-debug-types ${gdb_all_classes})
+target_compile_options(gdblayouts PRIVATE -g ${gdb_all_classes}
+    "$<$<CXX_COMPILER_ID:GNU>:-fno-eliminate-unused-debug-types>")
 target_link_libraries(gdblayouts PRIVATE VN::threadlog)
 target_include_directories(gdblayouts PRIVATE "${PROJECT_SOURCE_DIR}/src")
 
