@@ -1,24 +1,27 @@
 # cmake -D page=FOLDER -D output=FILE -P embedpage.cmake: makes the source whose constants are the page's files.
-function(embed name)
-    set(text "")
-    foreach(file IN LISTS ARGN)
-        file(READ "${page}/${file}" part)
-        string(APPEND text "${part}")
-    endforeach()
-    # A literal may be limited to 65536 characters; neighbours become one.
-    string(LENGTH "${text}" length)
-    set(literals "")
-    set(at 0)
-    while(at LESS length)
-        string(SUBSTRING "${text}" ${at} 15000 piece)
-        string(APPEND literals "    R\"page(${piece})page\"\n")
-        math(EXPR at "${at} + 15000")
-    endwhile()
-    set(source "${source}const std::string_view ${name} =\n${literals};\n\n" PARENT_SCOPE)
+#
+# Each file is a literal of its own: compilers need to take no more than 65536 characters in one.
+function(literal variable file)
+    file(READ "${page}/${file}" text)
+    set(${variable} "R\"page(${text})page\"" PARENT_SCOPE)
 endfunction()
 
-set(source "// Made of the files in the folder page.\n#include \"timelinepage.h\"\n\nnamespace vnlog\n{\n\n")
-embed(pageFrame page.html)
-embed(pageStyle style.css)
-embed(pageScript model.js picture.js list.js main.js)
-file(WRITE "${output}" "${source}}  // namespace vnlog\n")
+literal(frame page.html)
+literal(style style.css)
+set(scripts "")
+foreach(file IN ITEMS model.js picture.js list.js main.js)
+    literal(script ${file})
+    string(APPEND scripts "${script},\n")
+endforeach()
+file(WRITE "${output}" "// Made of the files in the folder page.
+#include \"timelinepage.h\"
+
+namespace vnlog
+{
+
+const std::string_view pageFrame = ${frame};
+const std::string_view pageStyle = ${style};
+const std::string_view pageScripts[pageScriptCount] = {${scripts}};
+
+}  // namespace vnlog
+")

@@ -156,7 +156,8 @@ std::string makeTimelinePage(std::string_view title, std::string_view data)
         else if (name == "DATA")
             page += asBase64(compress(data));
         else
-            page += pageScript;
+            for (const std::string_view script : pageScripts)
+                page += script;
         rest.remove_prefix(end + 1);
     }
     return page;

@@ -97,8 +97,9 @@ public:
     /// The number of a new source.
     int addSource(std::string name);
 
-    /// Adds the next line of a source, or a further piece of it. `run` is that of the line, null before the first banner.
-    void addLine(int source, LogLine const& line, Run const* run);
+    /// Adds the next line of the source with that number, or a further piece of it. `run` is that of the line, null before the first
+    /// banner.
+    void addLine(int number, LogLine const& line, Run const* run);
 
     /// Puts all rows into the order of time. Nothing is added after it.
     void finish();

@@ -183,6 +183,14 @@ class Model {
         this.calls = {count, entered: new Uint32Array(count), left: new Uint32Array(count).fill(none), level: new Uint16Array(count),
                       isCut: new Uint8Array(count), name: new Uint32Array(count), parent: new Int32Array(count).fill(-1)};
         this.names = [];
+        const uses = new Array(10).fill(0);
+        const pickColour = name => {
+            // The name's own colour, or the next one that fewer names have.
+            const own = colourOf(name), least = Math.min(...uses), order = uses.map((_, i) => (own + i) % uses.length);
+            const colour = order.find(i => uses[i] === least);
+            ++uses[colour];
+            return colour;
+        };
         const calls = this.calls, indices = new Map(), last = this.lanes.map(() => []);
         for (let call = 0, row = 0; call < count; ++call) {
             calls.entered[call] = row += columns.entered.number();
@@ -195,7 +203,7 @@ class Model {
             const name = this.nameOf(row), level = calls.level[call], around = last[this.laneOf[row]];
             if (!indices.has(name)) {
                 indices.set(name, this.names.length);
-                this.names.push({name, colour: colourOf(name)});
+                this.names.push({name, colour: pickColour(name)});
             }
             calls.name[call] = indices.get(name);
             if (level > 0)
@@ -316,7 +324,7 @@ class Model {
     }
 }
 
-/** One of ten colours, the same for a name in every log. */
+/** One of ten colours; that of a name is mostly the same in every log. */
 function colourOf(name) {
     let hash = 2166136261;
     for (let i = 0; i < name.length; ++i)
