@@ -261,4 +261,10 @@ std::optional<std::int64_t> LogSource::getTime(LogLine const& line) const
     return static_cast<std::int64_t>(*run.started) * 1000000000 + *since;
 }
 
+void refuseOwnOutput(LogSource const& source)
+{
+    if (InputFile::findOutput() == source.getIdentity())
+        throw std::runtime_error("'" + source.getName() + "' is the output as well");
+}
+
 }  // namespace vnlog

@@ -118,4 +118,7 @@ private:
     std::pair<std::uint32_t const, ThreadState>* _lastThread = nullptr;  ///< in that table: of the last line
 };
 
+/// Throws std::runtime_error if the source is the file that standard output writes, whatever its name: it would be read for ever.
+void refuseOwnOutput(LogSource const& source);
+
 }  // namespace vnlog
