@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <sstream>
@@ -60,7 +61,7 @@ Record messageOf(std::string const& text)
     return record;
 }
 
-long countOf(std::string const& text, char character)
+std::ptrdiff_t countOf(std::string const& text, char character)
 {
     return std::count(text.begin(), text.end(), character);
 }
