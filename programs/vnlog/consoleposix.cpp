@@ -1,6 +1,7 @@
 // consoleposix.cpp (Windows form: consolewindows.cpp)
 #include "console.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -61,9 +62,25 @@ std::string getReason()
     return std::strerror(lastError);
 }
 
-/// The shell tells on standard error if there is no such program, and nothing is lost but the view.
+/// Whether one of the folders of PATH has a program of that name.
+bool isInPath(std::string const& program)
+{
+    char const* const variable = ::getenv("PATH");
+    std::string_view folders = variable != nullptr ? variable : "";
+    while (!folders.empty()) {
+        const std::size_t end = std::min(folders.find(':'), folders.size());
+        if (::access((std::string(folders.substr(0, end)) + "/" + program).c_str(), X_OK) == 0)
+            return true;
+        folders.remove_prefix(std::min(end + 1, folders.size()));
+    }
+    return false;
+}
+
+/// Who names a pager that doesn't exist is told so by the shell. The usual one isn't missed where it isn't installed.
 bool openPager(std::string const& command)
 {
+    if (command == usualPager && !isInPath("less"))
+        return false;
     std::array<int, 2> ends = {};
     if (::pipe(ends.data()) != 0)
         return false;

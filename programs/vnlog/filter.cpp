@@ -119,7 +119,7 @@ bool isExpression(char const* text)
 
 bool isForeign(char const* text)
 {
-    return std::strcmp(text, "with") == 0 || std::strcmp(text, "keep") == 0 || std::strcmp(text, "drop") == 0;
+    return isOneOf(text, {"with", "keep", "drop"});
 }
 
 /// The text as an expression that means it and nothing else.
@@ -173,7 +173,8 @@ std::optional<TimeLimit> parseTime(std::string const& text, Zone const& zone)
     const int seconds = static_cast<int>(*time / nanosecondsPerSecond);
     const std::optional<std::time_t> found =
         zone.find({*year, *month, *day, seconds / 3600, seconds / 60 % 60, seconds % 60});
-    if (!found || *found > 9000000000)
+    // Nanoseconds have room for three centuries on either side of 1970.
+    if (!found || *found > 9000000000 || *found < -9000000000)
         return std::nullopt;
     return TimeLimit{TimeLimit::Date, *found * nanosecondsPerSecond + *time % nanosecondsPerSecond};
 }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 namespace vnlog
@@ -215,7 +216,14 @@ bool LogSource::renew()
         // What the old file got in the meantime comes first.
         if (_end - _begin < longestPiece && fill())
             return true;
-        _file = std::make_unique<InputFile>(_name);
+        try {
+            _file = std::make_unique<InputFile>(_name);
+        } catch (std::runtime_error const&) {
+            // It has gone again, and the next one to come is a change as well.
+            if (!InputFile::findIdentity(_name))
+                return false;
+            throw;
+        }
     } else if (_file->getSize().value_or(_position) < _position)
         _file->rewind();
     else
@@ -251,6 +259,12 @@ std::optional<std::int64_t> LogSource::getTime(LogLine const& line) const
     if (time > mostNanoseconds)
         return std::nullopt;
     return static_cast<std::int64_t>(*run.started) * 1000000000 + *since;
+}
+
+void refuseOwnOutput(LogSource const& source)
+{
+    if (InputFile::findOutput() == source.getIdentity())
+        throw std::runtime_error("'" + source.getName() + "' is the output as well");
 }
 
 }  // namespace vnlog

@@ -58,7 +58,8 @@ public:
     ///     another file has the name, and it is opened  ->  from that one's start
     ///     both as before, or no file has the name      ->  false
     ///
-    /// The half line that was kept back comes first, as it is.
+    /// The half line that was kept back comes first, as it is. A file that was begun anew and has grown beyond what had been read
+    /// looks like one that has only grown, and is taken for that.
     bool renew();
 
     /// The run of a line; an empty one for -1, and for runs before the last `keptRuns`.
@@ -116,5 +117,8 @@ private:
     std::unordered_map<std::uint32_t, ThreadState> _threads;  ///< the run of each, while `_openRuns` is above 0
     std::pair<std::uint32_t const, ThreadState>* _lastThread = nullptr;  ///< in that table: of the last line
 };
+
+/// Throws std::runtime_error if the source is the file that standard output writes, whatever its name: it would be read for ever.
+void refuseOwnOutput(LogSource const& source);
 
 }  // namespace vnlog

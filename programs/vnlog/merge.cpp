@@ -55,12 +55,7 @@ MergeSettings& getSettings()
 
 bool isTimeForm(char const* text)
 {
-    return std::strcmp(text, "date") == 0 || std::strcmp(text, "ticks") == 0;
-}
-
-bool isDigitCount(char const* text)
-{
-    return text[0] >= '0' && text[0] <= '9' && text[1] == '\0';
+    return isOneOf(text, {"date", "ticks"});
 }
 
 /// One of the files, with its next line.
@@ -72,8 +67,7 @@ public:
           _source(_operand.name, settings.zones.getWritten()),
           _filter(settings.filter, settings.zones.getShown())
     {
-        if (InputFile::findOutput() == _source.getIdentity())
-            throw std::runtime_error("'" + _operand.name + "' is the output as well");
+        refuseOwnOutput(_source);
     }
 
     /// Goes to the next line that is written; false at the end.

@@ -3,6 +3,8 @@
 #include "command.h"
 #include "console.h"
 
+#include <algorithm>
+#include <cstring>
 #include <stdexcept>
 
 VN_DEFINE_PACKAGE(vnlog, VnInit::base);
@@ -45,6 +47,17 @@ std::vector<std::string> getWords(std::string const& list)
     if (words.back().empty())
         words.pop_back();
     return words;
+}
+
+bool isOneOf(char const* text, std::initializer_list<char const*> words)
+{
+    return std::any_of(words.begin(), words.end(),
+                       [text](char const* word) { return std::strcmp(text, word) == 0; });
+}
+
+bool isDigitCount(char const* text)
+{
+    return text[0] >= '0' && text[0] <= '9' && text[1] == '\0';
 }
 
 std::vector<std::string> getNames(std::vector<std::string> const& operands)

@@ -8,6 +8,7 @@
 #include <base/inusage.h>
 #include <base/invariable.h>
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -83,6 +84,12 @@ struct ZoneSettings
 
 /// "red,green" -> "red" and "green". Empty words are left out.
 std::vector<std::string> getWords(std::string const& list);
+
+/// @{
+/// Demands that several commands make on a value.
+bool isOneOf(char const* text, std::initializer_list<char const*> words);
+bool isDigitCount(char const* text);  ///< "0" to "9", as the digits behind a second
+/// @}
 
 /// Standard input if there is no operand. Throws WrongUse if that is a terminal.
 std::vector<std::string> getNames(std::vector<std::string> const& operands);

@@ -15,10 +15,8 @@
 #include <base/osterminal.h>
 
 #include <array>
-#include <cstring>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 
 namespace vnlog
 {
@@ -54,14 +52,6 @@ ShowSettings& getSettings()
     return settings;
 }
 
-bool isOneOf(char const* text, std::initializer_list<char const*> words)
-{
-    for (char const* word : words)
-        if (std::strcmp(text, word) == 0)
-            return true;
-    return false;
-}
-
 bool isTimeForm(char const* text)
 {
     return isOneOf(text, {"date", "start", "before", "ticks"});
@@ -70,11 +60,6 @@ bool isTimeForm(char const* text)
 bool isColourForm(char const* text)
 {
     return isOneOf(text, {"always", "never", "auto"});
-}
-
-bool isDigitCount(char const* text)
-{
-    return text[0] >= '0' && text[0] <= '9' && text[1] == '\0';
 }
 
 /// By level: errors red, warnings yellow, the rest quieter.
@@ -213,12 +198,6 @@ bool handle(LogSource const& source, LogLine const& line, Filter& filter, Printe
     if (filter.isWanted(source, line))
         printer.print(source, line);
     return !(line.kind == Kind::Stopped && source.getOpenRunCount() == 0 && getSettings().quit.getValue());
-}
-
-void refuseOwnOutput(LogSource const& source)
-{
-    if (InputFile::findOutput() == source.getIdentity())
-        throw std::runtime_error("'" + source.getName() + "' is the output as well");
 }
 
 void showAll(std::string const& name, Printer& printer, Output const& output, Count& count)

@@ -19,7 +19,6 @@
 #include <charconv>
 #include <cstdio>
 #include <map>
-#include <stdexcept>
 
 namespace vnlog
 {
@@ -356,8 +355,7 @@ int runStats(std::vector<std::string> const& operands)
     Counts counts(static_cast<std::size_t>(std::max(20, Vn::OsTerminal::getColumns() - 1)));
     for (std::string const& name : getNames(operands)) {
         LogSource source(name, settings.zones.getWritten());
-        if (InputFile::findOutput() == source.getIdentity())
-            throw std::runtime_error("'" + name + "' is the output as well");
+        refuseOwnOutput(source);
         Filter filter(settings.filter, settings.zones.getShown());
         LogLine line;
         while (source.next(line))

@@ -42,7 +42,9 @@ void TimeHistogram::add(std::int64_t time)
 void TimeHistogram::widen(std::int64_t time)
 {
     const auto count = static_cast<std::int64_t>(_counts.size());
-    while (time < _begin || time - _begin >= _width * count) {
+    // What all columns span is at most four times the largest time, which is more than a signed number takes.
+    while (time < _begin || static_cast<std::uint64_t>(time - _begin) >=
+                                static_cast<std::uint64_t>(_width) * static_cast<std::uint64_t>(count)) {
         const std::int64_t width = 2 * _width;
         const std::int64_t begin = flooredTo(std::min(_begin, time), width);
         std::vector<std::uint64_t> counts(_counts.size());
@@ -60,8 +62,9 @@ void TimeHistogram::widen(std::int64_t time)
             const std::int64_t own = flooredTo(_begin, width);
             std::fill(counts.begin(), counts.end(), 0);
             for (std::size_t i = 0; i < _counts.size(); ++i)
-                counts[static_cast<std::size_t>((_begin + static_cast<std::int64_t>(i) * _width - own) / width)] +=
-                    _counts[i];
+                if (_counts[i] != 0)
+                    counts[static_cast<std::size_t>((_begin + static_cast<std::int64_t>(i) * _width - own) /
+                                                    width)] += _counts[i];
             _begin = own;
         } else
             _begin = begin;

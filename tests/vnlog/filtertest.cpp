@@ -86,8 +86,9 @@ TEST(Filter, timesAreReadInTheirForms)
     };
     for (auto const& row : table)
         EXPECT_EQ(parseTime(row.text, zone), row.limit) << row.text;
-    for (char const* text : {"", "x", "+", "+x", "-5", "24:00", "12:60", "2026-13-01", "2026-02-29",
-                             "2026-11-22X17:18", "2026-11-22T", "12:30:61", "+1.x", "99999-11-22"})
+    for (char const* text :
+         {"", "x", "+", "+x", "-5", "24:00", "12:60", "2026-13-01", "2026-02-29", "2026-11-22X17:18", "2026-11-22T",
+          "12:30:61", "+1.x", "99999-11-22", "0227-11-22", "2300-11-22"})
         EXPECT_FALSE(parseTime(text, zone)) << text;
 }
 

@@ -315,4 +315,46 @@ TEST(VnLogShow, onATerminalAPagerGetsTheLinesAndControlCharactersAreShown)
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.out, "paged:0000000000 0001000000 (0x00001a2b) Error: Net \\x1b[31mred\tx\n");
 }
+
+namespace
+{
+/// One line of a log, on a terminal.
+ChildRun runOnTerminal(std::string const& path, std::vector<std::pair<std::string, std::string>> const& variables)
+{
+    VnTest::Child child = VnTest::Child::program(VN_LOG_PROGRAM);
+    child.arguments({"show", "-s", "ticks", path}).with("TERM", "xterm");
+    for (char const* name : {"VN_DEBUG_INITIALIZE", "VNLOG_NO_PAGER", "VNLOG_COLOUR", "NO_COLOR", "PAGER"})
+        child.without(name);
+    for (auto const& [name, value] : variables)
+        child.with(name, value);
+    return child.runOnTerminal(80);
+}
+}  // namespace
+
+TEST(VnLogShow, aTerminalGetsColoursUnlessItOrItsUserHasNone)
+{
+    const TempFolder folder;
+    const std::string line = lineAt(1, "Error", "Net a"), path = folder.file("a.log", line);
+    EXPECT_NE(runOnTerminal(path, {{"PAGER", "cat"}}).out.find("\x1b[31mError\x1b[0m: Net a"), std::string::npos);
+    EXPECT_EQ(runOnTerminal(path, {{"PAGER", "cat"}, {"NO_COLOR", "1"}}).out, line);
+    EXPECT_EQ(runOnTerminal(path, {{"PAGER", "cat"}, {"TERM", "dumb"}}).out, line);
+}
+
+TEST(VnLogShow, whereTheUsualPagerIsMissingThereIsNone)
+{
+    const TempFolder folder;
+    const std::string line = lineAt(1, "Error", "Net a"), path = folder.file("a.log", line);
+    EXPECT_EQ(runOnTerminal(path, {{"PATH", folder.path()}, {"NO_COLOR", "1"}}).out, line);
+}
+
+TEST(VnLogShow, whoLeavesThePagerEndsTheReading)
+{
+    const TempFolder folder;
+    std::string text;
+    for (int i = 0; i < 100000; ++i)
+        text += lineAt(1, "Error", "Net a");
+    const ChildRun run = runOnTerminal(folder.file("a.log", text), {{"PAGER", "head -n 1"}, {"NO_COLOR", "1"}});
+    EXPECT_EQ(run.out, lineAt(1, "Error", "Net a"));
+    EXPECT_EQ(run.exitCode, 0);
+}
 #endif

@@ -62,6 +62,17 @@ TEST(TimeHistogram, noneIsLostInWhateverOrderTheyCome)
     }
 }
 
+TEST(TimeHistogram, columnsMaySpanMoreThanATimeCan)
+{
+    TimeHistogram histogram(20);
+    for (const std::int64_t time :
+         {std::int64_t{4000000000000000000}, std::int64_t{600000000000000000}, std::int64_t{0}})
+        histogram.add(time);
+    const Counts counts = histogram.getCounts();
+    EXPECT_EQ(std::accumulate(counts.begin(), counts.end(), std::uint64_t{0}), 3u);
+    EXPECT_EQ(histogram.getBegin(), 0);
+}
+
 TEST(TimeHistogram, anEmptyOneHasNoColumns)
 {
     const TimeHistogram histogram(4);
