@@ -3,7 +3,7 @@
 #
 #   run      to build the library and its examples, and to run them: tools/run.sh does this by itself
 #   test     to pass all tests as well: tools/test.sh does this by itself
-#   bench    to draw the measurements of tools/bench.sh as well
+#   bench    the same: what draws the measurements of tools/bench.sh is among them
 #
 # Needs root or sudo, and nothing if no package is missing. On another system install the counterparts by hand and set
 # VNBASE_NO_SETUP=1; then nothing is looked for. Exit code 2: not on this system, with what to do by hand.
@@ -17,8 +17,7 @@ test | bench)
     packages="$packages clang clang-format clang-tidy libclang-rt-14-dev llvm-14 g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 googletest libbenchmark-dev
         libabsl-dev libboost-dev libboost-log-dev libcoin-dev libgflags-dev libgoogle-glog-dev libgsl-dev libpoco-dev
         libspdlog-dev pkg-config binutils python3 tzdata git doxygen logrotate mandoc man-db shellcheck chromium graphviz fonts-dejavu-core
-        doxygen-awesome-css python3-markdown-it libegl-dev libgl1-mesa-dri dpkg-dev file lintian make"
-    [ "$1" = test ] || packages="$packages python3-matplotlib"
+        doxygen-awesome-css python3-markdown-it libegl-dev libgl1-mesa-dri dpkg-dev file lintian make python3-matplotlib"
     ;;
 -h | --help)
     sed -n '2,/^set/s/^# \{0,1\}//p' tools/setup.sh

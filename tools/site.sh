@@ -37,6 +37,6 @@ step "building" /usr/bin/python3 site/buildsite.py . build/site build/site-work 
 step "looking through links, samples and classes" /usr/bin/python3 tests/site/checksite.py . build/site build/site-work
 if [ "${1:-}" = check ]; then
     step "opening it in a browser" /usr/bin/python3 tests/site/checkbrowser.py "$(command -v chromium)" build/site \
-        build/site-work build/site-shots
+        build/site-shots
 fi
 echo "build/site/index.html written in $SECONDS s"

@@ -4,8 +4,8 @@
 // come from a sampler over a source of points; both are options. The result is a picture, a table of errors for all
 // sources, or a histogram of the directions.
 //
-// settings.cpp has the options, sources.cpp the sources of points, render.cpp the estimate, world.cpp the scene, journal.cpp
-// the log. The files picture*.cpp write the picture in the format that the platform offers.
+// settings.cpp has the options, sources.cpp the sources of points, render.cpp the estimate, crew.cpp its threads, world.cpp the
+// scene, journal.cpp the log. The files picture*.cpp write the picture in the format that the platform offers.
 #include "journal.h"
 #include "picture.h"
 #include "render.h"
@@ -52,11 +52,17 @@ void printFingerprint(std::vector<Vec> const& light)
               << std::setfill(' ') << "\n";
 }
 
+unsigned int getThreads()
+{
+    const int asked = Settings::threads.getValue();
+    return asked != 0 ? static_cast<unsigned int>(asked) : Crew::getUsualSize();
+}
+
 void makePicture(Journal& journal)
 {
     const unsigned int width = static_cast<unsigned int>(Settings::width.getValue());
     const unsigned int samples = static_cast<unsigned int>(Settings::samples.getValue());
-    Render render(width, Settings::source.getValue(), Settings::sampler.getValue(), samples);
+    Render render(width, Settings::source.getValue(), Settings::sampler.getValue(), samples, getThreads());
     journal.tell("picture from source " + std::string(Settings::source.getValue()) + " and sampler " +
                  Settings::sampler.getValue());
     renderAll(render, samples, journal);
@@ -83,7 +89,7 @@ void printTable(Journal& journal)
     const unsigned int width = std::min(48u, static_cast<unsigned int>(Settings::width.getValue()));
     const std::string sampler = Settings::sampler.getValue();
     journal.tell("table of errors for sampler " + sampler);
-    Render reference(width, "niederreiter", sampler, referenceDirections);
+    Render reference(width, "niederreiter", sampler, referenceDirections, getThreads());
     renderAll(reference, referenceDirections, journal);
     std::cout << "directions";
     for (std::string const& source : PixelSource::getNames())
@@ -92,7 +98,7 @@ void printTable(Journal& journal)
     for (unsigned int samples = 4; samples <= most; samples *= 4) {
         std::cout << std::setw(10) << samples;
         for (std::string const& source : PixelSource::getNames()) {
-            Render render(width, source, sampler, samples);
+            Render render(width, source, sampler, samples, getThreads());
             render.addPass(0, samples);
             std::cout << std::setw(14) << differenceOf(render.getLight(), reference.getLight()) << std::flush;
         }

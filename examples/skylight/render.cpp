@@ -1,17 +1,31 @@
 #include "render.h"
 
+#include <base/trace.h>
+
+#include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cmath>
 
 namespace Skylight
 {
-
-Render::Render(unsigned int width, std::string const& source, std::string const& sampler, unsigned int samples)
-    : _width(width),
-      _height(width * 5 / 8),
-      _source(PixelSource::make(source, samples)),
-      _sampler(makeSampler(sampler, _source.get()))
+namespace
 {
+/// VN_TRACE_OPTIONS=show=Skylight draws what each thread does.
+Vn::TraceLevel& traceLevel = *Vn::Trace::registerLevel("Skylight", __FILE__);
+
+constexpr unsigned int rowsOfBand = 8;  ///< what a thread takes at once
+}  // namespace
+
+Render::Render(unsigned int width, std::string const& source, std::string const& sampler, unsigned int samples,
+               unsigned int threads)
+    : _width(width), _height(width * 5 / 8), _crew(PixelSource::isRandom(source) ? 1 : threads)
+{
+    while (_tools.size() < _crew.getSize()) {
+        Tool tool{PixelSource::make(source, samples), nullptr, {}, {}, {}};
+        tool.sampler = makeSampler(sampler, tool.source.get());
+        _tools.push_back(std::move(tool));
+    }
     const float aspect = static_cast<float>(_height) / static_cast<float>(_width);
     for (unsigned int row = 0; row < _height; ++row) {
         for (unsigned int column = 0; column < _width; ++column) {
@@ -26,34 +40,51 @@ Render::Render(unsigned int width, std::string const& source, std::string const&
     }
 }
 
+/// The threads take bands of rows until none is left, as a row of sky costs less than one of spheres.
 void Render::addPass(unsigned int first, unsigned int count)
 {
-    _x.resize(count);
-    _y.resize(count);
-    _z.resize(count);
-    for (unsigned int i = 0; i < _pixels.size(); ++i) {
+    for (Tool& tool : _tools)
+        for (std::vector<float>* const values : {&tool.x, &tool.y, &tool.z})
+            values->resize(count);
+    std::atomic<unsigned int> next = 0;
+    _crew.run([&](unsigned int number) {
+        VN_TRACE_ENTRY(traceLevel, "pass");
+        VN_TRACE(traceLevel, "directions " << first << " to " << first + count - 1);
+        for (unsigned int row = next.fetch_add(rowsOfBand); row < _height; row = next.fetch_add(rowsOfBand)) {
+            VN_TRACE_ENTRY(traceLevel, "band");
+            const unsigned int end = std::min(row + rowsOfBand, _height);
+            VN_TRACE(traceLevel, "rows " << row << " to " << end - 1);
+            for (unsigned int each = row; each < end; ++each)
+                addRow(_tools[number], each, first, count);
+        }
+    });
+    _done += count;
+}
+
+void Render::addRow(Tool& tool, unsigned int row, unsigned int first, unsigned int count)
+{
+    for (unsigned int i = row * _width; i < (row + 1) * _width; ++i) {
         if (!_pixels[i].hit.isThere)
             continue;
-        _source->goTo(i, first);
-        _pixels[i].sum = _pixels[i].sum + gather(_pixels[i], count);
+        tool.source->goTo(i, first);
+        _pixels[i].sum = _pixels[i].sum + gather(tool, _pixels[i], count);
     }
-    _done += count;
 }
 
 /// An estimate, by importance sampling, of the light that a matt surface receives: each direction's light times the cosine of
 /// its angle, divided by the sampler's density in that direction.
-Vec Render::gather(Pixel const& pixel, unsigned int count)
+Vec Render::gather(Tool& tool, Pixel const& pixel, unsigned int count)
 {
-    _sampler->getSequenceXYZ(count, _x.data(), _y.data(), _z.data());
+    tool.sampler->getSequenceXYZ(count, tool.x.data(), tool.y.data(), tool.z.data());
     const Frame frame(pixel.hit.normal);
     Vec sum{0, 0, 0};
     for (unsigned int i = 0; i < count; ++i) {
-        const float density = _sampler->getPdfXYZ(_x[i], _y[i], _z[i]);
-        if (_z[i] <= 0.0f || density <= 0.0f)
+        const float density = tool.sampler->getPdfXYZ(tool.x[i], tool.y[i], tool.z[i]);
+        if (tool.z[i] <= 0.0f || density <= 0.0f)
             continue;
-        const Vec direction = frame.toWorld({_x[i], _y[i], _z[i]});
+        const Vec direction = frame.toWorld({tool.x[i], tool.y[i], tool.z[i]});
         if (World::isFree(pixel.hit.point, direction))
-            sum = sum + (_z[i] * 0.31830987f / density) * World::getSky(direction);
+            sum = sum + (tool.z[i] * 0.31830987f / density) * World::getSky(direction);
     }
     return sum;
 }

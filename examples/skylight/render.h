@@ -1,5 +1,6 @@
 #pragma once
 
+#include "crew.h"
 #include "sources.h"
 #include "world.h"
 
@@ -15,10 +16,12 @@ class Render
 {
 public:
     /// `width` in pixels; the height is 5/8 of it. `source` and `sampler` are names from sources.h. `samples` is the number of
-    /// directions that a pixel takes in all passes together.
-    Render(unsigned int width, std::string const& source, std::string const& sampler, unsigned int samples);
+    /// directions that a pixel takes in all passes together. `threads` share the work, with the same result; a random source
+    /// takes one thread alone.
+    Render(unsigned int width, std::string const& source, std::string const& sampler, unsigned int samples,
+           unsigned int threads);
 
-    /// Adds `count` directions to each pixel, starting with number `first`.
+    /// Adds `count` directions to each pixel, starting with number `first`. Traced as the level "Skylight".
     void addPass(unsigned int first, unsigned int count);
 
     unsigned int getWidth() const { return _width; }
@@ -38,15 +41,23 @@ private:
         Vec sum;  ///< over all directions; the colour of the sky where the ray hit nothing
     };
 
-    Vec gather(Pixel const& pixel, unsigned int count);
+    /// What a thread has for itself.
+    struct Tool
+    {
+        std::unique_ptr<PixelSource> source;
+        std::unique_ptr<Vn::RnSphericalRng<float>> sampler;
+        std::vector<float> x, y, z;
+    };
+
+    void addRow(Tool& tool, unsigned int row, unsigned int first, unsigned int count);
+    static Vec gather(Tool& tool, Pixel const& pixel, unsigned int count);
 
     unsigned int _width;
     unsigned int _height;
     unsigned int _done = 0;
     std::vector<Pixel> _pixels;
-    std::unique_ptr<PixelSource> _source;
-    std::unique_ptr<Vn::RnSphericalRng<float>> _sampler;
-    std::vector<float> _x, _y, _z;
+    std::vector<Tool> _tools;
+    Crew _crew;
 };
 
 /// The root of the mean squared difference between two pictures of equal size.

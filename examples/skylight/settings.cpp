@@ -62,6 +62,11 @@ const Option tableOption("t", "-t: print errors by source and number of directio
 const Variable tableVariable("SKYLIGHT_TABLE", "SKYLIGHT_TABLE");
 const Default tableDefault("false", "false");
 
+const Option threadsOption(
+    "j:", "-j THREADS: threads that render, 0 to 64, 0 for as many as run at once; one for a random source");
+const Variable threadsVariable("SKYLIGHT_THREADS", "SKYLIGHT_THREADS");
+const Default threadsDefault("0", "0");
+
 const Option quietOption("q", "-q: do not print progress and times");
 const Variable quietVariable("SKYLIGHT_QUIET", "SKYLIGHT_QUIET");
 const Default quietDefault("false", "false");
@@ -90,6 +95,11 @@ bool isCount(char const* text)
     return isNumber(text, 1, 65536);
 }
 
+bool isThreads(char const* text)
+{
+    return isNumber(text, 0, 64);
+}
+
 bool isSource(char const* text)
 {
     return isOneOf(text, PixelSource::getNames());
@@ -103,6 +113,7 @@ bool isSampler(char const* text)
 
 Vn::InVariable<int> width("skylight.width", package, widthOption, widthVariable, widthDefault);
 Vn::InVariable<int> samples("skylight.samples", package, samplesOption, samplesVariable, samplesDefault);
+Vn::InVariable<int> threads("skylight.threads", package, threadsOption, threadsVariable, threadsDefault);
 Vn::InVariable<char const*> source("skylight.source", package, sourceOption, sourceVariable, sourceDefault);
 Vn::InVariable<char const*> sampler("skylight.sampler", package, samplerOption, samplerVariable, samplerDefault);
 Vn::InVariable<char const*> picture("skylight.picture", package, pictureOption, pictureVariable, pictureDefault);
@@ -116,13 +127,15 @@ Vn::InUsage getUsage()
     return Vn::InUsage("Renders spheres under an open sky from directions of your choice.")
         .expect(width, "16 to 4096 pixels", isWidth)
         .expect(samples, "1 to 65536 directions", isCount)
+        .expect(threads, "0 to 64 threads", isThreads)
         .expect(source, ("one of " + listOf(PixelSource::getNames())).c_str(), isSource)
         .expect(sampler, ("one of " + listOf(getSamplerNames())).c_str(), isSampler)
         .note(
             "Equal options give the same bits on all platforms, except with the source \"system\", which is the "
             "platform's rand().\n"
             "Messages go to events.log and times to prof.log, in the folder that T4Q_TEST_DIR names or else in the "
-            "folder for temporary files.")
+            "folder for temporary files.\n"
+            "VN_TRACE_OPTIONS=show=Skylight VN_LOG_TRACING=FILE writes what each thread does.")
         .note("Exit code: 0 for success, 1 for a failure, 2 for wrong usage.");
 }
 

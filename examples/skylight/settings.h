@@ -22,7 +22,7 @@ class Vn::InInit<VnInit::skylight> : public Vn::InPackageInit
 namespace Skylight::Settings
 {
 
-extern Vn::InVariable<int> width, samples;
+extern Vn::InVariable<int> width, samples, threads;
 extern Vn::InVariable<char const*> source, sampler, picture, histogram;
 extern Vn::InVariable<bool> table, quiet;
 

@@ -123,6 +123,11 @@ std::vector<std::string> PixelSource::getNames()
     return {"lecuyer", "shuffled", "system", "vandercorput", "halton", "hammersley", "niederreiter"};
 }
 
+bool PixelSource::isRandom(std::string const& name)
+{
+    return name == "lecuyer" || name == "shuffled" || name == "system";
+}
+
 std::unique_ptr<PixelSource> PixelSource::make(std::string const& name, unsigned int length)
 {
     if (name == "lecuyer")

@@ -25,7 +25,10 @@ public:
     /// in all, which "hammersley" needs beforehand.
     static std::unique_ptr<PixelSource> make(std::string const& name, unsigned int length);
 
-    /// Goes to point number `first` of a pixel. A random source cannot jump and continues its sequence.
+    /// Whether a name stands for a random source. It cannot jump, so its pixels must be drawn in their order.
+    static bool isRandom(std::string const& name);
+
+    /// Goes to point number `first` of a pixel. A random source continues its sequence.
     void goTo(unsigned int pixel, unsigned int first);
 
     void getSample(float& x, float& y) override;

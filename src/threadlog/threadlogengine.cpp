@@ -134,11 +134,15 @@ void ThreadLogEngine::stop()
     wakeReader();
     if (_thread.joinable())
         _thread.join();
-    const Reading reading(*this);
-    if (_isForked.exchange(false))
-        forgetParent();
-    drain();
+    {
+        const Reading reading(*this);
+        if (_isForked.exchange(false))
+            forgetParent();
+        drain();
+    }
     tellWaiting();
+    const Reading reading(*this);
+    drain();
     ThreadLogWriters::forEach([](ThreadLogWriter& writer) {
         if (LgRegistry* const registry = LgLog::getRegistry())
             registry->deregisterQueue(&writer.getQueue());
@@ -248,6 +252,9 @@ void ThreadLogEngine::forgetParent() noexcept
 }
 
 /// Woken even if nothing is in the queue: the reader frees it then, and not when the next message comes.
+///
+/// Windows calls this under a lock of its own, which a thread that starts wants, too, while it holds the loader's. So nothing here
+/// may wait for somebody who needs the loader: who holds _readMutex doesn't, and the reader is woken without a lock.
 void ThreadLogEngine::endWriter(ThreadLogWriter& writer) noexcept
 {
     writer.getQueue().creatorExit();  // the writer may be gone from here on
@@ -281,10 +288,12 @@ void ThreadLogEngine::runReader() noexcept
         for (bool isMore = true; isMore && isRunning();) {
             while (_others.load(std::memory_order_relaxed) != 0)
                 std::this_thread::yield();
-            const std::lock_guard guard(_readMutex);
-            _lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);
-            isMore = writeUpTo(batch);
-            hasWritten = hasWritten || isMore || _hasWritten;
+            {
+                const std::lock_guard guard(_readMutex);
+                _lineThread.store(ThreadLogSystem::getThread(), std::memory_order_relaxed);
+                isMore = writeUpTo(batch);
+                hasWritten = hasWritten || isMore || _hasWritten;
+            }
             tellWaiting();
         }
         if (isRunning())
@@ -390,19 +399,14 @@ void ThreadLogEngine::rest(bool hasWritten)
         if (!_isRunning.load() || (!_isFailing.load(std::memory_order_relaxed) && isAnythingToDo()))
             _sleep.store(Sleep::Awake);
     }
-    sleepUntilWoken(atMost);
+    ThreadLogSystem::sleepUntil(isAwake, atMost);
     _sleep.store(Sleep::Awake);
 }
 
-/// The condition is looked at under the lock that wakeReader() passes through, so no wake-up is missed.
-void ThreadLogEngine::sleepUntilWoken(std::chrono::milliseconds atMost)
+/// When the reader's sleep ends.
+bool ThreadLogEngine::isAwake()
 {
-    const auto isAwake = [this] { return _sleep.load() == Sleep::Awake || !_isRunning.load(); };
-    std::unique_lock guard(_sleepMutex);
-    if (atMost.count() != 0)
-        _woken.wait_for(guard, atMost, isAwake);
-    else
-        _woken.wait(guard, isAwake);
+    return _sleep.load() == Sleep::Awake || !get()._isRunning.load();
 }
 
 /// Asleep, the reader is woken by any message, and then writes whatever comes for a while. Dozing, it will look soon by itself.
@@ -412,17 +416,16 @@ void ThreadLogEngine::messageAdded(LgTypes::Level level, bool isFillingUp)
         wakeReader();
 }
 
-/// Through the lock: the reader is then before its look at the state, or asleep.
 void ThreadLogEngine::wakeReader()
 {
-    if (_sleep.exchange(Sleep::Awake) == Sleep::Awake)
-        return;
-    _sleepMutex.lock();
-    _sleepMutex.unlock();
-    _woken.notify_one();
+    if (_sleep.exchange(Sleep::Awake) != Sleep::Awake)
+        ThreadLogSystem::wakeSleeper();
 }
 
 /// The addition of nothing is what orders this behind the removal of messages: see waitUntil().
+///
+/// Never under _readMutex: a thread that waits for room looks at the clock under _roomMutex, which on Windows may need the loader's
+/// lock, and a thread's end must not come to wait for that one (see endWriter()).
 void ThreadLogEngine::tellWaiting()
 {
     if (_waiting.fetch_add(0, std::memory_order_acq_rel) == 0)
@@ -446,15 +449,17 @@ void ThreadLogEngine::flush()
         });
         return isAny;
     };
-    const Reading reading(*this);
-    try {
-        errno = 0;
-        while (isBefore() && writeOne())
-            ;
-        _outputs.tellFailures(errno);
-    } catch (...) {
-        _isInLine.store(false, std::memory_order_release);
-        throw;
+    {
+        const Reading reading(*this);
+        try {
+            errno = 0;
+            while (isBefore() && writeOne())
+                ;
+            _outputs.tellFailures(errno);
+        } catch (...) {
+            _isInLine.store(false, std::memory_order_release);
+            throw;
+        }
     }
     tellWaiting();
 }
@@ -524,8 +529,7 @@ void ThreadLogEngine::afterForkInChild() noexcept
 {
     _isForkClean = std::exchange(holdsForFork, false);
     new (&_readMutex) std::mutex;
-    new (&_sleepMutex) std::mutex;
-    new (&_woken) std::condition_variable;
+    ThreadLogSystem::forgetSleeper();
     new (&_roomMutex) std::mutex;
     new (&_room) std::condition_variable;
     new (&_threadMutex) std::mutex;

@@ -127,7 +127,7 @@ private:
     void collectFinished() noexcept;
     void runReader() noexcept;
     void rest(bool hasWritten);
-    void sleepUntilWoken(std::chrono::milliseconds atMost);
+    static bool isAwake();
     void wakeReader();
     bool isAnythingToDo();
     bool tryToRead() noexcept;
@@ -159,9 +159,6 @@ private:
     /// Held by whoever reads the queues; never while the reader sleeps.
     std::mutex _readMutex;
     std::atomic<int> _others = 0;  ///< threads that want it
-
-    std::mutex _sleepMutex;
-    std::condition_variable _woken;
 
     std::mutex _roomMutex;
     std::condition_variable _room;

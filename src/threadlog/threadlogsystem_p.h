@@ -3,6 +3,7 @@
 
 #include <base/hwcounter.h>
 
+#include <chrono>
 #include <cstdint>
 
 namespace Vn
@@ -33,6 +34,14 @@ void nameThread();
 /// then loads the reader's state; the reader stores its state, calls this, and then looks for messages. One of the two
 /// sees the other. False if the system has no such call.
 bool fenceAllThreads();
+
+/// @{
+/// The reader's sleep: until `isAwake()` is true, looked at again behind each wakeSleeper(), or for `atMost`; zero: without end. What
+/// makes it true comes before wakeSleeper(). On Windows wakeSleeper() takes no lock, as a thread that ends may call it.
+void sleepUntil(bool (*isAwake)(), std::chrono::milliseconds atMost);
+void wakeSleeper();
+void forgetSleeper();  ///< in a child of `fork`, which has none
+/// @}
 
 /// Waits for a tenth of a millisecond, on Windows for one. Usable in a signal handler.
 void pause();

@@ -17,8 +17,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <condition_variable>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
+#include <new>
 
 namespace Vn::ThreadLogSystem
 {
@@ -48,6 +51,20 @@ void onThreadEnd(void* writer)
     writerOfThread = nullptr;
     freeSignalStack();
     ThreadLogEngine::get().endWriter(*static_cast<ThreadLogWriter*>(writer));
+}
+
+/// What the reader sleeps at.
+struct Bed
+{
+    std::mutex mutex;
+    std::condition_variable woken;
+};
+
+/// Never destroyed: threads may log while static objects go.
+Bed& getBed()
+{
+    static Bed& bed = *new Bed;
+    return bed;
 }
 
 /// Keys are destroyed behind thread-local objects, whose destructors may log. A message behind that makes a new writer, and the
@@ -113,6 +130,29 @@ bool fenceAllThreads()
         ::syscall(SYS_membarrier, MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED, 0, 0) == 0)
         registered = getProcess();
     return ::syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0;
+}
+
+/// The condition is looked at under the lock that wakeSleeper() passes through, so no wake-up is missed.
+void sleepUntil(bool (*isAwake)(), std::chrono::milliseconds atMost)
+{
+    std::unique_lock guard(getBed().mutex);
+    if (atMost.count() != 0)
+        getBed().woken.wait_for(guard, atMost, isAwake);
+    else
+        getBed().woken.wait(guard, isAwake);
+}
+
+/// Through the lock: the sleeper is then before its look at the condition, or asleep.
+void wakeSleeper()
+{
+    getBed().mutex.lock();
+    getBed().mutex.unlock();
+    getBed().woken.notify_one();
+}
+
+void forgetSleeper()
+{
+    new (&getBed()) Bed;
 }
 
 /// nanosleep() is on the list of what a signal handler may call.

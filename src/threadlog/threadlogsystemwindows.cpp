@@ -14,21 +14,25 @@ namespace
 {
 /// Whether the system is ending the process. It then calls onThreadEnd() as well, for the thread that is left, when all others
 /// are killed, with the locks that they held.
-bool isProcessEnding()
-{
-    using Call = ::BOOLEAN(WINAPI*)();
-    static const ::FARPROC function = ::GetProcAddress(::GetModuleHandleA("ntdll.dll"), "RtlDllShutdownInProgress");
-    return function != nullptr && reinterpret_cast<Call>(reinterpret_cast<void*>(function))();
-}
+///
+/// Looked up while the library is loaded, and never in onThreadEnd(): that runs under a lock of the system which a thread that
+/// starts wants, too, while it holds the lock that each look into a library needs. The two would wait for each other.
+using ProcessEnd = ::BOOLEAN(WINAPI*)();
+const auto isProcessEnding = reinterpret_cast<ProcessEnd>(
+    reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA("ntdll.dll"), "RtlDllShutdownInProgress")));
 
 void WINAPI onThreadEnd(void* writer)
 {
-    if (writer != nullptr && !isProcessEnding())
+    if (writer != nullptr && (isProcessEnding == nullptr || !isProcessEnding()))
         ThreadLogEngine::get().endWriter(*static_cast<ThreadLogWriter*>(writer));
 }
 
-/// Never freed: this object has no destructor.
+/// Never freed: this object has no destructor. Behind what its callback needs.
 const ::DWORD slot = ::FlsAlloc(onThreadEnd);
+
+/// What the reader sleeps at. An event of the system remembers a wake-up that comes before the sleep, and setting it takes no lock;
+/// a condition variable's mutex might be held by a reader that looks for the clock's function in a library.
+const ::HANDLE woken = ::CreateEventA(nullptr, FALSE, FALSE, nullptr);
 }  // namespace
 
 ThreadLogWriter* getWriterOfThread()
@@ -65,6 +69,26 @@ bool fenceAllThreads()
     ::FlushProcessWriteBuffers();
     return true;
 }
+
+/// A wake-up from before only makes it look once more. Without the event, by looking.
+void sleepUntil(bool (*isAwake)(), std::chrono::milliseconds atMost)
+{
+    const ::DWORD patience = atMost.count() != 0 ? static_cast<::DWORD>(atMost.count()) : INFINITE;
+    while (!isAwake()) {
+        const ::DWORD end = ::WaitForSingleObject(woken, patience);
+        if (end == WAIT_TIMEOUT)
+            return;
+        if (end == WAIT_FAILED)
+            ::Sleep(1);
+    }
+}
+
+void wakeSleeper()
+{
+    ::SetEvent(woken);
+}
+
+void forgetSleeper() {}
 
 void pause()
 {

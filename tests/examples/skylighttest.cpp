@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -94,6 +96,45 @@ TEST_F(SkylightTest, sameOptionsGiveTheSameBitsEverywhere)
         EXPECT_EQ(result.out, std::string("32 x 20 pixels, 20 directions each, ") + row.source + ", " +
                                   row.sampler + "\nbits " + row.bits + "\n");
     }
+}
+
+TEST_F(SkylightTest, anyNumberOfThreadsGivesTheSameBits)
+{
+    for (char const* source : {"lecuyer", "system", "halton", "hammersley"}) {
+        std::string one;
+        for (char const* threads : {"1", "2", "3", "64"}) {
+            const ChildRun result = run({"-q", "-w", "40", "-n", "20", "-s", source, "-o", "", "-j", threads});
+            EXPECT_EQ(result.exitCode, 0) << result.err;
+            one = one.empty() ? result.out : one;
+            EXPECT_EQ(result.out, one) << threads;
+        }
+    }
+}
+
+TEST_F(SkylightTest, theTraceShowsWhatEachThreadDoes)
+{
+    const std::string log = (folder / "trace.log").string();
+    Child child = Child::program("skylight");
+    child.arguments({"-q", "-w", "64", "-n", "8", "-o", "", "-j", "3"})
+        .with("T4Q_TEST_DIR", folder.string())
+        .with("VN_TRACE_OPTIONS", "show=Skylight")
+        .with("VN_LOG_TRACING", log);
+    EXPECT_EQ(child.run().exitCode, 0);
+    std::istringstream lines(contentOf(log));
+    std::map<std::string, int> passes;
+    std::multiset<std::string> bands;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.ends_with("Tracing: + pass"))
+            ++passes[line.substr(22, 12)];
+        if (const std::size_t rows = line.find("| | rows "); rows != std::string::npos)
+            bands.insert(line.substr(rows + 4));
+    }
+    ASSERT_EQ(passes.size(), 3u) << "a lane for each thread";
+    for (auto const& [thread, count] : passes)
+        EXPECT_EQ(count, 8) << thread;
+    EXPECT_EQ(bands.size(), 5u * 8) << "40 rows in each of 8 passes";
+    for (char const* rows : {"rows 0 to 7", "rows 32 to 39"})
+        EXPECT_EQ(bands.count(rows), 8u);
 }
 
 TEST_F(SkylightTest, quasiRandomErrorsFallFaster)
@@ -185,6 +226,8 @@ TEST_F(SkylightTest, refusesWhatItCantDo)
         {{"-w", "4097"}, "-w takes 16 to 4096 pixels, not '4097'"},
         {{"-n", "0"}, "-n takes 1 to 65536 directions, not '0'"},
         {{"-n", "65537"}, "-n takes 1 to 65536 directions, not '65537'"},
+        {{"-j", "65"}, "-j takes 0 to 64 threads, not '65'"},
+        {{"-j", "-1"}, "-j takes 0 to 64 threads, not '-1'"},
         {{"-n", "many"}, "-n takes 1 to 65536 directions, not 'many'"},
         {{"-s", "dice"},
          "-s takes one of lecuyer, shuffled, system, vandercorput, halton, hammersley, niederreiter, not 'dice'"},

@@ -9,6 +9,7 @@ import os
 import selectors
 import shutil
 import subprocess
+import tempfile
 
 FLAGS = ('--headless=new', '--no-sandbox', '--remote-debugging-pipe', '--disable-gpu', '--disable-dev-shm-usage', '--no-first-run',
          '--no-default-browser-check', '--disable-background-networking', '--disable-component-update', '--disable-sync',
@@ -23,11 +24,10 @@ class BrowserError(Exception):
 class Browser:
     """One browser with one page; `with` ends it."""
 
-    def __init__(self, program, folder, patience=300):
+    def __init__(self, program, patience=300):
         self.patience = patience
-        self.folder = folder
-        shutil.rmtree(folder, ignore_errors=True)
-        os.makedirs(folder)
+        # A short path: the browser ends at once if that of its socket takes more than 107 bytes, wherever the build folder lies.
+        self.folder = folder = tempfile.mkdtemp(prefix='vn', dir='/tmp')
         to_read, self.to_write = os.pipe()
         self.from_read, from_write = os.pipe()
 
@@ -47,6 +47,8 @@ class Browser:
         self.selector = selectors.DefaultSelector()
         self.selector.register(self.from_read, selectors.EVENT_READ)
         self.unread, self.count, self.events, self.session = b'', 0, [], None
+
+    def begin(self):
         # The page that the browser begins with: one more would lie behind it, and nothing be drawn there.
         self.call('Target.setDiscoverTargets', discover=True)
         target = self.wait(lambda event: event['method'] == 'Target.targetCreated' and event['params']['targetInfo']['type'] == 'page')
@@ -59,13 +61,18 @@ class Browser:
         self.call('Emulation.setFocusEmulationEnabled', enabled=True)
 
     def __enter__(self):
+        try:
+            self.begin()
+        except BaseException:
+            self.__exit__()
+            raise
         return self
 
     def __exit__(self, *_):
         try:
             session, self.session = self.session, None
             self.call('Browser.close')
-        except BrowserError:
+        except (BrowserError, OSError):
             self.process.kill()
         self.process.wait()
         os.close(self.to_write)
@@ -79,10 +86,14 @@ class Browser:
                 raise BrowserError(f'the browser has been silent for {self.patience} s')
             more = os.read(self.from_read, 1 << 20)
             if not more:
-                raise BrowserError('the browser has ended')
+                raise BrowserError(f'the browser has ended; its log ends so:\n{self.read_log()[-2000:]}')
             self.unread += more
         message, self.unread = self.unread.split(b'\0', 1)
         return json.loads(message)
+
+    def read_log(self):
+        with open(os.path.join(self.folder, 'chromium.log'), encoding='utf-8', errors='replace') as log:
+            return log.read()
 
     def call(self, method, **parameters):
         """Sends a command and gives its result; events that come before wait in `events`."""
@@ -92,7 +103,10 @@ class Browser:
             message['sessionId'] = self.session
         data = json.dumps(message).encode() + b'\0'
         while data:
-            data = data[os.write(self.to_write, data):]
+            try:
+                data = data[os.write(self.to_write, data):]
+            except BrokenPipeError:
+                break  # receive() tells why
         while True:
             try:
                 answer = self.receive()

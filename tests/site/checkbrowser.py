@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Opens the built site in a headless Chromium: checkbrowser.py CHROMIUM SITE WORK SHOTS [PAGE]...
+"""Opens the built site in a headless Chromium: checkbrowser.py CHROMIUM SITE SHOTS [PAGE]...
 
 At 400, 900 and 1600 pixels, light and dark, for each page of the guide and a choice of the reference (or the PAGEs):
 
@@ -20,7 +20,7 @@ sys.dont_write_bytecode = True
 from browser import Browser, BrowserError  # noqa: E402
 
 CHROMIUM = sys.argv[1]
-SITE, WORK, SHOTS = (pathlib.Path(argument).resolve() for argument in sys.argv[2:5])
+SITE, SHOTS = (pathlib.Path(argument).resolve() for argument in sys.argv[2:4])
 WIDTHS, SCHEMES, HEIGHT = (400, 900, 1600), ('light', 'dark'), 1000
 REFERENCE = ('modules', 'annotated', 'hierarchy', 'files', 'examples', 'functions', 'classVn_1_1OsFilePath', 'classVn_1_1ExBase',
              'classVn_1_1InVariable', 'classVn_1_1LgLog', 'classVn_1_1DtTime', 'classVn_1_1RnHistogram', 'classVn_1_1ThreadLog',
@@ -209,15 +209,15 @@ def check_switch(browser):
 def main():
     shutil.rmtree(SHOTS, ignore_errors=True)
     os.makedirs(SHOTS)
-    pages = sys.argv[5:] or ['index', *sorted(path.stem for kind in ('guide-', 'project-', 'group__', 'source-')
+    pages = sys.argv[4:] or ['index', *sorted(path.stem for kind in ('guide-', 'project-', 'group__', 'source-')
                                               for path in SITE.glob(f'{kind}*.html')), *REFERENCE]
-    with Browser(CHROMIUM, str(WORK / 'chromium')) as browser:
+    with Browser(CHROMIUM) as browser:
         for page in pages:
             try:
                 check_page(browser, page)
             except BrowserError as failure:
                 raise BrowserError(f'{page}: {failure}') from failure
-        if not sys.argv[5:]:
+        if not sys.argv[4:]:
             for step, *arguments in ((check_menu,), (check_tree,),
                                      (check_search, 1600, 'InVariabl', 'classVn_1_1InVariable.html'),
                                      (check_search, 400, 'getDetailedR', 'classVn_1_1ExBase.html'),

@@ -75,7 +75,7 @@ for table in (BUILDER[:-1], BUILDER[-1:]):
         change(SOURCES / name, text, replacement)
     judge(table, run(SOURCES / 'site/buildsite.py', SOURCES, FOLDER / 'site', FOLDER / 'work', DOXYGEN))
 for table, command in ((LINKS, (HERE / 'checksite.py', ROOT, BUILT, WORK)),
-                       (BROWSER, (HERE / 'checkbrowser.py', CHROMIUM, BUILT, FOLDER / 'browser', FOLDER / 'shots', PAGE[:-5]))):
+                       (BROWSER, (HERE / 'checkbrowser.py', CHROMIUM, BUILT, FOLDER / 'shots', PAGE[:-5]))):
     shutil.rmtree(BUILT, ignore_errors=True)
     shutil.copytree(SITE, BUILT)
     for _, text, replacement, _ in table:
