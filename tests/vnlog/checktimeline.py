@@ -341,8 +341,12 @@ def check_large(browser, log, counts):
     same('elements of the list', reader.run('document.querySelectorAll("#rows .row").length < 100'), True)
     # To the end of the list, by its own bar: it ends at the last line.
     reader.run('(bar => { bar.scrollTop = bar.scrollHeight; })(document.getElementById("bar"))')
-    browser.run_until(f'timeline.list.range()[1] === {counts["lines"] - 2}')
-    same('the list ends with the last line', reader.listed()[-1], counts['lines'] - 2)
+    last = counts['lines'] - 2
+    browser.run_until(f'timeline.list.range()[1] === {last} && [...document.querySelectorAll("#rows .row")]'
+                      f'.some(row => row.style.display !== "none" && +row.dataset.row === {last})')
+    browser.run_until('document.getElementById("details").dataset.span === timeline.picture.start + " " + timeline.picture.stop')
+    browser.settle()
+    same('the list ends with the last line, also once there is less room for it', reader.listed()[-1], last)
     check_search(browser, reader, log)
     reader.is_quiet('a million lines')
 
