@@ -11,7 +11,6 @@ import re
 import shutil
 import subprocess
 import sys
-import tempfile
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / 'site'))
@@ -342,8 +341,12 @@ def check_large(browser, log, counts):
     same('elements of the list', reader.run('document.querySelectorAll("#rows .row").length < 100'), True)
     # To the end of the list, by its own bar: it ends at the last line.
     reader.run('(bar => { bar.scrollTop = bar.scrollHeight; })(document.getElementById("bar"))')
-    browser.run_until(f'timeline.list.range()[1] === {counts["lines"] - 2}')
-    same('the list ends with the last line', reader.listed()[-1], counts['lines'] - 2)
+    last = counts['lines'] - 2
+    browser.run_until(f'timeline.list.range()[1] === {last} && [...document.querySelectorAll("#rows .row")]'
+                      f'.some(row => row.style.display !== "none" && +row.dataset.row === {last})')
+    browser.run_until('document.getElementById("details").dataset.span === timeline.picture.start + " " + timeline.picture.stop')
+    browser.settle()
+    same('the list ends with the last line, also once there is less room for it', reader.listed()[-1], last)
     check_search(browser, reader, log)
     reader.is_quiet('a million lines')
 
@@ -628,8 +631,7 @@ def main():
     with open(large, 'wb') as file:
         counts = generate(1_000_000, file.write)
     check_refusals()
-    # The browser's socket has a path of at most 108 bytes.
-    with Browser(CHROMIUM, tempfile.mkdtemp(prefix='vn', dir='/tmp')) as browser:
+    with Browser(CHROMIUM) as browser:
         browser.set_view(1600, 900, 'light')
         check_content(browser)
         check_bars(browser)

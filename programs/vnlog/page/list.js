@@ -17,7 +17,7 @@ class List {
         this.query = '';
         this.pool = [];
         this.setLines(null);
-        new ResizeObserver(() => { this.measure(); this.draw(); }).observe(element);
+        new ResizeObserver(() => this.resize()).observe(element);
         this.bar.addEventListener('scroll', () => {
             // A scroll of our own comes back as an event, too.
             if (Math.abs(this.bar.scrollTop - this.expected) < 1)
@@ -48,6 +48,17 @@ class List {
         this.length = lines ? lines.length : this.model.count;
         this.measure();
         this.top = Math.min(this.top, this.last);
+        this.draw();
+    }
+
+    /** The end stays the end, and what was chosen stays in sight. */
+    resize() {
+        const wasAtEnd = this.last > 0 && this.top > this.last - 1, index = this.chosen < 0 ? -1 : this.indexOf(this.chosen);
+        const wasInSight = index >= this.top && index <= this.top + this.inSight;
+        this.measure();
+        this.scrollTo(wasAtEnd ? this.last : this.top);
+        if (wasInSight)
+            this.reveal(this.chosen);
         this.draw();
     }
 
