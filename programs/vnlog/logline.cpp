@@ -29,6 +29,7 @@ constexpr std::size_t threadPart = 22;
 constexpr std::size_t levelPart = 35;
 
 constexpr int informational = 4;
+constexpr int tracing = 5;
 constexpr std::array<std::string_view, 7> levelWords = {"Internal Error", "Fatal Error", "Error",    "Warning",
                                                         "Informational",  "Tracing",     "Profiling"};
 
@@ -110,9 +111,20 @@ bool readPrefix(std::string_view raw, LogLine& line)
     return true;
 }
 
+/// What the trace draws at the depth 0: a call's entry or exit, or a text, which no group has written.
+bool isDrawing(std::string_view text)
+{
+    for (const std::string_view sign : {"+ ", "| ", ">>> ", "<<< "})
+        if (text.starts_with(sign))
+            return true;
+    return false;
+}
+
 /// Divides the message at its first blank. A text that begins with a blank, or has none, has no group.
 void divideText(LogLine& line)
 {
+    if (line.level == tracing && isDrawing(line.text))
+        return;
     const std::size_t blank = line.text.find(' ');
     if (blank == 0 || blank == std::string_view::npos)
         return;

@@ -66,6 +66,7 @@ struct Civil
 ///     "0000000000 0000000005 (0x00001a2b) Warning: Net no answer"  ->  Message: 5 ticks, thread 0x1a2b, Warning, "Net",
 ///                                                                      "no answer"
 ///     "0000000000 0000000005 (0x00001a2b) Tracing:   | text"       ->  Message with group "" and text "  | text"
+///     "0000000000 0000000005 (0x00001a2b) Tracing: + scan"      ->  Message with group "" and text "+ scan"
 ///     "Event overflow [3]"                                         ->  Overflow of 3, no stamp
 ///     "Net no answer"                                              ->  Plain: a message without a stamp looks like any text
 ///

@@ -86,8 +86,18 @@ TEST(LogLine, theGroupIsTheWordBeforeTheFirstBlank)
         char const* group;
         char const* text;
     } table[] = {
-        {"Net no answer", "Net", "no answer"}, {"Net ", "Net", ""}, {"Net  two blanks", "Net", " two blanks"},
-        {"  | text", "", "  | text"},          {"#", "", "#"},      {"", "", ""},
+        {"Net no answer", "Net", "no answer"},
+        {"Net ", "Net", ""},
+        {"Net  two blanks", "Net", " two blanks"},
+        {"  | text", "", "  | text"},
+        {"#", "", "#"},
+        {"", "", ""},
+        {"+ scan", "", "+ scan"},
+        {"/", "", "/"},
+        {"| 3 files", "", "| 3 files"},
+        {">>> scan", "", ">>> scan"},
+        {"+x y", "+x", "y"},
+        {"<<< scan", "", "<<< scan"},
     };
     for (auto const& row : table) {
         const std::string raw = std::string("0000000000 0000000005 (0x00000001) Tracing: ") + row.message;
@@ -95,6 +105,7 @@ TEST(LogLine, theGroupIsTheWordBeforeTheFirstBlank)
         EXPECT_EQ(line.group, row.group) << raw;
         EXPECT_EQ(line.text, row.text) << raw;
     }
+    EXPECT_EQ(parseLine("0000000000 0000000005 (0x00000001) Warning: + scan").group, "+") << "only the trace draws";
 }
 
 TEST(LogLine, anOverflowHasItsCountAndTheTextAsItStands)
