@@ -46,6 +46,9 @@ for library in "$work/one/libvnbase0/usr/lib/$arch"/libVNbase.so.0.*; do
 done
 test -f "$work/one/libvnbase-dev/usr/share/vnbase/libVNbase.natvis"
 test -f "$work/one/vnbase-tools/usr/share/vnlog/lnav/vn_log.json"
+# lnav looks below /etc alone; what an administrator changes there stays.
+cmp "$work/one/vnbase-tools/etc/lnav/formats/vnbase/vn_log.json" "$root/packaging/lnav/vn_log.json"
+test "$(dpkg-deb --ctrl-tarfile "$packages"/vnbase-tools_*.deb | tar -xO ./conffiles)" = /etc/lnav/formats/vnbase/vn_log.json
 for program in vncuesheet vninventory vnlog vnpointsets vnskylight; do
     gzip -dc "$work/one/vnbase-tools/usr/share/man/man1/$program.1.gz" | grep -q '^\.SH NAME$'
     test -f "$work/one/vnbase-tools/usr/share/bash-completion/completions/$program"
