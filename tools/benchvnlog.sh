@@ -18,7 +18,7 @@ esac
 megabytes=${1:-100} files=${2:-16}
 
 mkdir -p build/logs
-tools/setup.sh run
+tools/setup.sh bench
 echo "building (build/logs/benchvnlog.log)"
 { cmake --preset release && cmake --build --preset release --target vnlog; } > build/logs/benchvnlog.log 2>&1 ||
     { tail -n 50 build/logs/benchvnlog.log; exit 1; }
