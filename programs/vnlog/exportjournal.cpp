@@ -91,12 +91,13 @@ private:
         _boot = text;
     }
 
-    /// Ahead of all other fields. The journal refuses times up to 1970.
+    /// Ahead of all other fields. The journal refuses times up to 1970, and holds a file for damaged in which a boot's monotonic clock
+    /// goes back, as from one thread's line to another's it may: the exact time is in VN_TICKS.
     void writeTime(Record const& record)
     {
         if (!record.time)
             countTimeless(record);
-        _sinceStart = record.sinceStart.value_or(_sinceStart);
+        _sinceStart = std::max(_sinceStart, record.sinceStart.value_or(_sinceStart));
         const std::int64_t time =
             std::max<std::int64_t>(record.nearTime.value_or(0) / nanosecondsPerMicrosecond, 1);
         write("__REALTIME_TIMESTAMP", std::to_string(time));
@@ -137,7 +138,7 @@ private:
     std::string _boot;
     std::string _file;
     int _run = -2;                 ///< no record's
-    std::int64_t _sinceStart = 0;  ///< of the last entry that tells it, in nanoseconds
+    std::int64_t _sinceStart = 0;  ///< the latest of the run's entries before, in nanoseconds
 };
 }  // namespace
 
