@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include <condition_variable>
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
@@ -60,10 +61,11 @@ struct Bed
     std::condition_variable woken;
 };
 
-/// Never destroyed: threads may log while static objects go.
+/// Never destroyed, as threads may log while static objects go; and not on the heap, as the reader can't do without it.
 Bed& getBed()
 {
-    static Bed& bed = *new Bed;
+    alignas(Bed) static std::byte memory[sizeof(Bed)];
+    static Bed& bed = *new (memory) Bed;
     return bed;
 }
 
