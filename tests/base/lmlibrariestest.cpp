@@ -430,7 +430,7 @@ TEST(LmMap, aLongPathIsCut)
 TEST(LmLibraries, holdsThisLibraryAndTheProgram)
 {
     std::vector<LmLibrary> const& list = LmLibraries::getList();
-    LmLibrary const* const program = findFile(list, VnTest::getProgramPath());
+    LmLibrary const* const program = findFile(list, VnTest::getProgramFile());
     ASSERT_NE(program, nullptr);
     EXPECT_EQ(flagsAt(*program, reinterpret_cast<void const*>(&findFile)) & (LmBlock::Read | LmBlock::Execute),
               20u);

@@ -315,7 +315,12 @@ TEST(OsProcess, theProgramIsLookedUp)
                             + Vn::OsEnv::getVariable("PATH"))
                                .c_str());
     OsProcess process;
-    start(process, {program.stem().string(), "--child", "processWrites", folder.path("file"), "found"});
+#if defined(_WIN32)
+    const std::string name = program.stem().string();
+#else
+    const std::string name = program.filename().string();
+#endif
+    start(process, {name, "--child", "processWrites", folder.path("file"), "found"});
     process.wait();
     EXPECT_EQ(contentOf(folder.path("file")), "found\n");
 }

@@ -67,8 +67,11 @@ timerfd_settime(int timer, int flags, ::itimerspec const* time, ::itimerspec* be
 
 extern "C" __attribute__((visibility("default"))) int poll(::pollfd* files, ::nfds_t count, int timeout)
 {
-    if (pollsToFail == 0)
-        return static_cast<int>(::syscall(SYS_poll, files, count, timeout));
+    if (pollsToFail == 0) {
+        // Not every processor has the older call.
+        ::timespec rest{timeout / 1000, timeout % 1000 * 1000000L};
+        return static_cast<int>(::syscall(SYS_ppoll, files, count, timeout < 0 ? nullptr : &rest, nullptr, 0));
+    }
     --pollsToFail;
     errno = pollError;
     return -1;

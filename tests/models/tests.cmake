@@ -1,6 +1,6 @@
 # The memory orders of the sources, against models of what the threads do. They are the same in each tree, so the plain ones are
 # enough.
-if(WIN32 OR VNBASE_SANITIZE OR VNBASE_COVERAGE)
+if(NOT is_plain)
     return()
 endif()
 find_program(VNBASE_SPIN spin REQUIRED)

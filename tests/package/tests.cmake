@@ -7,9 +7,8 @@ add_test(NAME package.exports
 add_test(NAME package.threadlogExports
     COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkexports.py" "$<TARGET_FILE:VNthreadlog>"
         "${CMAKE_NM}" ThreadLog ThreadLogOptions)
-# What concerns the texts is the same in each tree, so the plain ones are enough.
 set(text_tests "")
-if(NOT WIN32 AND NOT VNBASE_SANITIZE AND NOT VNBASE_COVERAGE)
+if(is_plain)
     function(vnbase_text_test name)
         add_test(NAME package.${name}
             COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/check${name}.py" "${PROJECT_SOURCE_DIR}"
@@ -48,7 +47,7 @@ add_test(NAME package.consumer
 
 # The packages of the optimised trees: made as tools/packages.sh makes them for everybody, then used.
 set(package_tests "")
-if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT VNBASE_SANITIZE)
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT VNBASE_SANITIZE AND NOT is_emulated)
     set(packages "${PROJECT_BINARY_DIR}/package")
     if(WIN32)
         set(package_kind zip)

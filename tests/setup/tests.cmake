@@ -1,6 +1,6 @@
 # The scripts of tools/, and what installed programs bring for man and bash. They are the same in each tree, so the plain
 # ones are enough.
-if(WIN32 OR VNBASE_SANITIZE OR VNBASE_COVERAGE)
+if(NOT is_plain)
     return()
 endif()
 find_program(VNBASE_BASH bash REQUIRED)

@@ -75,11 +75,14 @@ struct ChildRegistration
     ChildRegistration(char const* name, ChildBody body);
 };
 
-/// Path of the running test program, and the folder that holds it.
+/// Path by which the running test program is started again, and the folder that holds it.
 std::string getProgramPath();
 std::string getProgramFolder();
 
-/// What the file of a program is called behind its name.
+/// Path of the file that this process was loaded from. Under an emulator it can't be started as it stands.
+std::string getProgramFile();
+
+/// What the file that starts a program is called behind the program's name.
 extern char const* const programSuffix;
 
 // Platform side, in childposix.cpp and childwindows.cpp.

@@ -90,7 +90,11 @@ void waitFor(::pid_t process, ChildRun& run)
 }
 }  // namespace
 
+#ifdef VN_PROGRAM_SUFFIX
+char const* const programSuffix = VN_PROGRAM_SUFFIX;
+#else
 char const* const programSuffix = "";
+#endif
 
 std::vector<std::string> getOwnEnvironment()
 {
@@ -141,6 +145,11 @@ ChildRun runProcessOnTerminal(std::vector<std::string> const& command, std::vect
 }
 
 std::string getProgramPath()
+{
+    return getProgramFile() + programSuffix;
+}
+
+std::string getProgramFile()
 {
     char path[PATH_MAX];
     const ::ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);

@@ -123,6 +123,11 @@ ChildRun runProcessOnTerminal(std::vector<std::string> const&, std::vector<std::
 
 std::string getProgramPath()
 {
+    return getProgramFile();
+}
+
+std::string getProgramFile()
+{
     char path[MAX_PATH] = "";
     const DWORD length = ::GetModuleFileNameA(nullptr, path, sizeof path);
     return std::string(path, length);

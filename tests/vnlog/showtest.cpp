@@ -280,7 +280,7 @@ TEST(VnLogShow, anInputThatIsTheOutputAsWellIsRefused)
     const TempFolder folder;
     const std::string path = folder.file("a.log", sample());
     std::filesystem::create_hard_link(path, folder.path("other name"));
-    const std::string program = VnTest::getProgramFolder() + "/" + VN_LOG_PROGRAM;
+    const std::string program = VnTest::getProgramFolder() + "/" + VN_LOG_PROGRAM + VnTest::programSuffix;
     for (char const* command : {"show", "merge", "stats"}) {
         const std::string line = "'" + program + "' " + command + " '" + path + "' >> '" +
                                  folder.path("other name") + "' 2> '" + folder.path("err") + "'";
@@ -293,7 +293,7 @@ TEST(VnLogShow, anInputThatIsTheOutputAsWellIsRefused)
 TEST(VnLogShow, aFullDiskIsAFailure)
 {
     const TempFolder folder;
-    const std::string program = VnTest::getProgramFolder() + "/" + VN_LOG_PROGRAM;
+    const std::string program = VnTest::getProgramFolder() + "/" + VN_LOG_PROGRAM + VnTest::programSuffix;
     const std::string line = "'" + program + "' show '" + folder.file("a.log", sample()) + "' > /dev/full 2> '" +
                              folder.path("err") + "'";
     EXPECT_EQ(std::system(line.c_str()), 1 << 8);
