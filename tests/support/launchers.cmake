@@ -38,19 +38,20 @@ function(vnbase_launchers)
     if(VNBASE_BUILD_PROGRAMS)
         list(APPEND folders "${PROJECT_SOURCE_DIR}/programs")
     endif()
-    set(commands "")
+    set(commands "set -e\nmkdir -p '${CMAKE_RUNTIME_OUTPUT_DIRECTORY}' '${PROJECT_BINARY_DIR}/programs/bin'\n")
     foreach(folder ${folders})
         vnbase_programs_below(programs "${folder}")
         foreach(program ${programs})
-            list(APPEND commands COMMAND ln -f "${launcher}" "$<TARGET_FILE:${program}>${launcher_suffix}")
+            string(APPEND commands "ln -f '${launcher}' '$<TARGET_FILE:${program}>${launcher_suffix}'\n")
         endforeach()
     endforeach()
+    # By a script, as a command that names programs would wait for all of them to be built.
+    file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/launchers.sh" CONTENT "${commands}")
     set(stamp "${CMAKE_CURRENT_BINARY_DIR}/launchers.stamp")
     add_custom_command(OUTPUT "${stamp}"
-        COMMAND "${CMAKE_COMMAND}" -E make_directory "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" "${PROJECT_BINARY_DIR}/programs/bin"
-        ${commands}
+        COMMAND sh "${CMAKE_CURRENT_BINARY_DIR}/launchers.sh"
         COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
-        DEPENDS "${launcher}"
+        DEPENDS "${launcher}" "${CMAKE_CURRENT_BINARY_DIR}/launchers.sh"
         COMMENT "Making the programs' launchers"
         VERBATIM)
     add_custom_target(launchers ALL DEPENDS "${stamp}")
