@@ -414,6 +414,25 @@ class Test(Scripts):
         self.assertIn("1/1 Test #1: a\n", result.stdout)
         self.assertEqual(result.returncode, 1)
 
+    def test_in_an_emulator_the_tests_of_suites_count_and_what_is_left_out(self):
+        tree = self.root / "build/s390x"
+        (tree / "tests").mkdir(parents=True)
+        (tree / "tests/launchers.stamp").write_text("")
+        (tree / "Testing/Temporary").mkdir(parents=True)
+        suite = "[==========] Running 5 tests from 1 test suite.\n"
+        (tree / "Testing/Temporary/LastTest.log").write_text(
+            f"1/5 Testing: A\nCommand: \"a\"\n{suite}[  PASSED  ] 5 tests.\nTest Passed.\n"
+            f"2/5 Testing: B\nCommand: \"b\"\n{suite}[  PASSED  ] 3 tests.\n"
+            "[  FAILED  ] 2 tests, listed below:\nTest Failed.\n"
+            f"3/5 Testing: C\nCommand: \"c\"\n{suite}Test Failed.\n"
+            "4/5 Testing: d\nCommand: \"d\"\nTest Passed.\n"
+            "5/5 Testing: E.e\nCommand: \"\"\nTest Passed.\n")
+        self.ctest("1/5 Test #1: E.e ...***Not Run (Disabled)   0.00 sec", 8)
+        result = self.run_script("test.sh", "s390x")
+        self.assertEqual(result.stdout.splitlines()[-1],
+                         "9 passed, 3 failed, 1 not run under emulation: see tests/emulation.txt")
+        self.assertEqual(result.returncode, 1)
+
     def test_a_failing_build_is_a_failure(self):
         self.fake("cmake", 'case $1 in --build) echo "error: no"; exit 1 ;; esac')
         result = self.run_script("test.sh", "dev")
@@ -437,7 +456,7 @@ class Test(Scripts):
 
     def test_help_names_each_preset_that_is_tested(self):
         text = self.run_script("test.sh", "-h").stdout
-        for preset in ("release", "asan-ubsan", "tsan", "windows", "coverage", "bench", "fuzz"):
+        for preset in ("release", "asan-ubsan", "tsan", "windows", "aarch64", "s390x", "coverage", "bench", "fuzz"):
             self.assertIn(f"\n  {preset} ", text)
         self.assertEqual(self.call_lines(), [])
 
