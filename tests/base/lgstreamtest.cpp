@@ -170,7 +170,8 @@ VN_CHILD(lgStreamLocale)
         if (found == nullptr)
             found = std::setlocale(LC_ALL, name);
     LgStream stream;
-    stream << 1234567.5 << ' ' << 0.25f << ' ' << 1e30L << ' ' << 1234567 << Vn::ends;
+    // Each is exact in its type, whose size is the processor's own.
+    stream << 1234567.5 << ' ' << 0.25f << ' ' << 1e20L << ' ' << 1234567 << Vn::ends;
     std::printf("%s\n", taken(stream).c_str());
     return 0;
 }
@@ -179,7 +180,7 @@ VN_CHILD(lgStreamLocale)
 TEST(LgStream, numbersAreTheSameUnderEachLocale)
 {
     VnTest::expectOutput("lgStreamLocale",
-                         "1234567.500000 0.250000 1000000000000000000024696061952.000000 1234567\n");
+                         "1234567.500000 0.250000 100000000000000000000.000000 1234567\n");
 }
 
 TEST(LgStream, isEmptyAtFirst)
