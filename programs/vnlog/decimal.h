@@ -28,7 +28,7 @@ inline std::from_chars_result readDecimalByCLibrary(char const* begin, char cons
     const std::size_t digit = text.find_first_of("0123456789");
     const std::size_t first = text.find_first_not_of("-0.");
     const bool isNumber = digit != text.npos && text.find_first_not_of("-.") == digit;
-    const bool isZero = first == text.npos || text[first] < '1' || text[first] > '9';
+    const bool isZero = first >= static_cast<std::size_t>(stop - begin) || text[first] < '1' || text[first] > '9';
     if (isNumber && (std::isinf(read) || (read == 0 && !isZero)))
         return {stop, std::errc::result_out_of_range};
     value = read;

@@ -34,8 +34,8 @@ std::from_chars_result numberFromCText(char const* text, Float& value)
         return {text, std::errc::invalid_argument};
     // Only a number has digits. One with no place in the type became infinite or, if it isn't 0 itself, 0.
     const bool isNumber = (*digits >= '0' && *digits <= '9') || *digits == '.';
-    const std::size_t zeros = std::strspn(digits, "0.");
-    const bool isZero = digits[zeros] < '1' || digits[zeros] > '9';
+    char const* const first = digits + std::strspn(digits, "0.");
+    const bool isZero = first >= rest || *first < '1' || *first > '9';
     if (isNumber && (read - read != 0 || (read == 0 && !isZero)))
         return {rest, std::errc::result_out_of_range};
     value = read;

@@ -46,16 +46,10 @@ template class Vn::Vector<std::string>;
 template class Vn::InSingleton<EveryTemplate::Value>;
 template class Vn::InVariable<std::string>;
 template class Vn::InVariable<std::chrono::milliseconds>;
-template class Vn::InContextAlias<Vn::InInitArg, 31>;
-template class Vn::InContextAlias<Vn::InInitEnv, 31>;
-template class Vn::InContextAlias<Vn::InInitDef, 31>;
-template class Vn::InContextAlias<Vn::InInitOvr, 31>;
 template class Vn::Timer<Vn::HwIntervalTimer>;
 template class Vn::Profiler<Vn::TodIntervalTimer>;
 template class Vn::Interval<float>;
 template class Vn::InValueForm<std::chrono::milliseconds>;
-template class Vn::RnHaltonMultiRng<float, 4>;
-template class Vn::RnHammersleyMultiRng<double, 4>;
 
 namespace EveryTemplate
 {
