@@ -6,7 +6,7 @@
 #   tsan         GCC's thread sanitizer
 #   windows      cross-built by MinGW-w64, run under Wine
 #   coverage     Clang, optimised, with branch coverage
-#   libcxx       a later Clang with its own standard library; tests/libcxx-left-out.txt says what can't run there
+#   libcxx       a later Clang with its own standard library and that one's checks; tests/libcxx-left-out.txt says what can't run there
 #   bench        builds the benchmarks and runs none
 #   fuzz         runs each fuzzer for five seconds
 #   dev, clang   more presets of CMakePresets.json, which aren't among all

@@ -53,6 +53,13 @@ add_test(NAME package.settingtype
 set_tests_properties(package.settingtype PROPERTIES TIMEOUT 120 PASS_REGULAR_EXPRESSION
     "a setting is an int, long, bool, float, double, char const\\*, std::string or std::chrono::milliseconds")
 
+# Nor is a failure without exceptions a riddle.
+add_test(NAME package.exceptionsAreNeeded
+    COMMAND "${CMAKE_CXX_COMPILER}" -std=c++20 -fsyntax-only -fno-exceptions "-I${PROJECT_SOURCE_DIR}/src"
+        "${CMAKE_CURRENT_LIST_DIR}/logger.cpp")
+set_tests_properties(package.exceptionsAreNeeded PROPERTIES TIMEOUT 120 PASS_REGULAR_EXPRESSION
+    "libVNbase reports failures by exceptions: compile without -fno-exceptions")
+
 set(consumer_flags "")
 if(VNBASE_SANITIZE)
     set(consumer_flags "-fsanitize=${VNBASE_SANITIZE}")
