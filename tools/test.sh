@@ -8,6 +8,7 @@
 #   aarch64      cross-built for this processor, run in QEMU; a program has its tests by suites there
 #   s390x        the same, for a processor that is big-endian
 #   coverage     Clang, optimised, with branch coverage
+#   libcxx       a later Clang with its own standard library and that one's checks; tests/libcxx-left-out.txt says what can't run there
 #   bench        builds the benchmarks and runs none
 #   fuzz         runs each fuzzer for five seconds
 #   dev, clang, i386, riscv64    more presets of CMakePresets.json, which aren't among all; the last two need the compiler
@@ -29,7 +30,7 @@ case "${1:-}" in
     ;;
 esac
 presets=("$@")
-[ $# -gt 0 ] || presets=(release asan-ubsan tsan windows aarch64 s390x coverage bench fuzz)
+[ $# -gt 0 ] || presets=(release asan-ubsan tsan windows aarch64 s390x coverage libcxx bench fuzz)
 for preset in "${presets[@]}"; do
     if ! grep -q "\"configurePreset\": \"$preset\"" CMakePresets.json; then
         echo "tools/test.sh: unknown preset $preset; tools/test.sh -h tells more" >&2
@@ -54,6 +55,7 @@ steps_of() {
     case $1 in
     release) echo "$1.headers $1.again $1.test" ;;
     windows) echo "$1.headers $1.test" ;;
+    libcxx) echo "$1.library $1.test" ;;
     bench) ;;
     fuzz) echo fuzzers ;;
     *) echo "$1.test" ;;
@@ -88,10 +90,15 @@ count() {
 }
 
 run_tests() {
-    local preset=$1 tries=()
+    local preset=$1 tries=() left_out=tests/$1-left-out.txt
     # Where a container forbids fixed addresses, Wine fails to start one process in 8,000 (tools/wine.sh tells why), and a
     # test of Windows gets a second try. It is told which ones needed it.
     [ "$preset" != windows ] || setarch -R true 2> /dev/null || tries=(--repeat until-pass:2)
+    # What isn't run is told, with the reason.
+    if [ -f "$left_out" ]; then
+        sed -n 's/^\([^#\t]*\)\t/   not run here: \1: /p' "$left_out"
+        tries=(-E "$(awk -F '\t' '!/^#/ && NF > 1 { all = all (all == "" ? "" : "|") $1 } END { print all }' "$left_out")")
+    fi
     if ! progress_step "$preset.test" "testing" ctest --preset "$preset" "${tries[@]}"; then
         grep -vE '^ +Start|   Passed ' "$log/$preset.test.log" | tail -n 200
     fi
@@ -121,6 +128,7 @@ for preset in "${presets[@]}"; do
     echo "== $preset ($(progress_total))"
     # The server ends with all else that this run has started; one that has been there before stays.
     [ "$preset" != windows ] || step windows.wine "starting Wine" tools/wineprefix.sh
+    [ "$preset" != libcxx ] || step libcxx.library "looking for libc++" tools/libcxx.sh
     step "$preset.configure" "configuring" cmake --preset "$preset"
     step "$preset.build" "compiling" cmake --build --preset "$preset"
     case $preset in

@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <mutex>
-#include <thread>
 
 namespace Inventory
 {
@@ -56,10 +56,11 @@ std::vector<Crew::Result> Crew::read(std::vector<Task> const& tasks,
             onResult(results[i]);
         }
     };
-    std::vector<std::jthread> threads;
+    std::vector<std::future<void>> threads;
     for (unsigned i = 0; i < _threads; ++i)
-        threads.emplace_back(work);
-    threads.clear();  // waits for them
+        threads.push_back(std::async(std::launch::async, work));
+    for (std::future<void>& thread : threads)
+        thread.get();
     return results;
 }
 

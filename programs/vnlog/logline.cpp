@@ -9,6 +9,8 @@
 // are read once they fit. Whatever does not fit exactly is Plain: a line is never repaired.
 #include "logline.h"
 
+#include "decimal.h"
+
 #include <array>
 #include <charconv>
 #include <limits>
@@ -205,7 +207,7 @@ std::optional<Civil> parseDate(std::string_view text)
 std::optional<double> parseResolution(std::string_view text)
 {
     double seconds = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const auto [end, error] = readDecimal(text.data(), text.data() + text.size(), seconds);
     const bool isRight = error == std::errc() && end == text.data() + text.size() && seconds > 0 &&
                          seconds <= std::numeric_limits<double>::max();
     return isRight ? std::optional(seconds) : std::nullopt;

@@ -19,7 +19,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -332,7 +331,9 @@ FileOperand parseOperand(std::string const& operand)
     double number = 0;
     char const* const begin = operand.data() + colon + 2;
     char const* const end = operand.data() + operand.size();
-    const auto [stop, error] = std::from_chars(begin, end, number, std::chars_format::fixed);
+    // Without an exponent: what follows the number is its unit.
+    char const* const digitsEnd = std::find_if(begin, end, [](char c) { return c != '.' && (c < '0' || c > '9'); });
+    const auto [stop, error] = readDecimal(begin, digitsEnd, number);
     const std::string_view unit(stop, static_cast<std::size_t>(end - stop));
     const auto found =
         std::find_if(units.begin(), units.end(), [unit](auto const& one) { return one.first == unit; });

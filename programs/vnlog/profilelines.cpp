@@ -1,6 +1,7 @@
 #include "profilelines.h"
 
-#include <charconv>
+#include "decimal.h"
+
 #include <utility>
 
 namespace vnlog
@@ -20,7 +21,7 @@ std::optional<double> readNumber(std::string_view text)
 {
     text = trim(text);
     double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const auto [end, error] = readDecimal(text.data(), text.data() + text.size(), value);
     if (text.empty() || error != std::errc() || end != text.data() + text.size())
         return std::nullopt;
     return value;

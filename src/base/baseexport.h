@@ -22,3 +22,7 @@
 #else
 #    define VN_BASE_PRINTF(FORMAT, FIRST) __attribute__((format(printf, FORMAT, FIRST)))
 #endif
+
+#if !defined(__cpp_exceptions)
+#    error "libVNbase reports failures by exceptions: compile without -fno-exceptions"
+#endif

@@ -4,6 +4,8 @@
 // that are made after the package `osal` has started give the same answers.
 #include <base/hwcounter.h>
 
+#include <base/relaxed_p.h>
+
 namespace Vn
 {
 
@@ -16,8 +18,7 @@ HwCounterEng& HwCounter::makeEngine()
     // Release, so that a thread that sees the pointer sees the engine's fields as well. Acquire on failure, as this
     // thread then uses an engine that another one has made.
     // model: tests/models/engine.pml.
-    if (std::atomic_ref(_theHwCounter)
-            .compare_exchange_strong(found, made, std::memory_order_acq_rel, std::memory_order_acquire))
+    if (__atomic_compare_exchange_n(&_theHwCounter, &found, made, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
         return *made;
     delete made;  // another thread was faster; nobody else has seen this one
     return *found;
@@ -26,7 +27,7 @@ HwCounterEng& HwCounter::makeEngine()
 HwCounterEng& HwCounter::getOrMakeEngine()
 {
     // Acquire: without it this thread could read the engine's fields before they are set.
-    if (HwCounterEng* const engine = std::atomic_ref(_theHwCounter).load(std::memory_order_acquire)) [[likely]]
+    if (HwCounterEng* const engine = loadAcquire(_theHwCounter)) [[likely]]
         return *engine;
     return makeEngine();
 }

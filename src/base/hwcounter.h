@@ -2,8 +2,6 @@
 
 #include <base/hwcountereng.h>
 
-#include <atomic>
-
 namespace VnInit
 {
 class profiling;
@@ -76,11 +74,8 @@ private:
     /// Acquire and release: without them a thread could see the pointer to an engine that another thread has made
     /// before it sees the engine's fields.
     // model: tests/models/publish.pml.
-    static HwCounterEng& getEngine() { return *std::atomic_ref(_theHwCounter).load(std::memory_order_acquire); }
-    static void setEngine(HwCounterEng* engine)
-    {
-        std::atomic_ref(_theHwCounter).store(engine, std::memory_order_release);
-    }
+    static HwCounterEng& getEngine() { return *__atomic_load_n(&_theHwCounter, __ATOMIC_ACQUIRE); }
+    static void setEngine(HwCounterEng* engine) { __atomic_store_n(&_theHwCounter, engine, __ATOMIC_RELEASE); }
     /// @}
 
     // The fast path, under the same condition as resolution(): no test for null.

@@ -3,8 +3,9 @@
 // Each family of types has one parser, which tells the value, where the text goes on, and whether the value is what the text
 // says; read() takes the first of these, isWhole() the other two. So the two never disagree about what a text means.
 //
-// The parsers stand on std::from_chars, which knows no locale and allocates nothing. It leaves open on which side a number
-// lies outside its type; isBeyond() finds that from the text.
+// The parsers of numbers with a fraction stand on std::from_chars, which knows no locale and allocates nothing; where the
+// standard library lacks it for these, numberFromCText() of invalueform_p.h does the same. It leaves open on which side a
+// number lies outside its type; isBeyond() finds that from the text.
 //
 // What read() makes of some texts, with a * where isWhole() says no:
 //
@@ -16,11 +17,11 @@
 //     ""          0 *    0 *          0 ms *         true
 #include <base/invalueform.h>
 
+#include <base/invalueform_p.h>
 #include <base/invariable.h>
 #include <base/wholenumber_p.h>
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -87,7 +88,7 @@ Parsed<Float> parseNumber(char const* text)
     if (first[0] == '+' && first[1] != '-')
         ++first;  // std::from_chars takes no plus
     Float value = 0;
-    const auto [rest, error] = std::from_chars(first, first + std::strlen(first), value);
+    const auto [rest, error] = numberFromChars(first, value);
     if (std::isnan(value))
         return {0, text, false};
     if (error != std::errc::result_out_of_range)

@@ -12,11 +12,18 @@ namespace Vn
 
 class InVariableBase;
 
+/// What std::chrono::milliseconds counts in: each standard library chooses among the types of 64 bits.
+#ifdef _LIBCPP_VERSION
+using InMillisecondsRep = long long;
+#else
+using InMillisecondsRep = std::int64_t;
+#endif
+
 /// Whether T is std::chrono::milliseconds. Told by what the type has, as its header would double
 /// the time that a source with a setting takes to compile.
 template <class T>
 concept InTimeType =
-    std::is_same_v<typename T::period, std::milli> && std::is_same_v<typename T::rep, std::int64_t>;
+    std::is_same_v<typename T::period, std::milli> && std::is_same_v<typename T::rep, InMillisecondsRep>;
 
 /// A number of milliseconds: what InValueForm has in the place of the durations.
 enum class InMilliseconds : std::int64_t

@@ -179,6 +179,8 @@ public:
                InContextAliasBase const& alias6 = _dummy, InContextAliasBase const& alias7 = _dummy,
                InContextAliasBase const& alias8 = _dummy, InContextAliasBase const& alias9 = _dummy,
                InContextAliasBase const& alias10 = _dummy);
+    InVariable(InVariable const&) = delete;
+    InVariable& operator=(InVariable const&) = delete;
 
     /// What the text of the chosen source says, as InValueForm<T>::read() reads it.
     ///

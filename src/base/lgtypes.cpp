@@ -16,7 +16,6 @@
 #include <base/relaxed_p.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <iomanip>
 #include <iostream>
@@ -266,7 +265,7 @@ std::uint32_t LgMajorGroup::getLevelMask(LgTypes::Level level)
 void LgMajorGroup::setLogThreshold(LgTypes::Level level, bool replaceProfiling)
 {
     if (level == LgTypes::Profiling) {
-        std::atomic_ref(_mask).fetch_or(profilingBit, std::memory_order_relaxed);
+        setBitsRelaxed(_mask, profilingBit);
         return;
     }
     const std::uint32_t kept = replaceProfiling ? 0 : getLogLevels() & profilingBit;

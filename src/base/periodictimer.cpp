@@ -5,23 +5,12 @@
 // atomically. They are plain fields because they are part of the class's layout.
 #include <base/periodictimer.h>
 
+#include <base/relaxed_p.h>
 #include <base/sleeper.h>
 #include <base/sleepermath_p.h>
 
-#include <atomic>
-
 namespace Vn
 {
-namespace
-{
-/// Atomic access to a field, also from a const member function, which only loads.
-template <class T>
-std::atomic_ref<T> shared(T const& value)
-{
-    return std::atomic_ref(const_cast<T&>(value));
-}
-}  // namespace
-
 PeriodicTimer::PeriodicTimer(double interval) : _startTime(0.0), _interval(interval), _running(false) {}
 
 PeriodicTimer::~PeriodicTimer() = default;
@@ -32,7 +21,7 @@ double PeriodicTimer::setInterval(double seconds)
     const bool wasRunning = stop();
     // Relaxed, and so is reading: the release in beginCount() publishes the interval together with the start time. On
     // a stopped timer no other field belongs to it.
-    shared(_interval).store(seconds, std::memory_order_relaxed);
+    storeRelaxed(_interval, seconds);
     if (wasRunning)
         start();
     return seconds;
@@ -40,7 +29,7 @@ double PeriodicTimer::setInterval(double seconds)
 
 double PeriodicTimer::getInterval() const
 {
-    return shared(_interval).load(std::memory_order_relaxed);
+    return loadRelaxed(_interval);
 }
 
 double PeriodicTimer::getCurrentTime() const
@@ -53,8 +42,7 @@ unsigned long PeriodicTimer::getCurrentCount() const
     if (!isRunning())
         return 0;
     // Relaxed: isRunning() has acquired what beginCount() stored before.
-    return SleeperMath::countIntervals(getCurrentTime() - shared(_startTime).load(std::memory_order_relaxed),
-                                       getInterval());
+    return SleeperMath::countIntervals(getCurrentTime() - loadRelaxed(_startTime), getInterval());
 }
 
 // Acquire, with the release in beginCount(): without them another thread could see that the timer is running and
@@ -62,20 +50,20 @@ unsigned long PeriodicTimer::getCurrentCount() const
 // model: tests/models/timer.pml.
 bool PeriodicTimer::isRunning() const
 {
-    return shared(_running).load(std::memory_order_acquire);
+    return loadAcquire(_running);
 }
 
 void PeriodicTimer::beginCount(double startTime)
 {
-    shared(_startTime).store(startTime, std::memory_order_relaxed);  // published by the release below
-    shared(_running).store(true, std::memory_order_release);
+    storeRelaxed(_startTime, startTime);  // published by the release below
+    storeRelease(_running, true);
 }
 
 void PeriodicTimer::endCount()
 {
     // Relaxed: nothing is published with it. A reader that sees it late returns a count of the interval that just
     // ended.
-    shared(_running).store(false, std::memory_order_relaxed);
+    storeRelaxed(_running, false);
 }
 
 }  // namespace Vn

@@ -35,7 +35,7 @@ public:
     Rational() : _numerator(1), _denominator(1) {}
 
     /// The fraction that setValue() makes of the two. Throws RationalEx::ExDenominatorZero for a zero denominator.
-    Rational(int numerator, int denominator) { setValue(numerator, denominator); }
+    Rational(int numerator, int denominator) : Rational() { setValue(numerator, denominator); }
 
     /// Stores the fraction in lowest terms with a positive denominator.
     ///

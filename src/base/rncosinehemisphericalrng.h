@@ -30,6 +30,9 @@ public:
     /// Directions of the points of `rng`. Throws ExInternalError ("_rng") for null.
     RnCosineHemisphericalRng(RnBiRng<T>* rng);
 
+    RnCosineHemisphericalRng(RnCosineHemisphericalRng const&) = delete;
+    RnCosineHemisphericalRng& operator=(RnCosineHemisphericalRng const&) = delete;
+
     /// The source lives on.
     ~RnCosineHemisphericalRng() override;
 

@@ -38,6 +38,9 @@ public:
     /// not-a-number.
     RnGaussianRng(RnRng<T>* rng, T mean, T sigma);
 
+    RnGaussianRng(RnGaussianRng const&) = delete;
+    RnGaussianRng& operator=(RnGaussianRng const&) = delete;
+
     /// The source lives on.
     ~RnGaussianRng() override;
 

@@ -35,6 +35,9 @@ public:
     /// snapshot.
     RnHistogramBiRng(RnHistogramBi<T> const& histogram, RnRng<T>* rng);
 
+    RnHistogramBiRng(RnHistogramBiRng const&) = delete;
+    RnHistogramBiRng& operator=(RnHistogramBiRng const&) = delete;
+
     /// The source lives on.
     ~RnHistogramBiRng() override;
 

@@ -40,6 +40,9 @@ public:
     /// snapshot.
     RnHistogramRng(RnHistogram<T> const& histogram, RnRng<T>* rng);
 
+    RnHistogramRng(RnHistogramRng const&) = delete;
+    RnHistogramRng& operator=(RnHistogramRng const&) = delete;
+
     /// The source lives on.
     ~RnHistogramRng() override;
 

@@ -36,6 +36,9 @@ public:
     /// not-a-number.
     RnMexicanHatRng(RnRng<T>* rng, T centre, T width);
 
+    RnMexicanHatRng(RnMexicanHatRng const&) = delete;
+    RnMexicanHatRng& operator=(RnMexicanHatRng const&) = delete;
+
     /// The source lives on.
     ~RnMexicanHatRng() override;
 

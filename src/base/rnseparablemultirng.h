@@ -31,6 +31,9 @@ public:
     /// Both coordinates from `rng`. Throws ExInternalError ("_uniRng") for null.
     RnSeparableBiRng(RnRng<T>* rng);
 
+    RnSeparableBiRng(RnSeparableBiRng const&) = delete;
+    RnSeparableBiRng& operator=(RnSeparableBiRng const&) = delete;
+
     /// The source lives on.
     ~RnSeparableBiRng() override;
 
@@ -83,6 +86,9 @@ public:
     /// x from `rng0`, y from `rng1`. Throws ExInternalError for null: "_uniRng0", then "_uniRng1".
     RnAsymmetricalSeparableBiRng(RnRng<T>* rng0, RnRng<T>* rng1);
 
+    RnAsymmetricalSeparableBiRng(RnAsymmetricalSeparableBiRng const&) = delete;
+    RnAsymmetricalSeparableBiRng& operator=(RnAsymmetricalSeparableBiRng const&) = delete;
+
     /// The sources live on.
     ~RnAsymmetricalSeparableBiRng() override;
 
@@ -134,6 +140,9 @@ class RnSeparableMultiRng : public RnMultiRng<T, N>
 public:
     /// All coordinates from `rng`. Throws ExInternalError ("_uniRng") for null.
     RnSeparableMultiRng(RnRng<T>* rng);
+
+    RnSeparableMultiRng(RnSeparableMultiRng const&) = delete;
+    RnSeparableMultiRng& operator=(RnSeparableMultiRng const&) = delete;
 
     /// The source lives on.
     ~RnSeparableMultiRng() override;

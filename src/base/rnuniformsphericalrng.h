@@ -28,6 +28,9 @@ public:
     /// Directions of the points of `rng`. Throws ExInternalError ("_rng") for null.
     RnUniformSphericalRng(RnBiRng<T>* rng);
 
+    RnUniformSphericalRng(RnUniformSphericalRng const&) = delete;
+    RnUniformSphericalRng& operator=(RnUniformSphericalRng const&) = delete;
+
     /// The source lives on.
     ~RnUniformSphericalRng() override;
 
@@ -87,6 +90,9 @@ class RnUniformHemisphericalRng : public RnHemisphericalRng<T>
 public:
     /// Directions of the points of `rng`. Throws ExInternalError ("_rng") for null.
     RnUniformHemisphericalRng(RnBiRng<T>* rng);
+
+    RnUniformHemisphericalRng(RnUniformHemisphericalRng const&) = delete;
+    RnUniformHemisphericalRng& operator=(RnUniformHemisphericalRng const&) = delete;
 
     /// The source lives on.
     ~RnUniformHemisphericalRng() override;

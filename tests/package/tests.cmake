@@ -28,12 +28,36 @@ if(is_plain)
     set_tests_properties(package.tidy PROPERTIES PROCESSORS 2)
 endif()
 
+# The public headers together, under the warnings that programs have; with each compiler, so one tree is enough.
+set(header_tests "")
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING AND NOT VNBASE_SANITIZE)
+    set(header_check "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkheaders.py")
+    find_program(VNBASE_CLANG clang++ REQUIRED)
+    find_program(VNBASE_CLANG_16 clang++-16 REQUIRED)
+    add_test(NAME package.headersLeaveNothingBehind COMMAND ${header_check} text "${PROJECT_SOURCE_DIR}")
+    add_test(NAME package.headersHaveNoWarning
+        COMMAND ${header_check} warnings "${PROJECT_SOURCE_DIR}" "${CMAKE_CXX_COMPILER}" "${VNBASE_CLANG}" "${VNBASE_CLANG_16}")
+    add_test(NAME package.headersInAnyOrder COMMAND ${header_check} pairs "${PROJECT_SOURCE_DIR}" "${VNBASE_CLANG}")
+    add_test(NAME package.headersInTwoLibraries
+        COMMAND ${header_check} twice "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/twice" "$<TARGET_FILE:VNbase>"
+            "$<TARGET_FILE:VNthreadlog>" "${CMAKE_NM}" "${CMAKE_CXX_COMPILER}")
+    set(header_tests package.headersLeaveNothingBehind package.headersHaveNoWarning package.headersInAnyOrder
+        package.headersInTwoLibraries)
+endif()
+
 # The compiler refuses what the library can't read, and says what it can.
 add_test(NAME package.settingtype
     COMMAND "${CMAKE_CXX_COMPILER}" -std=c++20 -fsyntax-only "-I${PROJECT_SOURCE_DIR}/src"
         "${CMAKE_CURRENT_LIST_DIR}/settingtype.cpp")
 set_tests_properties(package.settingtype PROPERTIES TIMEOUT 120 PASS_REGULAR_EXPRESSION
     "a setting is an int, long, bool, float, double, char const\\*, std::string or std::chrono::milliseconds")
+
+# Nor is a failure without exceptions a riddle.
+add_test(NAME package.exceptionsAreNeeded
+    COMMAND "${CMAKE_CXX_COMPILER}" -std=c++20 -fsyntax-only -fno-exceptions "-I${PROJECT_SOURCE_DIR}/src"
+        "${CMAKE_CURRENT_LIST_DIR}/logger.cpp")
+set_tests_properties(package.exceptionsAreNeeded PROPERTIES TIMEOUT 120 PASS_REGULAR_EXPRESSION
+    "libVNbase reports failures by exceptions: compile without -fno-exceptions")
 
 set(consumer_flags "")
 if(VNBASE_SANITIZE)
@@ -88,5 +112,5 @@ if(NOT WIN32)
         list(APPEND package_tests package.programRunpaths)
     endif()
 endif()
-set_tests_properties(package.exports package.threadlogExports package.consumer ${text_tests} ${package_tests} PROPERTIES
-    TIMEOUT 1200 ENVIRONMENT "${test_environment}")
+set_tests_properties(package.exports package.threadlogExports package.consumer ${text_tests} ${header_tests} ${package_tests}
+    PROPERTIES TIMEOUT 1200 ENVIRONMENT "${test_environment}")

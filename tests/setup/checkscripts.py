@@ -17,7 +17,7 @@ import unittest
 
 sources = pathlib.Path(sys.argv.pop(1)).resolve()
 # What the scripts call besides the programs that a test replaces.
-TOOLS = ("awk bash cat cut date dirname echo env grep head id kill mkdir mv rm sed setarch sha256sum sleep sort tail tr uname "
+TOOLS = ("awk bash cat chmod cut date dirname echo env grep head id kill mkdir mktemp mv rm sed setarch sha256sum sleep sort tail tr uname "
          "xargs setsid").split()
 
 
@@ -335,6 +335,44 @@ class Interrupt(Scripts):
         self.interrupted(signal.SIGTERM, "test.sh", "release")
 
 
+class Libcxx(Scripts):
+    """The library that tools/libcxx.sh unpacks, from packages of the test's own."""
+    CONFIG = "usr/lib/llvm-16/include/c++/v1/__config"
+
+    def setUp(self):
+        super().setUp()
+        self.place = self.folder / ".cache/vnbase/libcxx-16"
+        self.fake("apt-get", "for package; do case $package in lib*) echo > $package.deb ;; esac; done")
+        self.fake("dpkg-deb", f'mkdir -p "$3/{pathlib.Path(self.CONFIG).parent}"; echo > "$3/{self.CONFIG}"')
+
+    def test_it_is_downloaded_and_unpacked_once(self):
+        for calls in (7, 0):
+            self.calls.write_text("")
+            result = self.run_script("libcxx.sh")
+            self.assertEqual((result.returncode, result.stdout), (0, f"{self.place}\n"), result.stderr)
+            self.assertEqual(len(self.call_lines()), calls)
+            self.assertTrue((self.place / self.CONFIG).exists())
+            self.assertEqual([path.name for path in self.place.parent.iterdir()], ["libcxx-16"])
+
+    def test_another_folder_can_be_named(self):
+        self.environment["VNBASE_LIBCXX"] = f"{self.folder}/a place/of its own"
+        self.assertEqual(self.run_script("libcxx.sh").stdout, f"{self.folder}/a place/of its own\n")
+        self.assertTrue((self.folder / "a place/of its own" / self.CONFIG).exists())
+
+    def test_a_failing_download_leaves_nothing_behind(self):
+        self.fake("apt-get", "echo > half.deb; exit 100")
+        result = self.run_script("libcxx.sh")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("apt-get download has failed", result.stderr)
+        self.assertEqual(list(self.place.parent.iterdir()), [])
+
+    def test_without_apt_one_is_told_what_to_do(self):
+        (self.bin / "apt-get").unlink()
+        result = self.run_script("libcxx.sh")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("by hand, and set VNBASE_LIBCXX", result.stderr)
+
+
 class Run(Scripts):
     def setUp(self):
         super().setUp()
@@ -351,7 +389,6 @@ class Run(Scripts):
                 echo > build/run/build.ninja
                 echo "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" > build/run/CMakeCache.txt ;;
             esac""")
-        (self.bin / "chmod").symlink_to(shutil.which("chmod"))
 
     def test_only_the_program_is_built_and_it_gets_the_arguments(self):
         result = self.run_script("run.sh", "-a", "a folder", cwd="/")
@@ -433,6 +470,14 @@ class Test(Scripts):
                          "9 passed, 3 failed, 1 not run under emulation: see tests/emulation.txt")
         self.assertEqual(result.returncode, 1)
 
+    def test_what_a_tree_leaves_out_is_told_and_not_run(self):
+        (self.root / "tests").mkdir()
+        (self.root / "tests/tsan-left-out.txt").write_text("# a comment\n^one\\.\tthe first reason\ntwo|three\tanother\n")
+        result = self.run_script("test.sh", "tsan", "asan-ubsan")
+        self.assertIn("   not run here: ^one\\.: the first reason\n   not run here: two|three: another\n", result.stdout)
+        self.assertEqual([line for line in self.call_lines() if line.startswith("ctest")],
+                         ["ctest --preset tsan -E ^one\\.|two|three", "ctest --preset asan-ubsan"])
+
     def test_a_failing_build_is_a_failure(self):
         self.fake("cmake", 'case $1 in --build) echo "error: no"; exit 1 ;; esac')
         result = self.run_script("test.sh", "dev")
@@ -456,7 +501,7 @@ class Test(Scripts):
 
     def test_help_names_each_preset_that_is_tested(self):
         text = self.run_script("test.sh", "-h").stdout
-        for preset in ("release", "asan-ubsan", "tsan", "windows", "aarch64", "s390x", "coverage", "bench", "fuzz"):
+        for preset in ("release", "asan-ubsan", "tsan", "windows", "aarch64", "s390x", "coverage", "libcxx", "bench", "fuzz"):
             self.assertIn(f"\n  {preset} ", text)
         self.assertEqual(self.call_lines(), [])
 

@@ -7,7 +7,7 @@ find_program(VNBASE_BASH bash REQUIRED)
 find_program(VNBASE_SHELLCHECK shellcheck REQUIRED)
 find_program(VNBASE_MANDOC mandoc REQUIRED)
 set(setup_tests "")
-foreach(part Install Progress Interrupt Run Test)
+foreach(part Install Libcxx Progress Interrupt Run Test)
     add_test(NAME setup.${part}
         COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkscripts.py" "${PROJECT_SOURCE_DIR}" ${part})
     list(APPEND setup_tests setup.${part})

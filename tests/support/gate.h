@@ -25,7 +25,7 @@ public:
 
 private:
     std::string _name;
-    void* _handle;  ///< where the system has one
+    [[maybe_unused]] void* _handle;  ///< where the system has one
 };
 
 }  // namespace VnTest

@@ -1,7 +1,9 @@
+#include <decimal.h>
 #include <logline.h>
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <string_view>
 
@@ -156,4 +158,43 @@ TEST(LogLine, aResolutionIsAPositiveNumberOfSeconds)
     EXPECT_EQ(parseResolution("0.000000100"), 0.0000001);
     for (char const* text : {"", "0.000000000", "-1.0", "inf", "nan", "0.1 s", "1e999"})
         EXPECT_FALSE(parseResolution(text)) << text;
+}
+
+TEST(LogLine, theCLibraryReadsADecimalAsTheStandardLibraryDoes)
+{
+    const struct
+    {
+        char const* text;
+        int size;
+        std::errc error;
+        double value;
+    } table[] = {
+        {"", 0, std::errc::invalid_argument, 7},
+        {" 1", 0, std::errc::invalid_argument, 7},
+        {"+1", 0, std::errc::invalid_argument, 7},
+        {"x", 0, std::errc::invalid_argument, 7},
+        {".", 0, std::errc::invalid_argument, 7},
+        {"0", 1, std::errc(), 0},
+        {"-1.5s", 4, std::errc(), -1.5},
+        {"0x10", 1, std::errc(), 0},
+        {"1e-9", 4, std::errc(), 1e-9},
+        {"1e999", 5, std::errc::result_out_of_range, 7},
+        {"1e-999", 6, std::errc::result_out_of_range, 7},
+        {"0e-999", 6, std::errc(), 0},
+        {"inf", 3, std::errc(), HUGE_VAL},
+    };
+    for (auto const& row : table)
+        for (auto* function : {&readDecimal, &readDecimalByCLibrary}) {
+            const std::string_view text = row.text;
+            double value = 7;
+            const auto [end, error] = function(text.data(), text.data() + text.size(), value);
+            EXPECT_EQ(end - text.data(), row.size) << text;
+            EXPECT_EQ(error, row.error) << text;
+            EXPECT_EQ(value, row.value) << text;
+        }
+    // Where the number's text ends is said by `end`, not by what stands there.
+    double value = 0;
+    const std::string digits = "123456";
+    EXPECT_EQ(readDecimalByCLibrary(digits.data(), digits.data() + 3, value).ec, std::errc());
+    EXPECT_EQ(value, 123);
 }
