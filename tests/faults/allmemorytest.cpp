@@ -1,0 +1,151 @@
+// Each allocation of each act fails: once, and once more with all that come behind it. Nothing but the stated exception may
+// come of it, nothing may be left of it, and the next try works.
+//
+// The table of results stands at the end of the whole program's output.
+#include "act.h"
+#include "failingmemory.h"
+#include "trial.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace VnTest;
+
+namespace
+{
+/// What came of the failures of one kind.
+struct Counts
+{
+    int trials = 0;
+    int outOfMemory = 0;  ///< std::bad_alloc, or the system's error for it
+    int absorbed = 0;     ///< went without
+};
+
+struct Row
+{
+    char const* act;
+    Counts once, fromThereOn;
+};
+
+std::vector<Row> rows;
+
+/// Prints the table when all tests have run.
+class Table : public testing::Environment
+{
+public:
+    void TearDown() override
+    {
+        Counts once, fromThereOn;
+        std::printf("\n%-20s %10s %8s %9s %15s %8s %9s\n", "act", "one fails", "thrown", "absorbed",
+                    "all from there", "thrown", "absorbed");
+        for (Row const& row : rows) {
+            print(row.act, row.once, row.fromThereOn);
+            add(once, row.once);
+            add(fromThereOn, row.fromThereOn);
+        }
+        print("all", once, fromThereOn);
+    }
+
+private:
+    static void add(Counts& sum, Counts const& counts)
+    {
+        sum.trials += counts.trials;
+        sum.outOfMemory += counts.outOfMemory;
+        sum.absorbed += counts.absorbed;
+    }
+
+    static void print(char const* name, Counts const& once, Counts const& fromThereOn)
+    {
+        std::printf("%-20s %10d %8d %9d %15d %8d %9d\n", name, once.trials, once.outOfMemory, once.absorbed,
+                    fromThereOn.trials, fromThereOn.outOfMemory, fromThereOn.absorbed);
+    }
+};
+
+[[maybe_unused]] testing::Environment* const table = testing::AddGlobalTestEnvironment(new Table);
+
+Findings tryWithout(NamedAct const& act, long number, Failing failing, int again)
+{
+    static long before;
+    const Plan plan{[] {
+                        before = countHeldBlocks();
+                        return true;
+                    },
+                    [=] { failAllocation(number, failing); },
+                    [] {
+                        stopFailingAllocations();
+                        return countFailedAllocations();
+                    },
+                    [](Findings& findings) { findings.blocks = countHeldBlocks() - before; }};
+    return tryAct(act, plan, again);
+}
+
+/// The errors of the system that mean that there is no memory. A thread that can't be made says EAGAIN.
+bool meansNoMemory(Findings const& findings)
+{
+    return findings.ending == Ending::outOfMemory ||
+           (findings.ending == Ending::systemError && (findings.error == ENOMEM || findings.error == EAGAIN));
+}
+
+/// What the act leaves where nothing fails: blocks that are made once, as the C++ library's.
+struct Usual
+{
+    long blocks;
+    int descriptors;
+};
+
+Usual findUsual(NamedAct const& act)
+{
+    Usual usual{};
+    for (int again = 0; again < 3; ++again) {
+        const Findings findings = tryWithout(act, -1, Failing::once, again);
+        EXPECT_EQ(describeEnd(findings), "");
+        EXPECT_EQ(findings.ending, Ending::returned) << findings.text;
+        usual.blocks = std::max(usual.blocks, findings.blocks);
+        usual.descriptors = std::max(usual.descriptors, findings.descriptors);
+    }
+    return usual;
+}
+
+Counts failEach(NamedAct const& act, Failing failing, Usual const& usual)
+{
+    Counts counts;
+    for (;; ++counts.trials) {
+        const Findings findings = tryWithout(act, counts.trials, failing, 1);
+        SCOPED_TRACE(std::string(act.name) + ", allocation " + std::to_string(counts.trials) +
+                     (failing == Failing::once ? "" : " and all behind it"));
+        EXPECT_EQ(describeEnd(findings), "");
+        if (findings.signal == 0 && findings.hits == 0)
+            return counts;
+        counts.outOfMemory += meansNoMemory(findings);
+        counts.absorbed += findings.ending == Ending::returned;
+        EXPECT_TRUE(findings.signal != 0 || findings.ending == Ending::returned || meansNoMemory(findings))
+            << findings.text;
+        EXPECT_LE(findings.blocks, usual.blocks) << "memory has leaked";
+        EXPECT_LE(findings.descriptors, usual.descriptors) << "a descriptor has leaked";
+        if (testing::Test::HasFailure() && counts.trials > 5000)
+            return counts;
+    }
+}
+
+class Memory : public testing::TestWithParam<std::size_t>
+{};
+
+INSTANTIATE_TEST_SUITE_P(Acts, Memory, testing::Range(std::size_t{0}, getActs().size()),
+                         [](auto const& test) { return std::string(getActs()[test.param].name); });
+}  // namespace
+
+TEST_P(Memory, thatFailsIsThrownLeavesNothingAndTheNextTryWorks)
+{
+    NamedAct const& act = getActs()[GetParam()];
+    const Usual usual = findUsual(act);
+    const Counts once = failEach(act, Failing::once, usual);
+    const Counts fromThereOn = failEach(act, Failing::fromThereOn, usual);
+    rows.push_back({act.name, once, fromThereOn});
+    EXPECT_GT(once.trials, 0);
+}
