@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace VnTest
@@ -47,6 +48,7 @@ struct NamedAct
     char const* name;
     std::function<std::unique_ptr<Act>()> make;
     bool makesCalls;  ///< of the system, but for memory
+    std::string_view statedText = "";  ///< of another exception that the act throws for want of memory
 };
 
 /// In the order of the table of results.

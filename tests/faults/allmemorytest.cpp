@@ -68,6 +68,7 @@ private:
 };
 
 [[maybe_unused]] testing::Environment* const table = testing::AddGlobalTestEnvironment(new Table);
+[[maybe_unused]] testing::Environment* const folder = testing::AddGlobalTestEnvironment(new TrialFolder);
 
 Findings tryWithout(NamedAct const& act, long number, Failing failing, int again)
 {
@@ -76,7 +77,7 @@ Findings tryWithout(NamedAct const& act, long number, Failing failing, int again
                         before = countHeldBlocks();
                         return true;
                     },
-                    [=] { failAllocation(number, failing); },
+                    [=] { failAllocation(number, failing, noteFailure); },
                     [] {
                         stopFailingAllocations();
                         return countFailedAllocations();
@@ -118,13 +119,14 @@ Counts failEach(NamedAct const& act, Failing failing, Usual const& usual)
     for (;; ++counts.trials) {
         const Findings findings = tryWithout(act, counts.trials, failing, 1);
         SCOPED_TRACE(std::string(act.name) + ", allocation " + std::to_string(counts.trials) +
-                     (failing == Failing::once ? "" : " and all behind it"));
+                     (failing == Failing::once ? "\n" : " and all behind it\n") + findings.place);
         EXPECT_EQ(describeEnd(findings), "");
         if (findings.signal == 0 && findings.hits == 0)
             return counts;
         counts.outOfMemory += meansNoMemory(findings);
         counts.absorbed += findings.ending == Ending::returned;
-        EXPECT_TRUE(findings.signal != 0 || findings.ending == Ending::returned || meansNoMemory(findings))
+        EXPECT_TRUE(findings.signal != 0 || findings.ending == Ending::returned || meansNoMemory(findings) ||
+                    act.statedText == std::string_view(findings.text))
             << findings.text;
         EXPECT_LE(findings.blocks, usual.blocks) << "memory has leaked";
         EXPECT_LE(findings.descriptors, usual.descriptors) << "a descriptor has leaked";
@@ -147,5 +149,4 @@ TEST_P(Memory, thatFailsIsThrownLeavesNothingAndTheNextTryWorks)
     const Counts once = failEach(act, Failing::once, usual);
     const Counts fromThereOn = failEach(act, Failing::fromThereOn, usual);
     rows.push_back({act.name, once, fromThereOn});
-    EXPECT_GT(once.trials, 0);
 }

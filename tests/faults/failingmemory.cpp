@@ -26,6 +26,7 @@ constinit std::atomic<long> lastFailing = never;
 constinit std::atomic<long> allocations = 0;
 constinit std::atomic<long> failures = 0;
 constinit std::atomic<long> heldBlocks = 0;
+void (*atFirstFailure)() = nullptr;
 
 bool fails()
 {
@@ -33,7 +34,8 @@ bool fails()
     if (number < firstFailing.load(std::memory_order_relaxed) ||
         number > lastFailing.load(std::memory_order_relaxed))
         return false;
-    failures.fetch_add(1, std::memory_order_relaxed);
+    if (failures.fetch_add(1, std::memory_order_relaxed) == 0)
+        atFirstFailure();
     errno = ENOMEM;
     return true;
 }
@@ -109,8 +111,9 @@ VN_STAND_IN void free(void* memory) noexcept
     __libc_free(memory);
 }
 
-void VnTest::failAllocation(long first, Failing failing)
+void VnTest::failAllocation(long first, Failing failing, void (*onFailure)())
 {
+    atFirstFailure = onFailure;
     failures = 0;
     allocations = 0;
     lastFailing = failing == Failing::once ? first : never;

@@ -12,7 +12,8 @@ enum class Failing
 
 /// Lets allocation number `first`, counted from 0, of all threads fail: malloc() and what is like it, and so operator new
 /// and the C library's own allocations, too.
-void failAllocation(long first, Failing failing);
+/// The first one calls `onFailure` before.
+void failAllocation(long first, Failing failing, void (*onFailure)());
 
 /// Ends that, and tells how many allocations there were meanwhile.
 long stopFailingAllocations();

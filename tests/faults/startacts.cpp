@@ -9,6 +9,7 @@
 #include <base/envvar.h>
 #include <base/hmheapmgr.h>
 #include <base/incontextalias.h>
+#include <base/inex.h>
 #include <base/inoptionparser.h>
 #include <base/inusage.h>
 #include <base/invariable.h>
@@ -70,6 +71,10 @@ private:
 bool stopsQuietly()
 {
     try {
+        stop();
+        return true;
+    } catch (InEx::ExFinaliseBeforeInit const&) {  // a start that has failed before all packages is as if it had never been
+        startWith({"program", "-z", "7", "operand"});
         stop();
         return true;
     } catch (ExBase const&) {
@@ -153,6 +158,7 @@ public:
         InUsage usage("tells how often");
         usage.operands("FILE...", 1).word("--fast", "leaves out what is slow", isGiven).note("A note.");
         std::ostringstream text;
+        text.exceptions(std::ios::badbit);
         usage.print(text, "program", 80);
         usage.printManPage(text, "program");
         usage.printBashCompletion(text, "program");
@@ -209,13 +215,14 @@ public:
 
     void run() override
     {
-        Trace::setOptions("on,line,file,show=a level for trials with a long name");
+        Trace::setOptions("on,line,show=a level for trials with a long name");
         TraceLevel* const level = Trace::registerLevel("a level for trials with a long name", "trial.cpp");
         {
             VN_TRACE_ENTRY(*level, "a function");
             VN_TRACE(*level, "some " << 3 << " words");
         }
         std::ostringstream levels;
+        levels.exceptions(std::ios::badbit);
         Trace::printLevels(levels);
         Trace::setOptions("hide=a level for trials with a long name");
         if (Trace::isEnabled(*level))
@@ -284,6 +291,7 @@ public:
         _group.runs = 0;
         TestPerformer::getInstance().execute(OsFilePath(_list.c_str()));
         std::ostringstream table;
+        table.exceptions(std::ios::badbit);
         table << TestPerformer::getInstance();
         _table = table.str();
     }
@@ -312,6 +320,7 @@ public:
     void run() override
     {
         std::ostringstream text;
+        text.exceptions(std::ios::badbit);
         DbgBuildInfoMgr::printBuildInfo(text, true);
         HmHeapMgr::getInstance().dump(text);
         _text = text.str();
@@ -337,6 +346,7 @@ void addStartActs(std::vector<NamedAct>& acts)
     acts.push_back(makeNamed<Settings>("settings", false));
     acts.push_back(makeNamed<Usage>("usage", false));
     acts.push_back(makeNamed<Environment>("environment", false));
+    acts.back().statedText = "Could not set environment variable";
     acts.push_back(makeNamed<Tracing>("trace", false));
     acts.push_back(makeNamed<Driver>("driver"));
     acts.push_back(makeNamed<TimedRuns>("timedRuns"));

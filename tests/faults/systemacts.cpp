@@ -2,6 +2,7 @@
 #include "act.h"
 
 #include "child.h"
+#include "lockname.h"
 #include "tempfolder.h"
 #include "testpackage.h"
 
@@ -79,7 +80,7 @@ public:
     void run() override
     {
         const ObjPtr<OsSharedLib> library(OsSharedLib::open(_path.c_str()));
-        require(library->getFunction("getTestNumber") != nullptr || library.get() != nullptr, "function");
+        require(library->getFunction("vnTestModuleNumber") != nullptr, "function");
     }
 
 private:
@@ -141,12 +142,15 @@ class Lock : public Act
 public:
     void run() override
     {
-        const ObjPtr<LgInterProcessLock> lock(
-            LgInterProcessLock::create(("trial of a lock " + std::to_string(::getppid())).c_str()));
+        const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(_name.get().c_str()));
         lock->lock();
         lock->unlock();
         const LgInterProcessLockGuard guard(lock.get());
     }
+
+private:
+    const TempFolder _folder;
+    const LockName _name{_folder};
 };
 
 class Processor : public Act

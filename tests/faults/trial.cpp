@@ -8,6 +8,7 @@
 #include <base/exbase.h>
 #include <base/exsyserror.h>
 
+#include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -20,6 +21,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <stdexcept>
 #include <system_error>
@@ -77,17 +79,38 @@ void runOnce(Act& act, Findings& findings)
     }
 }
 
-void onAbort(int)
+void addNote(char const* text)
 {
-    void* calls[60];
-    const int count = ::backtrace(calls, 60);
-    char** const names = ::backtrace_symbols(calls, count);
-    for (int i = 0; names != nullptr && i < count; ++i) {
-        const std::size_t used = std::strlen(shared->place);
-        std::snprintf(shared->place + used, sizeof shared->place - used, "%s\n", names[i]);
+    const std::size_t used = std::strlen(shared->place);
+    std::snprintf(shared->place + used, sizeof shared->place - used, "%s", text);
+}
+
+/// Adds the calls of this thread to the notes. Without memory, which may be what has failed.
+void notePlace(char const* title)
+{
+    void* calls[40];
+    const int count = ::backtrace(calls, 40);
+    addNote(title);
+    addNote("\n");
+    for (int i = 2; i < count; ++i) {
+        ::Dl_info object = {};
+        if (::dladdr(calls[i], &object) == 0 || object.dli_fname == nullptr)
+            continue;
+        char const* const slash = std::strrchr(object.dli_fname, '/');
+        char line[400];
+        std::snprintf(line, sizeof line, "  %s+0x%lx %s\n", slash != nullptr ? slash + 1 : object.dli_fname,
+                      static_cast<unsigned long>(static_cast<char*>(calls[i]) - static_cast<char*>(object.dli_fbase)),
+                      object.dli_sname != nullptr ? object.dli_sname : "");
+        addNote(line);
     }
-    std::signal(SIGABRT, SIG_DFL);
-    std::abort();
+}
+
+/// The signal goes on to the default action.
+void onEnd(int signal)
+{
+    notePlace("ended by a signal at");
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);
 }
 
 void addFault(Findings& findings, std::string const& fault)
@@ -105,7 +128,8 @@ void perform(NamedAct const& named, Plan const& plan, int again, Findings& findi
     ::close(nowhere);
     void* loaded[1];
     ::backtrace(loaded, 1);  // loads what it needs
-    std::signal(SIGABRT, onAbort);
+    for (const int signal : {SIGABRT, SIGSEGV, SIGBUS})
+        std::signal(signal, onEnd);
     ::alarm(hangSeconds);
     if (plan.prepare && !plan.prepare()) {
         findings.isSkipped = true;
@@ -143,6 +167,26 @@ void perform(NamedAct const& named, Plan const& plan, int again, Findings& findi
 }
 }  // namespace
 
+void noteFailure()
+{
+    notePlace("failed at");
+}
+
+void TrialFolder::SetUp()
+{
+    char path[] = "/dev/shm/vntrialsXXXXXX";
+    if (::mkdtemp(path) == nullptr)
+        return;
+    _path = path;
+    ::setenv("TMPDIR", path, 1);
+}
+
+void TrialFolder::TearDown()
+{
+    if (!_path.empty())
+        std::filesystem::remove_all(_path);
+}
+
 int countOpenDescriptors()
 {
     int count = 0;
@@ -179,8 +223,7 @@ std::string describeEnd(Findings const& findings)
     if (findings.signal == SIGALRM)
         return std::string("hangs in the step '") + findings.step + "'";
     if (findings.signal != 0)
-        return "ended by signal " + std::to_string(findings.signal) + " in the step '" + findings.step + "'\n" +
-               findings.place;
+        return "ended by signal " + std::to_string(findings.signal) + " in the step '" + findings.step + "'";
     if (std::strcmp(findings.step, "done") != 0)
         return std::string("ended in the step '") + findings.step + "'";
     if (findings.ending == Ending::unknownThrown)

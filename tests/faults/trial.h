@@ -2,6 +2,8 @@
 
 #include "act.h"
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 
@@ -26,7 +28,7 @@ struct Findings
     char source[128];  ///< where it was thrown, for the library's own exceptions
     char text[1024];   ///< of what was thrown
     char fault[1024];  ///< what is wrong, "" if nothing
-    char place[4096];  ///< the calls that led to the end, if it ended by a signal
+    char place[6000];  ///< calls that led to the first failure, and to a signal that ended the process
     char step[32];     ///< what the process was at last
     long hits;         ///< how often something failed
     long blocks;       ///< held behind it all
@@ -44,12 +46,26 @@ struct Plan
     std::function<void(Findings&)> finish = {};  ///< when the act is gone
 };
 
+/// For a plan: this is where something fails in the process of a trial. Needs no memory.
+void noteFailure();
+
 /// Makes an act fail by `plan` in a process of its own, then lets it run `again` as often as that without a failure. The
 /// fault is about the act's own state, and about a run that fails though nothing is wrong any more.
 Findings tryAct(NamedAct const& act, Plan const& plan, int again = 1);
 
 /// What a reader needs to know of a trial that went wrong; "" if nothing is wrong but what the caller knows better.
 std::string describeEnd(Findings const& findings);
+
+/// A folder in memory for the files of all trials, where the system has such a place: trials make a hundred thousand files.
+class TrialFolder : public testing::Environment
+{
+public:
+    void SetUp() override;
+    void TearDown() override;
+
+private:
+    std::string _path;
+};
 
 /// How many descriptors this process holds, without one that it needs for the look.
 int countOpenDescriptors();
