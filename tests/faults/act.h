@@ -47,8 +47,9 @@ struct NamedAct
 {
     char const* name;
     std::function<std::unique_ptr<Act>()> make;
-    bool makesCalls;  ///< of the system, but for memory
-    std::string_view statedText = "";  ///< of another exception that the act throws for want of memory
+    bool makesCalls;                   ///< of the system, but for memory
+    std::string_view statedText = "";  ///< how another exception begins that the act throws for want of memory
+    long spareBlocks = 0;              ///< blocks that stay behind a failure alone, for a reason given with the act
 };
 
 /// In the order of the table of results.

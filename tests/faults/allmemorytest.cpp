@@ -23,8 +23,9 @@ namespace
 struct Counts
 {
     int trials = 0;
-    int outOfMemory = 0;  ///< std::bad_alloc, or the system's error for it
-    int absorbed = 0;     ///< went without
+    int thrown = 0;           ///< std::bad_alloc, the system's error for it, or what else is stated
+    int absorbed = 0;         ///< went without
+    int endedByCLibrary = 0;  ///< the process ended within a function of the C library
 };
 
 struct Row
@@ -42,8 +43,10 @@ public:
     void TearDown() override
     {
         Counts once, fromThereOn;
-        std::printf("\n%-20s %10s %8s %9s %15s %8s %9s\n", "act", "one fails", "thrown", "absorbed",
-                    "all from there", "thrown", "absorbed");
+        std::printf("\n%-20s %31s   %31s\n%-20s", "", "one allocation fails", "all from there on fail", "act");
+        for (int i = 0; i < 2; ++i)
+            std::printf(" %6s %7s %8s %7s", "trials", "thrown", "absorbed", "C lib");
+        std::printf("\n");
         for (Row const& row : rows) {
             print(row.act, row.once, row.fromThereOn);
             add(once, row.once);
@@ -56,14 +59,18 @@ private:
     static void add(Counts& sum, Counts const& counts)
     {
         sum.trials += counts.trials;
-        sum.outOfMemory += counts.outOfMemory;
+        sum.thrown += counts.thrown;
         sum.absorbed += counts.absorbed;
+        sum.endedByCLibrary += counts.endedByCLibrary;
     }
 
     static void print(char const* name, Counts const& once, Counts const& fromThereOn)
     {
-        std::printf("%-20s %10d %8d %9d %15d %8d %9d\n", name, once.trials, once.outOfMemory, once.absorbed,
-                    fromThereOn.trials, fromThereOn.outOfMemory, fromThereOn.absorbed);
+        std::printf("%-20s", name);
+        for (Counts const* counts : {&once, &fromThereOn})
+            std::printf(" %6d %7d %8d %7d", counts->trials, counts->thrown, counts->absorbed,
+                        counts->endedByCLibrary);
+        std::printf("\n");
     }
 };
 
@@ -93,6 +100,23 @@ bool meansNoMemory(Findings const& findings)
            (findings.ending == Ending::systemError && (findings.error == ENOMEM || findings.error == EAGAIN));
 }
 
+bool isStated(NamedAct const& act, Findings const& findings)
+{
+    return findings.ending == Ending::otherError && !act.statedText.empty() &&
+           std::string_view(findings.text).starts_with(act.statedText);
+}
+
+/// The first question for a user's name makes the C library read the list of its name services. Without memory for that list it
+/// ends the process by itself (glibc 2.36); nobody can ask for a user's name without that.
+bool endsInTheCLibrary(Findings const& findings)
+{
+    const std::string place = findings.place;
+    const std::size_t end = place.find("ended by a signal at");
+    const std::size_t asked = place.find(" getpwuid_r\n", end);
+    return findings.signal != 0 && end != place.npos && asked != place.npos &&
+           place.substr(end, asked - end).find("libVN") == place.npos;
+}
+
 /// What the act leaves where nothing fails: blocks that are made once, as the C++ library's.
 struct Usual
 {
@@ -120,15 +144,19 @@ Counts failEach(NamedAct const& act, Failing failing, Usual const& usual)
         const Findings findings = tryWithout(act, counts.trials, failing, 1);
         SCOPED_TRACE(std::string(act.name) + ", allocation " + std::to_string(counts.trials) +
                      (failing == Failing::once ? "\n" : " and all behind it\n") + findings.place);
+        if (endsInTheCLibrary(findings)) {
+            ++counts.endedByCLibrary;
+            continue;
+        }
         EXPECT_EQ(describeEnd(findings), "");
         if (findings.signal == 0 && findings.hits == 0)
             return counts;
-        counts.outOfMemory += meansNoMemory(findings);
+        counts.thrown += findings.ending != Ending::returned;
         counts.absorbed += findings.ending == Ending::returned;
         EXPECT_TRUE(findings.signal != 0 || findings.ending == Ending::returned || meansNoMemory(findings) ||
-                    act.statedText == std::string_view(findings.text))
+                    isStated(act, findings))
             << findings.text;
-        EXPECT_LE(findings.blocks, usual.blocks) << "memory has leaked";
+        EXPECT_LE(findings.blocks, usual.blocks + act.spareBlocks) << "memory has leaked";
         EXPECT_LE(findings.descriptors, usual.descriptors) << "a descriptor has leaked";
         if (testing::Test::HasFailure() && counts.trials > 5000)
             return counts;

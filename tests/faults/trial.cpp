@@ -98,9 +98,10 @@ void notePlace(char const* title)
             continue;
         char const* const slash = std::strrchr(object.dli_fname, '/');
         char line[400];
-        std::snprintf(line, sizeof line, "  %s+0x%lx %s\n", slash != nullptr ? slash + 1 : object.dli_fname,
-                      static_cast<unsigned long>(static_cast<char*>(calls[i]) - static_cast<char*>(object.dli_fbase)),
-                      object.dli_sname != nullptr ? object.dli_sname : "");
+        std::snprintf(
+            line, sizeof line, "  %s+0x%lx %s\n", slash != nullptr ? slash + 1 : object.dli_fname,
+            static_cast<unsigned long>(static_cast<char*>(calls[i]) - static_cast<char*>(object.dli_fbase)),
+            object.dli_sname != nullptr ? object.dli_sname : "");
         addNote(line);
     }
 }
