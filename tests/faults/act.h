@@ -55,6 +55,10 @@ struct NamedAct
 /// In the order of the table of results.
 std::vector<NamedAct> const& getActs();
 
+/// Makes the C library load all that may know users, by a question that none can answer. It keeps that; and without memory for it
+/// glibc 2.36 ends the process by itself, at the first question for a user's name.
+void askAllNameServices();
+
 // Each in the source of its subject.
 void addStartActs(std::vector<NamedAct>& acts);
 void addLogActs(std::vector<NamedAct>& acts);

@@ -269,6 +269,15 @@ public:
         return _code != 0 && _code != 2 ? "exit code " + std::to_string(_code) : "";
     }
 
+    /// Packages that have started go on behind an exception that isn't of the start itself.
+    void recover() override
+    {
+        try {
+            stop();
+        } catch (InEx const&) {  // stopped, or never started
+        }
+    }
+
     bool canBeRepeated() const override { return false; }
     bool isTolerant() const override { return true; }
 

@@ -103,6 +103,8 @@ public:
 class Names : public Act
 {
 public:
+    void prepare() override { askAllNameServices(); }
+
     void run() override
     {
         const ArrayPtr<char> host(OsUtils::getHostName());
