@@ -47,9 +47,10 @@ struct NamedAct
 {
     char const* name;
     std::function<std::unique_ptr<Act>()> make;
-    bool makesCalls;                   ///< of the system, but for memory
-    std::string_view statedText = "";  ///< how another exception begins that the act throws for want of memory
-    long spareBlocks = 0;              ///< blocks that stay behind a failure alone, for a reason given with the act
+    bool makesCalls;  ///< of the system, but for memory
+    std::vector<std::string_view> statedTexts =
+        {};                ///< how exceptions begin that have another text than the system's
+    long spareBlocks = 0;  ///< blocks that stay behind a failure alone, for a reason given with the act
 };
 
 /// In the order of the table of results.

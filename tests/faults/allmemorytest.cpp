@@ -99,8 +99,8 @@ bool meansNoMemory(Findings const& findings)
 
 bool isStated(NamedAct const& act, Findings const& findings)
 {
-    return findings.ending == Ending::otherError && !act.statedText.empty() &&
-           std::string_view(findings.text).starts_with(act.statedText);
+    return std::any_of(act.statedTexts.begin(), act.statedTexts.end(),
+                       [&](std::string_view text) { return std::string_view(findings.text).starts_with(text); });
 }
 
 /// What the act leaves where nothing fails: blocks that are made once, as the C++ library's.

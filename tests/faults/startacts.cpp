@@ -357,14 +357,14 @@ void addStartActs(std::vector<NamedAct>& acts)
     acts.push_back(makeNamed<Settings>("settings", false));
     acts.push_back(makeNamed<Usage>("usage", false));
     acts.push_back(makeNamed<Environment>("environment", false));
-    acts.back().statedText = "Could not set environment variable";
+    acts.back().statedTexts = {"Could not set environment variable"};
     acts.back().spareBlocks = 1;  // a text that the C library could not note as its own, and makes anew
     acts.push_back(makeNamed<Tracing>("trace", false));
     acts.push_back(makeNamed<Driver>("driver"));
     acts.back().spareBlocks = 2;  // the tables of groups, which serve messages also where the logger couldn't start
     acts.push_back(makeNamed<TimedRuns>("timedRuns"));
-    acts.back().statedText = "Invalid file name";  // the C library has no memory for an open file
-    acts.back().spareBlocks = 1;                   // the trace level of exceptions, made by the first one
+    acts.back().statedTexts = {"Invalid file name"};  // the C library has no memory for an open file
+    acts.back().spareBlocks = 1;                      // the trace level of exceptions, made by the first one
     acts.push_back(makeNamed<BuildInformation>("buildInformation", false));
 }
 

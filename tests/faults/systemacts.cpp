@@ -179,7 +179,7 @@ void addSystemActs(std::vector<NamedAct>& acts)
     acts.push_back(makeNamed<Process>("process"));
     acts.push_back(makeNamed<Modules>("modules"));
     acts.push_back(makeNamed<SharedLibrary>("sharedLibrary"));
-    acts.back().statedText = "Can't open dynamic library";
+    acts.back().statedTexts = {"Can't open dynamic library"};
     acts.push_back(makeNamed<Dates>("dates"));
     acts.push_back(makeNamed<Names>("names"));
     acts.push_back(makeNamed<Timers>("timers"));

@@ -134,6 +134,7 @@ void perform(NamedAct const& named, Plan const& plan, int again, Findings& findi
     ::alarm(hangSeconds);
     if (plan.prepare && !plan.prepare()) {
         findings.isSkipped = true;
+        findings.error = errno;
         return;
     }
     copyText(findings.step, "prepare");
