@@ -49,8 +49,9 @@ struct NamedAct
     std::function<std::unique_ptr<Act>()> make;
     bool makesCalls;  ///< of the system, but for memory
     std::vector<std::string_view> statedTexts =
-        {};                ///< how exceptions begin that have another text than the system's
-    long spareBlocks = 0;  ///< blocks that stay behind a failure alone, for a reason given with the act
+        {};                         ///< how exceptions begin that have another text than the system's
+    bool mayBeInterrupted = false;  ///< a signal that interrupts a call of another library makes the act fail
+    long spareBlocks = 0;           ///< blocks that stay behind a failure alone, for a reason given with the act
 };
 
 /// In the order of the table of results.

@@ -297,13 +297,19 @@ void askAllNameServices()
 void addFileActs(std::vector<NamedAct>& acts)
 {
     acts.push_back(makeNamed<Copy>("copy"));
+    acts.back().statedTexts = {"Invalid path: '"};  // of a target that the system doesn't call writable
     acts.push_back(makeNamed<Rename>("rename"));
     acts.push_back(makeNamed<Bytes>("bytes"));
+    acts.back().statedTexts = {"short of room"};  // a full disk is a short count
     acts.push_back(makeNamed<Tree>("tree"));
+    acts.back().statedTexts = {"Is a directory"};  // which the system didn't tell when it was asked
     acts.push_back(makeNamed<Removal>("removal"));
+    acts.back().statedTexts = {"Is a directory"};  // which the system didn't tell when it was asked
     acts.push_back(makeNamed<Questions>("questions"));
+    acts.back().statedTexts = {"Invalid path: '"};  // nothing is there, as far as the system tells
     acts.push_back(makeNamed<TolerantQuestions>("tolerantQuestions"));
     acts.push_back(makeNamed<Making>("making"));
+    acts.back().statedTexts = {"No such file or directory"};  // a missing file, whose folder can't be looked at
     acts.push_back(makeNamed<Paths>("paths"));
 }
 

@@ -71,26 +71,30 @@ public:
         _isOpen = true;
         LgQueue queue(17);
         const Registered registered(queue);
+        ++_run;
         for (int i = 0; i < messages; ++i)
-            add(queue, i % 2 == 0 ? LgTypes::Warning : LgTypes::FatalError, "message " + std::to_string(i));
+            add(queue, i % 2 == 0 ? LgTypes::Warning : LgTypes::FatalError, textOf(i));
         LgReader().flushAll();
         LgLog::destroy();
         _isOpen = false;
     }
 
-    /// A message is in a file, or waits with its queue, or couldn't be told: none is there twice, and none is torn.
+    /// None is torn, and none is there twice. Once all works again each is there.
     std::string findFault(bool hasThrown) override
     {
-        const std::string both[] = {_folder.path("warning.log"), _folder.path("events.log")};
-        for (std::string const& path : both) {
-            const std::string torn = findTornLine(path, false);
+        for (char const* name : {"warning.log", "events.log"}) {
+            const std::string torn = findTornLine(_folder.path(name), false);
             if (!torn.empty())
                 return torn;
-            for (int i = 0; i < messages; ++i)
-                if (countLines(path, "message " + std::to_string(i)) > _runs + 1)
-                    return "a message twice in " + path;
         }
-        _runs += !hasThrown;
+        for (int i = 0; i < messages; ++i) {
+            const int count = countLines(_folder.path(i % 2 == 0 ? "warning.log" : "events.log"), textOf(i));
+            if (count > 1)
+                return "a message twice";
+            if (count == 0 && _hasFailed && !hasThrown)
+                return "a message is missing though all works";
+        }
+        _hasFailed = true;
         return "";
     }
 
@@ -127,9 +131,15 @@ private:
         queue.addEntry();
     }
 
+    std::string textOf(int number) const
+    {
+        return "message " + std::to_string(number) + " of run " + std::to_string(_run);
+    }
+
     TempFolder _folder;
     bool _isOpen = false;
-    int _runs = 0;
+    bool _hasFailed = false;  ///< what follows is a run without failures
+    int _run = 0;
 };
 
 /// The same under a lock between processes.

@@ -180,11 +180,13 @@ void addSystemActs(std::vector<NamedAct>& acts)
     acts.push_back(makeNamed<Modules>("modules"));
     acts.push_back(makeNamed<SharedLibrary>("sharedLibrary"));
     acts.back().statedTexts = {"Can't open dynamic library"};
+    acts.back().mayBeInterrupted = true;  // the loader doesn't repeat what it opens
     acts.push_back(makeNamed<Dates>("dates"));
     acts.push_back(makeNamed<Names>("names"));
     acts.push_back(makeNamed<Timers>("timers"));
     acts.push_back(makeNamed<Lock>("lock"));
     acts.push_back(makeNamed<Processor>("processor"));
+    acts.back().makesCalls = false;
 }
 
 }  // namespace VnTest
