@@ -139,16 +139,28 @@ void LgLog::init()
 {
     const LgOutputLock outputs;
     _registry.reset(new LgSimpleRegistry);
-    // What an earlier init() has left, names that point to paths about to be freed included.
+    forgetOutputs();
+    try {
+        readOutputs(makeDefaultPaths());
+        readSettings();
+        _start = HwCounter::timeStamp();
+        for (LevelInfo& level : _level)
+            openOutput(&level);
+    } catch (...) {
+        // A package whose start fails isn't stopped, so nobody would call destroy().
+        forgetOutputs();
+        throw;
+    }
+}
+
+/// Closes without a banner what an init() has left.
+void LgLog::forgetOutputs()
+{
     for (LevelInfo& level : _level) {
         closeOutput(&level);
-        level = {};
+        level = {};  // its name may point to a default path
     }
-    readOutputs(makeDefaultPaths());
-    readSettings();
-    _start = HwCounter::timeStamp();
-    for (LevelInfo& level : _level)
-        openOutput(&level);
+    setDefaultPaths(nullptr, nullptr);
 }
 
 /// The defaults where a variable is unset: tracing goes to standard output alone, profiling to a file of its own, all

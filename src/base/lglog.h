@@ -144,6 +144,7 @@ private:
     static void readSettings();
     static void openOutput(LevelInfo* level);
     static void closeOutput(LevelInfo* level);
+    static void forgetOutputs();
 
     static LevelInfo _level[7];
     static bool _loggerActive;

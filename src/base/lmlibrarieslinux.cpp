@@ -50,10 +50,7 @@ LmMap::Object objectOf(::dl_phdr_info const& info, std::uintptr_t pageSize)
         auto const& header = info.dlpi_phdr[i];
         if (header.p_type != PT_LOAD)
             continue;
-        const std::uintptr_t begin = info.dlpi_addr + header.p_vaddr;
-        const std::uintptr_t end = begin + header.p_memsz;
-        object.begin = std::min(object.begin, begin / pageSize * pageSize);
-        object.end = std::max(object.end, (end + pageSize - 1) / pageSize * pageSize);
+        LmMap::addSegment(object, info.dlpi_addr + header.p_vaddr, header.p_memsz, pageSize);
     }
     return object;
 }

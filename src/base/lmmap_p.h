@@ -28,6 +28,16 @@ public:
         std::string path;
     };
 
+    /// Widens an object to all pages that a segment of it touches; the size of a page is a power of two.
+    ///
+    ///     segment 1FF0 of 20 bytes, pages of 1000  ->  1000-3000
+    ///     segment 1000 of 1000 bytes               ->  1000-2000
+    static void addSegment(Object& object, std::uintptr_t begin, std::uintptr_t size, std::uintptr_t pageSize)
+    {
+        object.begin = std::min(object.begin, begin / pageSize * pageSize);
+        object.end = std::max(object.end, (begin + size + pageSize - 1) / pageSize * pageSize);
+    }
+
     /// Appends a library for each object, with the stretches of the map that overlap it as its blocks.
     ///
     ///     object  1000-4000

@@ -290,6 +290,22 @@ std::string describe(std::exception const& exception)
          << reinterpret_cast<void const*>(end);
     return text.str();
 }
+
+/// Called while an exception is handled. For a report that fails as well, for want of memory, the exit code has to do.
+void reportException() noexcept
+try {
+    try {
+        throw;
+    } catch (ExBase const& failure) {
+        // Nearly all of these are standard exceptions too: this one comes first, as it has the place of the throw.
+        TestInform::exceptionEncountered(failure.getDetailedReason());
+    } catch (std::exception const& failure) {
+        TestInform::exceptionEncountered(describe(failure).c_str());
+    } catch (...) {
+        TestInform::exceptionEncountered("Unknown exception.");
+    }
+} catch (...) {
+}
 }  // namespace
 
 /// Each exception is reported after its packages have stopped, since the guard in run() is destroyed first.
@@ -298,13 +314,8 @@ int TestMgr::runTest(int argc, char** const argv)
     TestMgrHandlers::install();
     try {
         return run(argc, argv);
-    } catch (ExBase const& failure) {
-        // Nearly all of these are standard exceptions too: this one comes first, as it has the place of the throw.
-        TestInform::exceptionEncountered(failure.getDetailedReason());
-    } catch (std::exception const& failure) {
-        TestInform::exceptionEncountered(describe(failure).c_str());
     } catch (...) {
-        TestInform::exceptionEncountered("Unknown exception.");
+        reportException();
     }
     return ExceptionReached;
 }

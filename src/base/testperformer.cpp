@@ -18,6 +18,7 @@
 #include <base/trace.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -100,7 +101,11 @@ void TestPerformer::loadFile(char const* path)
 {
     const Trace::Entry entry(TraceManager::getInstance().getTrace(), traceLevel(), "TestPerformer::loadFile()",
                              sourceName, __LINE__);
-    std::ifstream stream(path);
+    std::ifstream stream;
+    do {
+        errno = 0;
+        stream.open(path);
+    } while (!stream && errno == EINTR);
     if (!stream || OsFsUtils::isDirectory(path))
         refuseWord(__LINE__, "Invalid file name : <", path);
     dropGroups();
@@ -115,6 +120,9 @@ void TestPerformer::loadFile(char const* path)
         if (!stream.eof())
             stream.getline(line, lineSize);
     }
+    // Half a list is none: whoever compares times would miss the rest.
+    if (stream.bad())
+        refuseWord(__LINE__, "Invalid file name : <", path);
 }
 
 /// Frees the arguments and counts from 0 again.

@@ -152,21 +152,34 @@ Trace::Entry::Entry(Trace& trace, TraceLevel const& level, char const* function,
 {
     if (!_active)
         return;
-    std::ostringstream stream;
-    _trace->entering(stream, _file, _lineNumber, ExReasonText::orEmpty(_function));
-    stream << '\0';
-    TraceManager::getInstance().print(stream.str().c_str());
+    const std::int32_t depth = _trace->_depth;
+    try {
+        std::ostringstream stream;
+        _trace->entering(stream, _file, _lineNumber, ExReasonText::orEmpty(_function));
+        stream << '\0';
+        TraceManager::getInstance().print(stream.str().c_str());
+    } catch (...) {
+        _trace->_depth = depth;  // there will be no exit
+        throw;
+    }
 }
 
-/// Prints if the entry was printed, whatever the level says by now.
+/// Prints if the entry was printed, whatever the level says by now. A line for which there is no memory is left out: an
+/// exception would end the program here. Its depth shrinks all the same.
 Trace::Entry::~Entry()
 {
     if (!_active)
         return;
-    std::ostringstream stream;
-    _trace->exiting(stream, _file, _lineNumber, ExReasonText::orEmpty(_function));
-    stream << '\0';
-    TraceManager::getInstance().print(stream.str().c_str());
+    const std::int32_t depth = _trace->_depth;
+    try {
+        std::ostringstream stream;
+        _trace->exiting(stream, _file, _lineNumber, ExReasonText::orEmpty(_function));
+        stream << '\0';
+        TraceManager::getInstance().print(stream.str().c_str());
+    } catch (...) {
+        if (TraceOptions::get().isIndenting() && _trace->_depth == depth)
+            _trace->unindent();
+    }
 }
 
 }  // namespace Vn

@@ -8,6 +8,7 @@
 // manager being complete before its address is stored.
 #include <base/trace.h>
 
+#include <base/neverdestroyed_p.h>
 #include <base/relaxed_p.h>
 
 #include <iostream>
@@ -19,24 +20,20 @@ namespace Vn
 class SingleTraceManager : public TraceManager
 {
 public:
-    /// Two threads may come first at the same time; the guard of the static object lets one of them make it.
+    /// Two threads may come first at the same time; the guards of the static objects let one of them do each. It registers
+    /// behind its constructor: other threads could find a manager whose `_trace` isn't made yet. Not on the heap: the
+    /// destructor of another manager may need it, and can't throw.
     static SingleTraceManager& get()
     {
-        static SingleTraceManager& manager = make();
-        return manager;
+        static NeverDestroyed<SingleTraceManager> manager;
+        static const bool isRegistered = (registerManager(&*manager), true);
+        static_cast<void>(isRegistered);
+        return *manager;
     }
 
     Trace& getTrace() override { return _trace; }
 
 private:
-    /// Registers behind the constructor and not in it: other threads could find a manager whose `_trace` isn't made yet.
-    static SingleTraceManager& make()
-    {
-        auto* const manager = new SingleTraceManager;
-        registerManager(manager);
-        return *manager;
-    }
-
     Trace _trace;
 };
 

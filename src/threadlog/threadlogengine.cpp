@@ -32,10 +32,11 @@
 #include <base/hwcounter.h>
 #include <base/lglog.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <iostream>
 #include <new>
-#include <string>
 #include <utility>
 
 namespace Vn
@@ -54,9 +55,15 @@ LgQueue& getRefusingQueue()
 /// Whether this thread is within `fork` and has kept the queues at rest for that.
 thread_local bool holdsForFork = false;
 
-void tell(std::string const& what)
+/// As long as the reason of any exception of ours.
+using Reason = char[1024];
+
+/// One write, so that the lines of several threads and processes don't mix; without memory, for want of which it may be called.
+void tell(char const* what)
 {
-    std::cerr << "log: " + what + "\n";
+    char line[sizeof(Reason) + 8];
+    const int size = std::snprintf(line, sizeof line, "log: %s\n", what);
+    std::cerr.write(line, std::min<int>(size, sizeof line - 1));
 }
 }  // namespace
 
@@ -315,7 +322,7 @@ void ThreadLogEngine::drain() noexcept
 bool ThreadLogEngine::writeUpTo(unsigned count) noexcept
 {
     _hasWritten = false;
-    std::string reason;
+    Reason reason = "";
     for (int tries = 0; tries < 2; ++tries)
         try {
             errno = 0;
@@ -329,7 +336,7 @@ bool ThreadLogEngine::writeUpTo(unsigned count) noexcept
             return written == count;
         } catch (std::exception const& failure) {
             _isInLine.store(false, std::memory_order_release);
-            reason = failure.what();
+            std::snprintf(reason, sizeof reason, "%s", failure.what());
         }
     if (!_isFailing.exchange(true))
         tell(reason);

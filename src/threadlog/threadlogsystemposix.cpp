@@ -10,6 +10,7 @@
 #include <threadlog/threadlogengine_p.h>
 
 #include <dlfcn.h>
+#include <link.h>
 #include <linux/membarrier.h>
 #include <pthread.h>
 #include <signal.h>
@@ -166,25 +167,30 @@ void pause()
 
 namespace
 {
-/// The loader must not take this library away any more: threads that have logged still have to give back their queues.
-void stayLoaded()
+/// The loader must not take this library away any more: threads that have logged still have to give back their queues. A library
+/// that is part of the program has no name of its own, and stays anyway.
+bool stayLoaded()
 {
     ::Dl_info self = {};
-    if (::dladdr(reinterpret_cast<void*>(onThreadEnd), &self) == 0 || self.dli_fname == nullptr)
-        return;
-    if (void* const library = ::dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE))
-        ::dlclose(library);  // the mark stays
+    ::link_map* object = nullptr;
+    if (::dladdr1(reinterpret_cast<void*>(onThreadEnd), &self, reinterpret_cast<void**>(&object),
+                  RTLD_DL_LINKMAP) == 0 ||
+        object == nullptr || *object->l_name == '\0')
+        return true;
+    void* const library = ::dlopen(object->l_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    return library != nullptr && ::dlclose(library) == 0;  // the mark stays
 }
 }  // namespace
 
-/// For the life of the process, whether a log exists or not: a log may be made in a child, or behind another one.
+/// For the life of the process, whether a log exists or not: a log may be made in a child, or behind another one. The last step is
+/// the only one that must not be taken twice.
 void installHooks()
 {
-    stayLoaded();
-    ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); },
-                     [] { ThreadLogEngine::get().afterForkInParent(); },
-                     [] { ThreadLogEngine::get().afterForkInChild(); });
-    std::atexit([] { ThreadLogEngine::get().stopAtExit(); });
+    if (!stayLoaded() || std::atexit([] { ThreadLogEngine::get().stopAtExit(); }) != 0 ||
+        ::pthread_atfork([] { ThreadLogEngine::get().beforeFork(); },
+                         [] { ThreadLogEngine::get().afterForkInParent(); },
+                         [] { ThreadLogEngine::get().afterForkInChild(); }) != 0)
+        throw std::bad_alloc();
 }
 
 namespace

@@ -763,6 +763,26 @@ TEST(InInitMgr, packagesDestroyedByAStopAreNeitherStoppedNorTouched)
                  "start a\nstart b\nstart c\nstart d\nstop d\nstop c\nstop b\nstop: ok\n");
 }
 
+VN_CHILD(nextDestroyedDuringTheStop)
+{
+    NumberedPackage<1> one("a");
+    auto next = std::make_unique<NumberedPackage<2>>("b");
+    auto afterNext = std::make_unique<NumberedPackage<3>>("c");
+    NumberedPackage<4> four("d");
+    NumberedPackage<5> five("e");
+    start();
+    five.onStop = [&] { next.reset(); };
+    four.onStop = [&] { afterNext.reset(); };
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, thePackageThatIsNextToStopMayBeDestroyedByTheOneBefore)
+{
+    expectOutput("nextDestroyedDuringTheStop",
+                 "start a\nstart b\nstart c\nstart d\nstart e\nstop e\nstop d\nstop a\nstop: ok\n");
+}
+
 VN_CHILD(destroyedDuringTheStart)
 {
     auto victim = std::make_unique<NumberedPackage<2>>("b");

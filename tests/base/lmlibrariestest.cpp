@@ -410,6 +410,34 @@ TEST(LmMap, aStretchCountsAsFarAsItsObjectGoes)
                                       libraryOf(0x9000, "c", {})}));
 }
 
+TEST(LmMap, anObjectHasAllPagesThatItsSegmentsTouch)
+{
+    const struct
+    {
+        char const* what;
+        std::uintptr_t begin, size, expectedBegin, expectedEnd;
+    } table[] = {
+        {"whole pages", 0x1000, 0x2000, 0x1000, 0x3000},
+        {"one byte", 0x1000, 1, 0x1000, 0x2000},
+        {"the last byte of a page", 0x1FFF, 1, 0x1000, 0x2000},
+        {"two bytes on two pages", 0x1FFF, 2, 0x1000, 0x3000},
+        {"one byte more than a page", 0x1000, 0x1001, 0x1000, 0x3000},
+        {"one byte less than a page", 0x1000, 0xFFF, 0x1000, 0x2000},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        LmMap::Object object{UINTPTR_MAX, 0, ""};
+        LmMap::addSegment(object, row.begin, row.size, 0x1000);
+        EXPECT_EQ(object.begin, row.expectedBegin);
+        EXPECT_EQ(object.end, row.expectedEnd);
+        LmMap::addSegment(object, 0x8010, 0x10, 0x1000);  // behind it, with a gap
+        EXPECT_EQ(object.begin, row.expectedBegin);
+        EXPECT_EQ(object.end, 0x9000u);
+        LmMap::addSegment(object, row.begin, row.size, 0x1000);  // again
+        EXPECT_EQ(object.end, 0x9000u);
+    }
+}
+
 TEST(LmMap, linesThatDontReadAsSuchArePassedOver)
 {
     for (char const* map : {"", "\n\n", "nonsense", "1000-2000", "1000-2000 rw-p", "1000-2000 rw-p 0 00:00",

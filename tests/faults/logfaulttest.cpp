@@ -481,6 +481,54 @@ TEST_F(LogFaults, aLineThatIsCutByTheDiskIsCompletedLater)
     queue.end();
 }
 
+TEST_F(LogFaults, aLineThatTheSystemTakesByteByByteIsWhole)
+{
+    set("VN_LOG_WARNING", "%" + folder.path("warning.log"));
+    for (const bool hasLock : {false, true}) {
+        SCOPED_TRACE(hasLock);
+        const LockName name(folder);
+        set("VN_INTERNAL_INTERPROCESS_LOG_LOCK", hasLock ? name.get() : "");
+        start();
+        StampedQueue queue;
+        queue.log(1, "a line in many pieces");
+        queue.log(2, "and another");
+        testing::internal::CaptureStdout();
+        VnTest::makeTransfersShort(true);
+        LgReader().flushAll();
+        VnTest::makeTransfersShort(false);
+        const std::string echo = testing::internal::GetCapturedStdout();
+        std::vector<std::string> lines = VnTest::linesOf(folder.path("warning.log"));
+        lines.erase(lines.begin(), lines.begin() + 4);
+        EXPECT_EQ(textsOf(lines), (std::vector<std::string>{"a line in many pieces", "and another"}));
+        EXPECT_EQ(std::count(echo.begin(), echo.end(), '\n'), 2) << echo;
+        queue.end();
+        stop();
+    }
+}
+
+TEST_F(LogFaults, aPipeThatTakesByteByByteGetsTheWholeLine)
+{
+    const std::string path = folder.path("pipe");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    set("VN_LOG_WARNING", path);
+    start();
+    StampedQueue queue;
+    queue.log(1, "a line in many pieces");
+    char bytes[4096];
+    ASSERT_GT(::read(reader, bytes, sizeof bytes), 0) << "the banner";
+    VnTest::makeTransfersShort(true);
+    LgReader().flushAll();
+    VnTest::makeTransfersShort(false);
+    const ::ssize_t size = ::read(reader, bytes, sizeof bytes);
+    ::close(reader);
+    ASSERT_GT(size, 0);
+    const std::optional<LogLine> line = LogLine::parse(std::string(bytes, static_cast<std::size_t>(size - 1)));
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->text, "a line in many pieces");
+    queue.end();
+}
+
 TEST_F(LogFaults, aLineThatDoesNotFitTheBufferIsLostAloneOnAFullDisk)
 {
     start();
