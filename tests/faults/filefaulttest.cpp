@@ -85,6 +85,8 @@ struct Act
 
 TEST_F(FileFault, whatTheSystemRefusesIsThrownWithItsCode)
 {
+    temp.folder("nest/sub");
+    temp.folder("same/sub");
     // The act doesn't happen, so each can be tried with one error after the other.
     const Act acts[] = {
         {"reader", "open", "src/base/osfilereaderwindows", [&] { OsFileReader reader(at("file")); }},
@@ -110,8 +112,32 @@ TEST_F(FileFault, whatTheSystemRefusesIsThrownWithItsCode)
          [&] { directory("").getChildrenPath(OsFileTypes::FullPath, everything); }, 3},
         {"children", "readdir", "src/base/osdirectorywindows", [&] { directory("").getChildren(everything); }, 4},
         {"any children", "opendir", "src/base/osdirectorywindows", [&] { directory("").hasChildren(everything); }},
-        {"copy a tree", "opendir", "src/base/osdirectorywindows",
+        {"copy a tree", "fdopendir", "src/base/osdirectorywindows",
          [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }},
+        {"copy a tree, target", "open", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }},
+        {"copy a tree, source", "open", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }, 1},
+        {"copy a tree, looked at", "fstat", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }, 1},
+        {"copy a tree, duplicate", "fcntl", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }},
+        {"copy a tree, child made", "mkdirat", "src/base/osfsutilswindows",
+         [&] { OsDirectory::copyHierarchy(at("nest"), at("folder")); }},
+        {"copy a tree, child's target", "openat", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("nest"), at("same")); }},
+        {"copy a tree, child's source", "openat", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("nest"), at("same")); }, 1},
+        {"copy a tree, file's source", "openat", "src/base/osfilereaderwindows",
+         [&] { OsDirectory::copyHierarchy(at("folder"), at("empty")); }},
+        {"copy a tree, file's target", "openat", "src/base/osfilewriterwindows",
+         [&] { OsDirectory::copyHierarchy(at("folder"), at("empty")); }, 1},
+        {"empty a folder", "open", "src/base/osdirectorywindows",
+         [&] { directory("folder").removeChildren(everything); }},
+        {"empty a folder of files", "unlinkat", "src/base/osfsutilswindows",
+         [&] { directory("folder").removeChildren(everything); }},
+        {"empty a folder of folders", "unlinkat", "src/base/osfsutilswindows",
+         [&] { directory("nest").removeChildren(everything); }, 1},
         {"resolve", "getcwd", "src/base/osfilepathwindows", [&] { OsFilePath("relative").getBaseName(); }},
         {"gone after it was there: size", "stat", "src/base/osfilewindows", [&] { file("file").getSize(); }, 1},
         {"gone after it was there: type", "stat", "src/base/osfilewindows", [&] { file("file").getType(); }, 1},
@@ -485,7 +511,7 @@ TEST_F(FileFault, aListingAsksOnlyAboutWhatItDoesNotKnow)
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.what);
-        VnTest::failCall("stat", EIO, 0, 100);
+        VnTest::failCall("fstatat", EIO, 0, 100);
         const ObjPtr<Vector<OsFilePath>> names(directory("").getChildrenPath(OsFileTypes::LeafPath, *row.filter));
         EXPECT_EQ(VnTest::stopFailingCalls(), row.questions);
         EXPECT_EQ(names->size(), row.children);
@@ -517,8 +543,8 @@ TEST_F(FileFault, aFileSystemThatListsNoTypesIsAskedAboutEachChild)
 TEST_F(FileFault, aTreeIsCopiedByTheTypesOfItsListings)
 {
     temp.folder("nest/sub");
-    // Three questions are about the roots; the next one is for the identity of the child, whose type is known.
-    const FailingCall failing("stat", EIO, 3);
+    // The first question in a tree is for the identity of the child, whose type is known.
+    const FailingCall failing("fstatat", EIO);
     EXPECT_EQ(
         systemErrorOf([&] { OsDirectory::copyHierarchy(at("nest"), at("tree")); }, "src/base/osdirectorywindows"),
         EIO);
@@ -528,9 +554,8 @@ TEST_F(FileFault, aChildThatVanishesWhileATreeIsCopiedEndsTheCopyWithTheSystemsE
 {
     static std::string path;
     path = temp.path("folder/below");
-    // Between the listing and the copy, at the question about the target.
-    VnTest::interruptCall(
-        "stat", [] { std::filesystem::remove(path); }, 3);
+    // Between the listing and the copy, when it is to be opened.
+    VnTest::interruptCall("openat", [] { std::filesystem::remove(path); });
     EXPECT_EQ(systemErrorOf([&] { OsDirectory::copyHierarchy(at("folder"), at("tree")); },
                             "src/base/osfilereaderwindows"),
               ENOENT);
