@@ -78,7 +78,7 @@ public:
     OpenedFile createTarget(char const* name) const;
 
     /// Opens a file for writing, or creates it; leaves its content. Never waits, as openSource(). Where links are
-    /// refused, a file that has another name elsewhere (a hard link) is refused as well.
+    /// refused, so is a file that has another name elsewhere (a hard link), and on Linux what is no regular file.
     OpenedFile openTarget(char const* name, Links links) const;
 
     /// The descriptor, which stays ours. Of use on Linux only.

@@ -193,7 +193,8 @@ OpenedFile OpenDirectory::openTarget(char const* name, Links links) const
 {
     return finishOpening(openIn(_handle, name, O_WRONLY | O_CREAT | fileFlags | flagOf(links), modeOfCopy()),
                          [links](struct ::stat const& status) {
-                             return links == Links::Refused && status.st_nlink > 1 ? ESTALE : 0;
+                             const bool isOwn = S_ISREG(status.st_mode) && status.st_nlink == 1;
+                             return links == Links::Refused && !isOwn ? ESTALE : 0;
                          });
 }
 
