@@ -64,14 +64,28 @@ OpenedFile open(std::string const& path, DWORD access, DWORD disposition, Links 
     return {reinterpret_cast<INT_PTR>(file), identityOf(information)};
 }
 
+/// The error of a listing, where that is refused too: it tells a missing directory from a missing file.
+std::int64_t refuseListing(std::string const& path)
+{
+    const DWORD error = ::GetLastError();
+    WIN32_FIND_DATAA entry;
+    const HANDLE search = ::FindFirstFileA(getPathGrammar().join(path, "*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE)
+        return closedHandle;
+    ::FindClose(search);
+    ::SetLastError(error);
+    return closedHandle;
+}
+
 std::int64_t openDirectory(std::string const& path, Links links, OpenDirectory::Use use)
 {
-    const DWORD access = use == OpenDirectory::Use::Listing ? FILE_LIST_DIRECTORY : FILE_TRAVERSE;
+    const bool isListed = use == OpenDirectory::Use::Listing;
     BY_HANDLE_FILE_INFORMATION information;
-    const OpenedFile directory = open(path, access, OPEN_EXISTING, links, FILE_FLAG_BACKUP_SEMANTICS, information);
-    if (directory.handle == closedHandle || (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        return directory.handle;
-    return closeWithError(systemHandle(directory.handle), ERROR_DIRECTORY).handle;
+    OpenedFile directory = open(path, isListed ? FILE_LIST_DIRECTORY : FILE_TRAVERSE, OPEN_EXISTING, links,
+                                FILE_FLAG_BACKUP_SEMANTICS, information);
+    if (directory.handle != closedHandle && (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+        directory = closeWithError(systemHandle(directory.handle), ERROR_DIRECTORY);
+    return directory.handle == closedHandle && isListed ? refuseListing(path) : directory.handle;
 }
 }  // namespace
 
