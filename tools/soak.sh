@@ -2,7 +2,7 @@
 # Long runs against a model of what must hold: tools/soak.sh [MINUTES] [WHAT]
 #
 #   MINUTES  for each part, 1 by default
-#   WHAT     all (default), or one of: kills, crashes, queue, load, processes
+#   WHAT     all (default), or one of: kills, crashes, queue, load, processes, tree
 #
 # kills: processes write into one log and are killed at any moment, with lines of 300 and of 9,000 characters, on a disk
 #        with room and on one that fills up again and again (which takes root's right to mount a small disk).
@@ -11,6 +11,7 @@
 # queue: one thread writes into a queue and another one reads it, beside a model.
 # load:  a library with packages, groups, levels and environment objects comes and goes while another thread logs.
 # processes: threads start programs by the thousand; no zombie and no descriptor may be left.
+# tree:  a tree is copied, listed and emptied while another process swaps what is in it, 100,000 swaps in one run.
 #
 # Builds with the preset release if need be. Prints what each run counted; ends with 1 at the first thing that doesn't hold.
 set -euo pipefail
@@ -26,7 +27,7 @@ minutes=${1:-1}
 what=${2:-all}
 [[ $minutes =~ ^[0-9]+$ ]] || { echo "soak: $minutes is no number of minutes; tools/soak.sh -h helps" >&2; exit 2; }
 
-parts=(kills crashes queue load processes)
+parts=(kills crashes queue load processes tree)
 [ "$what" = all ] || parts=("$what")
 bin=build/release/bin
 mkdir -p build/logs
@@ -63,6 +64,7 @@ for part in "${parts[@]}"; do
     queue) repeat $((minutes * 60)) queuemodel 10000000 ;;
     load) repeat $((minutes * 60)) loadsoak 10000 ;;
     processes) repeat $((minutes * 60)) startsoak 4000 ;;
+    tree) repeat $((minutes * 60)) treerace 100000 ;;
     *)
         echo "soak: nothing is called $part; tools/soak.sh -h helps" >&2
         exit 2

@@ -9,12 +9,7 @@
 //                         question; only for a symlink the system is asked
 //     hasChildren()       ends at the first child
 //
-// A tree is copied by TreeCopy, depth first: it creates the target directory, then lists the source, then copies
-// child by child. What the listing calls a file is copied without another question: if it has become a directory
-// meanwhile, opening it fails. It remembers the identities of the directories that it is in the middle of. A symlink
-// to one of these would make the copy endless and is refused as the system refuses a cycle of links; and the root of
-// the target, if it lies inside the source, is passed over. The first failure ends the copy, and what has been copied
-// stays.
+// removeChildren() lists and removes in one directory that it holds open; a tree is copied by ostreecopy.cpp.
 //
 // Failures of the system have the source name of the platform's form on every system.
 #include <base/osdirectory.h>
@@ -25,6 +20,8 @@
 #include <base/osfileex.h>
 #include <base/osfilepath_p.h>
 #include <base/osfsutils.h>
+#include <base/osopendirectory_p.h>
+#include <base/ostreecopy_p.h>
 
 #include <algorithm>
 #include <cstring>
@@ -42,6 +39,7 @@ constexpr char sourceName[] = "src/base/osdirectory";
 constexpr char systemSourceName[] = "src/base/osdirectorywindows";
 
 using System::DirectoryListing;
+using System::OpenDirectory;
 
 /// Both systems list these two; neither is a child.
 bool isSelfOrParent(char const* name)
@@ -55,21 +53,14 @@ void requirePath(OsFilePath const& path, int line)
         throw OsFileEx::ExNullFilePath(sourceName, line);
 }
 
-/// Follows symlinks.
-bool isDirectory(char const* path, DirectoryListing::Kind kind)
-{
-    return kind == DirectoryListing::Kind::Unknown ? OsFsUtils::isDirectory(path)
-                                                   : kind == DirectoryListing::Kind::Directory;
-}
-
 /// A child of a directory. The texts are valid only while it is visited.
 struct Child
 {
     char const* path;
     char const* name;  ///< the end of `path`
-    DirectoryListing::Kind kind;
+    DirectoryListing const& listing;
 
-    bool isDirectory() const { return Vn::isDirectory(path, kind); }
+    bool isDirectory() const { return listing.isDirectory(); }
 };
 
 /// The path of one child after the other, in one block of memory.
@@ -107,7 +98,7 @@ public:
     bool refusesName(char const* name, DirectoryListing::Kind kind) const
     {
         if (_rule == Rule::Directories)
-            return kind == DirectoryListing::Kind::Other;
+            return kind == DirectoryListing::Kind::RegularFile || kind == DirectoryListing::Kind::Other;
         if (_rule != Rule::Leaves)
             return false;
         return kind == DirectoryListing::Kind::Directory || (isPlain(name) && !leafFilter().acceptsName(name));
@@ -165,20 +156,26 @@ namespace
 {
 /// Calls `visit` with each child that passes the filter, until it returns false.
 template <class Visit>
-void visitChildren(OsFilePath const& directory, OsFileFilter const& filter, Visit const& visit)
+void visitChildren(DirectoryListing& listing, OsFilePath const& directory, OsFileFilter const& filter,
+                   Visit const& visit)
 {
-    DirectoryListing listing(directory.getChars());
     const ListingFilter listingFilter(filter);
     ChildPath path(directory);
     while (listing.next()) {
-        const DirectoryListing::Kind kind = listing.getKind();
-        if (listingFilter.refusesName(listing.getName(), kind))
+        if (listingFilter.refusesName(listing.getName(), listing.getKind()))
             continue;
         char const* const whole = path.set(listing.getName());
-        const Child child{whole, path.getName(), kind};
+        const Child child{whole, path.getName(), listing};
         if (listingFilter.accepts(child) && !visit(child))
             return;
     }
+}
+
+template <class Visit>
+void visitChildren(OsFilePath const& directory, OsFileFilter const& filter, Visit const& visit)
+{
+    DirectoryListing listing(directory.getChars());
+    visitChildren(listing, directory, filter, visit);
 }
 
 /// Collects the texts of paths in one block, so that the vector of paths can be allocated once, at its length.
@@ -191,12 +188,18 @@ public:
         ++_count;
     }
 
+    template <class Use>
+    void forEach(Use const& use) const
+    {
+        for (std::size_t start = 0; start < _texts.size(); start = _texts.find('\0', start) + 1)
+            use(_texts.c_str() + start);
+    }
+
     ObjPtrRet<Vector<OsFilePath>> makePaths() const
     {
         ObjPtrRet<Vector<OsFilePath>> paths(new Vector<OsFilePath>);
         paths->reserve(_count);
-        for (std::size_t start = 0; start < _texts.size(); start = _texts.find('\0', start) + 1)
-            paths->emplace_back(_texts.c_str() + start);
+        forEach([&paths](char const* text) { paths->emplace_back(text); });
         return paths;
     }
 
@@ -204,66 +207,12 @@ private:
     std::string _texts;  ///< each with its terminator
     std::size_t _count = 0;
 };
-
-/// Copies one tree. One object for one copy.
-class TreeCopy
-{
-public:
-    /// `kind` is what a listing has told of the source.
-    void copy(OsFilePath const& source, OsFilePath const& target, DirectoryListing::Kind kind)
-    {
-        if (!isDirectory(source.getChars(), kind)) {
-            OsFile(source).copyTo(target);
-            return;
-        }
-        const System::FileIdentity identity = requireIdentity(source);
-        // By identity and not by path: a symlink or a second mount may lead there as well.
-        if (!_ancestors.empty() && identity == _targetRoot)
-            return;  // the target lies inside the source
-        if (std::find(_ancestors.begin(), _ancestors.end(), identity) != _ancestors.end()) {
-            System::setLoopError();
-            throw ExSysErrorWindows(systemSourceName, __LINE__);
-        }
-        OsFsUtils::createDir(target.getChars(), true);
-        if (_ancestors.empty())
-            _targetRoot = requireIdentity(target);
-        _ancestors.push_back(identity);
-        copyChildren(source, target);
-        _ancestors.pop_back();
-    }
-
-private:
-    struct Listed
-    {
-        std::string name;
-        DirectoryListing::Kind kind;
-    };
-
-    static System::FileIdentity requireIdentity(OsFilePath const& path)
-    {
-        const std::optional<System::FileIdentity> identity = System::identify(path.getChars());
-        if (!identity)
-            throw ExSysErrorWindows(systemSourceName, __LINE__);
-        return *identity;
-    }
-
-    /// The listing is complete before the first child is copied: the target may be created in the same directory.
-    void copyChildren(OsFilePath const& source, OsFilePath const& target)
-    {
-        std::vector<Listed> children;
-        visitChildren(source, OsPassThroughFilter(), [&children](Child const& child) {
-            children.push_back({child.name, child.kind});
-            return true;
-        });
-        for (Listed const& child : children)
-            copy(source + child.name.c_str(), target + child.name.c_str(), child.kind);
-    }
-
-    std::vector<System::FileIdentity>
-        _ancestors;                    ///< the source directories that contain the present one, and itself
-    System::FileIdentity _targetRoot;  ///< set with the first directory
-};
 }  // namespace
+
+bool System::DirectoryListing::isDirectory() const
+{
+    return _kind == Kind::Unknown ? leadsToDirectory() : _kind == Kind::Directory;
+}
 
 // Portable, so that both platforms' forms only read entries.
 bool System::DirectoryListing::next()
@@ -349,23 +298,26 @@ bool OsDirectory::hasChildren(OsFileFilter const& filter) const
 }
 
 // Doesn't descend: a directory with children ends it with the system's error. A symlink is removed itself, also one
-// that leads to a directory.
+// that leads to a directory. The listing is complete before the first removal, and the directory stays open from the
+// one to the other: what another process puts at its path meanwhile is left alone.
 void OsDirectory::removeChildren(OsFileFilter const& filter)
 {
-    const ObjPtrRet<Vector<OsFilePath>> paths = getChildrenPath(OsFileTypes::FullPath, filter);
-    for (OsFilePath const& path : *paths) {
-        char const* const text = path.getChars();
-        if (OsFsUtils::isDirectory(text) && !OsFsUtils::isSymLink(text))
-            OsFsUtils::removeDir(text);
-        else
-            OsFsUtils::deleteFile(text);
+    requirePath(getPath(), __LINE__);
+    const OpenDirectory directory(getPath().getChars(), System::Links::Followed, OpenDirectory::Use::Listing);
+    ChildTexts names;
+    {
+        DirectoryListing listing(directory);
+        visitChildren(listing, getPath(), filter, [&names](Child const& child) {
+            names.add(child.name);
+            return true;
+        });
     }
+    names.forEach([&directory](char const* name) { directory.removeChild(name); });
 }
 
-// What the source is, is not known before its first question.
 void OsDirectory::copyHierarchy(OsFilePath const& source, OsFilePath const& target)
 {
-    TreeCopy().copy(source, target, DirectoryListing::Kind::Unknown);
+    copyTree(source, target);
 }
 
 void OsDirectory::performCreate(OsFileTypes::Permissions const& permissions)

@@ -68,6 +68,8 @@ public:
     ///     a symlink to a directory      ->  the link is removed
     ///     a directory with children     ->  throws ExSysErrorWindows; earlier children are gone, later ones stay
     ///
+    /// Removes from the directory that it has listed, also if another process puts a link or another directory at its
+    /// path meanwhile. On Windows others can neither rename nor remove the directory until this ends.
     void removeChildren(OsFileFilter const& filter);
 
     /// Copies the tree or the single file at `source` to the name `target`. Symlinks are followed.
@@ -77,7 +79,18 @@ public:
     ///     a cycle of links to directories      ->  throws ExSysErrorWindows (ELOOP; 1921 on Windows)
     ///     `target` lies inside `source`        ->  `target` itself is not copied
     ///
-    /// Single files are copied as by OsFile::copyTo(). The first failure ends the copy; what has been copied stays.
+    /// Single files are copied as by OsFile::copyTo(), but nothing waits for a pipe: one that is held open by a writer
+    /// and empty ends the copy (EAGAIN). The first failure ends the copy; what has been copied stays.
+    ///
+    /// Other processes may change both trees meanwhile. A directory or file that is swapped between its listing and its
+    /// copy ends the copy with ExSysErrorWindows, for example:
+    ///
+    ///     a directory for a link             ->  ENOTDIR
+    ///     a file for a link                  ->  ELOOP
+    ///     a file for a pipe, a directory for another one    ->  ESTALE; 1006 on Windows
+    ///
+    /// What the copy has created leads nowhere else: links there are not followed, and no file with a second name is
+    /// replaced. Links in a directory that was there before are followed.
     static void copyHierarchy(OsFilePath const& source, OsFilePath const& target);
 
 private:

@@ -1,5 +1,7 @@
-// Private to osdirectory.cpp; implemented in osdirectoryposix.cpp and osdirectorywindows.cpp.
+// Private to osdirectory.cpp and ostreecopy.cpp; implemented in osdirectoryposix.cpp and osdirectorywindows.cpp.
 #pragma once
+
+#include <base/osopendirectory_p.h>
 
 #include <memory>
 
@@ -18,12 +20,16 @@ public:
     enum class Kind
     {
         Directory,
-        Other,
+        RegularFile,
+        Other,   ///< a pipe, a device
         Unknown  ///< a symlink, or a file system whose listings have no types: ask for the child itself
     };
 
     /// Opens the directory; the empty path is the current one. Throws ExSysErrorWindows.
     explicit DirectoryListing(char const* directory);
+
+    /// Of a directory that is open, from its first child. One at a time, since all of them share its position.
+    explicit DirectoryListing(OpenDirectory const& directory);
     ~DirectoryListing();
 
     /// Goes to the next child; false at the end. Throws ExSysErrorWindows.
@@ -33,8 +39,17 @@ public:
     char const* getName() const { return _name; }
     Kind getKind() const { return _kind; }
 
+    /// Followed for what is a symlink, or may be one.
+    Links getLinks() const { return _links; }
+
+    /// Whether the child leads to a directory; a question to the system if its kind doesn't tell.
+    bool isDirectory() const;
+
 private:
     struct State;
+
+    /// The question of isDirectory(), about this very directory's child.
+    bool leadsToDirectory() const;
 
     /// The platform's part of next(): goes to the next entry, which may be "." or "..".
     bool readEntry();
@@ -42,6 +57,7 @@ private:
     std::unique_ptr<State> _state;
     char const* _name = nullptr;  ///< in the system's buffer
     Kind _kind = Kind::Unknown;
+    Links _links = Links::Followed;
 };
 
 }  // namespace Vn::System

@@ -5,7 +5,11 @@
 #include <base/osdirectory_p.h>
 
 #include <base/exsyserror.h>
+#include <base/osposix_p.h>
+
 #include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 
@@ -21,6 +25,8 @@ DirectoryListing::Kind kindOf(::dirent const& entry)
     switch (entry.d_type) {
     case DT_DIR:
         return DirectoryListing::Kind::Directory;
+    case DT_REG:
+        return DirectoryListing::Kind::RegularFile;
     case DT_LNK:
     case DT_UNKNOWN:
         return DirectoryListing::Kind::Unknown;
@@ -52,6 +58,17 @@ DirectoryListing::DirectoryListing(char const* directory) : _state(std::make_uni
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+// Through a duplicate, since closing the stream closes its descriptor.
+DirectoryListing::DirectoryListing(OpenDirectory const& directory) : _state(std::make_unique<State>())
+{
+    Posix::Descriptor copy(::fcntl(static_cast<int>(directory.getHandle()), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    if (copy.isOpen())
+        _state->stream = ::fdopendir(copy.get());
+    if (_state->stream == nullptr)
+        throw ExSysErrorWindows(sourceName, __LINE__);
+    copy.release();
+}
+
 // Here, where State is complete; it closes the stream.
 DirectoryListing::~DirectoryListing() = default;
 
@@ -68,7 +85,15 @@ bool DirectoryListing::readEntry()
         return false;
     _name = entry->d_name;
     _kind = kindOf(*entry);
+    _links = _kind == Kind::Unknown ? Links::Followed : Links::Refused;
     return true;
+}
+
+bool DirectoryListing::leadsToDirectory() const
+{
+    struct ::stat status;
+    return Posix::retry([&] { return ::fstatat(::dirfd(_state->stream), _name, &status, 0); }) == 0 &&
+           S_ISDIR(status.st_mode);
 }
 
 }  // namespace Vn::System

@@ -2,7 +2,7 @@
 //
 // FindFirstFileA() opens the search and returns its first entry together, so that entry waits for the first call of
 // readEntry(). Every entry has its attributes with it: no child's kind is Unknown. A reparse point counts as what it
-// stands for, a directory or not.
+// stands for, a directory or not, and is a link that may be followed.
 #include <base/osdirectory_p.h>
 
 #include <base/exsyserror.h>
@@ -41,6 +41,10 @@ DirectoryListing::DirectoryListing(char const* directory) : _state(std::make_uni
         throw ExSysErrorWindows(sourceName, __LINE__);
 }
 
+// By its path, which leads to the directory for as long as that is open.
+DirectoryListing::DirectoryListing(OpenDirectory const& directory) : DirectoryListing(directory.pathOf("").c_str())
+{}
+
 // Here, where State is complete; it closes the search.
 DirectoryListing::~DirectoryListing() = default;
 
@@ -55,9 +59,16 @@ bool DirectoryListing::readEntry()
     }
     _state->isFirst = false;
     _name = _state->entry.cFileName;
-    const bool isDirectory = (_state->entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    _kind = isDirectory ? Kind::Directory : Kind::Other;
+    const DWORD attributes = _state->entry.dwFileAttributes;
+    _kind = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? Kind::Directory : Kind::Other;
+    _links = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ? Links::Followed : Links::Refused;
     return true;
+}
+
+// Never asked: the attributes of an entry always tell.
+bool DirectoryListing::leadsToDirectory() const
+{
+    return _kind == Kind::Directory;
 }
 
 }  // namespace Vn::System

@@ -17,6 +17,7 @@
 #include <base/exsyserror.h>
 #include <base/osaccess_p.h>
 #include <base/osfile_p.h>
+#include <base/osfilecopy_p.h>
 #include <base/osfileex.h>
 #include <base/osfilehandle_p.h>
 #include <base/osfilereader.h>
@@ -92,37 +93,23 @@ void writeWhole(OsFileWriter& writer, char const* bytes, std::uint32_t count)
 }
 }  // namespace
 
-/// Knows the handles of the two ends of a copy, for what neither end can do alone.
-class FileCopy
+void FileCopy::run(OsFileReader& reader, OsFileWriter& writer)
 {
-public:
-    /// Both are at the start of their files, and the writer's is empty.
-    ///
-    ///     up to one block             read, write, read (which finds the end)
-    ///     more, blocks are shared     read, share, read
-    ///     more, otherwise             read, write, copied by the system, read
-    ///     the system copies nothing   read, write, read, write, ..., read
-    ///
-    /// The end is always what a reading finds, so a file that grows meanwhile is copied with what has been appended,
-    /// and one that shrinks up to its new end.
-    static void run(OsFileReader& reader, OsFileWriter& writer)
-    {
-        char block[blockSize];
-        std::uint32_t count = reader.read(block, sizeof block);
-        // Not for a small file, for which these calls would be as many as they save.
-        bool isLarge = count == sizeof block;
-        if (isLarge && System::shareBlocks(reader._handle, writer._handle)) {
-            isLarge = false;
-            count = reader.read(block, sizeof block);  // the end, unless the file has grown
-        }
-        for (; count != 0; count = reader.read(block, sizeof block)) {
-            writeWhole(writer, block, count);
-            if (isLarge)
-                System::copyRange(reader._handle, writer._handle);
-            isLarge = false;
-        }
+    char block[blockSize];
+    std::uint32_t count = reader.read(block, sizeof block);
+    // Not for a small file, for which these calls would be as many as they save.
+    bool isLarge = count == sizeof block;
+    if (isLarge && System::shareBlocks(reader._handle, writer._handle)) {
+        isLarge = false;
+        count = reader.read(block, sizeof block);  // the end, unless the file has grown
     }
-};
+    for (; count != 0; count = reader.read(block, sizeof block)) {
+        writeWhole(writer, block, count);
+        if (isLarge)
+            System::copyRange(reader._handle, writer._handle);
+        isLarge = false;
+    }
+}
 
 OsFile::OsFile(OsFilePath const& path) : _path(path) {}
 

@@ -34,6 +34,10 @@ bool isSymLink(char const* path);
 /// False if something has that name already.
 bool createDirectory(char const* path);
 
+/// For what has the name of a directory that is to be created: throws as OsFsUtils::createDir() does unless it is a
+/// directory. `existing` is the answer of the last question to the system. Implemented in osfsutils.cpp.
+void requireDirectory(FileKind existing);
+
 void removeDirectory(char const* path);
 
 /// Makes an empty file. False if `failIfExists` is true and something has that name already.

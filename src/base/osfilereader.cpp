@@ -38,6 +38,16 @@ OsFileReader::OsFileReader(OsFilePath const& path) : _path(path), _handle(System
 
 OsFileReader::OsFileReader(OsFile const& file) : OsFileReader(file.getPath()) {}
 
+// These two are for FileCopy, which has no path: the file is opened in a directory that is held, and adopted after it.
+OsFileReader::OsFileReader() : _handle(System::closedHandle) {}
+
+void OsFileReader::adopt(std::int64_t handle)
+{
+    if (handle == System::closedHandle)
+        throw ExSysErrorWindows(systemSourceName, __LINE__);
+    _handle = handle;
+}
+
 // Not through close(), which throws.
 OsFileReader::~OsFileReader()
 {

@@ -73,6 +73,9 @@ public:
 private:
     friend class FileCopy;
 
+    OsFileReader();
+    void adopt(std::int64_t handle);
+
     std::int64_t performOpen();
     std::uint32_t performRead(void* buffer, unsigned long size);
     std::int32_t performSeek(long offset, OsFileTypes::SeekMode mode);

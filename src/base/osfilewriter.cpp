@@ -37,6 +37,16 @@ OsFileWriter::OsFileWriter(OsFile const& file, OsFileTypes::Permissions const& p
     : OsFileWriter(file.getPath(), permissions, failIfExists)
 {}
 
+// These two are for FileCopy, which has no path: the file is opened in a directory that is held, and adopted after it.
+OsFileWriter::OsFileWriter() : _handle(System::closedHandle) {}
+
+void OsFileWriter::adopt(std::int64_t handle)
+{
+    if (handle == System::closedHandle)
+        throw ExSysErrorWindows(systemSourceName, __LINE__);
+    _handle = handle;
+}
+
 // What closing reports is lost here: a destructor must not throw. Programs that care call close().
 OsFileWriter::~OsFileWriter()
 {

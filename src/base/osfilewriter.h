@@ -80,6 +80,9 @@ public:
 private:
     friend class FileCopy;
 
+    OsFileWriter();
+    void adopt(std::int64_t handle);
+
     std::int64_t performOpen(OsFileTypes::Permissions const& permissions, bool failIfExists);
     std::uint32_t performWrite(void const* buffer, unsigned long size);
     std::int32_t performSeek(long offset, OsFileTypes::SeekMode mode);

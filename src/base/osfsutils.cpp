@@ -50,11 +50,15 @@ void OsFsUtils::createDir(char const* path, bool)
 {
     if (System::createDirectory(orEmpty(path)))
         return;
-    // Something has the name. It may be a link to nothing, or be removed by now: then the question itself has failed.
-    const System::FileKind kind = System::getFileKind(orEmpty(path));
-    if (kind == System::FileKind::Missing)
+    System::requireDirectory(System::getFileKind(orEmpty(path)));
+}
+
+// Something has the name. It may be a link to nothing, or be removed by now: then the question itself has failed.
+void System::requireDirectory(FileKind existing)
+{
+    if (existing == FileKind::Missing)
         throw ExSysErrorWindows(sourceName, __LINE__);
-    if (kind != System::FileKind::Directory)
+    if (existing != FileKind::Directory)
         throw ExInternalError(sourceName, __LINE__, "A regular file with the same path name exists.");
 }
 

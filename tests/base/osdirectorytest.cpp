@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -18,7 +19,10 @@
 #include <vector>
 
 #if !defined(_WIN32)
+#    include <fcntl.h>
+#    include <sys/resource.h>
 #    include <sys/stat.h>
+#    include <unistd.h>
 #endif
 
 using Vn::ObjPtr;
@@ -454,6 +458,41 @@ TEST(OsDirectory, aDeepTreeIsCopiedWhole)
     EXPECT_EQ(treeOf(temp.path("copy")), treeOf(temp.path("source")));
 }
 
+TEST(OsDirectory, whatIsPutAtItsPathWhileItIsEmptiedStays)
+{
+    // A filter that puts another directory in place of the one that is being listed.
+    struct Swapping : OsFileFilter
+    {
+        explicit Swapping(TempFolder const& folder) : temp(folder) {}
+        bool filter(OsFilePath const&) const override
+        {
+            std::error_code error;
+            std::filesystem::rename(temp.path("emptied"), temp.path("moved"), error);
+            if (!error)
+                std::filesystem::rename(temp.path("other"), temp.path("emptied"));
+            hasMoved = hasMoved || !error;
+            return true;
+        }
+        TempFolder const& temp;
+        mutable bool hasMoved = false;
+    };
+    const TempFolder temp;
+    temp.file("emptied/file");
+    temp.folder("emptied/folder");
+    temp.file("other/file", "stays");
+    temp.folder("other/folder");
+    const Swapping filter(temp);
+    directoryOf(temp.path("emptied")).removeChildren(filter);
+#if defined(_WIN32)
+    EXPECT_FALSE(filter.hasMoved) << "the system keeps it in its place";
+#else
+    EXPECT_TRUE(filter.hasMoved);
+#endif
+    EXPECT_TRUE(std::filesystem::is_empty(temp.path(filter.hasMoved ? "moved" : "emptied")));
+    EXPECT_EQ(treeOf(temp.path(filter.hasMoved ? "emptied" : "other")),
+              (Tree{{"file", "stays"}, {"folder", "<folder>"}}));
+}
+
 #if !defined(_WIN32)
 TEST(OsDirectory, permissionsOfADirectoryBringSearch)
 {
@@ -479,6 +518,54 @@ TEST(OsDirectory, permissionsOfADirectoryBringSearch)
     ASSERT_EQ(::stat(temp.path("folder").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0750U);
     ::umask(before);
+}
+
+TEST(OsDirectory, aTreeMayBeDeeperThanTheProcessMayHaveFilesOpen)
+{
+    const TempFolder temp;
+    std::filesystem::path level = temp.folder("source");
+    for (int i = 0; i < 200; ++i) {
+        level /= "d";
+        std::filesystem::create_directory(level);
+        std::filesystem::create_directory(level / "z");  // so that the copy returns to each level
+    }
+    struct ::rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const struct ::rlimit few = {100, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    OsDirectory::copyHierarchy(pathOf(temp.path("source")), pathOf(temp.path("copy")));
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(treeOf(temp.path("copy")), treeOf(temp.path("source")));
+    EXPECT_EQ(treeOf(temp.path("copy")).size(), 400U);
+}
+
+TEST(OsDirectory, aCopyOfATreeDoesNotWaitForAPipe)
+{
+    const TempFolder temp;
+    temp.folder("source");
+    ASSERT_EQ(::mkfifo(temp.path("source/pipe").c_str(), 0600), 0);
+    const auto copy = [&] { OsDirectory::copyHierarchy(pathOf(temp.path("source")), pathOf(temp.path("copy"))); };
+    copy();
+    EXPECT_EQ(contentOf(temp.path("copy/pipe")), "") << "of one that nobody writes into";
+    const int writer = ::open(temp.path("source/pipe").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_NE(writer, -1);
+    EXPECT_EQ(systemErrorOf(copy, "src/base/osfilereaderwindows"), EAGAIN);
+    ::close(writer);
+}
+
+TEST(OsDirectory, aCopyFollowsTheLinksOfATargetThatWasThere)
+{
+    const TempFolder temp;
+    temp.file("source/folder/file", "new");
+    temp.file("source/plain", "new");
+    temp.folder("elsewhere/folder");
+    temp.file("elsewhere/plain", "old and longer");
+    temp.folder("target");
+    std::filesystem::create_directory_symlink("../elsewhere/folder", temp.path("target/folder"));
+    std::filesystem::create_symlink("../elsewhere/plain", temp.path("target/plain"));
+    OsDirectory::copyHierarchy(pathOf(temp.path("source")), pathOf(temp.path("target")));
+    EXPECT_EQ(treeOf(temp.path("elsewhere")),
+              (Tree{{"folder", "<folder>"}, {"folder/file", "new"}, {"plain", "new"}}));
 }
 
 TEST(OsDirectory, aCircleOfLinksEndsACopy)

@@ -24,7 +24,9 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
@@ -85,6 +87,8 @@ struct Act
 
 TEST_F(FileFault, whatTheSystemRefusesIsThrownWithItsCode)
 {
+    temp.folder("nest/sub");
+    temp.folder("same/sub");
     // The act doesn't happen, so each can be tried with one error after the other.
     const Act acts[] = {
         {"reader", "open", "src/base/osfilereaderwindows", [&] { OsFileReader reader(at("file")); }},
@@ -110,8 +114,32 @@ TEST_F(FileFault, whatTheSystemRefusesIsThrownWithItsCode)
          [&] { directory("").getChildrenPath(OsFileTypes::FullPath, everything); }, 3},
         {"children", "readdir", "src/base/osdirectorywindows", [&] { directory("").getChildren(everything); }, 4},
         {"any children", "opendir", "src/base/osdirectorywindows", [&] { directory("").hasChildren(everything); }},
-        {"copy a tree", "opendir", "src/base/osdirectorywindows",
+        {"copy a tree", "fdopendir", "src/base/osdirectorywindows",
          [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }},
+        {"copy a tree, target", "open", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }},
+        {"copy a tree, source", "open", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }, 1},
+        {"copy a tree, looked at", "fstat", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }, 1},
+        {"copy a tree, duplicate", "fcntl", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("empty"), at("folder")); }},
+        {"copy a tree, child made", "mkdirat", "src/base/osfsutilswindows",
+         [&] { OsDirectory::copyHierarchy(at("nest"), at("folder")); }},
+        {"copy a tree, child's target", "openat", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("nest"), at("same")); }},
+        {"copy a tree, child's source", "openat", "src/base/osdirectorywindows",
+         [&] { OsDirectory::copyHierarchy(at("nest"), at("same")); }, 1},
+        {"copy a tree, file's source", "openat", "src/base/osfilereaderwindows",
+         [&] { OsDirectory::copyHierarchy(at("folder"), at("empty")); }},
+        {"copy a tree, file's target", "openat", "src/base/osfilewriterwindows",
+         [&] { OsDirectory::copyHierarchy(at("folder"), at("empty")); }, 1},
+        {"empty a folder", "open", "src/base/osdirectorywindows",
+         [&] { directory("folder").removeChildren(everything); }},
+        {"empty a folder of files", "unlinkat", "src/base/osfsutilswindows",
+         [&] { directory("folder").removeChildren(everything); }},
+        {"empty a folder of folders", "unlinkat", "src/base/osfsutilswindows",
+         [&] { directory("nest").removeChildren(everything); }, 1},
         {"resolve", "getcwd", "src/base/osfilepathwindows", [&] { OsFilePath("relative").getBaseName(); }},
         {"gone after it was there: size", "stat", "src/base/osfilewindows", [&] { file("file").getSize(); }, 1},
         {"gone after it was there: type", "stat", "src/base/osfilewindows", [&] { file("file").getType(); }, 1},
@@ -485,7 +513,7 @@ TEST_F(FileFault, aListingAsksOnlyAboutWhatItDoesNotKnow)
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.what);
-        VnTest::failCall("stat", EIO, 0, 100);
+        VnTest::failCall("fstatat", EIO, 0, 100);
         const ObjPtr<Vector<OsFilePath>> names(directory("").getChildrenPath(OsFileTypes::LeafPath, *row.filter));
         EXPECT_EQ(VnTest::stopFailingCalls(), row.questions);
         EXPECT_EQ(names->size(), row.children);
@@ -517,8 +545,8 @@ TEST_F(FileFault, aFileSystemThatListsNoTypesIsAskedAboutEachChild)
 TEST_F(FileFault, aTreeIsCopiedByTheTypesOfItsListings)
 {
     temp.folder("nest/sub");
-    // Three questions are about the roots; the next one is for the identity of the child, whose type is known.
-    const FailingCall failing("stat", EIO, 3);
+    // The first question in a tree is for the identity of the child, whose type is known.
+    const FailingCall failing("fstatat", EIO);
     EXPECT_EQ(
         systemErrorOf([&] { OsDirectory::copyHierarchy(at("nest"), at("tree")); }, "src/base/osdirectorywindows"),
         EIO);
@@ -528,14 +556,132 @@ TEST_F(FileFault, aChildThatVanishesWhileATreeIsCopiedEndsTheCopyWithTheSystemsE
 {
     static std::string path;
     path = temp.path("folder/below");
-    // Between the listing and the copy, at the question about the target.
-    VnTest::interruptCall(
-        "stat", [] { std::filesystem::remove(path); }, 3);
+    // Between the listing and the copy, when it is to be opened.
+    VnTest::interruptCall("openat", [] { std::filesystem::remove(path); });
     EXPECT_EQ(systemErrorOf([&] { OsDirectory::copyHierarchy(at("folder"), at("tree")); },
                             "src/base/osfilereaderwindows"),
               ENOENT);
     EXPECT_EQ(VnTest::stopFailingCalls(), 1);
     EXPECT_TRUE(std::filesystem::is_empty(temp.path("tree")));
+}
+
+TEST_F(FileFault, whatIsSwappedWhileATreeIsCopiedLeadsNowhereElse)
+{
+    // Calls of a copy of source/folder/file, all by names in an open directory: target and source of the folder are
+    // opened, then the file's source and target.
+    static std::string root;
+    root = temp.path("");
+    static const auto replace = [](char const* what, auto const& create) {
+        std::filesystem::remove_all(root + what);
+        create(root + what);
+    };
+    static const auto linkToFolder = [](std::string const& path) {
+        std::filesystem::create_directory_symlink(root + "outside", path);
+    };
+    static const auto linkToFile = [](std::string const& path) {
+        std::filesystem::create_symlink(root + "outside/file", path);
+    };
+    static const auto secondName = [](std::string const& path) {
+        std::filesystem::create_hard_link(root + "outside/file", path);
+    };
+    static const auto pipe = [](std::string const& path) { ::mkfifo(path.c_str(), 0600); };
+    static const auto own = [](std::string const& path) { std::ofstream(path) << "older and longer"; };
+    const struct
+    {
+        char const* what;
+        int opened;  ///< when it is swapped: so many have been opened
+        void (*swap)();
+        char const* source;
+        int error;
+    } table[] = {
+        {"the new folder for a link", 0, [] { replace("target/folder", linkToFolder); },
+         "src/base/osdirectorywindows", ENOTDIR},
+        {"the folder for a link", 1, [] { replace("source/folder", linkToFolder); }, "src/base/osdirectorywindows",
+         ENOTDIR},
+        {"the folder for another one", 1,
+         [] {
+             std::filesystem::create_directory(root + "source/other");
+             std::filesystem::rename(root + "source/folder", root + "source/old");
+             std::filesystem::rename(root + "source/other", root + "source/folder");
+         },
+         "src/base/osdirectorywindows", ESTALE},
+        {"the file for a link", 2, [] { replace("source/folder/file", linkToFile); },
+         "src/base/osfilereaderwindows", ELOOP},
+        {"the file for a pipe", 2, [] { replace("source/folder/file", pipe); }, "src/base/osfilereaderwindows",
+         ESTALE},
+        {"the file for a folder", 2,
+         [] {
+             replace("source/folder/file",
+                     [](std::string const& path) { std::filesystem::create_directory(path); });
+         },
+         "src/base/osfilereaderwindows", EISDIR},
+        {"the file for another one", 2, [] { replace("source/folder/file", own); }, "", 0},
+        {"a link for the new file", 3, [] { replace("target/folder/file", linkToFile); },
+         "src/base/osfilewriterwindows", ELOOP},
+        {"a link to nothing for the new file", 3,
+         [] {
+             replace("target/folder/file", [](std::string const& path) {
+                 std::filesystem::create_symlink(root + "outside/nothing", path);
+             });
+         },
+         "src/base/osfilewriterwindows", ELOOP},
+        {"a second name for the new file", 3, [] { replace("target/folder/file", secondName); },
+         "src/base/osfilewriterwindows", ESTALE},
+        {"a pipe for the new file", 3, [] { replace("target/folder/file", pipe); }, "src/base/osfilewriterwindows",
+         ENXIO},
+        {"a link to a folder for the new file", 3, [] { replace("target/folder/file", linkToFolder); },
+         "src/base/osdirectorywindows", ENOTDIR},
+        {"another file for the new one", 3, [] { replace("target/folder/file", own); }, "", 0},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        for (char const* name : {"source", "target", "outside"})
+            std::filesystem::remove_all(temp.path(name));
+        temp.file("source/folder/file", "content");
+        temp.file("outside/file", "stays");
+        const auto copy = [&] { OsDirectory::copyHierarchy(at("source"), at("target")); };
+        VnTest::interruptCall("openat", row.swap, row.opened);
+        if (row.error == 0)
+            EXPECT_NO_THROW(copy());
+        else
+            EXPECT_EQ(systemErrorOf(copy, row.source), row.error);
+        EXPECT_EQ(VnTest::stopFailingCalls(), 1);
+        EXPECT_EQ(contentOf(temp.path("outside/file")), "stays");
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(temp.path("outside")), {}), 1);
+    }
+}
+
+TEST_F(FileFault, aLevelThatTheCopyReturnsToMustBeTheSame)
+{
+    static std::string root;
+    root = temp.path("");
+    // Two deep ones: whichever is copied first, the level that has both is returned to.
+    for (char const* first : {"source/d/d/d", "source/d/d/e"}) {
+        std::string deep = first;
+        for (int i = 0; i < 60; ++i)
+            deep += "/d";
+        temp.folder(deep);
+    }
+    const auto copy = [&] { OsDirectory::copyHierarchy(at("source"), at("target")); };
+    for (char const* side : {"source", "target"}) {
+        SCOPED_TRACE(side);
+        static std::string level;
+        level = root + side + "/d/d";
+        std::filesystem::remove_all(temp.path("target"));
+        // When it is 50 levels deep: two have been opened for each.
+        VnTest::interruptCall(
+            "openat",
+            [] {
+                std::filesystem::rename(level, level + "2");
+                std::filesystem::create_directory(level);
+                std::filesystem::create_directory(level + "/d");
+            },
+            100);
+        EXPECT_EQ(systemErrorOf(copy, "src/base/osdirectorywindows"), ESTALE);
+        EXPECT_EQ(VnTest::stopFailingCalls(), 1);
+        std::filesystem::remove_all(level);
+        std::filesystem::rename(level + "2", level);
+    }
 }
 
 TEST_F(FileFault, aTargetThatMayNotBeWrittenIsLeftAlone)

@@ -88,6 +88,15 @@ VN_STAND_IN int open(char const* path, int flags, ...)
     return fails("open") ? -1 : VN_REAL(open)(path, flags, mode);
 }
 
+VN_STAND_IN int openat(int folder, char const* path, int flags, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const ::mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, ::mode_t) : 0;
+    va_end(arguments);
+    return fails("openat") ? -1 : VN_REAL(openat)(folder, path, flags, mode);
+}
+
 VN_STAND_IN int fcntl(int file, int command, ...)
 {
     std::va_list arguments;
@@ -189,6 +198,11 @@ VN_STAND_IN int lstat(char const* path, struct ::stat* status) noexcept
     return fails("lstat") ? -1 : VN_REAL(lstat)(path, status);
 }
 
+VN_STAND_IN int fstatat(int folder, char const* path, struct ::stat* status, int flags) noexcept
+{
+    return fails("fstatat") ? -1 : VN_REAL(fstatat)(folder, path, status, flags);
+}
+
 VN_STAND_IN int statfs(char const* path, struct ::statfs* fileSystem) noexcept
 {
     return fails("statfs")
@@ -206,6 +220,11 @@ VN_STAND_IN int mkdir(char const* path, ::mode_t mode) noexcept
     return fails("mkdir") ? -1 : VN_REAL(mkdir)(path, mode);
 }
 
+VN_STAND_IN int mkdirat(int folder, char const* path, ::mode_t mode) noexcept
+{
+    return fails("mkdirat") ? -1 : VN_REAL(mkdirat)(folder, path, mode);
+}
+
 VN_STAND_IN int rmdir(char const* path) noexcept
 {
     return fails("rmdir") ? -1 : VN_REAL(rmdir)(path);
@@ -214,6 +233,11 @@ VN_STAND_IN int rmdir(char const* path) noexcept
 VN_STAND_IN int unlink(char const* path) noexcept
 {
     return fails("unlink") ? -1 : VN_REAL(unlink)(path);
+}
+
+VN_STAND_IN int unlinkat(int folder, char const* path, int flags) noexcept
+{
+    return fails("unlinkat") ? -1 : VN_REAL(unlinkat)(folder, path, flags);
 }
 
 VN_STAND_IN int rename(char const* path, char const* target) noexcept
@@ -230,6 +254,11 @@ VN_STAND_IN int renameat2(int folder, char const* path, int targetFolder, char c
 VN_STAND_IN ::DIR* opendir(char const* path)
 {
     return fails("opendir") ? nullptr : VN_REAL(opendir)(path);
+}
+
+VN_STAND_IN ::DIR* fdopendir(int folder)
+{
+    return fails("fdopendir") ? nullptr : VN_REAL(fdopendir)(folder);
 }
 
 VN_STAND_IN ::dirent* readdir(::DIR* folder)

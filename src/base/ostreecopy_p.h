@@ -1,0 +1,12 @@
+// Private to osdirectory.cpp; implemented in ostreecopy.cpp.
+#pragma once
+
+#include <base/osfilepath.h>
+
+namespace Vn
+{
+
+/// OsDirectory::copyHierarchy().
+void copyTree(OsFilePath const& source, OsFilePath const& target);
+
+}  // namespace Vn
