@@ -57,7 +57,7 @@ class Coverage(unittest.TestCase):
             self.assertIn(part, result.stdout)
 
     def test_all_branches_taken_are_100_percent(self):
-        self.assert_passes(self.run_tool([(LATE, (1, 7)), (FIRST, (2, 8))], ""), "4 of 4 (100.00 %), 0 listed")
+        self.assert_passes(self.run_tool([(LATE, (1, 7)), (FIRST, (2, 8))], ""), "4 of 4 (100.00 %); listed are 0 out of reach, 0 of chance, 0 without")
 
     def test_a_branch_that_was_not_taken_fails_and_is_quoted(self):
         self.assert_fails(self.run_tool([(LATE, (1, 0))], ""), "1 of 2 (50.00 %)", "not covered and not listed:",
@@ -75,7 +75,7 @@ class Coverage(unittest.TestCase):
     def test_a_listed_branch_passes(self):
         self.assert_passes(self.run_tool([(LATE, (1, 0))],
                                          "# text\n\nsrc/base/pace.cpp\n  never false: isLate()\n    It always is.\n"),
-                           "1 of 2 (50.00 %), 1 listed")
+                           "1 of 2 (50.00 %); listed are 1 out of reach")
 
     def test_the_other_side_is_not_listed_with_it(self):
         self.assert_fails(self.run_tool([(LATE, (0, 0))],
@@ -91,6 +91,13 @@ class Coverage(unittest.TestCase):
         for times in (0, 3):
             self.assert_passes(self.run_tool([(LATE, (1, times))],
                                              "src/base/pace.cpp\n  rarely false: isLate()\n    Two threads meet.\n"))
+
+    def test_a_branch_whose_test_is_missing_is_counted_and_told_once_it_is_taken(self):
+        entry = "src/base/pace.cpp\n  open false: isLate()\n"
+        self.assertNotIn("remove it", self.run_tool([(LATE, (1, 0))], entry).stdout)
+        self.assert_passes(self.run_tool([(LATE, (1, 0))], entry), "0 of chance, 1 without a test")
+        self.assert_passes(self.run_tool([(LATE, (1, 1))], entry), "0 without a test",
+                           "remove it from the list, line 2: src/base/pace.cpp false: isLate()")
 
     def test_a_listed_branch_that_the_source_no_longer_has_fails(self):
         for entry in ("src/base/pace.cpp\n  rarely true: isSlow()\n    x\n", "src/base/gone.cpp\n  never true: isLate()\n    x\n"):
