@@ -27,7 +27,10 @@ function(vnbase_target target)
         target_link_options(${target} PRIVATE -fsanitize=${VNBASE_SANITIZE})
     endif()
     if(VNBASE_COVERAGE)
-        target_compile_options(${target} PRIVATE -fprofile-instr-generate -fcoverage-mapping)
+        # Counters that the profile's file itself holds (`%c`): those of a process that crashes, is killed or becomes another
+        # program count as well. Processes share the file, so they add atomically.
+        target_compile_options(${target} PRIVATE -fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic
+            "SHELL:-mllvm -runtime-counter-relocation")
         target_link_options(${target} PRIVATE -fprofile-instr-generate)
     endif()
 endfunction()

@@ -43,7 +43,7 @@ void printLines(std::ostream& stream, std::string_view text)
             break;
         std::string word = roffOf(raw);
         const bool goesOn = used != 0 && used + 1 + word.size() <= longestLine;
-        if (!goesOn && (word[0] == '.' || word[0] == '\''))
+        if (!goesOn && word[0] == '.')  // a quotation mark would be a request too, but is written as "\(aq"
             word.insert(0, "\\&");
         stream << (goesOn ? " " : used != 0 ? "\n" : "") << word;
         used = goesOn ? used + 1 + word.size() : word.size();
@@ -70,7 +70,10 @@ void printRows(std::ostream& stream, std::vector<Row> const& rows)
 {
     for (Row const& row : rows) {
         stream << ".TP\n" << fontsOf(row.left) << "\n";
-        printLines(stream, row.right.empty() ? "\\&" : row.right);
+        if (row.right.empty())
+            stream << "\\&\n";
+        else
+            printLines(stream, row.right);
     }
 }
 
@@ -149,7 +152,7 @@ std::ostream& InUsage::printManPage(std::ostream& stream, char const* program) c
 {
     const InUsageEntries entries;
     const std::string name = OsTerminal::shown(ExReasonText::orEmpty(program));
-    stream << ".TH \"" << inCapitals(roffOf(name)) << "\" 1" << titleOfProcess() << "\n"
+    stream << ".TH \"" << roffOf(inCapitals(name)) << "\" 1" << titleOfProcess() << "\n"
            << ".SH NAME\n";
     printLines(stream, name + " - " + asPartOfALine(_state->summary));
     stream << ".SH SYNOPSIS\n\\fB" << roffOf(name) << "\\fR [\\fIOPTION\\fR]...\n";

@@ -88,8 +88,8 @@ std::string InUsagePages::isoDateOf(std::string_view date)
     if (date.size() != 11 || date[3] != ' ' || date[6] != ' ' || !isDigit(date[5]) ||
         !std::all_of(date.begin() + 7, date.end(), isDigit) || !(isDigit(date[4]) || date[4] == ' '))
         return "";
-    const std::size_t place = months.find(date.substr(0, 4));
-    if (place == months.npos || place % 4 != 0)
+    const std::size_t place = months.find(date.substr(0, 4));  // with the blank, so it is a whole name
+    if (place == months.npos)
         return "";
     const std::string month = std::to_string(place / 4 + 101).substr(1);
     const char tens = date[4] == ' ' ? '0' : date[4];

@@ -239,6 +239,8 @@ TYPED_TEST(IntervalTest, equalsWithinATolerance)
     Interval<T> const unit(0, 1);
     EXPECT_TRUE(unit.isEqual(Interval<T>(T(0.25), T(0.75)), T(0.5)));
     EXPECT_FALSE(unit.isEqual(Interval<T>(T(0.5), 1), T(0.5)));  // exactly the tolerance apart
+    EXPECT_TRUE(unit.isEqual(Interval<T>(0, T(1.25)), T(0.5)));
+    EXPECT_FALSE(unit.isEqual(Interval<T>(0, T(1.5)), T(0.5)));
     EXPECT_FALSE(unit.isEqual(Interval<T>(0, T(0.5)), T(0.5)));
     EXPECT_FALSE(unit.isEqual(Interval<T>(-1, 1), T(0.5)));
     EXPECT_FALSE(unit.isEqual(unit, 0));

@@ -28,6 +28,7 @@ TEST(InUsagePages, anIdentifierHasLettersDigitsAndUnderscores)
 {
     EXPECT_EQ(identifierOf("azAZ09_"), "azAZ09_");
     EXPECT_EQ(identifierOf("my-prog.2 $"), "my_prog_2__");
+    EXPECT_EQ(identifierOf("/0:@A[`a{~"), "_0__A__a__") << "the neighbours of the ranges";
 }
 
 TEST(InUsagePages, theDayOfABuildIsReadInTheCompilersForm)
@@ -44,6 +45,9 @@ TEST(InUsagePages, theDayOfABuildIsReadInTheCompilersForm)
         {"an 27 2018", ""},
         {"Foo 27 2018", ""},
         {"an  27 2018", ""},
+        {"Augu27 2018", ""},
+        {"Aug 27.2018", ""},
+        {"n F 27 2018", ""},
         {"Aug 2x 2018", ""},
         {"Aug x2 2018", ""},
         {"Aug 27 201x", ""},

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <iostream>
 #include <map>
@@ -233,6 +234,49 @@ TEST(InUsage, keysWithOneLetterAreOneOption)
     EXPECT_NE(text.str().find("Options:\n  -o FILE      output\n  -h, --help"), std::string::npos) << text.str();
 }
 
+TEST(InUsage, keysOfAnyFormHaveTheirPlace)
+{
+    SettingsPackage package;
+    const Argument nothing("", "never asked for");
+    const Argument digit("9", "-9: the ninth");
+    const Argument brace("{x", "-{: no colon behind the letter, no value");
+    const Argument bare("b", "");
+    const Argument pause("p:", "how long to wait");
+    const Default usual("3", "default"), same("3", "another default");
+    InVariable<std::chrono::milliseconds> wait("wait", package, pause, usual);
+    InVariable<int> twice("twice", package, pause, same);
+    InVariable<int> unasked("unasked", package, nothing, usual);
+    std::ostringstream text;
+    InUsage("").print(text, "prog", 80);
+    EXPECT_NE(text.str().find("Options:\n"
+                              "  -9           the ninth\n"
+                              "  -b\n"
+                              "  -p TIME      how long to wait (default 3)\n"
+                              "  -{           no colon behind the letter, no value\n"
+                              "  -h, --help   "),
+              std::string::npos)
+        << text.str();
+    EXPECT_EQ(text.str().find("unasked"), std::string::npos) << text.str();
+
+    std::ostringstream page;
+    InUsage("").printManPage(page, "a~b");
+    EXPECT_NE(page.str().find(".TP\n\\fB\\-b\\fR\n\\&\n"), std::string::npos) << page.str();
+    EXPECT_TRUE(page.str().starts_with(".TH \"A\\(tiB\" 1 ")) << "capitals, but for the name of a character\n"
+                                                              << page.str();
+}
+
+TEST(InUsage, aDescriptionThatSaysNothingLeavesTheSources)
+{
+    SettingsPackage package;
+    const Argument option("w:", "");
+    const Environment variable("VN_TEST_WIDTH", "");
+    const InVariable<std::chrono::milliseconds> setting("width", package, option, variable);
+    std::ostringstream text;
+    InUsage("").print(text, nullptr, 80);
+    EXPECT_NE(text.str().find(" [OPTION]...\n"), std::string::npos) << "a program without a name\n" << text.str();
+    EXPECT_NE(text.str().find("  -w TIME      (VN_TEST_WIDTH)\n"), std::string::npos) << text.str();
+}
+
 // ---- what is refused
 
 TEST(InUsage, wrongCommandLinesAreToldElementByElement)
@@ -313,6 +357,34 @@ TEST(InUsage, eachFaultHasItsKindAndSubject)
     }
     const char* const missing[] = {"prog", "-d"};
     EXPECT_EQ(usage.getFaults(2, missing).at(0).kind, InFault::MissingValue);
+}
+
+TEST(InUsage, aWrongValueIsToldByTheRuleThatItBreaks)
+{
+    SettingsPackage package;
+    const Argument loudOption("l:", "-l WHETHER: tell more");
+    const Argument depthOption("d:", "-d LEVELS: how deep to look");
+    const InVariable<bool> loud("loud", package, loudOption);
+    const InVariable<int> depth("depth", package, depthOption);
+    InUsage usage("");
+    usage.expect(depth, "a small number", [](char const* text) { return std::strlen(text) == 1; })
+        .expect(depth, "an even number", [](char const* text) { return (text[0] - '0') % 2 == 0; });
+    EXPECT_EQ(messagesOf(usage, {"-l", "maybe"}), "-l takes true or false, not 'maybe'\n");
+    EXPECT_EQ(messagesOf(usage, {"-d", "13"}), "-d takes a small number, not '13'\n") << "the first of two";
+    EXPECT_EQ(messagesOf(usage, {"-d", "3"}), "-d takes an even number, not '3'\n");
+    EXPECT_EQ(messagesOf(usage, {"-d", "4"}), "");
+    EXPECT_EQ(messagesOf(InUsage(""), {"-d", "+99999999999"}),
+              "-d takes a whole number, and '+99999999999' is beyond its limits\n");
+}
+
+TEST(InUsage, aProgramsOwnHIsNoHelpBehindAnOperand)
+{
+    InUsage usage("");
+    usage.operands("[FILE]");
+    EXPECT_EQ(messagesOf(usage, {"f", "-h"}), "") << "help is given";
+    const Argument option("h", "-h: high");
+    EXPECT_EQ(messagesOf(usage, {"f", "-h"}),
+              "-h stands behind 'f'; options come first, and behind -- everything is an operand\n");
 }
 
 TEST(InUsage, withoutAWordOnOperandsThereAreNone)
@@ -512,6 +584,33 @@ TEST(InUsage, theEndMarkIsTakenOutWhereNoOptionIsDeclared)
     EXPECT_EQ(child("noOptionsDeclared", {"a", "b"}).run().out, "goes on: a b\n");
 }
 
+VN_CHILD(calledAs)
+{
+    std::string name = argv[1];
+    char word[] = "-q";
+    char* arguments[] = {name.data(), word, nullptr};
+    return handleIn(InUsage(""), 2, arguments);
+}
+
+TEST(InUsage, aProgramIsNamedAsPeopleCallIt)
+{
+    const struct
+    {
+        char const* path;
+        char const* name;
+    } table[] = {
+        {"swatch", "swatch"},
+        {"/usr/bin/swatch", "swatch"},
+        {"C:\\tools\\swatch.exe", "swatch"},
+        {"../swatch.com", "swatch.com"},
+        {"bin/.exe", ".exe"},
+        {"bin/", "program"},
+    };
+    for (auto const& row : table)
+        EXPECT_EQ(child("calledAs", {row.path}).run().err,
+                  std::string(row.name) + ": unknown option -q; " + row.name + " -h tells more\n");
+}
+
 // ---- settings and versions
 
 TEST(InUsage, settingsAreToldWithTheSourceThatWins)
@@ -545,6 +644,20 @@ TEST(InUsage, blanksAroundNumbersAreShownAndNotObeyed)
 {
     const ChildRun run = child("usageHandled", {"--settings", "-d", "\n5\r", "file"}).run();
     EXPECT_NE(run.out.find("  \\n5\\r  option -d\n"), std::string::npos) << run.out;
+}
+
+VN_CHILD(oddDefault)
+{
+    SettingsPackage package;
+    Default usual("3 levels", "default");
+    const InVariable<int> depth("palette.depth", package, usual);
+    return handleIn(InUsage(""), argc, argv);
+}
+
+TEST(InUsage, aTextThatIsNoWholeNumberStandsInQuotes)
+{
+    const ChildRun run = child("oddDefault", {"--settings"}).run();
+    EXPECT_TRUE(std::regex_search(run.out, std::regex("^  palette\\.depth +'3 levels' +default\n"))) << run.out;
 }
 
 TEST(InUsage, theRanksAreToldIfAnOptionHasAVariable)

@@ -309,6 +309,11 @@ VN_CHILD(cpuStarted)
     std::cout << (family == -1) << (model == -1) << (stepping == -1);
 #endif
     std::cout << "\n";
+    int one = -1;
+    OsCpuInfo::getDetailedType(nullptr, nullptr, &one, nullptr);
+    std::cout << (one == model);
+    OsCpuInfo::getDetailedType(nullptr, nullptr, nullptr, &one);
+    std::cout << (one == stepping) << "\n";
     VnTest::stop();
     std::cout << (OsCpuInfo::getHwCounterFrequency() > 0) << "\n";  // the stop changes nothing
     return 0;
@@ -316,5 +321,5 @@ VN_CHILD(cpuStarted)
 
 TEST(OsCpuInfo, knowsItsProcessorAfterTheStart)
 {
-    VnTest::expectOutput("cpuStarted", "1111\n111\n1\n");
+    VnTest::expectOutput("cpuStarted", "1111\n111\n11\n1\n");
 }

@@ -304,6 +304,7 @@ TEST(OsFilePath, comparesUnsignedBytes)
     }
     EXPECT_EQ(OsFilePath::compare(nullptr, ""), 0);
     EXPECT_EQ(OsFilePath::compare(nullptr, "a"), -1);
+    EXPECT_EQ(OsFilePath::compare("a", nullptr), 1);
 }
 
 TEST(OsFilePath, dumpWritesThePathAlone)

@@ -12,6 +12,9 @@ foreach(part Install Libcxx Progress Interrupt Run Test)
         COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkscripts.py" "${PROJECT_SOURCE_DIR}" ${part})
     list(APPEND setup_tests setup.${part})
 endforeach()
+add_test(NAME setup.coverage
+    COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_LIST_DIR}/checkcoverage.py" "${PROJECT_SOURCE_DIR}")
+list(APPEND setup_tests setup.coverage)
 file(GLOB setup_scripts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tools/*.sh" "${CMAKE_CURRENT_LIST_DIR}/*.sh")
 add_test(NAME setup.shellcheck COMMAND "${VNBASE_SHELLCHECK}" -x ${setup_scripts} "${PROJECT_SOURCE_DIR}/.ci/run"
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}")

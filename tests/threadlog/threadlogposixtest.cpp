@@ -23,6 +23,8 @@
 #include <latch>
 #include <random>
 #include <sstream>
+#include <streambuf>
+#include <string_view>
 #include <thread>
 
 using namespace VnTest;
@@ -683,6 +685,85 @@ TEST_F(ThreadLogSignals, twoThreadsMayCrashAtOnce)
     const auto messages = messagesOf(folder.path("events.log"));
     EXPECT_EQ(numbersOf("one", messages), countTo(500));
     EXPECT_EQ(numbersOf("two", messages), countTo(500));
+}
+
+namespace
+{
+/// Ends the process within the line of "main 1", on the reader's own thread, once all messages are in the queue.
+class CrashingBuffer : public std::streambuf
+{
+public:
+    std::atomic<bool> isAllLogged = false;
+
+protected:
+    std::streamsize xsputn(char const* text, std::streamsize size) override
+    {
+        if (std::string_view(text, static_cast<std::size_t>(size)).ends_with("main 1\n")) {
+            while (!isAllLogged)
+                std::this_thread::yield();
+            raiseItself(SIGABRT);
+        }
+        return size;
+    }
+    int_type overflow(int_type character) override { return traits_type::not_eof(character); }
+};
+}  // namespace
+
+VN_CHILD(crashesInTheReader)
+{
+    forbidCoreFiles();
+    const Started start;
+    static ThreadLog& log = *new ThreadLog;
+    log.installCrashHandlers();
+    static CrashingBuffer& buffer = *new CrashingBuffer;
+    std::cout.rdbuf(&buffer);
+    logNumbers("main", 0, 10);
+    buffer.isAllLogged = true;
+    ::pause();
+    return 0;
+}
+
+// The reader's line is in the file and about to go to standard output.
+TEST_F(ThreadLogSignals, aLineThatIsWholeInItsFileIsNotWrittenAgainIfTheReaderItselfCrashes)
+{
+    const TempFolder folder;
+    const ChildRun run =
+        logger("crashesInTheReader", folder).with("VN_LOG_WARNING", "%" + folder.path("events.log")).run();
+    EXPECT_TRUE(run.crashed);
+    EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(10));
+    EXPECT_EQ(run.out.find("main 2\n"), run.out.find("main")) << run.out;
+}
+
+TEST_F(ThreadLogSignals, withoutTimeStampsTheReadersLineCountsAsWritten)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("crashesInTheReader", folder)
+                             .with("VN_LOG_WARNING", "%" + folder.path("events.log"))
+                             .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+                             .run();
+    EXPECT_TRUE(run.crashed);
+    std::vector<std::string> expected;
+    for (int i = 0; i < 10; ++i)
+        expected.push_back("Test main " + std::to_string(i));
+    std::vector<std::string> lines = linesOf(folder.path("events.log"));
+    std::erase_if(lines, [](std::string const& line) { return line.empty() || line.starts_with("====="); });
+    EXPECT_EQ(lines, expected);
+}
+
+TEST_F(ThreadLogSignals, aLineThatIsNowhereIfTheReaderItselfCrashesIsToldByAnOverflowEntry)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("crashesInTheReader", folder).with("VN_LOG_WARNING", "%").run();
+    EXPECT_TRUE(run.crashed);
+    std::vector<std::string> texts;
+    std::istringstream lines(run.out);
+    for (std::string line; std::getline(lines, line);)
+        if (const auto message = LogLine::parse(line))
+            texts.push_back(message->text);
+    std::vector<std::string> expected = {"Event overflow [1]"};
+    for (int i = 2; i < 10; ++i)
+        expected.push_back("Test main " + std::to_string(i));
+    EXPECT_EQ(texts, expected) << run.out;
 }
 
 VN_CHILD(givesHandlersBack)
