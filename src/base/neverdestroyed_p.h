@@ -1,4 +1,4 @@
-// Private to dbgbuildinfomgr.cpp, incontextaliasmgr.cpp, inpackages.cpp and lglog.cpp.
+// Private to dbgbuildinfomgr.cpp, incontextaliasmgr.cpp, inpackages.cpp, lglog.cpp and tracemanager.cpp.
 #pragma once
 
 #include <cstddef>

@@ -81,6 +81,7 @@ private:
 
 Findings tryCall(NamedAct const& act, CallPlan const& callPlan, int again)
 {
+    forgetCallFindings();
     const Plan plan{catchCalls, [=] { failCalls(callPlan, noteFailure); }, stopFailingCallsOfAll};
     return tryAct(act, plan, again);
 }
@@ -105,8 +106,10 @@ Counts failEach(NamedAct const& act, Manner manner, int usualDescriptors)
     for (;; ++counts.trials) {
         const Findings findings = tryCall(act, plan, 1);
         const CallFindings call = getCallFindings();
-        if (!call.isReached && findings.signal == 0)
+        if (!call.isReached) {
+            EXPECT_EQ(describeEnd(findings), "") << act.name << ", nothing failed";
             return counts;
+        }
         SCOPED_TRACE(std::string(act.name) + ", call " + std::to_string(plan.index) + ", " +
                      getCallName(call.number) + ", " + (call.error != 0 ? std::strerror(call.error) : "cut short") +
                      "\n" + findings.place);

@@ -381,6 +381,12 @@ long VnTest::stopFailingCallsOfAll()
     return state->hits;
 }
 
+void VnTest::forgetCallFindings()
+{
+    state->number = none;
+    state->hits = 0;
+}
+
 VnTest::CallFindings VnTest::getCallFindings()
 {
     return {state->number != none, state->isLastChoice, state->number, state->error, state->hits};
@@ -405,6 +411,7 @@ long VnTest::stopFailingCallsOfAll()
 {
     return 0;
 }
+void VnTest::forgetCallFindings() {}
 VnTest::CallFindings VnTest::getCallFindings()
 {
     return {};

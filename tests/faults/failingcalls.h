@@ -43,6 +43,9 @@ void failCalls(CallPlan const& plan, void (*onFailure)());
 /// Ends that, and tells how many have failed.
 long stopFailingCallsOfAll();
 
+/// Before a trial: the next findings are its own, also if it ends before its call.
+void forgetCallFindings();
+
 /// Of the last trial, also in the process that has made the one of the trial.
 CallFindings getCallFindings();
 
