@@ -12,6 +12,7 @@
 #include "merge.h"
 
 #include "console.h"
+#include "decimal.h"
 #include "filter.h"
 #include "logsource.h"
 #include "settings.h"

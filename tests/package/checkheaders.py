@@ -91,7 +91,8 @@ def check_pairs(root, compiler, shuffles=2, pairs=4, seed=22):
 def strong_symbols(nm, path):
     """The names that a library defines so that a second definition clashes."""
     lines = subprocess.run([nm, "-D", "--defined-only", path], check=True, capture_output=True, text=True).stdout.splitlines()
-    return {fields[2] for fields in map(str.split, lines) if len(fields) == 3 and fields[1] in "TDBRSG"}
+    own = {fields[2] for fields in map(str.split, lines) if len(fields) == 3 and fields[1] in "TDBRSG"}
+    return own - {"__bss_start", "_edata", "_end"}  # the linker's, and each library's own
 
 
 def check_twice(root, folder, library, thread_library, nm, compiler, flags):
