@@ -17,7 +17,7 @@ case "${1:-}" in
 run) ;;
 test | bench)
     packages="$packages $later_clang clang clang-format clang-tidy libclang-rt-14-dev llvm-14 g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 googletest libbenchmark-dev
-        libabsl-dev libboost-dev libboost-log-dev libcoin-dev libgflags-dev libgoogle-glog-dev libgsl-dev libpoco-dev
+        libabsl-dev libboost-dev libboost-log-dev libcoin-dev libgflags-dev libgoogle-glog-dev libgsl-dev libpoco-dev librapidcheck-dev
         libspdlog-dev pkg-config binutils python3 tzdata git doxygen logrotate mandoc man-db shellcheck chromium graphviz fonts-dejavu-core
         doxygen-awesome-css python3-markdown-it libegl-dev libgl1-mesa-dri dpkg-dev file lintian make python3-matplotlib gdb spin
         nlohmann-json3-dev jq lnav systemd-journal-remote

@@ -1,4 +1,4 @@
-// Private to osfile.cpp, osfilereader.cpp and osfilewriter.cpp; implemented in osfilehandlelinux.cpp and osfilehandlewindows.cpp.
+// Private to the files.
 #pragma once
 
 #include <base/osfiletypes.h>

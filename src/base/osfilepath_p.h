@@ -1,4 +1,4 @@
-// Private to osdirectory.cpp and osfilepath.cpp; implemented in osdirectorywindows.cpp, osfilepathposix.cpp and osfilepathwindows.cpp.
+// Private to the files.
 #pragma once
 
 #include <base/osfilepathgrammar_p.h>

@@ -1,4 +1,4 @@
-// Private to osdirectory.cpp and ostreecopy.cpp; implemented in osopendirectorylinux.cpp and osopendirectorywindows.cpp.
+// Private to osdirectory.cpp, osdirectory_p.h and ostreecopy.cpp; implemented in osopendirectorylinux.cpp and osopendirectorywindows.cpp.
 #pragma once
 
 #include <base/osfile_p.h>

@@ -1,4 +1,4 @@
-// Private to osdirectory.cpp; implemented in ostreecopy.cpp.
+// Private to osdirectory.cpp and ostreecopy.cpp.
 #pragma once
 
 #include <base/osfilepath.h>
