@@ -98,6 +98,8 @@ class Coverage(unittest.TestCase):
         self.assert_passes(self.run_tool([(LATE, (1, 0))], entry), "0 of chance, 1 without a test")
         self.assert_passes(self.run_tool([(LATE, (1, 1))], entry), "0 without a test",
                            "remove it from the list, line 2: src/base/pace.cpp false: isLate()")
+        both = [(FIRST, (0, 1)), (SECOND, (1, 1))]
+        self.assertNotIn("remove it", self.run_tool(both, "src/base/pace.cpp\n  open true: size < 0\n").stdout)
 
     def test_a_listed_branch_that_the_source_no_longer_has_fails(self):
         for entry in ("src/base/pace.cpp\n  rarely true: isSlow()\n    x\n", "src/base/gone.cpp\n  never true: isLate()\n    x\n"):
