@@ -730,7 +730,9 @@ TEST_F(ThreadLogSignals, aLineThatIsWholeInItsFileIsNotWrittenAgainIfTheReaderIt
     const ChildRun run =
         logger("crashesInTheReader", folder).with("VN_LOG_WARNING", "%" + folder.path("events.log")).run();
     EXPECT_TRUE(run.crashed);
-    EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(10));
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(numbersOf("main", messages), countTo(10));
+    EXPECT_EQ(messages.size(), 10u) << "nothing was lost";
     EXPECT_EQ(run.out.find("main 2\n"), run.out.find("main")) << run.out;
 }
 
