@@ -101,26 +101,6 @@ public:
     /// Type of the element, of a symlink's target. See OsFileTypes::ElementType for what counts as special.
     virtual OsFileTypes::ElementType getType();
 
-    /// @{
-    /// The same questions for who holds a const file, as sources for version 0.2 ask them. They call the functions above,
-    /// of a subclass as well, so one that caches answers changes itself. A subclass that overrides such a function
-    /// hides these.
-    ArrayPtrRet<char> getOwner() const { return const_cast<OsFile*>(this)->getOwner(); }
-    ObjPtrRet<OsDateTypes::DateRep> getLastModificationTime() const
-    {
-        return const_cast<OsFile*>(this)->getLastModificationTime();
-    }
-    ObjPtrRet<OsDateTypes::DateRep> getLastAccessTime() const
-    {
-        return const_cast<OsFile*>(this)->getLastAccessTime();
-    }
-    ObjPtrRet<OsFileTypes::UnbufferedInfo> getUnbufferedInfo() const
-    {
-        return const_cast<OsFile*>(this)->getUnbufferedInfo();
-    }
-    OsFileTypes::ElementType getType() const { return const_cast<OsFile*>(this)->getType(); }
-    /// @}
-
     /// Whether something is at the path. False for a link to nothing, and where the system does not let us look.
     virtual bool exists() const;
 

@@ -237,19 +237,6 @@ static_assert(!isConst(&OsFile::getType) && isConst(&OsFile::exists) && isConst(
 static_assert(!isConst(&OsFile::remove) && !isConst(&OsFile::renameTo) && !isConst(&OsFile::copyTo));
 }  // namespace
 
-TEST(OsFile, whoHoldsAConstFileAsksTheSubclassToo)
-{
-    std::string heard;
-    Telling telling(heard);
-    OsFile const& file = telling;
-    file.getOwner();
-    file.getLastModificationTime();
-    file.getLastAccessTime();
-    file.getUnbufferedInfo();
-    EXPECT_EQ(file.getType(), OsFileTypes::Directory);
-    EXPECT_EQ(heard, "owner, modification, access time, unbuffered, type, ");
-}
-
 TEST(OsFile, aSubclassOverridesEachOperationOfTheInterface)
 {
     std::string heard;
