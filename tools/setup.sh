@@ -20,7 +20,7 @@ test | bench)
         libabsl-dev libboost-dev libboost-log-dev libcoin-dev libgflags-dev libgoogle-glog-dev libgsl-dev libpoco-dev librapidcheck-dev
         libspdlog-dev pkg-config binutils python3 tzdata git doxygen logrotate mandoc man-db shellcheck chromium graphviz fonts-dejavu-core
         doxygen-awesome-css python3-markdown-it libegl-dev libgl1-mesa-dri dpkg-dev file lintian make python3-matplotlib gdb spin
-        nlohmann-json3-dev jq lnav systemd-journal-remote
+        nlohmann-json3-dev jq lnav systemd-journal-remote abigail-tools
         g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user"
     ;;
 -h | --help)

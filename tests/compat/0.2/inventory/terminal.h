@@ -1,0 +1,9 @@
+#pragma once
+
+namespace Inventory
+{
+
+/// Whether a person reads the standard error stream.
+bool isErrorStreamATerminal();
+
+}  // namespace Inventory
