@@ -207,9 +207,15 @@ void ThreadLogCrash::writeQueues(bool isLineOpen)
         });
         if (earliest.queue == nullptr || earliest.timeStamp > now)
             return;
-        // A message that waits for room may be on its way: its thread goes on.
-        if (earliest.queue == &earliest.writer->getQueue() || earliest.writer->takeWaiting())
+        LgQueue& own = earliest.writer->getQueue();
+        if (earliest.queue == &own)
+            writeHead(own);
+        else if (earliest.writer->takeWaiting()) {
+            // Its thread may have moved the message since, and the next one waits now, behind those in the queue.
+            while (!own.isEmpty())
+                writeHead(own);
             writeHead(*earliest.queue);
+        }
     }
 }
 
