@@ -24,3 +24,7 @@ set_tests_properties(site.build PROPERTIES FIXTURES_SETUP site)
 set_tests_properties(site.links site.browser site.same site.refusals PROPERTIES FIXTURES_REQUIRED site)
 set_tests_properties(site.build site.links site.browser site.same site.refusals PROPERTIES TIMEOUT 1200
     ENVIRONMENT "${test_environment}")
+# The longest ones come first, so that the others run beside them.
+set_tests_properties(site.build PROPERTIES COST 100)
+set_tests_properties(site.browser PROPERTIES COST 90)
+set_tests_properties(site.refusals PROPERTIES COST 60)
