@@ -89,14 +89,14 @@ count() {
 }
 
 run_tests() {
-    local preset=$1 tries=() left_out=tests/$1-left-out.txt
+    local preset=$1 tries=() reasons=tests/$1-left-out.txt
     # Where a container forbids fixed addresses, Wine fails to start one process in 8,000 (tools/wine.sh tells why), and a
     # test of Windows gets a second try. It is told which ones needed it.
     [ "$preset" != windows ] || setarch -R true 2> /dev/null || tries=(--repeat until-pass:2)
     # What isn't run is told, with the reason.
-    if [ -f "$left_out" ]; then
-        sed -n 's/^\([^#\t]*\)\t/   not run here: \1: /p' "$left_out"
-        tries=(-E "$(awk -F '\t' '!/^#/ && NF > 1 { all = all (all == "" ? "" : "|") $1 } END { print all }' "$left_out")")
+    if [ -f "$reasons" ]; then
+        sed -n 's/^\([^#\t]*\)\t/   not run here: \1: /p' "$reasons"
+        tries=(-E "$(awk -F '\t' '!/^#/ && NF > 1 { all = all (all == "" ? "" : "|") $1 } END { print all }' "$reasons")")
     fi
     if ! progress_step "$preset.test" "testing" ctest --preset "$preset" "${tries[@]}"; then
         grep -vE '^ +Start|   Passed ' "$log/$preset.test.log" | tail -n 200
