@@ -179,8 +179,7 @@ VN_CHILD(lgStreamLocale)
 // Where the system has no locale with another mark, LgFixedText.anotherLocalesMarkBecomesAPoint is what is left.
 TEST(LgStream, numbersAreTheSameUnderEachLocale)
 {
-    VnTest::expectOutput("lgStreamLocale",
-                         "1234567.500000 0.250000 100000000000000000000.000000 1234567\n");
+    VnTest::expectOutput("lgStreamLocale", "1234567.500000 0.250000 100000000000000000000.000000 1234567\n");
 }
 
 TEST(LgStream, isEmptyAtFirst)

@@ -37,8 +37,10 @@ def including(headers):
 def compile_text(compiler, root, text, *options, behind=()):
     """What the compiler says of a source with this text; nothing if all is well."""
     # No ccache here: the text is another one each time that a header changes, and the compiler's front end alone is fast.
-    run = subprocess.run([compiler, "-x", "c++", f"-I{root}/src", f"-I{HERE}/headers", *options, "-", "-x", "none",
-                          *behind], input=text, text=True, capture_output=True, check=False)
+    # What follows are libraries, and Clang refuses the change of language where nothing does.
+    rest = ["-x", "none", *behind] if behind else []
+    run = subprocess.run([compiler, "-x", "c++", f"-I{root}/src", f"-I{HERE}/headers", *options, "-", *rest], input=text, text=True,
+                         capture_output=True, check=False)
     return run.stdout + run.stderr if run.returncode else ""
 
 
