@@ -1,5 +1,6 @@
 #include "profilelines.h"
 
+#include <base/ininitmgr.h>
 #include <base/profconsolidator.h>
 #include <base/profiler.h>
 
@@ -27,6 +28,12 @@ std::optional<ProfileReport> readAll(std::string const& text)
 
 TEST(ProfileReader, readsWhatAProfilerWritesToAStream)
 {
+    // Before the packages have started a count lasts infinitely long, and no count is then no number of seconds.
+    int count = 1;
+    char program[] = "vnlogtest";
+    char* arguments[] = {program, nullptr};
+    char const* const* list = arguments;
+    const Vn::InInitGuard guard(count, list);
     Vn::Profiler<Vn::HwIntervalTimer> profiler("tiles (all): 1");
     for (int i = 0; i < 3; ++i) {
         profiler.start();
