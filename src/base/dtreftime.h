@@ -23,7 +23,7 @@ class VN_BASE_EXPORT DtRefTime
 public:
     /// Count 0 at the rate 0/1, which is no reading of the clock. A conversion from that rate throws
     /// RationalEx::ExDenominatorZero.
-    DtRefTime() : _count(), _rate(0, 1) {}
+    DtRefTime() : _count(), _rate(0, 1) {}  // NOLINT(readability-redundant-member-init): -Weffc++ misses it
 
     /// Counts of the clock since its zero.
     DtTimeIndex const& getCount() const { return _count; }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <system_error>
 
@@ -36,7 +37,7 @@ std::from_chars_result numberFromCText(char const* text, Float& value)
     const bool isNumber = (*digits >= '0' && *digits <= '9') || *digits == '.';
     char const* const first = digits + std::strspn(digits, "0.");
     const bool isZero = first >= rest || *first < '1' || *first > '9';
-    if (isNumber && (read - read != 0 || (read == 0 && !isZero)))
+    if (isNumber && (!std::isfinite(read) || (read == 0 && !isZero)))
         return {rest, std::errc::result_out_of_range};
     value = read;
     return {rest, std::errc()};
