@@ -474,12 +474,26 @@ def start(test, variables, limit, folder):
         result = "passed" if code in (0, SKIPPED) else "failed"
     except subprocess.TimeoutExpired:
         result = "hung"
+    seconds = time.monotonic() - begun
     try:
         os.killpg(process.pid, signal.SIGKILL)
     except ProcessLookupError:
         pass
     process.wait()
-    return result, time.monotonic() - begun
+    if result != "passed":
+        end_descendants(folder)
+    return result, seconds
+
+
+def end_descendants(folder):
+    """What has left the test's group, as a session of its own: it bears the test's folder in its environment."""
+    mark = f"TMPDIR={folder}\0".encode()
+    for entry in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            if mark in (entry / "environ").read_bytes() + b"\0":
+                os.kill(int(entry.name), signal.SIGKILL)
+        except OSError:
+            pass  # it has ended, or is another user's
 
 
 def reach(all_tests, changes):

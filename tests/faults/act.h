@@ -35,12 +35,6 @@ public:
 
     /// False for what a process does once: then the second run() is left out.
     virtual bool canBeRepeated() const { return true; }
-
-    /// Whether the act answers with "no" or goes without, and throws nothing, where the system refuses.
-    virtual bool isTolerant() const { return false; }
-
-    /// Part of each text that is thrown, as the path of a file; "" if there is none.
-    virtual std::string getSubject() const { return ""; }
 };
 
 struct NamedAct

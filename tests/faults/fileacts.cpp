@@ -233,8 +233,6 @@ public:
         file.getAccess();
         file.exists();
     }
-
-    bool isTolerant() const override { return true; }
 };
 
 /// Made and removed without an object.

@@ -279,7 +279,6 @@ public:
     }
 
     bool canBeRepeated() const override { return false; }
-    bool isTolerant() const override { return true; }
 
 private:
     CountingGroup _group;

@@ -96,8 +96,6 @@ public:
         OsDateUtil::makeTime(2012, 12, 14, 4, 26, 40.0, OsDateTypes::LocalTime, local);
         OsDateUtil::convertToDateStruct(OsDateUtil::getCurrentTime(), OsDateTypes::LocalTime);
     }
-
-    bool isTolerant() const override { return true; }
 };
 
 class Names : public Act
@@ -163,8 +161,6 @@ public:
         OsCpuInfo::initialize();
         OsCpuInfo::getTypeName();
     }
-
-    bool isTolerant() const override { return true; }
 };
 
 template <class Kind>
