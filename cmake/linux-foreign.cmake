@@ -7,6 +7,7 @@ set(CMAKE_FIND_ROOT_PATH /usr/${VNBASE_TRIPLET})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# Packages may also stand where the user says, as our own does before it is installed for the processor.
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 # The loader and the libraries of the processor stand below the prefix.
 set(CMAKE_CROSSCOMPILING_EMULATOR ${VNBASE_EMULATOR} -L /usr/${VNBASE_TRIPLET})

@@ -14,6 +14,15 @@
 #    define VN_BASE_EXPORT __attribute__((visibility("default")))
 #endif
 
+/// The mark of a class template whose instances the library asks for by `dynamic_cast`, and which each module makes for itself:
+/// a user's program that hides its names by default still has one type with the library. Some standard libraries compare types
+/// by their place in memory alone. Windows has no such mark, and its runtime compares names.
+#if defined(_WIN32)
+#    define VN_BASE_SHARED_TYPE
+#else
+#    define VN_BASE_SHARED_TYPE __attribute__((visibility("default")))
+#endif
+
 /// Marks a function whose parameter number FORMAT is a format as std::printf takes it, so that the compiler compares it with the
 /// arguments from number FIRST on. Members count the object as number 1. On Windows the format is still that of the C
 /// standard, which MinGW implements itself, and not the one of the system's own library.

@@ -249,7 +249,7 @@ void takeFormOf(InVariableBase const& variable, Name& name, Whole& isWhole)
 }
 }  // namespace
 
-/// Another module may have the class of the variable as well; the comparison is by the class's name, so that is no matter.
+/// The user's module has the class of the variable as well, and InVariable's mark makes it the library's type.
 InVariableForm::InVariableForm(InVariableBase const& variable) noexcept
     : _getName(&InValueForm<char const*>::getName), _isWhole(&InValueForm<char const*>::isWhole)
 {

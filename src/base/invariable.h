@@ -165,7 +165,7 @@ private:
 /// InVariableBase.
 /// Tests: tests/base/invariabletest.cpp, tests/base/invariabletypestest.cpp.
 template <class T>
-class InVariable : public InVariableBase
+class VN_BASE_SHARED_TYPE InVariable : public InVariableBase
 {
     static_assert(InSettingType<T>, "a setting is an int, long, bool, float, double, char const*, std::string "
                                     "or std::chrono::milliseconds");

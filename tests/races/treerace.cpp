@@ -9,6 +9,8 @@
 // The other process is this program again. It is told what to swap by a letter, swaps a number of times while the
 // operation runs, and answers with a letter; so both stand still when the result is looked at. It keeps its pipes open
 // at both ends: whoever reads or writes one without care waits for ever.
+#include "child.h"
+
 #include <base/exinternalerror.h>
 #include <base/exsyserror.h>
 #include <base/osdirectory.h>
@@ -228,11 +230,12 @@ public:
         int from[2];
         if (::pipe2(to, O_CLOEXEC) != 0 || ::pipe2(from, O_CLOEXEC) != 0)
             std::abort();
+        const std::string program = VnTest::getProgramPath();
         _process = ::fork();
         if (_process == 0) {
             ::dup2(to[0], 0);
             ::dup2(from[1], 1);
-            ::execl("/proc/self/exe", "treerace", "--swap", root.c_str(), seed.c_str(), nullptr);
+            ::execl(program.c_str(), "treerace", "--swap", root.c_str(), seed.c_str(), nullptr);
             ::_exit(127);
         }
         ::close(to[0]);

@@ -4,6 +4,8 @@
 //
 // The programs are this one again. Each writes one letter to the standard output, which is a pipe that ends with the
 // last of them.
+#include "child.h"
+
 #include <base/exsyserror.h>
 #include <base/osprocess.h>
 
@@ -173,7 +175,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: startsoak COUNT\n");
         return 2;
     }
-    const std::string own = std::filesystem::read_symlink("/proc/self/exe").string();
+    const std::string own = VnTest::getProgramPath();
     const auto begin = std::chrono::steady_clock::now();
     const long descriptors = countDescriptors();
     const int output = ::fcntl(1, F_DUPFD_CLOEXEC, 3);

@@ -510,7 +510,11 @@ void fault(std::string const& how)
         int volatile result = 7 / zero;
         static_cast<void>(result);
     } else if (how == "instruction") {
+#if defined(__aarch64__)
+        asm volatile(".inst 0");  // the compiler's own trap is a breakpoint there, which has another signal
+#else
         __builtin_trap();
+#endif
     } else if (how == "terminate") {
         std::terminate();
     } else if (how == "exception") {
@@ -567,6 +571,10 @@ TEST_F(ThreadLogSignals, aFaultEndsTheProcessByItsOwnSignalBehindTheMessages)
                                                   {"terminate", SIGABRT},
                                                   {"exception", SIGABRT}};
     for (auto const& [how, signal] : faults) {
+#if defined(__aarch64__)
+        if (signal == SIGFPE)
+            continue;  // a division by zero is zero there
+#endif
         const TempFolder folder;
         const int status = runCrash(folder, "faultsByItself", how);
         EXPECT_TRUE(isEndedBy(status, signal)) << how << ": " << status;
