@@ -2,8 +2,11 @@
 # Long runs against a model of what must hold: tools/soak.sh [MINUTES] [WHAT]
 #
 #   MINUTES  for each part, 1 by default
-#   WHAT     all (default), or one of: kills, crashes, queue, load, processes, tree
+#   WHAT     all (default), or one of: everything, kills, crashes, queue, load, processes, tree
 #
+# everything: processes with threads log into one file while processes are killed, stop and start, the disk fills up, the clock
+#        jumps, the file is moved away, a library comes and goes and a process forks. Every message is accounted for, and memory
+#        and descriptors stay flat. `tools/soak.sh 60 everything` is an hour of it.
 # kills: processes write into one log and are killed at any moment, with lines of 300 and of 9,000 characters, on a disk
 #        with room and on one that fills up again and again (which takes root's right to mount a small disk).
 # crashes: processes whose threads log through the thread layer crash by each signal in turn, in a thread of the program and
@@ -27,7 +30,7 @@ minutes=${1:-1}
 what=${2:-all}
 [[ $minutes =~ ^[0-9]+$ ]] || { echo "soak: $minutes is no number of minutes; tools/soak.sh -h helps" >&2; exit 2; }
 
-parts=(kills crashes queue load processes tree)
+parts=(everything kills crashes queue load processes tree)
 [ "$what" = all ] || parts=("$what")
 bin=build/release/bin
 mkdir -p build/logs
@@ -51,6 +54,7 @@ repeat() {
 for part in "${parts[@]}"; do
     echo "== $part"
     case $part in
+    everything) "$bin/everything" 1000000 $((minutes * 60)) || { echo "FAILED: everything"; exit 1; } ;;
     kills)
         for run in "300" "9000" "300 full" "9000 full"; do
             # shellcheck disable=SC2086  # the arguments are words

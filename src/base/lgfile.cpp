@@ -39,7 +39,7 @@ public:
     System::LogOutput& getOutput() { return _output; }
 
     /// False if something was left unwritten.
-    bool writeLines(std::string_view text);
+    bool writeLines(std::string_view text, std::int32_t messages);
 
     /// Writes what waits. False if the system doesn't take all of it.
     bool send();
@@ -76,7 +76,7 @@ protected:
 private:
     bool endTornLine();
     std::size_t write(std::string_view text);
-    void bufferOrDrop(std::string_view text);
+    void bufferOrDrop(std::string_view text, std::int32_t messages);
 
     System::LogOutput _output;
     const bool _isShared;
@@ -128,26 +128,27 @@ bool LgFile::Buffer::send()
 
 /// All or nothing. Once a line was dropped, later ones are dropped as well until reportDropped() has found room: the count
 /// stands in the place of all of them, so it must come before the next line.
-void LgFile::Buffer::bufferOrDrop(std::string_view text)
+void LgFile::Buffer::bufferOrDrop(std::string_view text, std::int32_t messages)
 {
     if (_dropped == 0 && text.size() <= getRoom()) {
         std::memcpy(pptr(), text.data(), text.size());
         pbump(static_cast<int>(text.size()));
-    } else if (_dropped != std::numeric_limits<std::int32_t>::max())
-        ++_dropped;
+    } else {
+        _dropped += std::min(messages, std::numeric_limits<std::int32_t>::max() - _dropped);
+    }
 }
 
 /// Nothing overtakes what waits: it is sent first, and the text waits behind it if that fails.
-bool LgFile::Buffer::writeLines(std::string_view text)
+bool LgFile::Buffer::writeLines(std::string_view text, std::int32_t messages)
 {
     if (_dropped != 0 || !send()) {
-        bufferOrDrop(text);
+        bufferOrDrop(text, messages);
         return false;
     }
     const std::size_t done = write(text);
     if (done == text.size())
         return true;
-    bufferOrDrop(text.substr(done));
+    bufferOrDrop(text.substr(done), messages);
     return false;
 }
 
@@ -189,12 +190,12 @@ void LgFile::tryAgain()
         clear(rdstate() & ~(badbit | failbit));
 }
 
-void LgFile::writeLines(std::string_view text)
+void LgFile::writeLines(std::string_view text, std::int32_t messages)
 {
     tryAgain();
     if (rdbuf() != _buffer.get())  // a program has put another one in its place
         write(text.data(), static_cast<std::streamsize>(text.size())).flush();
-    else if (good() && !_buffer->writeLines(text))
+    else if (good() && !_buffer->writeLines(text, messages))
         setstate(badbit);
 }
 

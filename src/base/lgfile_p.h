@@ -43,9 +43,10 @@ public:
 
     /// Writes whole lines in one system call, and flushes. In a shared file they begin at the start of a line, whatever a
     /// killed writer has left, and a line of which the system takes a part only is taken back.
-    void writeLines(std::string_view text);
+    /// `messages` is how many the text stands for, which are counted if it is dropped.
+    void writeLines(std::string_view text, std::int32_t messages = 1);
 
-    /// Writes how many lines were dropped, if any were and there is room for that and for a line of `nextSize` behind it. The
+    /// Writes how many messages were dropped, if any were and there is room for that and for a line of `nextSize` behind it. The
     /// line is that of a full queue: "Event overflow [12]".
     void reportDropped(std::uint64_t ticks, unsigned long threadId, bool hasPrefix, std::size_t nextSize);
 

@@ -244,7 +244,7 @@ bool startEchoLine()
     return System::isLineEndOfStandardOutput(*end).value_or(droppedFromEcho == 0) || writeEcho("\n");
 }
 
-/// Says how many lines were dropped, in the form of a queue's overflow entry.
+/// Says how many messages were dropped, in the form of a queue's overflow entry.
 bool reportDroppedEcho(bool hasPrefix, std::uint64_t ticks, unsigned long threadId)
 {
     LgLine note;
@@ -258,7 +258,7 @@ bool reportDroppedEcho(bool hasPrefix, std::uint64_t ticks, unsigned long thread
 /// again. A stream that failed for another reason than the device keeps its state.
 ///
 /// With `isShared` other processes wait meanwhile, so that the line can begin at the start of a line.
-void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId, bool isShared)
+void echo(LgLine const& line, std::int32_t messages, std::uint64_t ticks, unsigned long threadId, bool isShared)
 {
     // Whoever writes to a bad stream sets failbit as well.
     if (std::cout.bad())
@@ -269,7 +269,7 @@ void echo(LgLine const& line, std::uint64_t ticks, unsigned long threadId, bool 
         droppedFromEcho = 0;
     isWritten = isWritten && writeEcho(line.getText());
     if (!isWritten)
-        droppedFromEcho += droppedFromEcho != std::numeric_limits<std::int32_t>::max() ? 1 : 0;
+        droppedFromEcho += std::min(messages, std::numeric_limits<std::int32_t>::max() - droppedFromEcho);
     if (isShared)
         echoEnd = isWritten ? System::getStandardOutputEnd() : std::nullopt;
 }
@@ -344,19 +344,21 @@ void LgReader::flushQueue(LgQueue* queue)
     LgLine line;
     if (hasPrefix)
         line.putPrefix(ticks, queue->getThreadId(), level);
+    // What a line of lost messages tells isn't lost with it.
+    const std::int32_t messages = entry.isOverflowEntry() ? entry.getOverflowCount() : 1;
     if (entry.isOverflowEntry())
-        line.putOverflow(entry.getOverflowCount());
+        line.putOverflow(messages);
     else
         line.putText(queue->getStream());
     const EntryRemoval removal(*queue);
     // In one piece, so that a crash in between can't cut it.
     if (LgFile* const file = LgLog::getFile(level)) {
         file->reportDropped(ticks, queue->getThreadId(), hasPrefix, line.getText().size());
-        file->writeLines(line.getText());
+        file->writeLines(line.getText(), messages);
         resetFormat(*file, line);
     }
     if (LgLog::isLevelEchoed(level)) {
-        echo(line, ticks, queue->getThreadId(), lock != nullptr);
+        echo(line, messages, ticks, queue->getThreadId(), lock != nullptr);
         resetFormat(std::cout, line);
     }
 }

@@ -257,7 +257,15 @@ public:
     /// @{
     /// Element by element; `<=>` is lexicographic: {1, 9} < {2}.
     friend bool operator==(Vector const& left, Vector const& right) { return left.base() == right.base(); }
-    friend auto operator<=>(Vector const& left, Vector const& right) { return left.base() <=> right.base(); }
+    friend auto operator<=>(Vector const& left, Vector const& right)
+    {
+        if constexpr (requires { left.base() <=> right.base(); })
+            return left.base() <=> right.base();
+        else  // a standard library whose vector has the older operators alone
+            return left.base() < right.base()   ? std::weak_ordering::less
+                   : right.base() < left.base() ? std::weak_ordering::greater
+                                                : std::weak_ordering::equivalent;
+    }
     /// @}
 
     /// As left.swap(right).

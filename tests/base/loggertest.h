@@ -93,7 +93,9 @@ private:
 class StampedQueue
 {
 public:
-    explicit StampedQueue(unsigned long threadId = 0) : _queue(new Vn::LgQueue(threadId))
+    explicit StampedQueue(unsigned long threadId = 0)
+        : _queue(new Vn::LgQueue(threadId)),
+          _entries(const_cast<Vn::LgQueue::Entry*>(&_queue->readEntry()))  // the first one of the ring
     {
         Vn::LgLog::getRegistry()->registerQueue(_queue);
     }
@@ -109,8 +111,7 @@ public:
 
     void stampLast(std::uint64_t ticks)
     {
-        auto* const entries = const_cast<Vn::LgQueue::Entry*>(&_queue->readEntry());
-        entries[_count++].setTimeStamp(Vn::LgLog::getStart() + ticks);
+        _entries[_count++ % ringSize].setTimeStamp(Vn::LgLog::getStart() + ticks);
     }
 
     /// The queue lives until a reader deletes it, or end() does.
@@ -124,7 +125,10 @@ public:
     }
 
 private:
+    static constexpr int ringSize = 1024;
+
     Vn::LgQueue* _queue;
+    Vn::LgQueue::Entry* _entries;
     int _count = 0;
 };
 

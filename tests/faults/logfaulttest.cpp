@@ -548,6 +548,36 @@ TEST_F(LogFaults, aLineThatDoesNotFitTheBufferIsLostAloneOnAFullDisk)
     queue.end();
 }
 
+TEST_F(LogFaults, aLineOfLostMessagesThatIsLostItselfCountsAllOfThem)
+{
+    set("VN_LOG_DISABLE_TIMESTAMPS", "1");
+    start();
+    StampedQueue queue;
+    LgReader reader;
+    const std::vector<std::string> fillings = {std::string(30000, 'x'), std::string(30000, 'y'),
+                                               std::string(5520, 'z')};
+    std::vector<std::string> expected = fillings;  // the buffer has 13 characters left
+    {
+        const FailingCall full("write", ENOSPC, 0, 10000);
+        for (std::string const& text : fillings) {
+            queue.log(1, text);
+            reader.flushAll();
+        }
+        for (int i = 0; i < 1022; ++i)
+            queue.log(2, std::string(15, 'w'));
+        for (int i = 0; i < 12; ++i)
+            EXPECT_FALSE(queue->reserveEntry(LgTypes::Warning));
+        queue.stampLast(2);
+        reader.flushAll();
+    }
+    queue.log(3, "next");
+    reader.flushAll();
+    expected.push_back("Event overflow [1034]");
+    expected.push_back("next");
+    EXPECT_EQ(messages(), expected);
+    queue.end();
+}
+
 TEST_F(LogFaults, whatACallerPutsIntoTheStreamComesInItsTurn)
 {
     start();

@@ -12,7 +12,7 @@ pc=$(find "$prefix" -name VNbase.pc)
 libraries=$(cd "$(dirname "$pc")/.." && pwd)
 export LD_LIBRARY_PATH="$libraries" WINEPATH="$prefix/bin"
 suffix=
-[ -z "$toolchain" ] || suffix=.exe
+case $toolchain in *mingw*) suffix=.exe ;; esac
 T4Q_TEST_DIR=$work/log
 export T4Q_TEST_DIR
 

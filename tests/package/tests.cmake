@@ -66,9 +66,10 @@ if(VNBASE_SANITIZE)
 elseif(VNBASE_COVERAGE)
     set(consumer_flags "-fprofile-instr-generate")
 endif()
+list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator_words)
 add_test(NAME package.consumer
     COMMAND "${CMAKE_CURRENT_LIST_DIR}/runconsumer.sh" "${PROJECT_BINARY_DIR}" "${PROJECT_BINARY_DIR}/consumer"
-        "${CMAKE_CXX_COMPILER}" "${CMAKE_TOOLCHAIN_FILE}" "${CMAKE_CROSSCOMPILING_EMULATOR}" "${consumer_flags}")
+        "${CMAKE_CXX_COMPILER}" "${CMAKE_TOOLCHAIN_FILE}" "${emulator_words}" "${consumer_flags}")
 
 # The packages of the optimised trees: made as tools/packages.sh makes them for everybody, then used.
 set(package_tests "")
