@@ -609,6 +609,34 @@ TEST(InInitMgr, afterTheEndDependenciesMustBeRegisteredAnew)
                                               Vn::InInit<VnInit::initialize>::getType()->name() + "'.\n");
 }
 
+VN_CHILD(typeStartedAgainAfterTheEnd)
+{
+    NumberedPackage<1> first("first");
+    start();
+    stop();
+    std::optional<NumberedPackage<1>> again, third;
+    {
+        Vn::InReinitGuard guard;
+        again.emplace("again");
+    }
+    {
+        Vn::InReinitGuard guard;
+        third.emplace("third");
+    }
+    again.reset();
+    {
+        Vn::InReinitGuard guard;
+        NumberedPackage<2> needing("needing", {NumberedPackage<1>::getType()});
+        std::cout << needing.getDependencies().size() << "\n";
+    }
+    return 0;
+}
+
+TEST(InInitMgr, afterTheEndATypeStartsOnceMoreAndThenRuns)
+{
+    expectOutput("typeStartedAgainAfterTheEnd", "start first\nstop first\nstart again\n1\n");
+}
+
 VN_CHILD(finalizeFirst)
 {
     Vn::InVariableBase::overrideViaHandle("handle", "text", "description");
@@ -1150,6 +1178,34 @@ TEST(InPackageInit, variablesThatComeAndGoLeaveTheOthersInTheirOrder)
             order += run.err.substr(at + head.size() - 1, 2) + " ";
         EXPECT_EQ(order, row.order);
     }
+}
+
+VN_CHILD(listingPackageGone)
+{
+    const auto needs = {Vn::InInit<VnInit::initialize>::getType()};
+    NumberedPackage<1> owner("owner", needs);
+    auto other = std::make_unique<NumberedPackage<2>>("zother", needs);
+    const Vn::InContextAlias<Vn::InInitDef, 0> alias("5", "default");
+    auto a = std::make_unique<Vn::InVariable<int>>("va", owner, alias);
+    Vn::InVariable<int> b("vb", owner, alias);
+    Vn::InVariable<int> c("vc", owner, alias);
+    for (Vn::InVariableBase* variable :
+         {static_cast<Vn::InVariableBase*>(&*a), static_cast<Vn::InVariableBase*>(&b),
+          static_cast<Vn::InVariableBase*>(&c)})
+        other->addDependency(variable);
+    other->removeDependency(&b);
+    other.reset();
+    a.reset();
+    start();
+    std::cout << b.getValue() << c.getValue() << owner.isInitialized << "\n";
+    return 0;
+}
+
+TEST(InPackageInit, aPackageThatListsTheVariablesOfAnotherMayGoFirst)
+{
+    const ChildRun run = Child("listingPackageGone").without("VN_DEBUG_INITIALIZE").run();
+    EXPECT_EQ(run.out, "start owner\n551\n") << run.err;
+    EXPECT_EQ(run.exitCode, 0);
 }
 
 // ---- diagnostics

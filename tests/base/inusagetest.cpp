@@ -265,6 +265,30 @@ TEST(InUsage, keysOfAnyFormHaveTheirPlace)
                                                               << page.str();
 }
 
+TEST(InUsage, anEmptyDefaultIsNotTold)
+{
+    SettingsPackage package;
+    const Argument option("t:", "-t TITLE: what stands above");
+    const Environment variable("VN_TEST_FOOT", "what stands below");
+    const Default nothing("", "default");
+    const InVariable<char const*> title("title", package, option, nothing);
+    const InVariable<char const*> foot("foot", package, variable, nothing);
+    std::ostringstream text;
+    InUsage("").print(text, "prog", 80);
+    EXPECT_NE(text.str().find("  -t TITLE     what stands above\n"), std::string::npos) << text.str();
+    EXPECT_NE(text.str().find("  VN_TEST_FOOT   what stands below\n"), std::string::npos) << text.str();
+}
+
+TEST(InUsage, anOptionThatTheStartStopsAtIsUnknownEvenIfItIsDeclared)
+{
+    SettingsPackage package;
+    const Argument mark("?", "-?: the parser's own answer to an unknown letter"), nothing("", "without a letter");
+    const Argument loud("l", "-l: tell more");
+    EXPECT_EQ(messagesOf(InUsage(""), {"-l"}), "");
+    EXPECT_EQ(messagesOf(InUsage(""), {"-l?"}), "unknown option -? in -l?\n");
+    EXPECT_EQ(messagesOf(InUsage(""), {"-?"}), "unknown option -?\n");
+}
+
 TEST(InUsage, aDescriptionThatSaysNothingLeavesTheSources)
 {
     SettingsPackage package;

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
@@ -510,5 +511,56 @@ TEST_F(LgFilePosix, anEchoedLineBeginsAtTheStartOfALineUnderTheLock)
         EXPECT_EQ(run.exitCode, 0) << run.err;
         EXPECT_EQ(contentOf(path),
                   "first\nhalf of a li\nsecond\na whole line\nthird\nthe program's own\nfourth\nfifth\n");
+    }
+}
+
+/// argv[2] lines go to a file that can be written but not read; then the disk is full for one.
+VN_CHILD(echoToAnUnreadableFile)
+{
+    const int file = ::open(argv[1], O_WRONLY | O_CREAT | O_TRUNC, 0200);
+    ::dup2(file, 1);
+    ::close(file);
+    const ::uid_t user = ::geteuid();
+    // Root reads whatever it likes.
+    if (user == 0 && ::seteuid(65534) != 0)
+        return 2;
+    LgLog::init();
+    StampedQueue queue;
+    const auto echo = [&queue](std::string const& text) {
+        queue.log(1, text);
+        LgReader().flushAll();
+    };
+    const int count = std::atoi(argv[2]);
+    for (int i = 0; i < count; ++i)
+        echo("line");
+    {
+        const SizeLimit full(static_cast<std::uintmax_t>(count) * std::strlen("line\n"));
+        echo("dropped");
+    }
+    echo("last");
+    queue.end();
+    LgLog::destroy();
+    return ::seteuid(user) == 0 ? 0 : 3;
+}
+
+TEST_F(LgFilePosix, behindADroppedLineAFileThatCantBeReadGetsALineEndUnlessItIsEmpty)
+{
+    const struct
+    {
+        char const* before;
+        char const* content;
+    } table[] = {{"0", "Event overflow [1]\nlast\n"}, {"2", "line\nline\n\nEvent overflow [1]\nlast\n"}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.before);
+        const std::string path = folder.path(row.before);
+        const ChildRun run = Child("echoToAnUnreadableFile")
+                                 .arguments({path, row.before})
+                                 .with("VN_LOG_WARNING", "%")
+                                 .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+                                 .with("T4Q_TEST_DIR", folder.path())
+                                 .run();
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
+        EXPECT_EQ(contentOf(path), row.content);
     }
 }

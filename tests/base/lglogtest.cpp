@@ -10,6 +10,7 @@
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <locale>
@@ -446,6 +447,28 @@ TEST_F(LgLogTest, anUnknownThresholdIsPassedOverInSilence)
     start();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(LgMajorGroup::getDefaultThreshold(), LgTypes::Warning);
+}
+
+VN_CHILD(lgLogThreshold)
+{
+    VnTest::start();
+    std::cout << LgMajorGroup::getDefaultThreshold() << '\n';
+    VnTest::stop();
+    return 0;
+}
+
+TEST_F(LgLogTest, eachLevelsNameIsAThresholdAndAnEmptyWordIsNone)
+{
+    for (int level = LgTypes::InternalError; level <= LgTypes::Profiling; ++level)
+        EXPECT_EQ(Child("lgLogThreshold")
+                      .with("T4Q_TEST_DIR", folder.path())
+                      .with("VN_LOG_DEFAULT_LEVEL", LgTypes::levelToString(LgTypes::Level(level)))
+                      .run()
+                      .out,
+                  std::to_string(std::max<int>(level, LgTypes::FatalError)) + "\n");
+    EXPECT_EQ(
+        Child("lgLogThreshold").with("T4Q_TEST_DIR", folder.path()).with("VN_LOG_DEFAULT_LEVEL", "").run().out,
+        std::to_string(LgTypes::Warning) + "\n");
 }
 
 TEST_F(LgLogTest, blockingTraceIsOnAtAnyValue)
