@@ -1,4 +1,5 @@
 #include <base/dbgbuildinfomgr.h>
+#include <base/exinternalerror.h>
 #include <base/inoptionparser.h>
 #include <base/inpackages.h>
 #include <base/inusage.h>
@@ -287,6 +288,28 @@ TEST(InUsage, anOptionThatTheStartStopsAtIsUnknownEvenIfItIsDeclared)
     EXPECT_EQ(messagesOf(InUsage(""), {"-l"}), "");
     EXPECT_EQ(messagesOf(InUsage(""), {"-l?"}), "unknown option -? in -l?\n");
     EXPECT_EQ(messagesOf(InUsage(""), {"-?"}), "unknown option -?\n");
+}
+
+VN_CHILD(usageBehindAFailedStart)
+{
+    SettingsPackage package;
+    package.onStart = [] { throw ExInternalError("src/base/x", 1, "no"); };
+    const Environment variable("VN_TEST_DEPTH", "how deep to look");
+    const InVariable<int> depth("depth", package, variable);
+    const InUsage usage("");
+    std::cout << messagesOf(usage, {});
+    VnTest::report("start", VnTest::start);
+    std::cout << messagesOf(usage, {});
+    stop();
+    std::cout << messagesOf(usage, {}) << "no more\n";
+    return 0;
+}
+
+TEST(InUsage, aSettingWhoseSourceHasStoppedHasNoTextToFindFaultWith)
+{
+    const std::string fault = "VN_TEST_DEPTH takes a whole number, not 'deep'\n";
+    EXPECT_EQ(child("usageBehindAFailedStart", {}).with("VN_TEST_DEPTH", "deep").run().out,
+              fault + "start settings\nstart: no\n" + fault + "no more\n");
 }
 
 TEST(InUsage, aDescriptionThatSaysNothingLeavesTheSources)
@@ -866,6 +889,24 @@ TEST(InUsage, theManPageHasWhatHelpHas)
     EXPECT_EQ(run.exitCode, 0);
     const std::string own = child("pages", {"--help=man"}).run().out;
     EXPECT_EQ(own.substr(0, own.find('\n')), ".TH \"PROG\" 1 \"\" \"Api 1.2\"");
+}
+
+TEST(InUsage, aSummaryFollowsTheProgramsNameWithASmallLetterUnlessItBeginsWithAnAbbreviation)
+{
+    const struct
+    {
+        char const* summary;
+        char const* line;
+    } table[] = {{"Greets somebody.", "prog \\- greets somebody"},
+                 {"X", "prog \\- x"},
+                 {"GPU tables.", "prog \\- GPU tables"},
+                 {"[Greets]", "prog \\- [Greets]"},
+                 {"already small", "prog \\- already small"}};
+    for (auto const& row : table) {
+        std::ostringstream page;
+        InUsage(row.summary).printManPage(page, "prog");
+        EXPECT_NE(page.str().find(std::string("\n") + row.line + "\n"), std::string::npos) << page.str();
+    }
 }
 
 TEST(InUsage, theManPageIsOfTheLibrarysDayWhereTheApplicationTellsNone)
