@@ -226,14 +226,18 @@ TEST_F(LgFilePosix, aPipeWhoseReaderGoesEndsNobodyAndWorksForTheNext)
         }
 }
 
-TEST_F(LgFilePosix, aPipeHasNoPlace)
+TEST_F(LgFilePosix, aPipeAndADeviceHaveNoPlace)
 {
     ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
     const int reader = ::open(folder.path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
-    set("VN_LOG_WARNING", folder.path("pipe"));
-    start();
-    EXPECT_TRUE(hasOutput());
-    EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Warning)->tellp(), std::streamoff(-1));
+    for (std::string const& path : {folder.path("pipe"), std::string("/dev/null")}) {
+        SCOPED_TRACE(path);
+        set("VN_LOG_WARNING", path);
+        start();
+        EXPECT_TRUE(hasOutput());
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Warning)->tellp(), std::streamoff(-1));
+        stop();
+    }
     ::close(reader);
 }
 
@@ -399,7 +403,9 @@ TEST_F(LgFilePosix, droppedLinesAreToldWithoutAPrefixWhereLinesHaveNone)
             log(lng);
     }
     log("last");
-    EXPECT_EQ(textsOf(path), (std::vector<std::string>{"first", lng, lng, lng, "Event overflow [2]", "last"}));
+    const std::vector<std::string> lines = VnTest::linesOf(path), expected = {lng, "Event overflow [2]", "last"};
+    ASSERT_GT(lines.size(), 3u);
+    EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()), expected);
 }
 
 TEST_F(LgFilePosix, whileTheProgramSaysThatAnOutputHasFailedNothingIsWritten)
