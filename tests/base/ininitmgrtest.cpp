@@ -1424,15 +1424,18 @@ VN_CHILD(listingPackageGone)
     other->removeDependency(&b);
     other.reset();
     a.reset();
+    Vn::InVariable<int> unlisted("vd", owner, alias);
+    owner.removeDependency(&unlisted);
+    owner.removeDependency(&unlisted);
     start();
-    std::cout << b.getValue() << c.getValue() << owner.isInitialized << "\n";
+    std::cout << b.getValue() << c.getValue() << unlisted.isValid() << owner.isInitialized << "\n";
     return 0;
 }
 
 TEST(InPackageInit, aPackageThatListsTheVariablesOfAnotherMayGoFirst)
 {
     const ChildRun run = Child("listingPackageGone").without("VN_DEBUG_INITIALIZE").run();
-    EXPECT_EQ(run.out, "start owner\n551\n") << run.err;
+    EXPECT_EQ(run.out, "start owner\n5501\n") << run.err;
     EXPECT_EQ(run.exitCode, 0);
 }
 

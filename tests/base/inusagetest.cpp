@@ -266,6 +266,17 @@ TEST(InUsage, keysOfAnyFormHaveTheirPlace)
                                                               << page.str();
 }
 
+TEST(InUsage, aCommandLineThatIsNotThereIsEmpty)
+{
+    for (int count : {0, 1, 3}) {
+        int argc = count;
+        EXPECT_EQ(InUsage("").handle(argc, nullptr), std::nullopt);
+        EXPECT_EQ(argc, count);
+        EXPECT_TRUE(InUsage("").getFaults(count, nullptr).empty());
+    }
+    EXPECT_EQ(InUsage("").operands("FILE", 1, 1).getFaults(3, nullptr).size(), 1u) << "and has no operands";
+}
+
 TEST(InUsage, anEmptyDefaultIsNotTold)
 {
     SettingsPackage package;

@@ -434,8 +434,11 @@ TEST_F(LgFilePosix, aProgramsOwnOutputToAFullDiskFailsAndTheLogGoesOn)
     const std::string path = folder.path("events.log");
     {
         const SizeLimit full(std::filesystem::file_size(path));
+        output << 'x' << std::flush;
+        EXPECT_TRUE(output.bad()) << "flushed";
+        output.clear();
         output << std::string(70000, 'x');
-        EXPECT_TRUE(output.bad());
+        EXPECT_TRUE(output.bad()) << "longer than the buffer";
     }
     log("first");
     log("second");
