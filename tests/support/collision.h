@@ -11,7 +11,7 @@ namespace VnTest
 {
 
 /// Two texts, of one length or of two, whose hashes agree in the 32 bits that our tables keep; both are empty if none was found.
-/// About a hundred thousand texts hold such a pair.
+/// About a hundred thousand texts hold such a pair; where the standard library has the hash of GCC's, no search is needed.
 inline std::pair<std::string, std::string> findTextsOfOneHash(bool areOfOneLength)
 {
     const auto textOf = [areOfOneLength](std::uint32_t number) {
@@ -20,6 +20,11 @@ inline std::pair<std::string, std::string> findTextsOfOneHash(bool areOfOneLengt
     const auto hashOf = [](std::string const& text) {
         return static_cast<std::uint32_t>(std::hash<std::string_view>()(text));
     };
+    std::pair<std::string, std::string> known("1064466", "1068269");
+    if (!areOfOneLength)
+        known = {"1070313longer", "1152138"};
+    if (hashOf(known.first) == hashOf(known.second))
+        return known;
     struct Seen
     {
         std::uint32_t hash = 0, number = 0;
