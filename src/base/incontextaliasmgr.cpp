@@ -195,13 +195,13 @@ private:
         text.release();
     }
 
+    /// Nothing for a kind that keeps no keys; of the others each alias uses its key.
     void releaseKey(char const* text) noexcept
     {
         if (_keyUses.size() == 0)
             return;
         const InTextKey key(text);
-        unsigned* const uses = _keyUses.find(key);
-        if (uses == nullptr || --*uses != 0)
+        if (--*_keyUses.find(key) != 0)
             return;
         char const* const owned = _keyUses.keyOf(key).getText();
         _keyUses.erase(key);

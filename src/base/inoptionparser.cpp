@@ -2,8 +2,9 @@
 //
 // `_cursor` stands on the last character consumed, in the element `_argIndex`. A step moves it on by one; if it then
 // stands on the terminator, the next element is looked at: one that begins with a dash is entered, anything else ends
-// the parsing. An option with a value takes the rest of its element, or else the whole next element, and the cursor
-// goes to the end of what was taken. So several letters may stand in one element, and the constructor only has to put
+// the parsing. An option whose value is the rest of its element puts the cursor on the end of the element. One whose value
+// is the next element only counts that element: the cursor stands on the end of an element already, and the next step
+// leaves for the one behind `_argIndex`. So several letters may stand in one element, and the constructor only has to put
 // the cursor on the end of element 0.
 //
 // Vectors may be wrong in ways that the rule doesn't speak of (a null element, an empty one, no element 0, a call
@@ -132,14 +133,13 @@ void InOptionParser::consumeElement()
     _cursor = lastCharacterOf(elementAt(_argIndex));
 }
 
-/// Makes the next element the value, or null the value if there is none.
+/// Makes the next element the value, or null the value if there is none. The cursor stands on the end of an element.
 void InOptionParser::takeNextElement()
 {
     const bool hasNext = _argIndex + 1 < _argc;
     if (hasNext)
         ++_argIndex;
     _value = hasNext ? _argv[_argIndex] : nullptr;
-    consumeElement();
 }
 
 /// Without a cursor every further call returns -1.

@@ -79,11 +79,10 @@ InTable<InAddressKey, Listing>& listings()
     return theListings;
 }
 
-/// For an entry that goes.
+/// For an entry that goes. Every entry of a package is listed.
 void forgetListing(InVariableBase const* variable)
 {
-    Listing* const listing = listings().find(variable);
-    if (listing != nullptr && --listing->count == 0)
+    if (--listings().find(variable)->count == 0)
         listings().erase(variable);
 }
 }  // namespace

@@ -36,7 +36,8 @@ std::from_chars_result numberFromCText(char const* text, Float& value)
     // Only a number has digits. One with no place in the type became infinite or, if it isn't 0 itself, 0.
     const bool isNumber = (*digits >= '0' && *digits <= '9') || *digits == '.';
     char const* const first = digits + std::strspn(digits, "0.");
-    const bool isZero = first >= rest || *first < '1' || *first > '9';
+    // Behind zeros and the point stands a digit from 1 on, the exponent's letter, or nothing of the number.
+    const bool isZero = first >= rest || *first > '9';
     if (isNumber && (!std::isfinite(read) || (read == 0 && !isZero)))
         return {rest, std::errc::result_out_of_range};
     value = read;

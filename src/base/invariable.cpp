@@ -247,15 +247,10 @@ void InVariableBase::enterRegistry()
 {
     if (_registry == nullptr)
         _registry = new Registry;
-    try {
-        InVariableBase*& entry = _registry->get(_handle.get());
-        if (entry != nullptr)
-            throw InEx::ExHandleAlreadyInUse(sourceName, __LINE__, _handle);
-        entry = this;
-    } catch (...) {
-        dropIfEmpty(_registry);
-        throw;
-    }
+    InVariableBase*& entry = _registry->get(_handle.get());
+    if (entry != nullptr)
+        throw InEx::ExHandleAlreadyInUse(sourceName, __LINE__, _handle);
+    entry = this;
 }
 
 /// While the handle still exists, which is the key.

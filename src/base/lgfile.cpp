@@ -96,19 +96,19 @@ bool LgFile::Buffer::endTornLine()
 }
 
 /// Returns how much of `text` is in the file. In a shared file that is whole lines: what the system took of a further line is
-/// removed again, as other processes would write behind it.
+/// removed again, as other processes would write behind it. A pipe or a device has no size: nothing is looked at there, and
+/// nothing taken back.
 std::size_t LgFile::Buffer::write(std::string_view text)
 {
-    const bool isWatched = _isShared && _output.isRegular();
-    if (isWatched && !endTornLine())
+    if (_isShared && !endTornLine())
         return 0;
     std::size_t done = _output.append(text);
-    if (isWatched && done != text.size()) {
+    if (_isShared && done != text.size()) {
         const std::size_t wholeLines = text.substr(0, done).rfind('\n') + 1;
         if (_output.removeFromEnd(done - wholeLines))
             done = wholeLines;
     }
-    if (isWatched)
+    if (_isShared)
         _ownEnd = _output.getSize();
     return done;
 }

@@ -76,9 +76,6 @@ public:
 
     bool isOpen() const { return _handle != closed; }
 
-    /// Whether the file has a size and an end: no pipe and no device.
-    bool isRegular() const { return _isRegular; }
-
     FileIdentity const& getIdentity() const { return _identity; }
 
     /// True for a pipe and a device, which hold nothing.

@@ -91,7 +91,7 @@ public:
     static constexpr std::uint32_t longestDirect = 28;
 
     /// Whether the number is below 2^64. The comparison is written so that NaN fails it. A mantissa of more than 64
-    /// bits, which no platform of ours has, would not fit below.
+    /// bits, as that of a `long double` on aarch64 and s390x, doesn't fit below.
     static bool isDirect(Number value)
     {
         return std::fabs(value) < Number(18446744073709551616.0) && mantissaBits <= 64;

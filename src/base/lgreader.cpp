@@ -239,7 +239,7 @@ bool startEchoLine()
         return true;
     std::cout.flush();  // what the program has written itself
     const std::optional<std::uint64_t> end = System::getStandardOutputEnd();
-    if (!end || *end == 0 || end == echoEnd)
+    if (end.value_or(0) == 0 || end == echoEnd)
         return true;
     return System::isLineEndOfStandardOutput(*end).value_or(droppedFromEcho == 0) || writeEcho("\n");
 }

@@ -381,6 +381,8 @@ VN_CHILD(registerBeforeTheStart)
 {
     registerAndDeleteRefused(first);
     registerAndDeleteRefused(older);
+    DbgBuildInfoUtil::setCheckStamps(true);
+    registerAndDeleteRefused(otherStamp);
     VnTest::start();
     printOthers();
     VnTest::stop();
@@ -390,8 +392,8 @@ VN_CHILD(registerBeforeTheStart)
 TEST(DbgBuildInfoMgr, withoutItsPackageRefusesSilently)
 {
     expectOutputWith("registerBeforeTheStart", {},
-                     std::string("registered\n") + versionReason + "still libVNolder\n" + unknown +
-                         "API Api 1.2 beta: \n\tlibVNtest (P. 1, Aug 27)\n");
+                     std::string("registered\n") + versionReason + "still libVNolder\n" + stampReason +
+                         "still libVNstamp\n" + unknown + "API Api 1.2 beta: \n\tlibVNtest (P. 1, Aug 27)\n");
 }
 
 // ---- the application

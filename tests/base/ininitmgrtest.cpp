@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -609,6 +610,98 @@ TEST(InInitMgr, afterTheEndDependenciesMustBeRegisteredAnew)
                                               Vn::InInit<VnInit::initialize>::getType()->name() + "'.\n");
 }
 
+VN_CHILD(stopWithinAStart)
+{
+    const std::vector<std::type_info const*> all = {Vn::InInit<VnInit::base>::getType()};
+    NumberedPackage<1> before("a", all);
+    NumberedPackage<2> later("c", all);
+    NumberedPackage<3> needing("d", {NumberedPackage<2>::getType()});
+    later.onStart = [] { report("stop within", stop); };
+    report("start", start);
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, aStopWithinAStartStopsWhatRunsAndTheRestStartsForGood)
+{
+    expectOutput("stopWithinAStart", "start a\nstart c\nstop a\nstop within: ok\nstart d\nstart: ok\n"
+                                     "stop: Multiple calls to finalize().\n");
+}
+
+VN_CHILD(startWithinAStop)
+{
+    NumberedPackage<1> running("running");
+    std::optional<NumberedPackage<2>> late;
+    running.onStop = [&late] {
+        const Vn::InReinitGuard guard;
+        late.emplace("late");
+    };
+    start();
+    report("stop", stop);
+    return 0;
+}
+
+TEST(InInitMgr, aPackageThatAStopRegistersUnderAGuardStartsAndIsNotStopped)
+{
+    expectOutput("startWithinAStop", "start running\nstop running\nstart late\nstop: ok\n");
+}
+
+VN_CHILD(typeOfAFailedPackageAgain)
+{
+    NumberedPackage<1> failing("failing");
+    failing.onStart = [] { throw Vn::ExInternalError("src/base/x", 1, "no"); };
+    report("start", start);
+    std::optional<NumberedPackage<1>> again;
+    std::optional<NumberedPackage<2>> other;
+    {
+        const Vn::InReinitGuard guard;
+        again.emplace("again");
+        other.emplace("other");
+    }
+    {
+        const Vn::InReinitGuard guard;
+        NumberedPackage<3> needing("needing", {NumberedPackage<1>::getType(), NumberedPackage<2>::getType()});
+        std::cout << needing.getDependencies().size() << "\n";
+    }
+    stop();
+    return 0;
+}
+
+TEST(InInitMgr, aTypeWhoseStartHasFailedKeepsItsPlaceWhenAnotherObjectOfItStarts)
+{
+    // Its place is that of the first object, which is what the stop calls.
+    expectOutput("typeOfAFailedPackageAgain",
+                 "start failing\nstart: no\nstart again\nstart other\n0\nstop other\nstop failing\n");
+}
+
+VN_CHILD(typeStartedAgainAfterTheEnd)
+{
+    NumberedPackage<1> first("first");
+    start();
+    stop();
+    std::optional<NumberedPackage<1>> again, third;
+    {
+        Vn::InReinitGuard guard;
+        again.emplace("again");
+    }
+    {
+        Vn::InReinitGuard guard;
+        third.emplace("third");
+    }
+    again.reset();
+    {
+        Vn::InReinitGuard guard;
+        NumberedPackage<2> needing("needing", {NumberedPackage<1>::getType()});
+        std::cout << needing.getDependencies().size() << "\n";
+    }
+    return 0;
+}
+
+TEST(InInitMgr, afterTheEndATypeStartsOnceMoreAndThenRuns)
+{
+    expectOutput("typeStartedAgainAfterTheEnd", "start first\nstop first\nstart again\n1\n");
+}
+
 VN_CHILD(finalizeFirst)
 {
     Vn::InVariableBase::overrideViaHandle("handle", "text", "description");
@@ -1102,6 +1195,169 @@ TEST(InInitMgr, destroyedPackageLeavesTheListsWhereverItStands)
     expectOutput("registeredOften", "3\n00\nstart eager\nstart: Init error in package: 'eager'.\n2\n0\n");
 }
 
+VN_CHILD(failedAndWaiting)
+{
+    NumberedPackage<1> first("aa");
+    auto package = std::make_unique<EagerPackage>();
+    package->isFailing = true;
+    report("start", start);
+    std::optional<NumberedPackage<2>> other;
+    const Vn::InReinitGuard guard;
+    other.emplace("other");
+    package->registerPackage();
+    std::cout << timesListed("eager") << "\n";
+    package.reset();
+    std::cout << timesListed("eager") << timesListed("other") << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, aFailedPackageThatWaitsAgainLeavesBothLists)
+{
+    expectOutput("failedAndWaiting",
+                 "start aa\nstart eager\nstart: Init error in package: 'eager'.\n2\n01\nstart other\n");
+}
+
+namespace
+{
+template <int number>
+class FailingPackage : public Vn::InPackageInit
+{
+public:
+    FailingPackage() : InPackageInit("failing") { registerPackage(); }
+    void performInitialize() override { throw Vn::ExInternalError("src/base/x", 1, "no"); }
+};
+
+/// May be registered again.
+template <int number>
+class RepeatedPackage : public Vn::InPackageInit
+{
+public:
+    RepeatedPackage(char const* name, std::type_info const* dependency) : InPackageInit(name)
+    {
+        registerPackage();
+        addDependency(dependency);
+    }
+    using InPackageInit::registerPackage;
+    void performInitialize() override {}
+};
+}  // namespace
+
+VN_CHILD(cyclicAndWaiting)
+{
+    auto first = std::make_unique<RepeatedPackage<1>>("first", &typeid(RepeatedPackage<2>));
+    auto second = std::make_unique<RepeatedPackage<2>>("second", &typeid(RepeatedPackage<1>));
+    report("start", start);
+    manager().reportCycles(std::cout);
+    std::optional<NumberedPackage<1>> other;
+    const Vn::InReinitGuard guard;
+    other.emplace("other");
+    first->registerPackage();
+    second->registerPackage();
+    second.reset();
+    first.reset();
+    manager().reportCycles(std::cout);
+    return 0;
+}
+
+TEST(InInitMgr, membersOfACycleThatWaitAgainLeaveItsReportWhenTheyGo)
+{
+    expectOutput("cyclicAndWaiting", "start: Init dependencies contain cycle(s)\n'first' is in a cycle with:\n"
+                                     "\t'second'\nstart other\n");
+}
+
+VN_CHILD(manyChangesWithinAStop)
+{
+    std::vector<std::unique_ptr<Vn::InPackageInit>> packages;
+    const auto come = [&packages](int number) {
+        packages[static_cast<std::size_t>(number)] =
+            makeQuiet(number, std::to_string(100 + number).c_str(), std::make_integer_sequence<int, quietCount>());
+    };
+    packages.resize(quietCount);
+    for (int i = 0; i < quietCount; ++i)
+        come(i);
+    NumberedPackage<1> last("the last to start");
+    last.onStop = [&] {
+        // Leaves the first one, and gaps behind it; the others start again and fill the list to its end.
+        for (int i = 1; i < quietCount; ++i)
+            packages[static_cast<std::size_t>(i)].reset();
+        for (int i = 1; i < quietCount; ++i) {
+            const Vn::InReinitGuard guard;
+            come(i);
+        }
+    };
+    start();
+    stop();
+    std::cout << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, aStopKeepsItsPlaceWhateverComesAndGoesMeanwhile)
+{
+    expectOutput("manyChangesWithinAStop", "start the last to start\nstop the last to start\n100 \n");
+}
+
+VN_CHILD(gapsAreClosed)
+{
+    ComersAndGoers packages;
+    for (int i = 0; i < quietCount; ++i)
+        packages.comeIn(i);
+    start();
+    packages.haveStarted();
+    // All go but the first and the last one, which keeps the gaps from being at the end; then they return one by one.
+    for (int i = 1; i < quietCount - 1; ++i)
+        packages.go(i);
+    for (int i = 1; i < quietCount - 1; ++i) {
+        {
+            const Vn::InReinitGuard guard;
+            packages.comeIn(i);
+        }
+        packages.haveStarted();
+    }
+    // Where the others have stood are now packages that don't run.
+    std::optional<FailingPackage<1>> first;
+    std::optional<FailingPackage<2>> second;
+    std::optional<FailingPackage<3>> third;
+    report("first", [&] {
+        Vn::InReinitGuard guard;
+        first.emplace();
+    });
+    report("second", [&] {
+        Vn::InReinitGuard guard;
+        second.emplace();
+    });
+    report("third", [&] {
+        Vn::InReinitGuard guard;
+        third.emplace();
+    });
+    for (int i = 0; i < quietCount; i += 2)
+        packages.go(i);
+    {
+        const Vn::InReinitGuard guard;
+        QuietPackage<1> running("another object of a type that runs");
+        std::cout << timesListed("another object");
+    }
+    std::cout << "\n";
+    stop();
+    std::cout << "\n";
+    for (std::size_t i = packages.getRunning().size(); i > 0; --i)
+        std::cout << packages.getRunning()[i - 1] << " ";
+    std::cout << "\n";
+    return 0;
+}
+
+TEST(InInitMgr, whereMostHaveGoneTheOthersMoveUpAndAreKnownAsBefore)
+{
+    const ChildRun run = Child("gapsAreClosed").without("VN_DEBUG_INITIALIZE").run();
+    ASSERT_EQ(run.out.find("differs"), std::string::npos) << run.out;
+    const std::string before = "first: no\nsecond: no\nthird: no\n0\n";
+    ASSERT_TRUE(run.out.starts_with(before)) << run.out;
+    const std::string order = run.out.substr(before.size());
+    const std::size_t middle = order.find('\n');
+    ASSERT_NE(middle, std::string::npos);
+    EXPECT_EQ(middle, 3u * quietCount / 2);
+    EXPECT_EQ(order.substr(0, middle + 1), order.substr(middle + 1));
+}
+
 VN_CHILD(variablesComeAndGo)
 {
     const auto needs = {Vn::InInit<VnInit::initialize>::getType()};
@@ -1150,6 +1406,101 @@ TEST(InPackageInit, variablesThatComeAndGoLeaveTheOthersInTheirOrder)
             order += run.err.substr(at + head.size() - 1, 2) + " ";
         EXPECT_EQ(order, row.order);
     }
+}
+
+VN_CHILD(listingPackageGone)
+{
+    const auto needs = {Vn::InInit<VnInit::initialize>::getType()};
+    NumberedPackage<1> owner("owner", needs);
+    auto other = std::make_unique<NumberedPackage<2>>("zother", needs);
+    const Vn::InContextAlias<Vn::InInitDef, 0> alias("5", "default");
+    auto a = std::make_unique<Vn::InVariable<int>>("va", owner, alias);
+    Vn::InVariable<int> b("vb", owner, alias);
+    Vn::InVariable<int> c("vc", owner, alias);
+    for (Vn::InVariableBase* variable :
+         {static_cast<Vn::InVariableBase*>(&*a), static_cast<Vn::InVariableBase*>(&b),
+          static_cast<Vn::InVariableBase*>(&c)})
+        other->addDependency(variable);
+    other->removeDependency(&b);
+    other.reset();
+    a.reset();
+    Vn::InVariable<int> unlisted("vd", owner, alias);
+    owner.removeDependency(&unlisted);
+    owner.removeDependency(&unlisted);
+    start();
+    std::cout << b.getValue() << c.getValue() << unlisted.isValid() << owner.isInitialized << "\n";
+    return 0;
+}
+
+TEST(InPackageInit, aPackageThatListsTheVariablesOfAnotherMayGoFirst)
+{
+    const ChildRun run = Child("listingPackageGone").without("VN_DEBUG_INITIALIZE").run();
+    EXPECT_EQ(run.out, "start owner\n5501\n") << run.err;
+    EXPECT_EQ(run.exitCode, 0);
+}
+
+namespace
+{
+/// Standard error that calls `action` once, within the output of the first line that names `what`.
+class WatchedOutput : public std::stringbuf
+{
+public:
+    WatchedOutput(std::string what, std::function<void()> action)
+        : _what(std::move(what)), _action(std::move(action)), _before(std::cerr.rdbuf(this))
+    {}
+    ~WatchedOutput() override { std::cerr.rdbuf(_before); }
+
+protected:
+    int sync() override
+    {
+        if (_action && str().find(_what) != std::string::npos)
+            std::exchange(_action, nullptr)();
+        return 0;
+    }
+
+private:
+    std::string _what;
+    std::function<void()> _action;
+    std::streambuf* _before;
+};
+}  // namespace
+
+VN_CHILD(changesWithinTheWalk)
+{
+    const auto needs = {Vn::InInit<VnInit::initialize>::getType()};
+    NumberedPackage<1> owner("owner", needs);
+    NumberedPackage<2> other("zother", needs);
+    const Vn::InContextAlias<Vn::InInitDef, 0> alias("5", "default");
+    std::map<char, std::unique_ptr<Vn::InVariable<int>>> variables;
+    for (char name : {'a', 'b', 'c', 'd', 'e', 'f'})
+        variables[name] = std::make_unique<Vn::InVariable<int>>(std::string(1, name).c_str(), owner, alias);
+    for (char name : {'x', 'y'})
+        variables[name] = std::make_unique<Vn::InVariable<int>>(std::string(1, name).c_str(), other, alias);
+    // The list is full, and most of it would be gaps: the moment to close them, if nobody were walking.
+    WatchedOutput output("variable  : d", [&] {
+        for (char name : {'a', 'b', 'c', 'f'})
+            variables.erase(name);
+        variables.erase('y');  // of the package that isn't being walked through
+        owner.addDependency(&*variables['x']);
+    });
+    start();
+    std::istringstream lines(output.str());
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with("Initializing variable  : ") && line.size() == 26)
+            std::cout << line.back();
+    std::cout << "\n";
+    stop();
+    for (auto const& [name, variable] : variables)
+        std::cout << name << variable->isValid();
+    std::cout << "\n";
+    return 0;
+}
+
+TEST(InPackageInit, variablesMayComeAndGoWhileTheirPackageWalksThroughThem)
+{
+    const ChildRun run = Child("changesWithinTheWalk").with("VN_DEBUG_INITIALIZE", "1").run();
+    EXPECT_EQ(run.out, "start owner\nstart zother\nabcdexx\nstop zother\nstop owner\nd0e0x0\n") << run.err;
+    EXPECT_EQ(run.exitCode, 0);
 }
 
 // ---- diagnostics

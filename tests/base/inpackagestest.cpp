@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -117,4 +118,22 @@ TEST(InPackages, bringUpAndDownWhatBelongsToThem)
                        ".fc.....\n")
         << run.err;
     EXPECT_EQ(run.exitCode, 0);
+}
+
+VN_CHILD(clockAfterTheStart)
+{
+    VnTest::start();
+    const auto started = HwCounter::timeStamp();
+    auto now = started;
+    while (HwCounter::seconds(started, now) < 0.005)
+        now = HwCounter::timeStamp();
+    const std::int64_t count = DtRefTimeFactory::getInstance().create().getCount();
+    std::cout << (count >= static_cast<std::int64_t>(now - started)) << "\n";
+    VnTest::stop();
+    return 0;
+}
+
+TEST(InPackages, theReferenceClockBeginsAtTheStartAndNotAtItsFirstReading)
+{
+    VnTest::expectOutput("clockAfterTheStart", "1\n");
 }

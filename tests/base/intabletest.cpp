@@ -1,5 +1,7 @@
 #include <base/intable_p.h>
 
+#include "collision.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -103,6 +105,23 @@ TEST(InTable, findsTextsByTheirCharactersAndKeepsTheFirstOfEqualOnes)
     table.erase("depth");
     EXPECT_EQ(table.find(first.c_str()), nullptr);
     EXPECT_EQ(*table.find("dept"), 3);
+}
+
+TEST(InTable, textsOfOneHashAreTwoKeys)
+{
+    for (const bool areOfOneLength : {true, false}) {
+        SCOPED_TRACE(areOfOneLength);
+        const auto [one, other] = VnTest::findTextsOfOneHash(areOfOneLength);
+        ASSERT_NE(one, other);
+        ASSERT_EQ(Vn::InTextKey(one.c_str()).hash(), Vn::InTextKey(other.c_str()).hash());
+        Vn::InTable<Vn::InTextKey, int> table;
+        table.get(one.c_str()) = 1;
+        EXPECT_EQ(table.find(other.c_str()), nullptr);
+        table.get(other.c_str()) = 2;
+        EXPECT_EQ(*table.find(one.c_str()), 1);
+        table.erase(one.c_str());
+        EXPECT_EQ(*table.find(other.c_str()), 2);
+    }
 }
 
 TEST(InTable, givesItsMemoryBackWithTheLastEntryAndCanBeFilledAnew)

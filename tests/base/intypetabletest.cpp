@@ -1,5 +1,7 @@
 #include <base/intypetable_p.h>
 
+#include "collision.h"
+
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -96,6 +98,34 @@ TEST(InTypeTable, erasedTypesAreGoneByNameAndByAddress)
     EXPECT_EQ(table.find(typeid(int)), 4u) << "erased twice";
     EXPECT_TRUE(table.insert(other, 5));
     EXPECT_EQ(table.find(typeid(std::vector<int>)), 5u);
+}
+
+TEST(InTypeTable, erasingFromAnEmptyOneDoesNothing)
+{
+    InTypeTable table;
+    InTypeTable::Key key;
+    ASSERT_TRUE(table.insert(typeid(int), 3, &key));
+    table.clear();
+    table.erase(key);
+    EXPECT_EQ(table.find(typeid(int)), InTypeTable::none);
+    EXPECT_TRUE(table.insert(typeid(int), 4));
+    EXPECT_EQ(table.find(typeid(int)), 4u);
+}
+
+TEST(InTypeTable, typesWhoseNamesHaveOneHashAreTwo)
+{
+    const auto [one, other] = VnTest::findTextsOfOneHash(true);
+    ASSERT_NE(one, other);
+    const OtherInfo first(one.c_str()), second(other.c_str()), again(other.c_str());
+    InTypeTable table;
+    InTypeTable::Key key;
+    ASSERT_TRUE(table.insert(first, 1, &key));
+    EXPECT_EQ(table.find(second), InTypeTable::none);
+    EXPECT_TRUE(table.insert(second, 2));
+    EXPECT_EQ(table.find(again), 2u);
+    table.erase(key);
+    EXPECT_EQ(table.find(first), InTypeTable::none);
+    EXPECT_EQ(table.find(again), 2u);
 }
 
 TEST(InTypeTable, anErasedTypesInformationIsNotLookedAt)

@@ -1,4 +1,5 @@
 #include <base/dbgbuildinfomgr.h>
+#include <base/exinternalerror.h>
 #include <base/inoptionparser.h>
 #include <base/inpackages.h>
 #include <base/inusage.h>
@@ -263,6 +264,63 @@ TEST(InUsage, keysOfAnyFormHaveTheirPlace)
     EXPECT_NE(page.str().find(".TP\n\\fB\\-b\\fR\n\\&\n"), std::string::npos) << page.str();
     EXPECT_TRUE(page.str().starts_with(".TH \"A\\(tiB\" 1 ")) << "capitals, but for the name of a character\n"
                                                               << page.str();
+}
+
+TEST(InUsage, aCommandLineThatIsNotThereIsEmpty)
+{
+    for (int count : {0, 1, 3}) {
+        int argc = count;
+        EXPECT_EQ(InUsage("").handle(argc, nullptr), std::nullopt);
+        EXPECT_EQ(argc, count);
+        EXPECT_TRUE(InUsage("").getFaults(count, nullptr).empty());
+    }
+    EXPECT_EQ(InUsage("").operands("FILE", 1, 1).getFaults(3, nullptr).size(), 1u) << "and has no operands";
+}
+
+TEST(InUsage, anEmptyDefaultIsNotTold)
+{
+    SettingsPackage package;
+    const Argument option("t:", "-t TITLE: what stands above");
+    const Environment variable("VN_TEST_FOOT", "what stands below");
+    const Default nothing("", "default");
+    const InVariable<char const*> title("title", package, option, nothing);
+    const InVariable<char const*> foot("foot", package, variable, nothing);
+    std::ostringstream text;
+    InUsage("").print(text, "prog", 80);
+    EXPECT_NE(text.str().find("  -t TITLE     what stands above\n"), std::string::npos) << text.str();
+    EXPECT_NE(text.str().find("  VN_TEST_FOOT   what stands below\n"), std::string::npos) << text.str();
+}
+
+TEST(InUsage, anOptionThatTheStartStopsAtIsUnknownEvenIfItIsDeclared)
+{
+    SettingsPackage package;
+    const Argument mark("?", "-?: the parser's own answer to an unknown letter"), nothing("", "without a letter");
+    const Argument loud("l", "-l: tell more");
+    EXPECT_EQ(messagesOf(InUsage(""), {"-l"}), "");
+    EXPECT_EQ(messagesOf(InUsage(""), {"-l?"}), "unknown option -? in -l?\n");
+    EXPECT_EQ(messagesOf(InUsage(""), {"-?"}), "unknown option -?\n");
+}
+
+VN_CHILD(usageBehindAFailedStart)
+{
+    SettingsPackage package;
+    package.onStart = [] { throw ExInternalError("src/base/x", 1, "no"); };
+    const Environment variable("VN_TEST_DEPTH", "how deep to look");
+    const InVariable<int> depth("depth", package, variable);
+    const InUsage usage("");
+    std::cout << messagesOf(usage, {});
+    VnTest::report("start", VnTest::start);
+    std::cout << messagesOf(usage, {});
+    stop();
+    std::cout << messagesOf(usage, {}) << "no more\n";
+    return 0;
+}
+
+TEST(InUsage, aSettingWhoseSourceHasStoppedHasNoTextToFindFaultWith)
+{
+    const std::string fault = "VN_TEST_DEPTH takes a whole number, not 'deep'\n";
+    EXPECT_EQ(child("usageBehindAFailedStart", {}).with("VN_TEST_DEPTH", "deep").run().out,
+              fault + "start settings\nstart: no\n" + fault + "no more\n");
 }
 
 TEST(InUsage, aDescriptionThatSaysNothingLeavesTheSources)
@@ -842,6 +900,24 @@ TEST(InUsage, theManPageHasWhatHelpHas)
     EXPECT_EQ(run.exitCode, 0);
     const std::string own = child("pages", {"--help=man"}).run().out;
     EXPECT_EQ(own.substr(0, own.find('\n')), ".TH \"PROG\" 1 \"\" \"Api 1.2\"");
+}
+
+TEST(InUsage, aSummaryFollowsTheProgramsNameWithASmallLetterUnlessItBeginsWithAnAbbreviation)
+{
+    const struct
+    {
+        char const* summary;
+        char const* line;
+    } table[] = {{"Greets somebody.", "prog \\- greets somebody"},
+                 {"X", "prog \\- x"},
+                 {"GPU tables.", "prog \\- GPU tables"},
+                 {"[Greets]", "prog \\- [Greets]"},
+                 {"already small", "prog \\- already small"}};
+    for (auto const& row : table) {
+        std::ostringstream page;
+        InUsage(row.summary).printManPage(page, "prog");
+        EXPECT_NE(page.str().find(std::string("\n") + row.line + "\n"), std::string::npos) << page.str();
+    }
 }
 
 TEST(InUsage, theManPageIsOfTheLibrarysDayWhereTheApplicationTellsNone)

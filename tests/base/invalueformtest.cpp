@@ -280,6 +280,8 @@ TEST(InValueForm, aTimeBeyondItsTypeIsTheNearestLimit)
         {"-9223372036854775809", lowest, false},     {"9223372036854775s", milliseconds(9223372036854775000), true},
         {"9223372036854775.807s", longest, true},    {"9223372036854775.808s", longest, false},
         {"-9223372036854775.808s", lowest, true},    {"9223372036854776s", longest, false},
+        {"18446744073709551.6155s", longest, false}, {"-18446744073709551.6155s", lowest, false},
+        {"18446744073709551.999s", longest, false},  {"18446744073709552s", longest, false},
         {"18446744073709552s", longest, false},      {"18446744073709551616", longest, false},
         {"184467440737095516160", longest, false},   {"-99999999999999999999h", lowest, false},
     };

@@ -1,3 +1,4 @@
+#include <base/exinternalerror.h>
 #include <base/inex.h>
 #include <base/inpackages.h>
 #include <base/invariable.h>
@@ -353,6 +354,48 @@ TEST(InVariable, refusedVariableLeavesNothingBehind)
     const std::size_t key = run.err.find("Key             : VN_TEST_KEY");
     ASSERT_NE(key, std::string::npos);
     EXPECT_EQ(run.err.find("Key             : VN_TEST_KEY", key + 1), std::string::npos);
+}
+
+VN_CHILD(departedVariable)
+{
+    SettingsPackage package;
+    {
+        const Environment environment("VN_TEST_KEY", "d");
+        const Argument option("k:", "d");
+        const InVariable<int> variable("handle", package, environment, option);
+    }
+    report("variable of the environment", [] { Environment("VN_TEST_KEY", "d"); });
+    report("option", [] { Argument("k:", "d"); });
+    return 0;
+}
+
+TEST(InVariable, takesItsSourcesAlongWhenItGoes)
+{
+    expectOutput("departedVariable", "variable of the environment: ok\noption: ok\n");
+}
+
+VN_CHILD(sourceStopped)
+{
+    SettingsPackage package;
+    package.onStart = [] { throw ExInternalError("src/base/x", 1, "no"); };
+    const Default fallback("5", "the usual depth");
+    InVariable<int> number("number", package, fallback);
+    InVariable<char const*> text("text", package, fallback);
+    report("start", start);
+    std::cout << number.isValid() << number.getValue() << text.getValue() << "\n";
+    report("stop", stop);
+    // Nobody stops a package whose start failed: the choice stays.
+    std::cout << number.isValid() << (std::string(number.initSource()) == Default::initSourceString()) << "\n";
+    report("number", [&] { number.getValue(); });
+    report("text", [&] { text.getValue(); });
+    return 0;
+}
+
+TEST(InVariable, ofASourceThatHasStoppedReadingIsRefusedByItsDescription)
+{
+    const std::string refused = "Trying to access an object that is not fully initialized: 'the usual depth'.\n";
+    expectOutput("sourceStopped",
+                 "start settings\nstart: no\n155\nstop: ok\n11\nnumber: " + refused + "text: " + refused);
 }
 
 VN_CHILD(sharedDeclaration)

@@ -16,9 +16,11 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 using namespace Vn;
@@ -165,6 +167,13 @@ TEST_F(LgFilePosix, aNamedPipeThatNobodyReadsIsNotWaitedFor)
 
 VN_CHILD(logToAPipe)
 {
+    if (std::string(argv[2]) == "pending") {
+        ::sigset_t signal;
+        ::sigemptyset(&signal);
+        ::sigaddset(&signal, SIGPIPE);
+        ::pthread_sigmask(SIG_BLOCK, &signal, nullptr);
+        ::raise(SIGPIPE);
+    }
     // The reader's end is in this process, so that all happens in order.
     const int end = ::open(argv[1], O_RDONLY | O_NONBLOCK);
     LgLog::init();
@@ -195,16 +204,53 @@ VN_CHILD(logToAPipe)
 
 TEST_F(LgFilePosix, aPipeWhoseReaderGoesEndsNobodyAndWorksForTheNext)
 {
-    const std::string path = folder.path("pipe");
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    const ChildRun run = Child("logToAPipe")
-                             .arguments({path})
-                             .with("VN_LOG_WARNING", path)
-                             .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
-                             .with("T4Q_TEST_DIR", folder.path())
-                             .run();
-    EXPECT_EQ(run.out, std::string(banner) + "\nread\nwaits\nread again\npending 0\n");
-    EXPECT_EQ(run.exitCode, 0) << run.err;
+    for (const bool isShared : {false, true})
+        for (const bool isPending : {false, true}) {
+            SCOPED_TRACE(testing::Message() << isShared << isPending);
+            const LockName name(folder);
+            const std::string path = folder.path("pipe");
+            std::filesystem::remove(path);
+            ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+            Child child("logToAPipe");
+            child.arguments({path, isPending ? "pending" : ""})
+                .with("VN_LOG_WARNING", path)
+                .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+                .with("T4Q_TEST_DIR", folder.path());
+            if (isShared)
+                child.with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
+            const ChildRun run = child.run();
+            // A signal that was pending is the program's and stays so.
+            EXPECT_EQ(run.out,
+                      std::string(banner) + "\nread\nwaits\nread again\npending " + (isPending ? "1\n" : "0\n"));
+            EXPECT_EQ(run.exitCode, 0) << run.err;
+        }
+}
+
+TEST_F(LgFilePosix, aPipeAndADeviceHaveNoPlace)
+{
+    ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    const int reader = ::open(folder.path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    for (std::string const& path : {folder.path("pipe"), std::string("/dev/null")}) {
+        SCOPED_TRACE(path);
+        set("VN_LOG_WARNING", path);
+        start();
+        EXPECT_TRUE(hasOutput());
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Warning)->tellp(), std::streamoff(-1));
+        stop();
+    }
+    ::close(reader);
+}
+
+TEST_F(LgFilePosix, anOutputThatCouldNotBeOpenedStaysFailedWhateverTheProgramSays)
+{
+    set("VN_LOG_WARNING", folder.path());
+    start();
+    std::ostream& output = *LgLog::getLevelOutput(LgTypes::Warning);
+    EXPECT_TRUE(output.fail());
+    EXPECT_FALSE(output.bad());
+    output.setstate(std::ios::badbit);
+    log("nowhere");
+    EXPECT_EQ(output.rdstate(), std::ios::badbit | std::ios::failbit);
 }
 
 TEST_F(LgFilePosix, aFileIsOpenForAppendingAlways)
@@ -344,6 +390,63 @@ TEST_F(LgFilePosix, linesThatWereDroppedAreCountedAndToldOnceThereIsRoom)
     }
 }
 
+TEST_F(LgFilePosix, droppedLinesAreToldWithoutAPrefixWhereLinesHaveNone)
+{
+    set("VN_LOG_DISABLE_TIMESTAMPS", "1");
+    start();
+    log("first");
+    const std::string path = folder.path("events.log");
+    const std::string lng(20000, 'x');
+    {
+        const SizeLimit full(std::filesystem::file_size(path));
+        for (int i = 0; i < 5; ++i)
+            log(lng);
+    }
+    log("last");
+    const std::vector<std::string> lines = VnTest::linesOf(path), expected = {lng, "Event overflow [2]", "last"};
+    ASSERT_GT(lines.size(), 3u);
+    EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()), expected);
+}
+
+TEST_F(LgFilePosix, whileTheProgramSaysThatAnOutputHasFailedNothingIsWritten)
+{
+    start();
+    std::ostream& output = *LgLog::getLevelOutput(LgTypes::Warning);
+    const std::string path = folder.path("events.log"), lng(20000, 'x');
+    {
+        const SizeLimit full(std::filesystem::file_size(path));
+        for (int i = 0; i < 5; ++i)
+            log(lng);
+    }
+    output.clear(std::ios::failbit);
+    const std::string before = contentOf(path);
+    log("not written, and not counted");
+    EXPECT_EQ(contentOf(path), before);
+    output.clear();
+    log("last");
+    EXPECT_EQ(textsOf(path), (std::vector<std::string>{lng, lng, lng, "Event overflow [2]", "last"}));
+}
+
+TEST_F(LgFilePosix, aProgramsOwnOutputToAFullDiskFailsAndTheLogGoesOn)
+{
+    start();
+    std::ostream& output = *LgLog::getLevelOutput(LgTypes::Warning);
+    const std::string path = folder.path("events.log");
+    {
+        const SizeLimit full(std::filesystem::file_size(path));
+        output << 'x' << std::flush;
+        EXPECT_TRUE(output.bad()) << "flushed";
+        output.clear();
+        output << std::string(70000, 'x');
+        EXPECT_TRUE(output.bad()) << "longer than the buffer";
+    }
+    log("first");
+    log("second");
+    const std::string content = contentOf(path);
+    EXPECT_NE(content.find(std::string(65536, 'x')), std::string::npos) << "what has waited";
+    EXPECT_TRUE(content.ends_with(": second\n")) << content.substr(content.size() - 100);
+}
+
 TEST_F(LgFilePosix, droppedLinesAreToldAtTheStopAsWell)
 {
     start();
@@ -411,15 +514,19 @@ VN_CHILD(echoToAFullDisk)
 
 TEST_F(LgFilePosix, theEchoRecoversFromAFullDiskAndTellsWhatItLost)
 {
-    for (std::string const what : {"lines", "a long line", "the program's own output", "standard error"}) {
+    for (std::string const what :
+         {"lines", "lines under the lock", "a long line", "the program's own output", "standard error"}) {
         SCOPED_TRACE(what);
+        const LockName name(folder);
         const std::string path = folder.path("echo");
-        const ChildRun run = Child("echoToAFullDisk")
-                                 .arguments({path, what})
-                                 .with("VN_LOG_WARNING", "%")
-                                 .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
-                                 .with("T4Q_TEST_DIR", folder.path())
-                                 .run();
+        Child child("echoToAFullDisk");
+        child.arguments({path, what})
+            .with("VN_LOG_WARNING", "%")
+            .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+            .with("T4Q_TEST_DIR", folder.path());
+        if (what == "lines under the lock")
+            child.with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get());
+        const ChildRun run = child.run();
         EXPECT_EQ(run.exitCode, 0) << run.err;
         const bool hasLong = what == "a long line";
         std::vector<std::string> expected;
@@ -510,5 +617,91 @@ TEST_F(LgFilePosix, anEchoedLineBeginsAtTheStartOfALineUnderTheLock)
         EXPECT_EQ(run.exitCode, 0) << run.err;
         EXPECT_EQ(contentOf(path),
                   "first\nhalf of a li\nsecond\na whole line\nthird\nthe program's own\nfourth\nfifth\n");
+    }
+}
+
+/// What std::cout holds in a buffer of the program's own can't be looked at.
+VN_CHILD(echoToAnOwnBuffer)
+{
+    const int file = ::open(argv[1], O_WRONLY | O_APPEND);
+    ::dup2(file, 1);
+    ::close(file);
+    std::ostringstream own;
+    std::streambuf* const before = std::cout.rdbuf(own.rdbuf());
+    LgLog::init();
+    StampedQueue queue;
+    std::cout << "the program's own ";
+    queue.log(1, "line");
+    LgReader().flushAll();
+    queue.end();
+    LgLog::destroy();
+    std::cout.rdbuf(before);
+    std::cout << own.str() << "to standard output\n";
+    return 0;
+}
+
+TEST_F(LgFilePosix, anEchoGoesWhereTheProgramHasLedStandardOutput)
+{
+    const LockName name(folder);
+    const std::string path = folder.file("echo", "half of a li");
+    const ChildRun run = Child("echoToAnOwnBuffer")
+                             .arguments({path})
+                             .with("VN_LOG_WARNING", "%")
+                             .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", name.get())
+                             .with("T4Q_TEST_DIR", folder.path())
+                             .run();
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(contentOf(path), "half of a lithe program's own line\nto standard output\n");
+}
+
+/// argv[2] lines go to a file that can be written but not read; then the disk is full for one.
+VN_CHILD(echoToAnUnreadableFile)
+{
+    const int file = ::open(argv[1], O_WRONLY | O_CREAT | O_TRUNC, 0200);
+    ::dup2(file, 1);
+    ::close(file);
+    const ::uid_t user = ::geteuid();
+    // Root reads whatever it likes.
+    if (user == 0 && ::seteuid(65534) != 0)
+        return 2;
+    LgLog::init();
+    StampedQueue queue;
+    const auto echo = [&queue](std::string const& text) {
+        queue.log(1, text);
+        LgReader().flushAll();
+    };
+    const int count = std::atoi(argv[2]);
+    for (int i = 0; i < count; ++i)
+        echo("line");
+    {
+        const SizeLimit full(static_cast<std::uintmax_t>(count) * std::strlen("line\n"));
+        echo("dropped");
+    }
+    echo("last");
+    queue.end();
+    LgLog::destroy();
+    return ::seteuid(user) == 0 ? 0 : 3;
+}
+
+TEST_F(LgFilePosix, behindADroppedLineAFileThatCantBeReadGetsALineEndUnlessItIsEmpty)
+{
+    const struct
+    {
+        char const* before;
+        char const* content;
+    } table[] = {{"0", "Event overflow [1]\nlast\n"}, {"2", "line\nline\n\nEvent overflow [1]\nlast\n"}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.before);
+        const std::string path = folder.path(row.before);
+        const ChildRun run = Child("echoToAnUnreadableFile")
+                                 .arguments({path, row.before})
+                                 .with("VN_LOG_WARNING", "%")
+                                 .with("VN_LOG_DISABLE_TIMESTAMPS", "1")
+                                 .with("T4Q_TEST_DIR", folder.path())
+                                 .run();
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
+        EXPECT_EQ(contentOf(path), row.content);
     }
 }

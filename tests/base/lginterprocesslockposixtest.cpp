@@ -132,6 +132,16 @@ TEST_F(LgLockFileTest, namesOfAnyTextMakeLocks)
     }
 }
 
+TEST(LgInterProcessLock, theFilesNameHasLettersDigitsDashAndUnderscoreAsTheyAre)
+{
+    EXPECT_EQ(Vn::getLockFileName("azAZ09-_"), "azAZ09-_");
+    EXPECT_EQ(Vn::getLockFileName("`{@[/:,.^"), "%60%7b%40%5b%2f%3a%2c%2e%5e");
+    EXPECT_EQ(Vn::getLockFileName("\x01\xff"), "%01%ff");
+    EXPECT_EQ(Vn::getLockFileName(std::string(200, 'X')), std::string(200, 'X'));
+    EXPECT_EQ(Vn::getLockFileName(std::string(201, 'X')).size(), 217u);
+    EXPECT_NE(Vn::getLockFileName(std::string(201, 'X')), Vn::getLockFileName(std::string(202, 'X')));
+}
+
 TEST_F(LgLockFileTest, aFileThatWasClearedAwayIsMadeAnew)
 {
     const ObjPtr<LgInterProcessLock> lock(LgInterProcessLock::create(name.c_str()));
@@ -275,4 +285,28 @@ TEST_F(LgLockFileTest, aChildOfForkTakesNoFileOfItsParentAway)
     EXPECT_EQ(::access(path.c_str(), F_OK), 0);
     const ObjPtr<LgInterProcessLock> again(LgInterProcessLock::create(name.c_str()));
     again->unlock();
+}
+
+VN_CHILD(lgLocksThatHaveGone)
+{
+    const ObjPtr<LgInterProcessLock> held(LgInterProcessLock::create(argv[1]));
+    const LgInterProcessLockGuard guard(held.get());
+    {
+        const ObjPtr<LgInterProcessLock> gone(LgInterProcessLock::create((std::string(argv[1]) + " gone").c_str()));
+    }
+    const ::pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(0);
+    int status = -1;
+    if (::waitpid(child, &status, 0) != child || status != 0)
+        return 1;
+    return ::access(argv[2], F_OK) == 0 ? 0 : 2;
+}
+
+TEST_F(LgLockFileTest, locksThatHaveGoneTroubleNeitherAForkNorTheEnd)
+{
+    const VnTest::ChildRun run = VnTest::Child("lgLocksThatHaveGone").arguments({name, path}).run();
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(::access(path.c_str(), F_OK), 0);
+    EXPECT_NE(::access((path + "%20gone").c_str(), F_OK), 0);
 }

@@ -10,6 +10,7 @@
 #include <base/exsyserror.h>
 #include <base/hwcounter.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <locale>
@@ -446,6 +447,87 @@ TEST_F(LgLogTest, anUnknownThresholdIsPassedOverInSilence)
     start();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(LgMajorGroup::getDefaultThreshold(), LgTypes::Warning);
+}
+
+TEST_F(LgLogTest, aNumberThatIsNoLevelHasNothing)
+{
+    start();
+    for (int level : {-1, LgTypes::Profiling + 1}) {
+        SCOPED_TRACE(level);
+        EXPECT_EQ(LgLog::getLevelFileName(LgTypes::Level(level)), nullptr);
+        EXPECT_EQ(LgLog::getLevelOutput(LgTypes::Level(level)), nullptr);
+        EXPECT_FALSE(LgLog::isLevelEchoed(LgTypes::Level(level)));
+    }
+    EXPECT_NE(LgLog::getLevelFileName(LgTypes::InternalError), nullptr);
+    EXPECT_NE(LgLog::getLevelFileName(LgTypes::Profiling), nullptr);
+}
+
+VN_CHILD(lgLogRegistryBeforeTheStart)
+{
+    std::cout << (LgLog::getRegistry() == nullptr);
+    const ObjPtr<LgRegistry> before = LgLog::setRegistry(ObjPtr<LgRegistry>(new LgSimpleRegistry));
+    std::cout << (before.get() == nullptr) << (LgLog::getRegistry() != nullptr) << '\n';
+    return 0;
+}
+
+TEST_F(LgLogTest, aRegistryMayBeSetWhereThereWasNone)
+{
+    VnTest::expectOutput("lgLogRegistryBeforeTheStart", "111\n");
+}
+
+TEST_F(LgLogTest, whatAProgramWritesToAnOutputItselfMayBeLongerThanTheBuffer)
+{
+    start();
+    std::ostream& output = *LgLog::getLevelOutput(LgTypes::Warning);
+    const std::string path = folder.path("events.log");
+    const std::string text(200001, 'x');
+    EXPECT_EQ(output.tellp(), static_cast<std::streamoff>(VnTest::contentOf(path).size()));
+    output << text << '\n';
+    EXPECT_EQ(output.tellp(), static_cast<std::streamoff>(VnTest::contentOf(path).size() + text.size() % 65536 + 1))
+        << "what waits counts";
+    output.flush();
+    EXPECT_TRUE(output.good());
+    EXPECT_EQ(VnTest::linesOf(path).back(), text);
+}
+
+TEST_F(LgLogTest, anOutputIsWrittenAtItsEndAlone)
+{
+    start();
+    std::ostream& output = *LgLog::getLevelOutput(LgTypes::Warning);
+    std::vector<std::string> expected = events();
+    for (const std::ios::seekdir from : {std::ios::beg, std::ios::cur, std::ios::end})
+        for (int offset : {-1, 0, 1}) {
+            if (from == std::ios::cur && offset == 0)
+                continue;  // asks for the place
+            output.seekp(offset, from);
+            EXPECT_TRUE(output.fail()) << offset;
+            output.clear();
+        }
+    output << "last" << std::endl;
+    expected.emplace_back("last");
+    EXPECT_EQ(events(), expected);
+}
+
+VN_CHILD(lgLogThreshold)
+{
+    VnTest::start();
+    std::cout << LgMajorGroup::getDefaultThreshold() << '\n';
+    VnTest::stop();
+    return 0;
+}
+
+TEST_F(LgLogTest, theFirstAndTheLastLevelAreThresholdsAndAnEmptyWordIsNone)
+{
+    for (int level : {LgTypes::InternalError, LgTypes::Tracing, LgTypes::Profiling})
+        EXPECT_EQ(Child("lgLogThreshold")
+                      .with("T4Q_TEST_DIR", folder.path())
+                      .with("VN_LOG_DEFAULT_LEVEL", LgTypes::levelToString(LgTypes::Level(level)))
+                      .run()
+                      .out,
+                  std::to_string(std::max<int>(level, LgTypes::FatalError)) + "\n");
+    EXPECT_EQ(
+        Child("lgLogThreshold").with("T4Q_TEST_DIR", folder.path()).with("VN_LOG_DEFAULT_LEVEL", "").run().out,
+        std::to_string(LgTypes::Warning) + "\n");
 }
 
 TEST_F(LgLogTest, blockingTraceIsOnAtAnyValue)

@@ -35,6 +35,28 @@ TEST(List, tooManyElementsAreRefusedBeforeAnythingIsAllocated)
     expectTooLong(list, [&] { List<int> other(tooMany, 1); });
 }
 
+namespace
+{
+/// Can't be copied, as its copies find out.
+struct Uncopied
+{
+    Uncopied() = default;
+    Uncopied(Uncopied const&) { throw std::domain_error("a copy"); }
+    Uncopied& operator=(Uncopied const&) = default;
+};
+}  // namespace
+
+TEST(List, asManyElementsAsTheLimitLeavesAreMade)
+{
+    List<Uncopied> list(3);
+    const std::size_t left = list.max_size() - 3;
+    EXPECT_THROW(list.insert(list.begin(), left, Uncopied()), std::domain_error);
+    EXPECT_THROW(list.insert(list.begin(), left + 1, Uncopied()), std::length_error);
+    EXPECT_THROW(list.resize(list.max_size(), Uncopied()), std::domain_error);
+    EXPECT_THROW(list.resize(list.max_size() + 1, Uncopied()), std::length_error);
+    EXPECT_EQ(list.size(), 3u);
+}
+
 TEST(List, behavesAsTheStandardOneElsewhere)
 {
     List<int> list{3, 1, 2};

@@ -1,4 +1,5 @@
 // What the kernel is asked for, and what becomes of a timer where a process can be doubled.
+#include <base/exsyserror.h>
 #include <base/periodictimer.h>
 #include <base/sleeper.h>
 
@@ -10,10 +11,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
+#include <set>
 #include <string>
+#include <system_error>
 #include <vector>
 
 using Vn::ObjPtr;
@@ -147,4 +153,42 @@ TEST(PeriodicTimer, takesNoStandardDescriptor)
         return here + 4 * inAChild + (timer->start() && timer->wait() > 0 && timer->stop() ? 0 : 16);
     });
     EXPECT_EQ(code, 0);
+}
+
+TEST(PeriodicTimer, aWaitIsRefusedWhereTheProgramHasClosedTheDescriptorOrGivenItAway)
+{
+    VnTest::startOnce();
+    const auto timers = [] {
+        std::set<int> found;
+        for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code failure;
+            if (std::filesystem::read_symlink(entry.path(), failure) == "anon_inode:[timerfd]")
+                found.insert(std::stoi(entry.path().filename()));
+        }
+        return found;
+    };
+    for (const bool isGivenAway : {false, true}) {
+        SCOPED_TRACE(isGivenAway);
+        std::set<int> const before = timers();
+        ObjPtr<PeriodicTimer> timer = PeriodicTimer::create(0.001);
+        std::vector<int> added;
+        std::set<int> const after = timers();
+        std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
+        ASSERT_EQ(added.size(), 1u);
+        timer->start();
+        if (isGivenAway) {
+            int ends[2];
+            ASSERT_EQ(::pipe(ends), 0);
+            ::dup2(ends[0], added[0]);
+            ::close(ends[0]);
+            ::close(ends[1]);  // a pipe without a writer never has anything to read
+        } else
+            ::close(added[0]);
+        try {
+            timer->wait();
+            ADD_FAILURE() << "nothing thrown";
+        } catch (Vn::ExSysErrorWindows const& failure) {
+            EXPECT_EQ(failure.getErrorCode(), EBADF);
+        }
+    }
 }

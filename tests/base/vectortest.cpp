@@ -4,6 +4,7 @@
 
 #include <iterator>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -69,6 +70,46 @@ TEST(Vector, largeAdditionGrowsToTheSizeNeeded)
     EXPECT_EQ(grownFrom(10, [](Vector<int>& v) { v.resize(40); }), 40u);
     EXPECT_EQ(grownFrom(10, [](Vector<int>& v) { v.assign(11u, 3); }), 15u);
     EXPECT_EQ(grownFrom(10, [&](Vector<int>& v) { v.assign(many.begin(), many.end()); }), 50u);
+}
+
+TEST(Vector, aRangeThatIsInsertedGrowsItByHalfOrToTheSizeNeeded)
+{
+    const struct
+    {
+        std::size_t size, added, grown;
+    } table[] = {{0, 0, 0}, {0, 3, 3},   {4, 0, 4},   {4, 1, 6},  {4, 2, 6},
+                 {4, 3, 7}, {10, 1, 15}, {10, 5, 15}, {10, 6, 16}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(testing::Message() << row.size << " and " << row.added);
+        const std::vector<int> values(row.added, 7);
+        EXPECT_EQ(grownFrom(row.size, [&](Vector<int>& v) { v.insert(v.begin(), values.begin(), values.end()); }),
+                  row.grown);
+        std::string text;
+        for (int value : values)
+            text += std::to_string(value) + " ";
+        std::istringstream numbers(text);
+        EXPECT_EQ(grownFrom(row.size,
+                            [&](Vector<int>& v) {
+                                v.insert(v.begin(), std::istream_iterator<int>(numbers),
+                                         std::istream_iterator<int>());
+                            }),
+                  row.grown);
+    }
+}
+
+TEST(Vector, whatFillsItIsAssignedInPlaceAndOneMoreGrowsIt)
+{
+    const std::vector<int> values(4, 7), more(5, 7);
+    EXPECT_EQ(grownFrom(4, [](Vector<int>& v) { v.assign(4u, 7); }), 4u);
+    EXPECT_EQ(grownFrom(4, [](Vector<int>& v) { v.assign(5u, 7); }), 6u);
+    EXPECT_EQ(grownFrom(4, [&](Vector<int>& v) { v.assign(values.begin(), values.end()); }), 4u);
+    EXPECT_EQ(grownFrom(4, [&](Vector<int>& v) { v.assign(more.begin(), more.end()); }), 6u);
+    EXPECT_EQ(grownFrom(4, [](Vector<int>& v) { v.resize(4, 7); }), 4u);
+    Vector<int> full(4, 1);
+    int const* const storage = full.data();
+    full.assign(4u, 7);
+    EXPECT_EQ(full.data(), storage);
+    EXPECT_EQ(full, Vector<int>(4, 7));
 }
 
 TEST(Vector, reserveTakesWhatIsAsked)
@@ -139,6 +180,22 @@ TEST(Vector, tooManyElementsAreRefused)
     expectTooLong(vector, [&] { vector.insert(vector.begin(), static_cast<std::size_t>(-1), 1); });
     expectTooLong(vector, [&] { Vector<int> other(tooMany); });
     expectTooLong(vector, [&] { Vector<int> other(tooMany, 1); });
+}
+
+TEST(Vector, asManyElementsAsItsLimitAreAQuestionOfMemoryAlone)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer ends a process that asks for so much memory";
+#else
+    Vector<char> vector{'a', 'b', 'c'};
+    const std::size_t most = vector.max_size();
+    EXPECT_THROW(vector.insert(vector.begin(), most - 3, 'x'), std::bad_alloc);
+    EXPECT_THROW(vector.insert(vector.begin(), most - 2, 'x'), std::length_error);
+    EXPECT_THROW(vector.resize(most), std::bad_alloc);
+    EXPECT_THROW(vector.reserve(most), std::bad_alloc);
+    EXPECT_THROW(vector.assign(most, 'x'), std::bad_alloc);
+    EXPECT_EQ(vector, (Vector<char>{'a', 'b', 'c'}));
+#endif
 }
 
 TEST(Vector, insertsInTheMiddle)
