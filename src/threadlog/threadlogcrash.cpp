@@ -43,6 +43,14 @@ namespace
 /// The thread that writes; 0 while there is none.
 std::atomic<std::uint64_t> writingThread = 0;
 
+/// The thread that writes already; 0 if `self` does from now on.
+std::uint64_t beginWriting(std::uint64_t self)
+{
+    std::uint64_t other = 0;
+    writingThread.compare_exchange_strong(other, self);
+    return other;
+}
+
 /// One line, on no stack: the one of the crash may be nearly full. Used by one thread, see writeAll().
 class Line
 {
@@ -173,13 +181,11 @@ bool ThreadLogCrash::writeAll() noexcept
     if (!engine.isRunning() || !engine.isOwner())
         return false;
     const std::uint64_t self = ThreadLogSystem::getThread();
-    std::uint64_t other = 0;
-    while (!writingThread.compare_exchange_strong(other, self)) {
+    while (const std::uint64_t other = beginWriting(self)) {
         if (other == self)  // this crash is our own
             return false;
         if (!ThreadLogSystem::waitBriefly([] { return writingThread.load() == 0; }))
             return false;
-        other = 0;
     }
     writeQueues(!engine.holdReader());
     writingThread.store(0);
