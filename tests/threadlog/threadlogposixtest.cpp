@@ -53,6 +53,8 @@ VN_CHILD(forksAndChildLogs)
     ThreadLog log;
     // In the queue, for the most part, when the process is forked.
     logNumbers("parent", 0, 300);
+    if (argc > 1)
+        log.flush();
     const ::pid_t child = ::fork();
     if (child == 0) {
         logNumbers("child", 0, 300);
@@ -66,12 +68,17 @@ VN_CHILD(forksAndChildLogs)
 
 TEST_F(ThreadLogFork, aChildThatLogsWritesItsOwnMessagesAndNoneOfTheParents)
 {
-    const TempFolder folder;
-    expectSuccess(logger("forksAndChildLogs", folder).run());
-    const auto messages = messagesOf(folder.path("events.log"));
-    EXPECT_EQ(numbersOf("parent", messages), countTo(600));
-    EXPECT_EQ(numbersOf("child", messages), countTo(300));
-    EXPECT_EQ(numbersOf("thread", messages), countTo(300));
+    for (const bool isWritten : {false, true}) {
+        const TempFolder folder;
+        Child program = logger("forksAndChildLogs", folder);
+        if (isWritten)
+            program.arguments({"flush"});
+        expectSuccess(program.run());
+        const auto messages = messagesOf(folder.path("events.log"));
+        EXPECT_EQ(numbersOf("parent", messages), countTo(600));
+        EXPECT_EQ(numbersOf("child", messages), countTo(300));
+        EXPECT_EQ(numbersOf("thread", messages), countTo(300));
+    }
 }
 
 namespace
@@ -185,7 +192,7 @@ VN_CHILD(forksAndChildExits)
     logNumbers("parent", 0, 300);
     const ::pid_t child = ::fork();
     if (child == 0) {
-        logNumbers("child", 0, 300);
+        logNumbers("child", 0, argc > 1 ? 0 : 300);
         std::exit(0);
     }
     return waitFor(child);
@@ -193,11 +200,16 @@ VN_CHILD(forksAndChildExits)
 
 TEST_F(ThreadLogFork, aChildThatCallsExitLosesNothing)
 {
-    const TempFolder folder;
-    expectSuccess(logger("forksAndChildExits", folder).run());
-    const auto messages = messagesOf(folder.path("events.log"));
-    EXPECT_EQ(numbersOf("parent", messages), countTo(300));
-    EXPECT_EQ(numbersOf("child", messages), countTo(300));
+    for (const bool isSilent : {false, true}) {
+        const TempFolder folder;
+        Child program = logger("forksAndChildExits", folder);
+        if (isSilent)
+            program.arguments({"silent"});
+        expectSuccess(program.run());
+        const auto messages = messagesOf(folder.path("events.log"));
+        EXPECT_EQ(numbersOf("parent", messages), countTo(300));
+        EXPECT_EQ(numbersOf("child", messages), countTo(isSilent ? 0 : 300));
+    }
 }
 
 VN_CHILD(forksAndChildExecutes)
@@ -269,6 +281,10 @@ VN_CHILD(forksWhileTheReaderIsStuck)
     ::fcntl(end, F_SETPIPE_SZ, 4096);
     const Started start(argc, argv);
     ThreadLog log;
+    const ::pid_t before = ::fork();  // while nothing stands in its way
+    if (before == 0)
+        ::_exit(0);
+    waitFor(before);
     logNumbers("parent", 0, 200);  // more than the pipe takes
     waitUntilTheReaderWaits(Wait::InAWrite);
     const ::pid_t child = ::fork();
@@ -458,6 +474,7 @@ VN_CHILD(overflowsItsStack)
     forbidCoreFiles();
     const Started start;
     static ThreadLog& log = *new ThreadLog;
+    logNumbers("early", 0, 1);  // so the calling thread isn't new to the log
     log.installCrashHandlers();
     const auto crash = [] {
         logNumbers("main", 0, 700);
@@ -796,6 +813,25 @@ TEST(ThreadLog, anOutputThatRefusesLinesIsToldOnceWithItsPathAndTheReason)
     EXPECT_EQ(run.err, "log: /dev/full: No space left on device\n");
 }
 
+VN_CHILD(makesTwoLogsOfAFullDevice)
+{
+    const Started start;
+    for (int i = 0; i < 2; ++i) {
+        ThreadLog log;
+        logNumbers("main", 0, 10);
+        log.flush();
+    }
+    return 0;
+}
+
+TEST(ThreadLog, eachLogTellsOfAnOutputThatRefusesLines)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("makesTwoLogsOfAFullDevice", folder).with("VN_LOG_WARNING", "+/dev/full").run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: /dev/full: No space left on device\nlog: /dev/full: No space left on device\n");
+}
+
 VN_CHILD(reopens)
 {
     const Started start;
@@ -925,6 +961,8 @@ VN_CHILD(countsDescriptorsAndTasks)
         ThreadLog log;
         log.installCrashHandlers();
         logNumbers("main", 0, 10);
+        std::filesystem::rename(getLogPath(), getLogPath() + ".1");
+        log.reopen();
     }
     std::cout << countIn("/proc/self/fd") - files;
     while (countIn("/proc/self/task") > tasks)  // a thread that was joined may be on its way out still
