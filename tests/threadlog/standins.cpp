@@ -25,6 +25,7 @@ std::atomic<long> polled = 0;
 std::atomic<int> dup3Error = 0;
 std::atomic<int> opendirError = 0;
 std::atomic<bool> hasNoFence = false;
+std::atomic<long> shortestWait = 1000000000;
 std::atomic<long> longestWait = 0;
 std::atomic<int> limitedWaits = 0;
 std::atomic<int> endlessWaits = 0;
@@ -132,8 +133,11 @@ VN_STAND_IN int pthread_cond_clockwait(::pthread_cond_t* condition, ::pthread_mu
     for (long longest = StandIns::longestWait;
          limit > longest && !StandIns::longestWait.compare_exchange_weak(longest, limit);) {
     }
+    for (long shortest = StandIns::shortestWait;
+         limit < shortest && !StandIns::shortestWait.compare_exchange_weak(shortest, limit);) {
+    }
     ++StandIns::limitedWaits;
-    return StandIns::pthread_cond_clockwaitItself(condition, mutex, clock, until);
+    return StandIns::pthread_cond_clockwaitItself(condition, mutex, clock, StandIns::hasNoFence ? &now : until);
 }
 
 VN_STAND_IN int pthread_cond_wait(::pthread_cond_t* condition, ::pthread_mutex_t* mutex)

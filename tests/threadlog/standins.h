@@ -33,11 +33,12 @@ extern std::atomic<long> polled;
 extern std::atomic<int> dup3Error;
 extern std::atomic<int> opendirError;
 
-/// Whether the system knows no fences for all threads.
+/// Whether the system knows no fences for all threads. Waits with a limit then end at once.
 extern std::atomic<bool> hasNoFence;
 
 /// @{
-/// Waits for a condition that have begun: the longest limit of those with one, in milliseconds, and the number of each kind.
+/// Waits for a condition that have begun: the limits of those with one, in milliseconds, and the number of each kind.
+extern std::atomic<long> shortestWait;
 extern std::atomic<long> longestWait;
 extern std::atomic<int> limitedWaits;
 extern std::atomic<int> endlessWaits;

@@ -10,9 +10,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <sstream>
+#include <streambuf>
 #include <string>
 #include <thread>
 #include <vector>
@@ -126,6 +129,53 @@ inline void forbidCoreFiles()
     const ::rlimit none = {0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
 }
+
+inline void waitFor(std::atomic<bool> const& flag)
+{
+    while (!flag)
+        std::this_thread::yield();
+}
+
+/// Keeps the reader from the queues, between two lines: reopen() has its turn, and waits within what it tells of a file.
+class ReaderHold
+{
+public:
+    explicit ReaderHold(Vn::ThreadLog& log)
+    {
+        const std::string path = std::getenv("T4Q_TEST_DIR") + std::string("/prof.log");
+        std::filesystem::remove(path);
+        std::filesystem::create_directory(path);
+        _before = std::cerr.rdbuf(&_gate);
+        _thread = std::thread([&log] { log.reopen(); });
+        waitFor(_gate.isReached);
+    }
+
+    void end()
+    {
+        _gate.isOpen = true;
+        _thread.join();
+        std::cerr.rdbuf(_before);
+    }
+
+private:
+    class Gate : public std::streambuf
+    {
+    public:
+        std::atomic<bool> isReached = false, isOpen = false;
+
+    protected:
+        std::streamsize xsputn(char const*, std::streamsize size) override
+        {
+            isReached = true;
+            waitFor(isOpen);
+            return size;
+        }
+    };
+
+    Gate _gate;
+    std::streambuf* _before = nullptr;
+    std::thread _thread;
+};
 
 /// For VN_THREADLOG_DOZE.
 constexpr char aLongRest[] = "3600000";

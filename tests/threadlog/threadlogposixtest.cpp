@@ -1,6 +1,10 @@
 // What only the POSIX form has: forks, signals, files that are moved away below the logger.
+#include "standins.h"
 #include "threadlogposixbody.h"
 
+#include "lockname.h"
+
+#include <base/exsyserror.h>
 #include <base/trace.h>
 
 #include <fcntl.h>
@@ -976,6 +980,194 @@ TEST(ThreadLog, itsEndLeavesNoDescriptorAndNoThread)
     const ChildRun run = logger("countsDescriptorsAndTasks", folder).run();
     expectSuccess(run);
     EXPECT_EQ(run.out, "0");
+}
+
+namespace
+{
+/// The system's calls can be watched, and tell what a thread waits for.
+class ThreadLogWakeUps : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (isThreadSanitized || !canSeeTheReaderWait())
+            GTEST_SKIP() << "nothing can stand in for the system's calls, or tells what a thread waits for";
+    }
+};
+}  // namespace
+
+VN_CHILD(logsWhatMayRest)
+{
+    const Started start;
+    ThreadLog log;
+    logNumbers("main", 0, 1);
+    waitUntilTheReaderWaits(Wait::ForAWhile);
+    // More than a queue holds, in parts of less than half of it.
+    for (int part = 0; part < 4; ++part) {
+        StandIns::wakeUps = 0;
+        logNumbers("main", 0, 500);
+        if (StandIns::wakeUps != 0)
+            return 1;
+        log.flush();
+    }
+    logNumbers("main", 0, 1, LgTypes::RecoverableError);
+    return StandIns::wakeUps == 1 ? 0 : 2;
+}
+
+TEST_F(ThreadLogWakeUps, messagesThatMayRestWakeNobodyWhileTheQueueHasRoom)
+{
+    const TempFolder folder;
+    expectSuccess(logger("logsWhatMayRest", folder).with("VN_THREADLOG_DOZE", aLongRest).run());
+}
+
+VN_CHILD(hasNoFences)
+{
+    StandIns::hasNoFence = true;
+    const Started start;
+    const ThreadLog log;
+    logNumbers("main", 0, 1);
+    while (StandIns::limitedWaits < 10)
+        std::this_thread::yield();
+    std::cout << (StandIns::shortestWait <= std::atol(argv[1])) << (StandIns::longestWait <= 100)
+              << StandIns::endlessWaits;
+    return 0;
+}
+
+TEST_F(ThreadLogWakeUps, withoutFencesTheReaderLooksTenTimesASecondAtLeast)
+{
+    const std::pair<char const*, char const*> dozes[] = {{"0", "100"}, {"1", "1"}, {aLongRest, "100"}};
+    for (auto const& [doze, shortest] : dozes) {
+        SCOPED_TRACE(doze);
+        const TempFolder folder;
+        const ChildRun run =
+            logger("hasNoFences", folder).arguments({shortest}).with("VN_THREADLOG_DOZE", doze).run();
+        expectSuccess(run);
+        EXPECT_EQ(run.out, "110");
+    }
+}
+
+VN_CHILD(waitsForAFewCharactersMore)
+{
+    const Started start;
+    const Vn::LgMinorGroup group = groupOf();
+    ThreadLog log;
+    Vn::LgQueue const& own = Vn::LgLog::getQueue();
+    auto& hold = *new ReaderHold(log);
+    const std::string filling(1000, 'f');
+    while (own.getStream().getNumCharacters() >= 4096)
+        VN_LOG(group, LgTypes::Warning, filling.c_str());
+    const auto room = static_cast<int>(own.getStream().getNumCharacters());
+    // The group's word and a blank come in front.
+    const std::string text(static_cast<std::size_t>(room + std::atoi(argv[1])) - 5, 't');
+    std::atomic<bool> isLogged = false;
+    const std::string task = "/proc/self/task/" + std::to_string(::getpid());
+    std::thread helper([&] {
+        if (argc > 2)
+            waitUntilItWaits(task, Wait::ForAWhile);
+        else
+            while (!isLogged)
+                std::this_thread::yield();
+        hold.end();
+    });
+    VN_LOG(group, LgTypes::RecoverableError, text.c_str());
+    isLogged = true;
+    helper.join();
+    log.flush();
+    std::cout << text.size();
+    return 0;
+}
+
+TEST_F(ThreadLogWakeUps, anErrorWaitsIfOneCharacterOfRoomIsMissingAndIsWhole)
+{
+    const struct
+    {
+        char const* more;
+        bool isWaiting;
+    } table[] = {{"-1", false}, {"0", true}, {"1", true}, {"2", true}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.more);
+        const TempFolder folder;
+        Child program = logger("waitsForAFewCharactersMore", folder);
+        program.arguments(row.isWaiting ? std::vector<std::string>{row.more, "waits"}
+                                        : std::vector<std::string>{row.more});
+        const ChildRun run = program.run();
+        expectSuccess(run);
+        const auto messages = messagesOf(folder.path("events.log"));
+        ASSERT_FALSE(messages.empty());
+        EXPECT_EQ(messages.back().text, "Test " + std::string(std::stoul("0" + run.out), 't'));
+    }
+}
+
+namespace
+{
+/// Logs one more message for each line of standard output, as long as it is asked to.
+class LoggingBuffer : public std::streambuf
+{
+public:
+    std::atomic<bool> isEnding = false;
+
+protected:
+    std::streamsize xsputn(char const*, std::streamsize size) override
+    {
+        if (!isEnding)
+            logNumbers("next", 0, 1);
+        return size;
+    }
+    int_type overflow(int_type character) override { return traits_type::not_eof(character); }
+};
+}  // namespace
+
+VN_CHILD(logsOnWhileItFlushes)
+{
+    const Started start;
+    ThreadLog& log = *new ThreadLog;
+    logNumbers("main", 0, 1);
+    waitUntilTheReaderWaits(Wait::ForAWhile);
+    static LoggingBuffer& buffer = *new LoggingBuffer;
+    std::cout.rdbuf(&buffer);
+    logNumbers("main", 1, 3);
+    log.flush();
+    buffer.isEnding = true;
+    ::_exit(messagesOf(getLogPath()).size() == 3 ? 0 : 1);
+}
+
+TEST_F(ThreadLogWakeUps, flushEndsWithWhatWasThereBeforeItThoughMessagesGoOnComing)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("logsOnWhileItFlushes", folder)
+                             .with("VN_LOG_WARNING", "%" + folder.path("events.log"))
+                             .with("VN_THREADLOG_DOZE", aLongRest)
+                             .run();
+    expectSuccess(run);
+}
+
+VN_CHILD(flushesWithoutItsLock)
+{
+    const std::string path = argv[1];
+    const Started start;
+    ThreadLog log;
+    logNumbers("main", 0, 1);
+    log.flush();
+    if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
+        return 1;
+    logNumbers("main", 1, 2);
+    EXPECT_THROW(log.flush(), Vn::ExSysErrorWindows);
+    ::rmdir(path.c_str());
+    log.flush();
+    std::cout << numbersOf("main", messagesOf(getLogPath())).size();
+    return testing::Test::HasFailure() ? 1 : 0;
+}
+
+TEST(ThreadLog, flushThrowsIfTheLockFailsAndMayBeCalledAgain)
+{
+    const TempFolder folder;
+    const LockName lock(folder);
+    const ChildRun run = logger("flushesWithoutItsLock", folder)
+                             .arguments({lock.getFile()})
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get())
+                             .run();
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_EQ(run.out, "2");
 }
 
 VN_CHILD(isIdle)
