@@ -159,6 +159,53 @@ TEST_F(ThreadLogCrashes, aSecondThreadThatCrashesEndsTheProcessIfTheFirstHangs)
 
 namespace
 {
+std::atomic<bool> isHangOver = false;
+thread_local sigjmp_buf ownRescue;
+
+std::optional<::ssize_t> hangUntilTheOtherIsThrough(int, std::string_view text)
+{
+    while (isForTheLog(text) && !isHangOver) {
+        if (StandIns::pauses != 0)
+            StandIns::clockAhead = 3;
+        std::this_thread::yield();
+    }
+    return {};
+}
+}  // namespace
+
+VN_CHILD(isSavedBesideACrashThatHangs)
+{
+    const Started start;
+    for (const int signal : {SIGSEGV, SIGBUS})
+        installHandler(signal, [](int) { ::siglongjmp(ownRescue, 1); });
+    ThreadLog& log = makeLogAtRest();
+    StandIns::onWrite = tellThatItIsInCrash<hangUntilTheOtherIsThrough>;
+    std::thread other([] {
+        logNumbers("main", 0, 300);
+        if (sigsetjmp(ownRescue, 1) == 0)
+            ::raise(SIGSEGV);
+    });
+    waitFor(isInCrash);
+    if (sigsetjmp(ownRescue, 1) == 0)
+        ::raise(SIGBUS);
+    isHangOver = true;
+    other.join();
+    logNumbers("late", 0, 300);
+    log.flush();
+    ::_exit(0);
+}
+
+TEST_F(ThreadLogCrashes, aProgramThatIsSavedFromBothOfTwoCrashesLogsOn)
+{
+    const TempFolder folder;
+    EXPECT_EQ(runCrash(folder, "isSavedBesideACrashThatHangs", "", aLongRest), 0);
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(numbersOf("main", messages), countTo(300));
+    EXPECT_EQ(numbersOf("late", messages), countTo(300));
+}
+
+namespace
+{
 std::optional<::ssize_t> crashWithinTheCrash(int, std::string_view text)
 {
     if (isForTheLog(text)) {
@@ -231,6 +278,82 @@ TEST_F(ThreadLogCrashes, aCrashWaitsForNothingWhileTheReaderRests)
     EXPECT_EQ(runCrash(folder, "crashesWithTheReaderAtRest", "", aLongRest), 0);
 }
 
+namespace
+{
+std::atomic<bool> isUrgentWanted = false, isInLine = false, isSecondCrash = false;
+std::atomic<int> pausesBefore = 0;
+
+/// The first crash goes on when the reader waits for its end; the reader's next line when the second crash waits for that.
+std::optional<::ssize_t> letThemWaitForEachOther(int, std::string_view text)
+{
+    if (text.find("Test main") != text.npos) {
+        isUrgentWanted = true;
+        waitForAPause();
+    }
+    if (text.find("Test urgent") != text.npos && !isInLine) {
+        isInLine = true;
+        waitFor(isSecondCrash);
+        while (StandIns::pauses == pausesBefore)
+            std::this_thread::yield();
+    }
+    return {};
+}
+}  // namespace
+
+VN_CHILD(crashesOnBothSidesOfALine)
+{
+    const Started start;
+    installHandler(SIGSEGV, [](int) { ::siglongjmp(rescue, 1); });
+    makeLogAtRest();
+    StandIns::onWrite = letThemWaitForEachOther;
+    logNumbers("main", 0, 1);
+    std::thread other([] {
+        waitFor(isUrgentWanted);
+        logNumbers("urgent", 0, 1, LgTypes::RecoverableError);
+    });
+    if (sigsetjmp(rescue, 1) == 0)
+        ::raise(SIGSEGV);
+    other.join();
+    waitFor(isInLine);
+    logNumbers("late", 0, 10);
+    pausesBefore = StandIns::pauses.load();
+    isSecondCrash = true;
+    ::raise(SIGBUS);
+    return 0;
+}
+
+TEST_F(ThreadLogCrashes, theReaderWaitsForACrashAndACrashForTheReadersLine)
+{
+    const TempFolder folder;
+    EXPECT_TRUE(isEndedBy(runCrash(folder, "crashesOnBothSidesOfALine", "", aLongRest), SIGBUS));
+    std::vector<std::string> expected = {"Test first 0", "Test main 0", "Test urgent 0"};
+    for (int i = 0; i < 10; ++i)
+        expected.push_back("Test late " + std::to_string(i));
+    EXPECT_EQ(textsOf(messagesOf(folder.path("events.log"))), expected);
+}
+
+VN_CHILD(crashesADayLater)
+{
+    const Started start;
+    installHandler(SIGSEGV, [](int) { ::_exit(0); });
+    StandIns::clockAhead = 86400;
+    makeLogAtRest();
+    logNumbers("main", 0, 1);
+    ::raise(SIGSEGV);
+    return 1;
+}
+
+TEST_F(ThreadLogCrashes, theTimesOfItsLinesAreThoseOfTheReadersHoweverOldTheProcessIs)
+{
+    const TempFolder folder;
+    EXPECT_EQ(runCrash(folder, "crashesADayLater", "", aLongRest), 0);
+    const auto messages = messagesOf(folder.path("events.log"));
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_GE(messages[0].ticks, 86400 * 1000000000ull);
+    EXPECT_GE(messages[1].ticks, messages[0].ticks);
+    EXPECT_LT(messages[1].ticks, messages[0].ticks + 600 * 1000000000ull);
+}
+
 // Messages that wait, and losses.
 
 namespace
@@ -298,7 +421,7 @@ VN_CHILD(isSavedWhileAMessageWaits)
     hold.end();
     writer.join();
     log.flush();
-    return 0;
+    ::_exit(0);
 }
 
 TEST_F(ThreadLogCrashes, aMessageThatWaitedDuringACrashIsWrittenOnceIfTheProgramIsSaved)

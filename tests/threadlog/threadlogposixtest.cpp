@@ -347,6 +347,40 @@ TEST_F(ThreadLogFork, aChildThatCrashesWritesItsOwnMessagesAlone)
     EXPECT_EQ(numbersOf("child", messages), countTo(300));
 }
 
+namespace
+{
+sigjmp_buf childsRescue;
+}
+
+VN_CHILD(forksAndChildIsSaved)
+{
+    const Started start(argc, argv);
+    struct sigaction own = {};
+    own.sa_handler = [](int) { ::siglongjmp(childsRescue, 1); };
+    ::sigaction(SIGSEGV, &own, nullptr);
+    ThreadLog log;
+    log.installCrashHandlers();
+    logNumbers("parent", 0, 300);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        if (sigsetjmp(childsRescue, 1) == 0)
+            ::raise(SIGSEGV);
+        logNumbers("child", 0, 300);
+        log.flush();
+        ::_exit(0);
+    }
+    return waitFor(child);
+}
+
+TEST_F(ThreadLogFork, aChildThatIsSavedFromACrashBeforeItsFirstMessageLogsOn)
+{
+    const TempFolder folder;
+    expectSuccess(logger("forksAndChildIsSaved", folder).run());
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(messages.size(), 600u);
+    EXPECT_EQ(numbersOf("child", messages), countTo(300));
+}
+
 // Crashes.
 
 namespace
@@ -479,9 +513,11 @@ VN_CHILD(overflowsItsStack)
     const Started start;
     static ThreadLog& log = *new ThreadLog;
     logNumbers("early", 0, 1);  // so the calling thread isn't new to the log
+    if (canSeeTheReaderWait())
+        waitUntilTheReaderWaits(Wait::ForAWhile);
     log.installCrashHandlers();
     const auto crash = [] {
-        logNumbers("main", 0, 700);
+        logNumbers("main", 0, 400);
         int volatile first = 0;
         overflowStack(&first);
     };
@@ -497,9 +533,9 @@ TEST_F(ThreadLogSignals, aStackOverflowIsNoExceptionInAnyThread)
         GTEST_SKIP() << "a sanitizer has handlers of its own";
     for (char const* thread : {"main", "other"}) {
         const TempFolder folder;
-        const int status = runCrash(folder, "overflowsItsStack", thread);
+        const int status = runCrash(folder, "overflowsItsStack", thread, aLongRest);
         EXPECT_TRUE(isEndedBy(status, SIGSEGV)) << thread << ": " << status;
-        EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700)) << thread;
+        EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(400)) << thread;
     }
 }
 VN_CHILD(hasAHandlerOfItsOwn)
@@ -1046,13 +1082,94 @@ TEST_F(ThreadLogWakeUps, withoutFencesTheReaderLooksTenTimesASecondAtLeast)
     }
 }
 
+VN_CHILD(restsWithoutItsLock)
+{
+    const std::string path = argv[1];
+    const Started start;
+    ThreadLog log;
+    if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
+        return 1;
+    for (int i = 0; i < 3; ++i) {
+        const int before = StandIns::limitedWaits;
+        logNumbers("main", i, i + 1, LgTypes::RecoverableError);  // wakes the reader each time
+        while (StandIns::limitedWaits == before)
+            std::this_thread::yield();
+    }
+    std::cout << (StandIns::longestWait <= 1000);
+    ::rmdir(path.c_str());
+    return 0;
+}
+
+TEST_F(ThreadLogWakeUps, aReaderThatCantWriteRestsForASecondAndTellsThatOnce)
+{
+    const TempFolder folder;
+    const LockName lock(folder);
+    const ChildRun run = logger("restsWithoutItsLock", folder)
+                             .arguments({lock.getFile()})
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get())
+                             .with("VN_THREADLOG_DOZE", "0")
+                             .run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, "1");
+    EXPECT_TRUE(run.err.starts_with("log: ")) << run.err;
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
+    EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(3));
+}
+
+namespace
+{
+std::atomic<int> written = 0;
+
+std::optional<::ssize_t> countLines(int file, std::string_view text)
+{
+    const ::ssize_t size = StandIns::writeItself(file, text);
+    ++written;
+    return size;
+}
+}  // namespace
+
+VN_CHILD(meetsAReaderOnItsWayToSleep)
+{
+    const Started start;
+    ThreadLog log;
+    std::latch first(1), end(1);
+    // Its queue is looked at behind the other one's, and stays empty.
+    logNumbers("main", 0, 1);
+    std::thread other([&] {
+        logNumbers("other", 0, 1);
+        first.count_down();
+        end.wait();
+    });
+    first.wait();
+    log.flush();
+    StandIns::onWrite = countLines;
+    for (int i = 0; i < 3000; ++i) {
+        for (int volatile spin = i % 500 * 4; spin > 0;)
+            spin = spin - 1;
+        logNumbers("main", i + 1, i + 2);
+        while (written <= i)
+            std::this_thread::yield();
+    }
+    StandIns::onWrite = nullptr;
+    end.count_down();
+    other.join();
+    return 0;
+}
+
+// Each message comes a moment later behind the line of the one before, so that they meet the reader wherever it is.
+TEST_F(ThreadLogWakeUps, noMessageMissesAReaderOnItsWayToSleep)
+{
+    const TempFolder folder;
+    expectSuccess(logger("meetsAReaderOnItsWayToSleep", folder).with("VN_THREADLOG_DOZE", "0").run());
+}
+
 VN_CHILD(waitsForAFewCharactersMore)
 {
     const Started start;
     const Vn::LgMinorGroup group = groupOf();
     ThreadLog log;
     Vn::LgQueue const& own = Vn::LgLog::getQueue();
-    auto& hold = *new ReaderHold(log);
+    ReaderHold hold(log);
     const std::string filling(1000, 'f');
     while (own.getStream().getNumCharacters() >= 4096)
         VN_LOG(group, LgTypes::Warning, filling.c_str());
