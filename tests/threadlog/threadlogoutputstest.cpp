@@ -300,7 +300,7 @@ TEST(ThreadLogOutputs, theBannerOfANewFileHasNoDateIfItsLinesHaveNoTimes)
 
 namespace
 {
-constexpr int lines = 1000;
+constexpr int manyLines = 1000;
 
 /// Ends this process if what follows waits for each of a thousand lines.
 void endIfItTakesTooLong()
@@ -381,7 +381,7 @@ VN_CHILD(appendsToAFullPipe)
     endIfItTakesTooLong();
     StandIns::arePollsCounted = true;
     bool isRefused = log.isFull();
-    for (int i = 0; i < lines; ++i)
+    for (int i = 0; i < manyLines; ++i)
         isRefused = isRefused && !log.outputs.append(LgTypes::Warning, "a line\n");
     isRefused = isRefused && (isThreadSanitized || StandIns::polled == 1000);
     log.empty();
@@ -423,7 +423,7 @@ VN_CHILD(appendsToAFullStandardOutput)
     StandIns::arePollsCounted = true;
     StandIns::polled = 0;
     ThreadLogOutputs::appendToStandardOutput(std::string(20000, 'x'));
-    for (int i = 0; i < lines; ++i)
+    for (int i = 0; i < manyLines; ++i)
         ThreadLogOutputs::appendToStandardOutput("a line\n");
     // One second for the room behind the first part of the line, and one before that, for which there was room.
     return !isReady(ends[1]) && (isThreadSanitized || StandIns::polled == 2000) ? 0 : 1;
