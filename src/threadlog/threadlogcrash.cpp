@@ -133,7 +133,8 @@ void writeLine(LgTypes::Level level)
         ThreadLogOutputs::appendToStandardOutput(line.getText());
 }
 
-/// Whether a line that begins with `prefix`, or a half one that ends within it, is among the last ones of the level's file.
+/// Whether a line that begins with `prefix` is among the last ones of the level's file. A file that ends within a line counts as
+/// partly: the line may have ended within its prefix, and whosever it is, the next one must not follow it there.
 enum class Found
 {
     Nowhere,
@@ -148,8 +149,7 @@ Found findLine(LgTypes::Level level, std::string_view prefix)
     for (std::size_t place = text.find(prefix); place != text.npos; place = text.find(prefix, place + 1))
         if (place == 0 || text[place - 1] == '\n')
             return text.find('\n', place) != text.npos ? Found::Whole : Found::Partly;
-    const std::string_view halfLine = text.substr(text.rfind('\n') + 1);  // all of a text without line ends
-    return !halfLine.empty() && prefix.starts_with(halfLine) ? Found::Partly : Found::Nowhere;
+    return text.empty() || text.ends_with('\n') ? Found::Nowhere : Found::Partly;
 }
 
 /// The head with the smallest time of those that were considered.

@@ -509,6 +509,7 @@ namespace
 std::atomic<bool> isAllLogged = false;
 
 std::size_t bytesBeforeTheCrash = 0;
+bool isAnothersLine = false;
 
 /// On the reader's thread: a part of the line is in the file when it crashes.
 std::optional<::ssize_t> writeAPartAndCrash(int file, std::string_view text)
@@ -517,19 +518,21 @@ std::optional<::ssize_t> writeAPartAndCrash(int file, std::string_view text)
         return {};
     waitFor(isAllLogged);
     StandIns::onWrite = nullptr;
-    StandIns::writeItself(file, text.substr(0, bytesBeforeTheCrash));
+    StandIns::writeItself(file,
+                          isAnothersLine ? std::string_view("another's") : text.substr(0, bytesBeforeTheCrash));
     raiseItself(SIGABRT);
     return {};
 }
 }  // namespace
 
-/// Argument: the number of those bytes; behind it "e" if the file is empty before.
+/// Argument: the number of those bytes; behind it "e" if the file is empty before, "a" if they are those of another process.
 VN_CHILD(crashesInHalfALine)
 {
     const Started start;
     forbidCoreFiles();
     const std::string how = argv[1];
     bytesBeforeTheCrash = std::stoul(how);
+    isAnothersLine = how.ends_with('a');
     if (how.ends_with('e'))
         std::ofstream(getLogPath(), std::ios::trunc).close();
     ThreadLog& log = *new ThreadLog;
@@ -553,7 +556,7 @@ TEST_F(ThreadLogCrashes, aHalfLineIsEndedAndItsLossIsToldIfTheReaderItselfCrashe
         {"43", 1},  // all but the blank before the text
         {"44", 1},  // the whole prefix
         {"55", 1},  // all but the line end
-        {"0e", 0}, {"1e", 1}, {"43e", 1}, {"44e", 1}, {"55e", 1},
+        {"0e", 0}, {"1e", 1}, {"43e", 1}, {"44e", 1}, {"55e", 1}, {"9a", 1},
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.how);
