@@ -147,6 +147,7 @@ VN_CHILD(appendsWithWatchedCalls)
     EXPECT_EQ(writes, 1);
     EXPECT_TRUE(appendWith<interruptOnce>(open.outputs, "interrupted\n"));
     EXPECT_FALSE(appendWith<takeNothing>(open.outputs, "refused\n"));
+    EXPECT_TRUE(open.outputs.append(LgTypes::Warning, "\n")) << "the shortest line";
     return testing::Test::HasFailure() ? 1 : 0;
 }
 
