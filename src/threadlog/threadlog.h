@@ -38,8 +38,8 @@ namespace Vn
 ///     log.installCrashHandlers();                     // and those before a crash as well
 ///     std::thread([] { VN_LOG(group, Vn::LgTypes::Warning, "text"); }).join();
 ///
-/// While it exists, each thread that logs or traces has a queue of its own, made by its first message and given back when
-/// the thread ends; lines of trace go the same way, with a depth for each thread. A queue takes 1,022 messages and 32,766
+/// While it exists, each thread that logs or traces has a queue of its own, numbered from 1 on, from its first message to
+/// its end; lines of trace go the same way, with a depth for each thread. A queue takes 1,022 messages and 32,766
 /// characters. What finds no room waits or is dropped, by level; what was dropped is counted in the log.
 ///
 /// Three settings, each with a variable; a ThreadLogOptions gives the first two an option as well:

@@ -43,6 +43,14 @@ namespace
 /// The thread that writes; 0 while there is none.
 std::atomic<std::uint64_t> writingThread = 0;
 
+/// The thread that writes already; 0 if `self` does from now on.
+std::uint64_t beginWriting(std::uint64_t self)
+{
+    std::uint64_t other = 0;
+    writingThread.compare_exchange_strong(other, self);
+    return other;
+}
+
 /// One line, on no stack: the one of the crash may be nearly full. Used by one thread, see writeAll().
 class Line
 {
@@ -125,7 +133,8 @@ void writeLine(LgTypes::Level level)
         ThreadLogOutputs::appendToStandardOutput(line.getText());
 }
 
-/// Whether a line that begins with `prefix` is among the last ones of the level's file.
+/// Whether a line that begins with `prefix` is among the last ones of the level's file. A file that ends within a line counts as
+/// partly: the line may have ended within its prefix, and whosever it is, the next one must not follow it there.
 enum class Found
 {
     Nowhere,
@@ -140,7 +149,7 @@ Found findLine(LgTypes::Level level, std::string_view prefix)
     for (std::size_t place = text.find(prefix); place != text.npos; place = text.find(prefix, place + 1))
         if (place == 0 || text[place - 1] == '\n')
             return text.find('\n', place) != text.npos ? Found::Whole : Found::Partly;
-    return Found::Nowhere;
+    return text.empty() || text.ends_with('\n') ? Found::Nowhere : Found::Partly;
 }
 
 /// The head with the smallest time of those that were considered.
@@ -173,13 +182,11 @@ bool ThreadLogCrash::writeAll() noexcept
     if (!engine.isRunning() || !engine.isOwner())
         return false;
     const std::uint64_t self = ThreadLogSystem::getThread();
-    std::uint64_t other = 0;
-    while (!writingThread.compare_exchange_strong(other, self)) {
+    while (const std::uint64_t other = beginWriting(self)) {
         if (other == self)  // this crash is our own
             return false;
         if (!ThreadLogSystem::waitBriefly([] { return writingThread.load() == 0; }))
             return false;
-        other = 0;
     }
     writeQueues(!engine.holdReader());
     writingThread.store(0);

@@ -203,8 +203,8 @@ void ThreadLogCrash::uninstall()
         return;
     for (const int signal : crashSignals) {
         struct sigaction present = {};
-        if (::sigaction(signal, nullptr, &present) == 0 && (present.sa_flags & SA_SIGINFO) != 0 &&
-            present.sa_sigaction == onCrash)
+        ::sigaction(signal, nullptr, &present);
+        if (present.sa_sigaction == onCrash)
             ::sigaction(signal, &beforeOf(signal), nullptr);
     }
     if (std::get_terminate() == onTerminate)

@@ -89,6 +89,20 @@ private:
     ThreadLogEngine& _engine;
 };
 
+/// The time in which a line may be half-written, for a block: it ends with the block, also if the line can't be written.
+class ThreadLogEngine::InLine
+{
+public:
+    explicit InLine(ThreadLogEngine& engine) : _engine(engine) { engine.enterLine(); }
+    ~InLine() { _engine.leaveLine(); }
+
+    InLine(InLine const&) = delete;
+    InLine& operator=(InLine const&) = delete;
+
+private:
+    ThreadLogEngine& _engine;
+};
+
 /// Never destroyed: threads that the program hasn't joined may log while static objects go.
 ThreadLogEngine& ThreadLogEngine::get()
 {
@@ -335,7 +349,6 @@ bool ThreadLogEngine::writeUpTo(unsigned count) noexcept
             _isFailing.store(false, std::memory_order_relaxed);
             return written == count;
         } catch (std::exception const& failure) {
-            _isInLine.store(false, std::memory_order_release);
             std::snprintf(reason, sizeof reason, "%s", failure.what());
         }
     if (!_isFailing.exchange(true))
@@ -347,10 +360,8 @@ bool ThreadLogEngine::writeUpTo(unsigned count) noexcept
 bool ThreadLogEngine::writeOne()
 {
     registerNewQueues();
-    enterLine();
-    const bool hasWritten = _reader.flushEarliest();
-    _isInLine.store(false, std::memory_order_release);
-    return hasWritten;
+    const InLine line(*this);
+    return _reader.flushEarliest();
 }
 
 /// Sequentially consistent, here and in holdReader(): either the handler sees the line, or this sees that it is held.
@@ -363,6 +374,12 @@ void ThreadLogEngine::enterLine()
         waitForHandler();
         _isInLine.store(true);
     }
+}
+
+// model: tests/models/hold.pml.
+void ThreadLogEngine::leaveLine() noexcept
+{
+    _isInLine.store(false, std::memory_order_release);
 }
 
 /// Until no queue was made meanwhile: the walk could miss a queue and find one that was made behind it, and a message of that
@@ -464,15 +481,10 @@ void ThreadLogEngine::flush()
     };
     {
         const Reading reading(*this);
-        try {
-            errno = 0;
-            while (isBefore() && writeOne())
-                ;
-            _outputs.tellFailures(errno);
-        } catch (...) {
-            _isInLine.store(false, std::memory_order_release);
-            throw;
-        }
+        errno = 0;
+        while (isBefore() && writeOne())
+            ;
+        _outputs.tellFailures(errno);
     }
     tellWaiting();
 }

@@ -116,6 +116,7 @@ private:
         Asleep   ///< until any message wakes it
     };
 
+    class InLine;
     class Reading;
 
     ThreadLogEngine() = default;
@@ -137,6 +138,7 @@ private:
     bool writeUpTo(unsigned count) noexcept;
     bool writeOne();
     void enterLine();
+    void leaveLine() noexcept;
     void registerNewQueues();
     void tellWaiting();
 

@@ -1,4 +1,5 @@
 // The outputs of the thread layer on POSIX: reasons that are told, pipes that nobody reads, files that are replaced.
+#include "standins.h"
 #include "threadlogbody.h"
 
 #include <threadlog/threadlogoutputs_p.h>
@@ -8,14 +9,22 @@
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <locale>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 using namespace VnTest;
 using Vn::LgTypes;
@@ -74,6 +83,110 @@ TEST(ThreadLogOutputs, aNumberThatIsNoLevelHasNoFile)
     EXPECT_NE(log.find("a level"), log.npos) << log;
 }
 
+// Lines and what a crash looks at.
+
+namespace
+{
+/// Opened for a block.
+class OpenOutputs
+{
+public:
+    OpenOutputs() { outputs.open(); }
+    ~OpenOutputs() { outputs.close(); }
+    OpenOutputs(OpenOutputs const&) = delete;
+    OpenOutputs& operator=(OpenOutputs const&) = delete;
+
+    ThreadLogOutputs outputs;
+};
+
+std::atomic<int> writes = 0;
+
+std::optional<::ssize_t> countWrites(int, std::string_view)
+{
+    ++writes;
+    return {};
+}
+
+std::optional<::ssize_t> interruptOnce(int, std::string_view)
+{
+    StandIns::onWrite = nullptr;
+    errno = EINTR;
+    return -1;
+}
+
+std::optional<::ssize_t> takeNothing(int, std::string_view)
+{
+    return 0;
+}
+
+template <StandIns::Write hook>
+bool appendWith(ThreadLogOutputs const& outputs, std::string const& text)
+{
+    StandIns::onWrite = hook;
+    const bool isDone = outputs.append(LgTypes::Warning, text);
+    StandIns::onWrite = nullptr;
+    return isDone;
+}
+
+class ThreadLogOutputCalls : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (isThreadSanitized)
+            GTEST_SKIP() << "nothing can stand in for the system's calls under the thread sanitizer";
+    }
+};
+}  // namespace
+
+VN_CHILD(appendsWithWatchedCalls)
+{
+    const Started start;
+    const OpenOutputs open;
+    EXPECT_TRUE(appendWith<countWrites>(open.outputs, std::string(20000, 'x') + "\n"));
+    EXPECT_EQ(writes, 1);
+    EXPECT_TRUE(appendWith<interruptOnce>(open.outputs, "interrupted\n"));
+    EXPECT_FALSE(appendWith<takeNothing>(open.outputs, "refused\n"));
+    EXPECT_TRUE(open.outputs.append(LgTypes::Warning, "\n")) << "the shortest line";
+    return testing::Test::HasFailure() ? 1 : 0;
+}
+
+TEST_F(ThreadLogOutputCalls, aLongLineGoesToItsFileInOneCallThatIsRepeatedIfASignalInterruptsIt)
+{
+    const TempFolder folder;
+    expectSuccess(logger("appendsWithWatchedCalls", folder).run());
+    const std::vector<std::string> lines = linesOf(folder.path("events.log"));
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), std::string(20000, 'x')), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "interrupted"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "refused"), 0);
+}
+
+VN_CHILD(looksAtTails)
+{
+    const Started start;
+    OpenOutputs open;
+    std::ofstream(getPath("events.log"), std::ios::trunc).close();
+    char bytes[16] = "";
+    EXPECT_EQ(open.outputs.readTail(LgTypes::Warning, bytes, sizeof bytes), 0u) << "nothing is there";
+    open.outputs.append(LgTypes::Warning, "0123456789");
+    for (std::size_t size = 1; size <= 12; ++size) {
+        const std::size_t read = open.outputs.readTail(LgTypes::Warning, bytes, size);
+        const std::string all = "0123456789";
+        EXPECT_EQ(std::string(bytes, read), all.substr(all.size() - std::min<std::size_t>(size, 10)));
+    }
+    open.outputs.close();
+    EXPECT_EQ(open.outputs.readTail(LgTypes::Warning, bytes, sizeof bytes), 0u);
+    EXPECT_TRUE(open.outputs.append(LgTypes::Warning, "closed")) << "like a level without a file";
+    return testing::Test::HasFailure() ? 1 : 0;
+}
+
+TEST(ThreadLogOutputs, theTailOfAFileIsItsLastBytesOrAllOfThem)
+{
+    const TempFolder folder;
+    expectSuccess(logger("looksAtTails", folder).run());
+    EXPECT_EQ(linesOf(folder.path("events.log"))[0], "0123456789===== Message Logger Stopped =====");
+}
+
 // The banner.
 
 namespace
@@ -129,11 +242,66 @@ TEST(ThreadLogOutputs, theBannerOfANewFileIsThatOfTheFirstInAnyLocale)
     EXPECT_EQ(second[3], first[3]);
 }
 
+VN_CHILD(reopensAnHourLater)
+{
+    const Started start;
+    ThreadLog log;
+    std::filesystem::rename(getPath("events.log"), getPath("events.log.1"));
+    StandIns::clockAhead = 3600;
+    return log.reopen() ? 0 : 1;
+}
+
+namespace
+{
+/// When a log says that it was started.
+std::time_t startOf(std::string const& path)
+{
+    const std::vector<std::string> lines = linesOf(path);
+    std::tm time{};
+    time.tm_isdst = -1;
+    if (lines.size() < 2 || ::strptime(lines[1].c_str(), "===== Started on %a %b %d %H:%M:%S %Y", &time) == nullptr)
+        return 0;
+    return std::mktime(&time);
+}
+}  // namespace
+
+TEST_F(ThreadLogOutputCalls, theBannerOfANewFileHasTheDateFromWhichItsTimesCount)
+{
+    const TempFolder folder;
+    expectSuccess(logger("reopensAnHourLater", folder).with("TZ", "UTC").run());
+    const std::time_t first = startOf(folder.path("events.log.1"));
+    const std::time_t second = startOf(folder.path("events.log"));
+    EXPECT_NE(second, 0);
+    // The time of day hasn't moved, so an hour's age is an hour before it.
+    EXPECT_NEAR(static_cast<double>(first - second), 3600, 600);
+}
+
+VN_CHILD(reopensWithoutTimes)
+{
+    const Started start;
+    ThreadLog log;
+    std::filesystem::rename(getPath("events.log"), getPath("events.log.1"));
+    return log.reopen() ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, theBannerOfANewFileHasNoDateIfItsLinesHaveNoTimes)
+{
+    const TempFolder folder;
+    expectSuccess(logger("reopensWithoutTimes", folder).with("VN_LOG_DISABLE_TIMESTAMPS", "1").run());
+    for (char const* name : {"events.log.1", "events.log"}) {
+        const std::vector<std::string> lines = linesOf(folder.path(name));
+        ASSERT_FALSE(lines.empty());
+        EXPECT_EQ(lines[0], "===== Message Logger Startup =====");
+        for (std::string const& line : lines)
+            EXPECT_EQ(line.find("Started on"), line.npos) << name;
+    }
+}
+
 // Pipes that nobody reads.
 
 namespace
 {
-constexpr int lines = 1000;
+constexpr int manyLines = 1000;
 
 /// Ends this process if what follows waits for each of a thousand lines.
 void endIfItTakesTooLong()
@@ -212,10 +380,15 @@ VN_CHILD(appendsToAFullPipe)
 {
     const PipeLog log;
     endIfItTakesTooLong();
+    StandIns::arePollsCounted = true;
     bool isRefused = log.isFull();
-    for (int i = 0; i < lines; ++i)
+    for (int i = 0; i < manyLines; ++i)
         isRefused = isRefused && !log.outputs.append(LgTypes::Warning, "a line\n");
+    isRefused = isRefused && (isThreadSanitized || StandIns::polled == 1000);
     log.empty();
+    char bytes[16];
+    isRefused =
+        isRefused && log.outputs.readTail(LgTypes::Warning, bytes, sizeof bytes) == 0;  // a pipe keeps nothing
     return isRefused && log.outputs.append(LgTypes::Warning, "a line\n") ? 0 : 1;
 }
 
@@ -229,6 +402,7 @@ VN_CHILD(appendsALongLineToANearlyFullPipe)
     const PipeLog log;
     log.makeLeastRoom();
     endIfItTakesTooLong();
+    StandIns::arePollsCounted = true;
     return log.outputs.append(LgTypes::Warning, std::string(20000, 'x')) ? 1 : 0;
 }
 
@@ -247,10 +421,13 @@ VN_CHILD(appendsToAFullStandardOutput)
     ::fcntl(ends[1], F_SETFL, 0);
     makeLeastRoom(ends[0], ends[1]);
     endIfItTakesTooLong();
+    StandIns::arePollsCounted = true;
+    StandIns::polled = 0;
     ThreadLogOutputs::appendToStandardOutput(std::string(20000, 'x'));
-    for (int i = 0; i < lines; ++i)
+    for (int i = 0; i < manyLines; ++i)
         ThreadLogOutputs::appendToStandardOutput("a line\n");
-    return isReady(ends[1]) ? 1 : 0;
+    // One second for the room behind the first part of the line, and one before that, for which there was room.
+    return !isReady(ends[1]) && (isThreadSanitized || StandIns::polled == 2000) ? 0 : 1;
 }
 
 TEST(ThreadLogOutputs, theSameHoldsForStandardOutput)
@@ -382,6 +559,155 @@ TEST(ThreadLogOutputs, reopenIsTrueForADevice)
 {
     const TempFolder folder;
     expectSuccess(logger("reopensADevice", folder).with("VN_LOG_WARNING", "+/dev/null").run());
+}
+
+VN_CHILD(hasLostItsFolder)
+{
+    std::filesystem::create_directory(getPath("work"));
+    std::filesystem::current_path(getPath("work"));
+    const Started start;
+    std::filesystem::remove("a.log");
+    std::filesystem::remove(getPath("work"));
+    ThreadLog log;
+    logOne("lost with its file");
+    log.flush();
+    return log.reopen() ? 1 : 0;
+}
+
+TEST(ThreadLogOutputs, aFileWhoseFolderIsGoneIsToldByTheNameThatItWasGiven)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("hasLostItsFolder", folder).with("VN_LOG_WARNING", "+a.log").run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: a.log: messages before a crash can't be written here: No such file or directory\n"
+                       "log: a.log: it couldn't be opened a second time at the start\n");
+}
+
+VN_CHILD(hasLostItsFile)
+{
+    const Started start;
+    std::filesystem::rename(getPath("events.log"), getPath("events.log.1"));
+    ThreadLog log;
+    logOne("first");
+    const bool isDone = log.reopen();
+    logOne("second");
+    return isDone ? 1 : 0;
+}
+
+TEST(ThreadLogOutputs, aFileThatWasMovedAwayBeforeTheLogIsMadeStaysAndIsTold)
+{
+    const TempFolder folder;
+    const std::string path = folder.path("events.log");
+    const ChildRun run = logger("hasLostItsFile", folder).run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: " + path +
+                           ": messages before a crash can't be written here: it couldn't be opened at first\n"
+                           "log: " +
+                           path + ": it couldn't be opened a second time at the start\n");
+    EXPECT_EQ(messagesOf(path + ".1").size(), 2u);
+}
+
+VN_CHILD(reopensWithFailingCalls)
+{
+    const Started start;
+    ThreadLog log;
+    logOne("first");
+    log.flush();
+    std::filesystem::rename(getPath("events.log"), getPath("events.log.1"));
+    StandIns::opendirError = EMFILE;
+    EXPECT_FALSE(log.reopen());
+    StandIns::opendirError = 0;
+    StandIns::dup3Error = EIO;
+    EXPECT_FALSE(log.reopen());
+    logOne("second");
+    EXPECT_TRUE(log.reopen());
+    logOne("third");
+    return testing::Test::HasFailure() ? 1 : 0;
+}
+
+TEST_F(ThreadLogOutputCalls, aFileThatTheSystemDoesntReplaceStaysAndIsReplacedByTheNextCall)
+{
+    const TempFolder folder;
+    const std::string path = folder.path("events.log");
+    const ChildRun run = logger("reopensWithFailingCalls", folder).run();
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_EQ(run.err,
+              "log: " + path + ": the logger's own file isn't found\nlog: " + path + ": Input/output error\n");
+    EXPECT_EQ(messagesOf(path + ".1").size(), 2u);
+    ASSERT_EQ(messagesOf(path).size(), 1u);
+    EXPECT_EQ(messagesOf(path)[0].text, "Test third");
+    const std::vector<std::string> lines = linesOf(path);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "===== Message Logger Startup ====="), 1)
+        << "written by the first call that got so far";
+}
+
+VN_CHILD(readsItsOwnLog)
+{
+    const int own = ::open(getPath("own.log").c_str(), O_RDONLY | O_CLOEXEC);  // in front of the logger's
+    const Started start;
+    ThreadLog log;
+    logOne("first");
+    std::filesystem::rename(getPath("own.log"), getPath("own.log.1"));
+    std::ofstream(getPath("own.log")) << "kept\n";
+    const bool isDone = log.reopen();
+    logOne("second");
+    log.flush();
+    struct ::stat mine = {}, before = {};
+    ::fstat(own, &mine);
+    ::stat(getPath("own.log.1").c_str(), &before);
+    return isDone && mine.st_ino == before.st_ino ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, aFileThatTheProgramReadsIsReplacedForTheLoggerAlone)
+{
+    const TempFolder folder;
+    const std::string path = folder.file("own.log");
+    expectSuccess(logger("readsItsOwnLog", folder).with("VN_LOG_WARNING", "+" + path).run());
+    EXPECT_NE(contentOf(path + ".1").find("Test first"), std::string::npos);
+    const std::vector<std::string> lines = linesOf(path);
+    ASSERT_EQ(lines.size(), 3u) << "no banner, as the file wasn't empty";
+    EXPECT_EQ(lines[0], "kept");
+    EXPECT_TRUE(lines[1].ends_with("Test second")) << lines[1];
+}
+
+VN_CHILD(reopensBehindALink)
+{
+    const Started start;
+    ThreadLog log;
+    logOne("first");
+    std::filesystem::rename(getPath("real.log"), getPath("real.log.1"));
+    const bool isDone = log.reopen();
+    logOne("second");
+    return isDone ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, aFileThatWasNamedByALinkIsMadeAnewBehindIt)
+{
+    const TempFolder folder;
+    const std::string path = folder.file("real.log");
+    std::filesystem::create_symlink("real.log", folder.path("link"));
+    expectSuccess(logger("reopensBehindALink", folder).with("VN_LOG_WARNING", "+" + folder.path("link")).run());
+    ASSERT_EQ(messagesOf(path + ".1").size(), 1u);
+    ASSERT_EQ(messagesOf(path).size(), 1u);
+    EXPECT_EQ(messagesOf(path)[0].text, "Test second");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
+}
+
+VN_CHILD(hasNoStandardDescriptors)
+{
+    ::close(STDIN_FILENO);
+    ::close(STDOUT_FILENO);
+    const Started start;
+    ThreadLog log;
+    std::filesystem::rename(getPath("events.log"), getPath("events.log.1"));
+    const bool isDone = log.reopen();
+    return isDone && ::fcntl(STDIN_FILENO, F_GETFD) == -1 && ::fcntl(STDOUT_FILENO, F_GETFD) == -1 ? 0 : 1;
+}
+
+TEST(ThreadLogOutputs, noFileGetsAStandardDescriptorThatTheProgramHasClosed)
+{
+    const TempFolder folder;
+    expectSuccess(logger("hasNoStandardDescriptors", folder).run());
 }
 
 // Links.

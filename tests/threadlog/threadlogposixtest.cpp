@@ -1,6 +1,10 @@
 // What only the POSIX form has: forks, signals, files that are moved away below the logger.
-#include "threadlogbody.h"
+#include "standins.h"
+#include "threadlogposixbody.h"
 
+#include "lockname.h"
+
+#include <base/exsyserror.h>
 #include <base/trace.h>
 
 #include <fcntl.h>
@@ -33,100 +37,6 @@ using Vn::ThreadLog;
 
 namespace
 {
-std::string getLogPath()
-{
-    return std::getenv("T4Q_TEST_DIR") + std::string("/events.log");
-}
-
-void logNumbers(char const* text, int first, int end, LgTypes::Level level = LgTypes::Warning)
-{
-    const Vn::LgMinorGroup group = groupOf();
-    for (int i = first; i < end; ++i)
-        VN_LOG(group, level, text << ' ' << i);
-}
-
-/// The numbers behind `text`, in the order of the lines.
-std::vector<int> numbersOf(std::string const& text, std::vector<LogLine> const& messages)
-{
-    std::vector<int> numbers;
-    const std::string start = "Test " + text + " ";
-    for (LogLine const& message : messages)
-        if (message.text.starts_with(start))
-            numbers.push_back(std::stoi(message.text.substr(start.size())));
-    return numbers;
-}
-
-std::vector<int> countTo(int end)
-{
-    std::vector<int> numbers;
-    for (int i = 0; i < end; ++i)
-        numbers.push_back(i);
-    return numbers;
-}
-
-/// Whether the kernel tells what a thread waits for. Without the call for fences the reader looks ten times a second.
-bool canSeeTheReaderWait()
-{
-    return !contentOf("/proc/self/syscall").empty() && ::syscall(SYS_membarrier, 0, 0, 0) > 0;
-}
-
-/// What the reader's thread waits in.
-enum class Wait
-{
-    ForAWhile,  ///< a doze: a futex with a time limit
-    ForEver,    ///< a futex without one
-    InAWrite
-};
-
-/// Until it does. System calls have the numbers of x86-64, of the newer architectures, and of s390x.
-void waitUntilTheReaderWaits(Wait wait)
-{
-    std::string task;
-    for (; task.empty(); std::this_thread::yield())  // until the thread has given itself its name
-        for (auto const& entry : std::filesystem::directory_iterator("/proc/self/task"))
-            if (contentOf(entry.path() / "comm") == "vn-threadlog\n")
-                task = entry.path();
-    for (;; std::this_thread::yield()) {
-        std::istringstream call(contentOf(task + "/syscall"));
-        std::string number, first, second, third, limit;
-        call >> number >> first >> second >> third >> limit;
-        if (wait == Wait::InAWrite && (number == "1" || number == "64" || number == "4"))
-            return;
-        const bool isFutex = number == "202" || number == "98" || number == "238";
-        if (wait != Wait::InAWrite && isFutex && (limit == "0x0") == (wait == Wait::ForEver))
-            return;
-    }
-}
-
-/// How a child of `fork` ended.
-int waitFor(::pid_t child)
-{
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    return status;
-}
-
-void raiseItself(int signal)
-{
-    ::raise(signal);
-}
-
-/// By that signal; a sanitizer has handlers before ours, which end the process in their own way.
-bool isEndedBy(int status, int signal)
-{
-    return isSanitized ? status != 0 : WIFSIGNALED(status) && WTERMSIG(status) == signal;
-}
-
-class ThreadLogSignals : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (isThreadSanitized)
-            GTEST_SKIP() << "signals come late under the thread sanitizer";
-    }
-};
-
 class ThreadLogFork : public testing::Test
 {
 protected:
@@ -137,12 +47,6 @@ protected:
     }
 };
 
-/// Keeps the kernel from writing a core file for a crash that is wanted.
-void forbidCoreFiles()
-{
-    const ::rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_CORE, &none);
-}
 }  // namespace
 
 // Forks.
@@ -153,6 +57,8 @@ VN_CHILD(forksAndChildLogs)
     ThreadLog log;
     // In the queue, for the most part, when the process is forked.
     logNumbers("parent", 0, 300);
+    if (argc > 1)
+        log.flush();
     const ::pid_t child = ::fork();
     if (child == 0) {
         logNumbers("child", 0, 300);
@@ -166,12 +72,17 @@ VN_CHILD(forksAndChildLogs)
 
 TEST_F(ThreadLogFork, aChildThatLogsWritesItsOwnMessagesAndNoneOfTheParents)
 {
-    const TempFolder folder;
-    expectSuccess(logger("forksAndChildLogs", folder).run());
-    const auto messages = messagesOf(folder.path("events.log"));
-    EXPECT_EQ(numbersOf("parent", messages), countTo(600));
-    EXPECT_EQ(numbersOf("child", messages), countTo(300));
-    EXPECT_EQ(numbersOf("thread", messages), countTo(300));
+    for (const bool isWritten : {false, true}) {
+        const TempFolder folder;
+        Child program = logger("forksAndChildLogs", folder);
+        if (isWritten)
+            program.arguments({"flush"});
+        expectSuccess(program.run());
+        const auto messages = messagesOf(folder.path("events.log"));
+        EXPECT_EQ(numbersOf("parent", messages), countTo(600));
+        EXPECT_EQ(numbersOf("child", messages), countTo(300));
+        EXPECT_EQ(numbersOf("thread", messages), countTo(300));
+    }
 }
 
 namespace
@@ -285,7 +196,7 @@ VN_CHILD(forksAndChildExits)
     logNumbers("parent", 0, 300);
     const ::pid_t child = ::fork();
     if (child == 0) {
-        logNumbers("child", 0, 300);
+        logNumbers("child", 0, argc > 1 ? 0 : 300);
         std::exit(0);
     }
     return waitFor(child);
@@ -293,11 +204,16 @@ VN_CHILD(forksAndChildExits)
 
 TEST_F(ThreadLogFork, aChildThatCallsExitLosesNothing)
 {
-    const TempFolder folder;
-    expectSuccess(logger("forksAndChildExits", folder).run());
-    const auto messages = messagesOf(folder.path("events.log"));
-    EXPECT_EQ(numbersOf("parent", messages), countTo(300));
-    EXPECT_EQ(numbersOf("child", messages), countTo(300));
+    for (const bool isSilent : {false, true}) {
+        const TempFolder folder;
+        Child program = logger("forksAndChildExits", folder);
+        if (isSilent)
+            program.arguments({"silent"});
+        expectSuccess(program.run());
+        const auto messages = messagesOf(folder.path("events.log"));
+        EXPECT_EQ(numbersOf("parent", messages), countTo(300));
+        EXPECT_EQ(numbersOf("child", messages), countTo(isSilent ? 0 : 300));
+    }
 }
 
 VN_CHILD(forksAndChildExecutes)
@@ -369,6 +285,10 @@ VN_CHILD(forksWhileTheReaderIsStuck)
     ::fcntl(end, F_SETPIPE_SZ, 4096);
     const Started start(argc, argv);
     ThreadLog log;
+    const ::pid_t before = ::fork();  // while nothing stands in its way
+    if (before == 0)
+        ::_exit(0);
+    waitFor(before);
     logNumbers("parent", 0, 200);  // more than the pipe takes
     waitUntilTheReaderWaits(Wait::InAWrite);
     const ::pid_t child = ::fork();
@@ -427,6 +347,40 @@ TEST_F(ThreadLogFork, aChildThatCrashesWritesItsOwnMessagesAlone)
     EXPECT_EQ(numbersOf("child", messages), countTo(300));
 }
 
+namespace
+{
+sigjmp_buf childsRescue;
+}
+
+VN_CHILD(forksAndChildIsSaved)
+{
+    const Started start(argc, argv);
+    struct sigaction own = {};
+    own.sa_handler = [](int) { ::siglongjmp(childsRescue, 1); };
+    ::sigaction(SIGSEGV, &own, nullptr);
+    ThreadLog log;
+    log.installCrashHandlers();
+    logNumbers("parent", 0, 300);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        if (sigsetjmp(childsRescue, 1) == 0)
+            ::raise(SIGSEGV);
+        logNumbers("child", 0, 300);
+        log.flush();
+        ::_exit(0);
+    }
+    return waitFor(child);
+}
+
+TEST_F(ThreadLogFork, aChildThatIsSavedFromACrashBeforeItsFirstMessageLogsOn)
+{
+    const TempFolder folder;
+    expectSuccess(logger("forksAndChildIsSaved", folder).run());
+    const auto messages = messagesOf(folder.path("events.log"));
+    EXPECT_EQ(messages.size(), 600u);
+    EXPECT_EQ(numbersOf("child", messages), countTo(300));
+}
+
 // Crashes.
 
 namespace
@@ -463,27 +417,6 @@ void logAndCrash(int signal)
     raiseItself(signal);
 }
 
-constexpr char aLongRest[] = "3600000";
-
-/// Runs the crash in a child of this process, so that its status is seen whole. Nothing of the library has run here before.
-int runCrash(TempFolder const& folder, char const* body, char const* argument, char const* rest = "1")
-{
-    const ::pid_t child = ::fork();
-    if (child == 0) {
-        ::setenv("T4Q_TEST_DIR", folder.path().c_str(), 1);
-        ::setenv("VN_THREADLOG_DOZE", rest, 1);
-        const int null = ::open("/dev/null", O_WRONLY);
-        ::dup2(null, STDERR_FILENO);
-        const std::string program = getProgramPath();
-        ::execl(program.c_str(), program.c_str(), "--child", body, argument, nullptr);
-        ::_exit(99);
-    }
-    return waitFor(child);
-}
-}  // namespace
-
-namespace
-{
 void expectEverythingInOrder(std::string const& path)
 {
     const auto messages = messagesOf(path);
@@ -583,9 +516,12 @@ VN_CHILD(overflowsItsStack)
     forbidCoreFiles();
     const Started start;
     static ThreadLog& log = *new ThreadLog;
+    logNumbers("early", 0, 1);  // so the calling thread isn't new to the log
+    if (canSeeTheReaderWait())
+        waitUntilTheReaderWaits(Wait::ForAWhile);
     log.installCrashHandlers();
     const auto crash = [] {
-        logNumbers("main", 0, 700);
+        logNumbers("main", 0, 400);
         int volatile first = 0;
         overflowStack(&first);
     };
@@ -601,9 +537,9 @@ TEST_F(ThreadLogSignals, aStackOverflowIsNoExceptionInAnyThread)
         GTEST_SKIP() << "a sanitizer has handlers of its own";
     for (char const* thread : {"main", "other"}) {
         const TempFolder folder;
-        const int status = runCrash(folder, "overflowsItsStack", thread);
+        const int status = runCrash(folder, "overflowsItsStack", thread, aLongRest);
         EXPECT_TRUE(isEndedBy(status, SIGSEGV)) << thread << ": " << status;
-        EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(700)) << thread;
+        EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(400)) << thread;
     }
 }
 VN_CHILD(hasAHandlerOfItsOwn)
@@ -921,6 +857,25 @@ TEST(ThreadLog, anOutputThatRefusesLinesIsToldOnceWithItsPathAndTheReason)
     EXPECT_EQ(run.err, "log: /dev/full: No space left on device\n");
 }
 
+VN_CHILD(makesTwoLogsOfAFullDevice)
+{
+    const Started start;
+    for (int i = 0; i < 2; ++i) {
+        ThreadLog log;
+        logNumbers("main", 0, 10);
+        log.flush();
+    }
+    return 0;
+}
+
+TEST(ThreadLog, eachLogTellsOfAnOutputThatRefusesLines)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("makesTwoLogsOfAFullDevice", folder).with("VN_LOG_WARNING", "+/dev/full").run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "log: /dev/full: No space left on device\nlog: /dev/full: No space left on device\n");
+}
+
 VN_CHILD(reopens)
 {
     const Started start;
@@ -1050,6 +1005,8 @@ VN_CHILD(countsDescriptorsAndTasks)
         ThreadLog log;
         log.installCrashHandlers();
         logNumbers("main", 0, 10);
+        std::filesystem::rename(getLogPath(), getLogPath() + ".1");
+        log.reopen();
     }
     std::cout << countIn("/proc/self/fd") - files;
     while (countIn("/proc/self/task") > tasks)  // a thread that was joined may be on its way out still
@@ -1063,6 +1020,275 @@ TEST(ThreadLog, itsEndLeavesNoDescriptorAndNoThread)
     const ChildRun run = logger("countsDescriptorsAndTasks", folder).run();
     expectSuccess(run);
     EXPECT_EQ(run.out, "0");
+}
+
+namespace
+{
+/// The system's calls can be watched, and tell what a thread waits for.
+class ThreadLogWakeUps : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (isThreadSanitized || !canSeeTheReaderWait())
+            GTEST_SKIP() << "nothing can stand in for the system's calls, or tells what a thread waits for";
+    }
+};
+}  // namespace
+
+VN_CHILD(logsWhatMayRest)
+{
+    const Started start;
+    ThreadLog log;
+    logNumbers("main", 0, 1);
+    waitUntilTheReaderWaits(Wait::ForAWhile);
+    // More than a queue holds, in parts of less than half of it.
+    for (int part = 0; part < 4; ++part) {
+        StandIns::wakeUps = 0;
+        logNumbers("main", 0, 500);
+        if (StandIns::wakeUps != 0)
+            return 1;
+        log.flush();
+    }
+    logNumbers("main", 0, 1, LgTypes::RecoverableError);
+    return StandIns::wakeUps == 1 ? 0 : 2;
+}
+
+TEST_F(ThreadLogWakeUps, messagesThatMayRestWakeNobodyWhileTheQueueHasRoom)
+{
+    const TempFolder folder;
+    expectSuccess(logger("logsWhatMayRest", folder).with("VN_THREADLOG_DOZE", aLongRest).run());
+}
+
+VN_CHILD(hasNoFences)
+{
+    StandIns::hasNoFence = true;
+    const Started start;
+    const ThreadLog log;
+    logNumbers("main", 0, 1);
+    while (StandIns::limitedWaits < 10)
+        std::this_thread::yield();
+    std::cout << (StandIns::shortestWait <= std::atol(argv[1])) << (StandIns::longestWait <= 100)
+              << StandIns::endlessWaits;
+    return 0;
+}
+
+TEST_F(ThreadLogWakeUps, withoutFencesTheReaderLooksTenTimesASecondAtLeast)
+{
+    const std::pair<char const*, char const*> dozes[] = {{"0", "100"}, {"1", "1"}, {aLongRest, "100"}};
+    for (auto const& [doze, shortest] : dozes) {
+        SCOPED_TRACE(doze);
+        const TempFolder folder;
+        const ChildRun run =
+            logger("hasNoFences", folder).arguments({shortest}).with("VN_THREADLOG_DOZE", doze).run();
+        expectSuccess(run);
+        EXPECT_EQ(run.out, "110");
+    }
+}
+
+VN_CHILD(restsWithoutItsLock)
+{
+    const std::string path = argv[1];
+    const Started start;
+    ThreadLog log;
+    if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
+        return 1;
+    for (int i = 0; i < 3; ++i) {
+        const int before = StandIns::limitedWaits;
+        logNumbers("main", i, i + 1, LgTypes::RecoverableError);  // wakes the reader each time
+        while (StandIns::limitedWaits == before)
+            std::this_thread::yield();
+    }
+    std::cout << (StandIns::longestWait <= 1000);
+    ::rmdir(path.c_str());
+    return 0;
+}
+
+TEST_F(ThreadLogWakeUps, aReaderThatCantWriteRestsForASecondAndTellsThatOnce)
+{
+    const TempFolder folder;
+    const LockName lock(folder);
+    const ChildRun run = logger("restsWithoutItsLock", folder)
+                             .arguments({lock.getFile()})
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get())
+                             .with("VN_THREADLOG_DOZE", "0")
+                             .run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, "1");
+    EXPECT_TRUE(run.err.starts_with("log: ")) << run.err;
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
+    EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(3));
+}
+
+namespace
+{
+std::atomic<int> written = 0;
+
+std::optional<::ssize_t> countLines(int file, std::string_view text)
+{
+    const ::ssize_t size = StandIns::writeItself(file, text);
+    ++written;
+    return size;
+}
+}  // namespace
+
+VN_CHILD(meetsAReaderOnItsWayToSleep)
+{
+    const Started start;
+    ThreadLog log;
+    std::latch first(1), end(1);
+    // Its queue is looked at behind the other one's, and stays empty.
+    logNumbers("main", 0, 1);
+    std::thread other([&] {
+        logNumbers("other", 0, 1);
+        first.count_down();
+        end.wait();
+    });
+    first.wait();
+    log.flush();
+    StandIns::onWrite = countLines;
+    for (int i = 0; i < 3000; ++i) {
+        for (int volatile spin = i % 500 * 4; spin > 0;)
+            spin = spin - 1;
+        logNumbers("main", i + 1, i + 2);
+        while (written <= i)
+            std::this_thread::yield();
+    }
+    StandIns::onWrite = nullptr;
+    end.count_down();
+    other.join();
+    return 0;
+}
+
+// Each message comes a moment later behind the line of the one before, so that they meet the reader wherever it is.
+TEST_F(ThreadLogWakeUps, noMessageMissesAReaderOnItsWayToSleep)
+{
+    const TempFolder folder;
+    expectSuccess(logger("meetsAReaderOnItsWayToSleep", folder).with("VN_THREADLOG_DOZE", "0").run());
+}
+
+VN_CHILD(waitsForAFewCharactersMore)
+{
+    const Started start;
+    const Vn::LgMinorGroup group = groupOf();
+    ThreadLog log;
+    Vn::LgQueue const& own = Vn::LgLog::getQueue();
+    ReaderHold hold(log);
+    const std::string filling(1000, 'f');
+    while (own.getStream().getNumCharacters() >= 4096)
+        VN_LOG(group, LgTypes::Warning, filling.c_str());
+    const auto room = static_cast<int>(own.getStream().getNumCharacters());
+    // The group's word and a blank come in front.
+    const std::string text(static_cast<std::size_t>(room + std::atoi(argv[1])) - 5, 't');
+    std::atomic<bool> isLogged = false;
+    const std::string task = "/proc/self/task/" + std::to_string(::getpid());
+    std::thread helper([&] {
+        if (argc > 2)
+            waitUntilItWaits(task, Wait::ForAWhile);
+        else
+            while (!isLogged)
+                std::this_thread::yield();
+        hold.end();
+    });
+    VN_LOG(group, LgTypes::RecoverableError, text.c_str());
+    isLogged = true;
+    helper.join();
+    log.flush();
+    std::cout << text.size();
+    return 0;
+}
+
+TEST_F(ThreadLogWakeUps, anErrorWaitsIfOneCharacterOfRoomIsMissingAndIsWhole)
+{
+    const struct
+    {
+        char const* more;
+        bool isWaiting;
+    } table[] = {{"-1", false}, {"0", true}, {"1", true}, {"2", true}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.more);
+        const TempFolder folder;
+        Child program = logger("waitsForAFewCharactersMore", folder);
+        program.arguments(row.isWaiting ? std::vector<std::string>{row.more, "waits"}
+                                        : std::vector<std::string>{row.more});
+        const ChildRun run = program.run();
+        expectSuccess(run);
+        const auto messages = messagesOf(folder.path("events.log"));
+        ASSERT_FALSE(messages.empty());
+        EXPECT_EQ(messages.back().text, "Test " + std::string(std::stoul("0" + run.out), 't'));
+    }
+}
+
+namespace
+{
+/// Logs one more message for each line of standard output, as long as it is asked to.
+class LoggingBuffer : public std::streambuf
+{
+public:
+    std::atomic<bool> isEnding = false;
+
+protected:
+    std::streamsize xsputn(char const*, std::streamsize size) override
+    {
+        if (!isEnding)
+            logNumbers("next", 0, 1);
+        return size;
+    }
+    int_type overflow(int_type character) override { return traits_type::not_eof(character); }
+};
+}  // namespace
+
+VN_CHILD(logsOnWhileItFlushes)
+{
+    const Started start;
+    ThreadLog& log = *new ThreadLog;
+    logNumbers("main", 0, 1);
+    waitUntilTheReaderWaits(Wait::ForAWhile);
+    static LoggingBuffer& buffer = *new LoggingBuffer;
+    std::cout.rdbuf(&buffer);
+    logNumbers("main", 1, 3);
+    log.flush();
+    buffer.isEnding = true;
+    ::_exit(messagesOf(getLogPath()).size() == 3 ? 0 : 1);
+}
+
+TEST_F(ThreadLogWakeUps, flushEndsWithWhatWasThereBeforeItThoughMessagesGoOnComing)
+{
+    const TempFolder folder;
+    const ChildRun run = logger("logsOnWhileItFlushes", folder)
+                             .with("VN_LOG_WARNING", "%" + folder.path("events.log"))
+                             .with("VN_THREADLOG_DOZE", aLongRest)
+                             .run();
+    expectSuccess(run);
+}
+
+VN_CHILD(flushesWithoutItsLock)
+{
+    const std::string path = argv[1];
+    const Started start;
+    ThreadLog log;
+    logNumbers("main", 0, 1);
+    log.flush();
+    if (::unlink(path.c_str()) != 0 || ::mkdir(path.c_str(), 0700) != 0)
+        return 1;
+    logNumbers("main", 1, 2);
+    EXPECT_THROW(log.flush(), Vn::ExSysErrorWindows);
+    ::rmdir(path.c_str());
+    log.flush();
+    std::cout << numbersOf("main", messagesOf(getLogPath())).size();
+    return testing::Test::HasFailure() ? 1 : 0;
+}
+
+TEST(ThreadLog, flushThrowsIfTheLockFailsAndMayBeCalledAgain)
+{
+    const TempFolder folder;
+    const LockName lock(folder);
+    const ChildRun run = logger("flushesWithoutItsLock", folder)
+                             .arguments({lock.getFile()})
+                             .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get())
+                             .run();
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_EQ(run.out, "2");
 }
 
 VN_CHILD(isIdle)

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -126,7 +127,7 @@ TEST(ThreadLog, oneObjectWritesWhatAllThreadsLog)
         EXPECT_EQ(ids[thread].size(), 1u);
         all.insert(ids[thread].begin(), ids[thread].end());
     }
-    EXPECT_EQ(all.size(), 4u) << "each thread has a number of its own";
+    EXPECT_EQ(all, (std::set<std::uint32_t>{1, 2, 3, 4})) << "each thread has a number of its own";
 }
 
 VN_CHILD(threadsComeAndGo)
@@ -271,6 +272,39 @@ TEST(ThreadLog, behindAShortageOfRoomAThreadUsesItsOwnQueueAgain)
     expectSuccess(logger("returnsToItsQueue", folder).with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get()).run());
 }
 
+VN_CHILD(urgentBehindLosses)
+{
+    const Started start(argc, argv);
+    const std::string file = std::getenv("T4Q_TEST_DIR") + std::string("/events.log");
+    const auto waitForMessages = [&file](std::size_t count) {
+        while (messagesOf(file).size() != count)
+            std::this_thread::yield();
+    };
+    ThreadLog log;
+    {
+        const ReaderBlock block;
+        logNumbers(LgTypes::Warning, 2000);
+    }
+    waitForMessages(1022 + 1);
+    logNumbers(LgTypes::RecoverableError, 1);
+    waitForMessages(1022 + 2);
+    // The reader dozes for an hour from here on, but for what is urgent.
+    logNumbers(LgTypes::Warning, 3);
+    logNumbers(LgTypes::RecoverableError, 1);
+    waitForMessages(1022 + 2 + 4);
+    return 0;
+}
+
+TEST(ThreadLog, anUrgentMessageIsOneBehindLossesAsWell)
+{
+    const TempFolder folder;
+    const LockName lock(folder);
+    expectSuccess(logger("urgentBehindLosses", folder)
+                      .with("VN_INTERNAL_INTERPROCESS_LOG_LOCK", lock.get())
+                      .with("VN_THREADLOG_DOZE", "3600000")
+                      .run());
+}
+
 VN_CHILD(longMessages)
 {
     const Started start;
@@ -353,6 +387,68 @@ TEST(ThreadLog, aQueueThatFillsUpEndsTheReadersDoze)
 {
     const TempFolder folder;
     expectSuccess(logger("manyWarnings", folder).with("VN_THREADLOG_DOZE", "3600000").run());
+}
+
+VN_CHILD(longWarnings)
+{
+    const Started start(argc, argv);
+    const std::string file = std::getenv("T4Q_TEST_DIR") + std::string("/events.log");
+    const Vn::LgMinorGroup group = groupOf();
+    const std::string text(4000, 'w');
+    ThreadLog log;
+    logNumbers(LgTypes::RecoverableError, 1, "first");
+    while (messagesOf(file).empty())
+        std::this_thread::yield();
+    for (int i = 0; i < 6; ++i)
+        VN_LOG(group, LgTypes::Warning, text.c_str());
+    while (messagesOf(file).size() < 5)
+        std::this_thread::yield();
+    return 0;
+}
+
+TEST(ThreadLog, aFewLongTextsEndTheReadersDozeAsWell)
+{
+    const TempFolder folder;
+    expectSuccess(logger("longWarnings", folder).with("VN_THREADLOG_DOZE", "3600000").run());
+}
+
+VN_CHILD(meetsAReaderThatFallsAsleep)
+{
+    const Started start(argc, argv);
+    const std::string file = std::getenv("T4Q_TEST_DIR") + std::string("/events.log");
+    const auto sizeOf = [&file] { return std::streamoff(std::ifstream(file, std::ios::ate).tellg()); };
+    const auto sizeBehind = [&sizeOf](std::streamoff before) {
+        for (;; std::this_thread::yield())
+            if (const std::streamoff size = sizeOf(); size != before)
+                return size;
+    };
+    ThreadLog log;
+    std::streamoff size = sizeOf();
+    Meeting last(1), end(1);
+    logNumbers(LgTypes::Warning, 1);
+    size = sizeBehind(size);
+    // Its queue is looked at behind the other one's, and stays empty.
+    std::thread other([&] {
+        logNumbers(LgTypes::Warning, 1);
+        last.arrive();
+        end.wait();
+    });
+    last.wait();
+    size = sizeBehind(size);
+    for (int i = 0; i < 2000; ++i) {
+        logNumbers(LgTypes::Warning, 1);
+        size = sizeBehind(size);
+    }
+    end.arrive();
+    other.join();
+    return 0;
+}
+
+// Each message comes when the one before has just been written, and the reader is somewhere on its way to sleep.
+TEST(ThreadLog, noMessageMissesAReaderThatFallsAsleep)
+{
+    const TempFolder folder;
+    expectSuccess(logger("meetsAReaderThatFallsAsleep", folder).with("VN_THREADLOG_DOZE", "0").run());
 }
 
 VN_CHILD(warningsThatAreUrgent)
@@ -463,6 +559,71 @@ TEST(ThreadLog, thereIsOneAtATimeWhileThePackagesRun)
     expectSuccess(run);
     EXPECT_EQ(run.out, "Test inactive 0\n") << "behind its end messages go to standard output";
     EXPECT_EQ(messagesOf(folder.path("events.log")).size(), 3u);
+}
+
+namespace
+{
+/// Makes a log in its start, without a need of the package `threadlog`.
+class EarlyPackage : public Vn::InPackageInit
+{
+public:
+    EarlyPackage() : InPackageInit("early")
+    {
+        registerPackage();
+        addDependency(Vn::InInit<VnInit::logger>::getType());
+    }
+
+    void performInitialize() override { EXPECT_THROW(ThreadLog(), Vn::ExInternalError); }
+    void performFinalize() override {}
+    void setInitialized(bool) override {}
+};
+}  // namespace
+
+VN_CHILD(makesALogBeforeThePackage)
+{
+    const EarlyPackage package;
+    const Started start(argc, argv);
+    const ThreadLog log;
+    return testing::Test::HasFailure() ? 1 : 0;
+}
+
+TEST(ThreadLog, aPackageThatStartsBeforeTheThreadLayerCanMakeNoLog)
+{
+    const TempFolder folder;
+    expectSuccess(logger("makesALogBeforeThePackage", folder).run());
+}
+
+VN_CHILD(threadsOutliveTheLog)
+{
+    const Started start(argc, argv);
+    const auto runThreads = [](bool areOutliving) {
+        auto log = std::make_unique<ThreadLog>();
+        Meeting all(20), end(1);
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 20; ++i)
+            threads.emplace_back([&] {
+                logNumbers(LgTypes::Warning, 1);
+                all.arrive();
+                end.wait();
+            });
+        all.wait();
+        if (areOutliving)
+            log.reset();
+        end.arrive();
+        for (std::thread& thread : threads)
+            thread.join();
+        log.reset();
+        return VnSoak::getLiveMemory();
+    };
+    const std::size_t before = runThreads(false);
+    return runThreads(true) < before + 100000 ? 0 : 1;
+}
+
+TEST(ThreadLog, threadsThatOutliveTheLogLeaveNoMemoryBehind)
+{
+    const TempFolder folder;
+    expectSuccess(logger("threadsOutliveTheLog", folder).run());
+    EXPECT_EQ(messagesOf(folder.path("events.log")).size(), 40u);
 }
 
 VN_CHILD(threadEndsDuringTheStop)
