@@ -491,6 +491,25 @@ TEST(LmLibraries, blocksRiseAndLieInOnePiece)
     }
 }
 
+TEST(LmLibraries, aLibraryBeginsWithTheHeaderOfItsFile)
+{
+#if defined(_WIN32)
+    const std::string header = "MZ";
+#else
+    const std::string header = "\x7f"
+                               "ELF";
+#endif
+    int found = 0;
+    for (LmLibrary const& library : LmLibraries::getList()) {
+        const std::string name = std::filesystem::path(library.getPath()).filename().string();
+        if (name.find("VN") == std::string::npos && name.find("basetest") == std::string::npos)
+            continue;  // others may lie in memory as they like
+        EXPECT_EQ(std::string(reinterpret_cast<char const*>(library.getAddress()), header.size()), header) << name;
+        ++found;
+    }
+    EXPECT_GE(found, 2) << "the program and this library";
+}
+
 TEST(LmLibraries, twoListsWithoutALoadInBetweenAreEqual)
 {
     LmLibraries::getList();  // what it touches for the first time is its own copy from then on

@@ -7,6 +7,7 @@
 
 #include <iostream>
 #include <string>
+#include <string_view>
 
 using Vn::OsTerminal;
 using VnTest::Child;
@@ -46,6 +47,15 @@ TEST(OsTerminal, controlCharactersAreShownAndNotObeyed)
     };
     for (auto const& row : table)
         EXPECT_EQ(OsTerminal::shown(row.text), row.shown);
+}
+
+TEST(OsTerminal, aTextEndsWhereItsSizeSays)
+{
+    // The rest of each character stands behind the end.
+    for (std::string const& text : {"\xc2\x9b", "\xe2\x80\xae", "\xf0\x9f\x98\x80"}) {
+        const std::string_view cut = std::string_view(text).substr(0, 1);
+        EXPECT_EQ(OsTerminal::shown(cut), cut);
+    }
 }
 
 TEST(OsTerminal, noByteOfAControlCharacterIsLeftWhateverTheBytesAre)

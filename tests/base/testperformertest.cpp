@@ -210,6 +210,30 @@ TEST(TestPerformer, aWordOf128CharactersIsLeftOutOfTheMessage)
     EXPECT_EQ(errorOf(std::string(130, 'x') + "\n"), "Test group name is too long: <\n");
 }
 
+TEST(TestPerformer, aShorterListLeavesNothingOfALongerOne)
+{
+    const TempFolder temp;
+    const VnTest::ChildRun run =
+        Child("performed")
+            .arguments({temp.file("first", "telling -1 one two three\nquiet -1 four\nquiet -1 five six\n"),
+                        temp.file("second", "telling 1 seven\n"), temp.file("third", "telling 1\n")})
+            .without("VN_TRACE_OPTIONS")
+            .run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_NE(run.out.find("prepare seven\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("prepare\n"), std::string::npos) << run.out;
+}
+
+TEST(TestPerformer, eachGroupIsTimedForItself)
+{
+    const std::string output = outputOf("quiet 2\ntelling 1\n");
+    std::string cycles;
+    for (std::size_t at = 0; (at = output.find("Nb of cycles:", at)) != std::string::npos; ++at)
+        cycles += output.substr(output.find_first_of("0123456789", at), 1) + " ";
+    EXPECT_EQ(cycles, "1 1 2 2 1 1 ") << "by either clock";
+}
+
 TEST(TestPerformer, argumentsEndAt16)
 {
     std::string sixteen;

@@ -292,12 +292,32 @@ TEST_F(TraceTest, aLineHasFileAndNumberIfItIsAskedTo)
         {"line,fnwidth=9", "/a/b/file.cpp", 7, "file.cpp  (   7) "},
         {"line,fnwidth=0", "/a/b/file.cpp", 7, " (   7) "},
         {"line,fnwidth=3,fnwidth=-5", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line,fndirs=2147483648", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
+        {"line,fndirs=99999999999", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
+        {"line,fndirs=1,fndirs=-99999999999", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
         {"line,noline", "/a/b/file.cpp", 7, ""},
     };
     for (auto const& row : table) {
         Trace::setOptions("reset,noindent");
         Trace::setOptions(row.options);
         EXPECT_EQ(line(row.file, row.number), row.line) << row.options << " " << row.file;
+    }
+}
+
+TEST_F(TraceTest, anOptionChangesNothingButItsOwn)
+{
+    keeper.word = "word ";
+    Trace::setOptions("pid,line,fndirs=1,fnwidth=10");
+    for (char const* options : {"off", "on", "prefix", "line", "indent", "pid", "fndirs=1", "fnwidth=10",
+                                "show=Main", "hide=Main", "printlevels"}) {
+        Trace::setOptions(options);
+        EXPECT_EQ(line(), pidText() + "word b/file.cpp (   7) | ") << options;
+    }
+    Trace::setOptions("reset,noindent,noprefix");
+    for (char const* options : {"off", "on", "noprefix", "noline", "noindent", "nopid", "fndirs=0", "fnwidth=20",
+                                "show=Main", "hide=Main"}) {
+        Trace::setOptions(options);
+        EXPECT_EQ(line(), "") << options;
     }
 }
 

@@ -769,6 +769,22 @@ TEST_F(FileFault, theNamesOfUsersAndMachine)
     EXPECT_STREQ(OsUtils::getUserName(true), name) << "a long entry gets a longer buffer";
 }
 
+TEST_F(FileFault, aUsersNameIsCutTo256Characters)
+{
+    for (std::size_t length : {1u, 255u, 256u, 257u, 258u, 259u, 300u, 5000u}) {
+        SCOPED_TRACE(length);
+        std::string name;
+        for (std::size_t i = 0; i < length; ++i)
+            name += static_cast<char>('a' + i % 26);
+        VnTest::nameAllUsers(name.c_str());
+        const std::string got = OsUtils::getUserName(true).get();
+        const std::string owner = file("file").getOwner().get();
+        VnTest::nameAllUsers(nullptr);
+        EXPECT_EQ(got, name.substr(0, 256));
+        EXPECT_EQ(owner, name) << "which has no such limit";
+    }
+}
+
 TEST_F(FileFault, anEnvironmentWithoutRoom)
 {
     const FailingCall failing("setenv", ENOMEM);

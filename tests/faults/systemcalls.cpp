@@ -35,6 +35,7 @@ thread_local Plan plan;
 thread_local bool areTransfersShort = false;
 thread_local bool isSystemOld = false;
 thread_local bool areTypesHidden = false;
+thread_local char const* nameOfUsers = nullptr;
 thread_local VnTest::SystemCopies systemCopies = VnTest::SystemCopies::asItCan;
 
 /// True if this call is to fail; the error is then the last one.
@@ -282,10 +283,17 @@ VN_STAND_IN int gethostname(char* name, std::size_t size) noexcept
 // Its error is its result.
 VN_STAND_IN int getpwuid_r(::uid_t user, ::passwd* entry, char* buffer, std::size_t size, ::passwd** found)
 {
-    if (!fails("getpwuid_r"))
-        return VN_REAL(getpwuid_r)(user, entry, buffer, size, found);
     *found = nullptr;
-    return errno;
+    if (fails("getpwuid_r"))
+        return errno;
+    if (nameOfUsers == nullptr)
+        return VN_REAL(getpwuid_r)(user, entry, buffer, size, found);
+    if (std::strlen(nameOfUsers) >= size)
+        return ERANGE;
+    *entry = {};
+    entry->pw_name = std::strcpy(buffer, nameOfUsers);
+    *found = entry;
+    return 0;
 }
 
 VN_STAND_IN int setenv(char const* name, char const* value, int replaces) noexcept
@@ -330,6 +338,11 @@ int VnTest::stopFailingCalls()
 void VnTest::hideTypesOfEntries(bool areHidden)
 {
     areTypesHidden = areHidden;
+}
+
+void VnTest::nameAllUsers(char const* name)
+{
+    nameOfUsers = name;
 }
 
 void VnTest::setSystemCopies(SystemCopies copies)

@@ -31,6 +31,9 @@ void makeTransfersShort(bool areShort);
 /// Lets listings tell no types, as those of some file systems.
 void hideTypesOfEntries(bool areHidden);
 
+/// Gives all users one name; null gives them back their own.
+void nameAllUsers(char const* name);
+
 /// How the system takes part in the copy of a file.
 enum class SystemCopies
 {

@@ -223,10 +223,10 @@ public:
     }
 
     /// What the start throws while a call fails; -1 if nothing.
-    int errorOfStart(char const* call, int error, int after)
+    int errorOfStart(char const* call, int error, int after, char const* body = "faultyLeavesAFile")
     {
         const FailingCall failing(call, error, after);
-        return systemErrorOf([this] { start(); }, sourceOfStart);
+        return systemErrorOf([=, this] { start(body); }, sourceOfStart);
     }
 
     /// What the program has left; takes it away.
@@ -475,6 +475,123 @@ TEST(ProcessStart, aSystemThatLacksACallOrItsFlagsStartsByCopies)
         starter.process.wait();
         EXPECT_EQ(starter.take(), "there");
         EXPECT_TRUE(hasNoChildren());
+        char const* const missing[] = {"/missing", nullptr};
+        const FailingCall failing(row.call, row.error, row.after);
+        EXPECT_EQ(systemErrorOf([&] { starter.process.start(missing); }, sourceOfStart), ENOENT);
+        EXPECT_TRUE(hasNoChildren());
+    }
+}
+
+/// Lets go of what it was given, and waits at a gate.
+VN_CHILD(faultyLetsGo)
+{
+    VnTest::closeStandardDescriptors();
+    Gate::wait(std::string(argv[1]) + "-gate");
+    return 0;
+}
+
+TEST(ProcessStart, onlyTheProgramHoldsItsStandardDescriptors)
+{
+    const struct
+    {
+        char const* what;
+        bool isOld;
+        char const* call;
+    } table[] = {{"current", false, "none"}, {"by copies", false, "clone"}, {"old", true, "none"}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        Starter starter;
+        Gate gate(starter.path("file-gate"));
+        int ends[2];
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        std::cout << std::flush;
+        const int saved[] = {::fcntl(1, F_DUPFD_CLOEXEC, 3), ::fcntl(2, F_DUPFD_CLOEXEC, 3)};
+        ::dup2(ends[1], 1);
+        ::dup2(ends[1], 2);
+        VnTest::makeSystemOld(row.isOld);
+        const int error = starter.errorOfStart(row.call, ENOSYS, 0, "faultyLetsGo");
+        VnTest::makeSystemOld(false);
+        ::dup2(saved[0], 1);
+        ::dup2(saved[1], 2);
+        for (int number : {saved[0], saved[1], ends[1]})
+            ::close(number);
+        EXPECT_EQ(error, -1);
+        char nothing;
+        EXPECT_EQ(::read(ends[0], &nothing, 1), 0);  // for ever if somebody else holds the other end
+        ::close(ends[0]);
+        gate.open();
+        starter.process.wait();
+        EXPECT_TRUE(hasNoChildren());
+    }
+}
+
+TEST(ProcessStart, aRefusedStartLeavesOtherChildrenToTheProgram)
+{
+    for (bool isOld : {false, true}) {
+        SCOPED_TRACE(isOld);
+        const ::pid_t other = ::fork();
+        if (other == 0)
+            ::_exit(7);
+        ::siginfo_t end = {};
+        ASSERT_EQ(::waitid(P_PID, static_cast<::id_t>(other), &end, WEXITED | WNOWAIT), 0);
+        VnTest::makeSystemOld(isOld);
+        char const* const missing[] = {"/missing", nullptr};
+        EXPECT_EQ(systemErrorOf([&] { OsProcess().start(missing); }, sourceOfStart), ENOENT);
+        VnTest::makeSystemOld(false);
+        int status = 0;
+        EXPECT_EQ(::waitpid(other, &status, 0), other);
+        EXPECT_EQ(WEXITSTATUS(status), 7);
+    }
+}
+
+/// Tells what the program hears of the children of a start.
+VN_CHILD(looksAtTheEndsOfChildren)
+{
+    VnTest::makeSystemOld(std::string(argv[1]) == "old");
+    Starter starter;
+    ::sigset_t ends;
+    ::sigemptyset(&ends);
+    ::sigaddset(&ends, SIGCHLD);
+    ::sigprocmask(SIG_BLOCK, &ends, nullptr);
+    starter.start();
+    ::siginfo_t end = {};
+    const ::timespec atOnce = {};
+    if (::sigtimedwait(&ends, &end, &atOnce) == SIGCHLD)
+        std::cout << (end.si_code == CLD_EXITED ? "exit " : "killed ") << end.si_status << "\n";
+    else
+        std::cout << "nothing\n";
+    starter.process.wait();
+    return starter.take() == "there" ? 0 : 1;
+}
+
+/// Programs that handle SIGCHLD look at how a child has ended, and may take any other code for a failure of theirs.
+TEST(ProcessStart, theProcessesBetweenEndWithoutAFailure)
+{
+    EXPECT_EQ(VnTest::Child("looksAtTheEndsOfChildren").arguments({"current"}).run().out, "nothing\n");
+    EXPECT_EQ(VnTest::Child("looksAtTheEndsOfChildren").arguments({"old"}).run().out, "exit 0\n");
+}
+
+/// Fails one of two moves of a socket off the numbers of the standard descriptors.
+VN_CHILD(startsWithoutRoomAboveStandardDescriptors)
+{
+    VnTest::makeSystemOld(true);
+    Starter starter;
+    const int first = std::stoi(argv[1]), before = countDescriptors() - 2;
+    ::close(0);
+    ::close(1);
+    const int error = starter.errorOfStart("fcntl", EMFILE, first);
+    const bool isClean = VnTest::countStandardDescriptors() == 1 && countDescriptors() == before && hasNoChildren();
+    return error == EMFILE && isClean && !starter.hasRun() ? 0 : 1;
+}
+
+TEST(ProcessStart, aSocketThatCantLeaveTheStandardNumbersIsAnErrorOfAnOldSystem)
+{
+    for (char const* first : {"0", "1"}) {
+        SCOPED_TRACE(first);
+        const VnTest::ChildRun run =
+            VnTest::Child("startsWithoutRoomAboveStandardDescriptors").arguments({first}).run();
+        EXPECT_EQ(run.exitCode, 0);
+        EXPECT_EQ(run.err, "");
     }
 }
 
@@ -582,8 +699,9 @@ VN_CHILD(takesInOrphansOnAnOldSystem)
         starter.startIn(gone, "faultyWaits");
     }
     gate.open();
-    ::siginfo_t unread;
-    std::cout << ::waitid(P_ALL, 0, &unread, WEXITED | WNOWAIT) << starter.take();
+    ::siginfo_t end = {};
+    std::cout << ::waitid(P_ALL, 0, &end, WEXITED | WNOWAIT) << starter.take();
+    std::cout << (end.si_code == CLD_EXITED) << end.si_status;
     starter.start();
     starter.process.wait();
     std::cout << starter.take() << hasNoChildren() << countDescriptors() - descriptors << "\n";
@@ -593,7 +711,7 @@ VN_CHILD(takesInOrphansOnAnOldSystem)
 TEST(ProcessStart, anOldSystemsKeepersAreCollectedWhereThisProcessTakesInOrphans)
 {
     VnTest::expectOutput("takesInOrphansOnAnOldSystem",
-                         "there1" + std::to_string(ENOENT) + "10there" + "there1" + "1\n");
+                         "there1" + std::to_string(ENOENT) + "10there" + "10" + "there1" + "1\n");
 }
 
 VN_CHILD(startsInAnotherNamespaceOnAnOldSystem)
