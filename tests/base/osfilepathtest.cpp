@@ -132,6 +132,7 @@ TEST(OsFilePathGrammar, directoryOfAResolvedPath)
         {windows, "a", "C:\\here\\a", "C:\\here"},
         {windows, "x", "", ""},
         {windows, "x", "nothing", "nothing"},
+        {windows, "\\x", "\\x", ""},
         {linuxOnes, "/a/b", "/a/b", "/a"},
         {linuxOnes, "/a/", "/a/", "/a"},
         {linuxOnes, "/a", "/a", "/"},
@@ -181,6 +182,8 @@ TEST(OsFilePathGrammar, resolvingOnLinuxIsLexical)
         SCOPED_TRACE(row.path);
         EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/here/there", row.path), row.expected);
     }
+    EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/here", ""), "/here");
+    EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/", ""), "/");
     EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/", "a"), "/a");
     EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/", "."), "/");
 }

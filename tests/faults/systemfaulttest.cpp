@@ -288,26 +288,42 @@ TEST_P(ProcessFaults, eachCallThatFailsIsThrownAndLeavesNothing)
         int after;
         int expected;
         bool mayHaveRun = false;
+        bool isInCopies = false;
     } table[] = {
-        {current, "clone", ENOMEM, 0, ENOMEM},  {current, "clone", EMFILE, 0, EMFILE},
+        {current, "clone", ENOMEM, 0, ENOMEM},
+        {current, "clone", EMFILE, 0, EMFILE},
         {current, "clone", EAGAIN, 1, EAGAIN},  // in the process between, which tells
-        {current, "clone", EMFILE, 1, EMFILE},  {current, "execve", E2BIG, 0, E2BIG},  // in the new process
-        {current, "execve", EINVAL, 0, EINVAL},                                        // not for want of calls
-        {old, "socketpair", EMFILE, 0, EMFILE}, {old, "socketpair", ENFILE, 0, ENFILE},
-        {old, "fork", EAGAIN, 0, EAGAIN},       {old, "fork", ENOMEM, 1, ENOMEM},  // in the process between
-        {old, "fork", EAGAIN, 2, EAGAIN},                                          // in the keeper
-        {old, "pipe2", EMFILE, 0, EMFILE},      {old, "execve", E2BIG, 0, E2BIG},
+        {current, "clone", EMFILE, 1, EMFILE},
+        {current, "execve", E2BIG, 0, E2BIG},    // in the new process
+        {current, "execve", EINVAL, 0, EINVAL},  // not for want of calls
+        {old, "socketpair", EMFILE, 0, EMFILE},
+        {old, "socketpair", ENFILE, 0, ENFILE},
+        {old, "fork", EAGAIN, 0, EAGAIN},
+        {old, "fork", ENOMEM, 1, ENOMEM},  // in the process between
+        {old, "fork", EAGAIN, 2, EAGAIN},  // in the keeper
+        {old, "pipe2", EMFILE, 0, EMFILE},
+        {old, "execve", E2BIG, 0, E2BIG},
         {old, "send", ENOBUFS, 0, ECHILD},  // the keeper can't say that it is there
         {old, "recv", ENOMEM, 0, ECHILD},   // nobody hears it
         {old, "recv", ENOMEM, 1, ECHILD, true},
+        {old, "recv", ENOMEM, 0, ECHILD, false, true},  // the keeper doesn't hear that it may go on
+        {old, "send", ENOBUFS, 1, ECHILD, true, true},  // nor can it say that the program runs
+        {old, "chdir", EACCES, 0, -1, true, true},      // which it doesn't need
     };
     for (auto const& row : table) {
         if (row.system != GetParam())
             continue;
         SCOPED_TRACE(std::string(row.call) + " after " + std::to_string(row.after));
-        EXPECT_EQ(errorOfStart(row.call, row.error, row.after), row.expected);
+        {
+            const FailingCall failing(row.call, row.error, row.after);
+            if (row.isInCopies)
+                VnTest::failOnlyInCopies();
+            EXPECT_EQ(systemErrorOf([this] { start(); }, sourceOfStart), row.expected);
+        }
         if (!row.mayHaveRun)
             expectNothingLeft(descriptors);
+        if (row.expected == -1)
+            process.wait();
         EXPECT_EQ(countDescriptors(), descriptors);
         EXPECT_TRUE(hasNoChildren());
         process.wait();  // of the earlier child, which has ended
@@ -712,6 +728,89 @@ TEST(ProcessStart, anOldSystemsKeepersAreCollectedWhereThisProcessTakesInOrphans
 {
     VnTest::expectOutput("takesInOrphansOnAnOldSystem",
                          "there1" + std::to_string(ENOENT) + "10there" + "10" + "there1" + "1\n");
+}
+
+/// There the process between runs the program itself, from a table of descriptors of its own.
+VN_CHILD(startsInAnotherNamespaceWithoutATableOfItsOwn)
+{
+    if (!VnTest::enterPidNamespace())
+        return VnTest::notAllowed;
+    {  // so that all of it is gone when the process ends
+        Starter starter;
+        Gate gate(starter.path("file-gate"));
+        starter.start("faultyWaits");  // without a first process there are no others
+        const int descriptors = countDescriptors();
+        OsProcess other;
+        char const* const command[] = {"/bin/true", nullptr};
+        for (int error : {ENOMEM, EPERM}) {
+            const FailingCall failing("unshare", error);
+            const int result = systemErrorOf([&] { other.start(command); }, sourceOfStart);
+            std::cout << (result == ENOMEM ? "refused "
+                          : result == -1   ? "by copies "
+                                           : "wrong ")
+                      << (::fcntl(1, F_GETFD) == 0);
+            if (result == -1)
+                other.wait();
+            else
+                std::cout << countDescriptors() - descriptors << " ";
+        }
+        gate.open();
+        starter.process.wait();
+        std::cout << starter.take() << hasNoChildren() << "\n";
+    }
+    VnTest::leavePidNamespace();
+}
+
+TEST(ProcessStart, withoutATableOfDescriptorsForItAProgramIsNotStartedInOurs)
+{
+    const VnTest::ChildRun run = VnTest::Child("startsInAnotherNamespaceWithoutATableOfItsOwn").run();
+    if (run.exitCode == VnTest::notAllowed)
+        GTEST_SKIP() << "only root, or a user who may have user namespaces, may have PID namespaces";
+    EXPECT_EQ(run.out, "refused 10 by copies 1there1\n");
+}
+
+/// The program runs already, so it stays where it is.
+VN_CHILD(startsWithoutRoomForAProcessDescriptor)
+{
+    Starter starter;
+    Gate gate(starter.path("file-gate"));
+    ::close(0);
+    if (starter.errorOfStart("fcntl", EMFILE, 0, "faultyWaits") != -1)
+        return 1;
+    gate.open();
+    starter.process.wait();
+    return starter.take() == "there" && hasNoChildren() ? 0 : 2;
+}
+
+TEST(ProcessStart, aProcessDescriptorThatCantLeaveTheStandardNumbersIsWaitedFor)
+{
+    EXPECT_EQ(VnTest::Child("startsWithoutRoomForAProcessDescriptor").run().exitCode, 0);
+}
+
+TEST(ProcessStart, theSearchGoesOnBehindAFolderThatIsNotThereForTheMoment)
+{
+    Starter starter;
+    const std::string folders = starter.path("a") + ":" + starter.path("b");
+    for (char const* name : {"a", "b"}) {
+        std::filesystem::create_directory(starter.path(name));
+        std::filesystem::create_symlink("/bin/true", starter.path(name) + "/vntrue");
+    }
+    const std::string before = std::getenv("PATH");
+    ::setenv("PATH", folders.c_str(), 1);
+    char const* const command[] = {"vntrue", nullptr};
+    const struct
+    {
+        int error;
+        int expected;
+    } table[] = {{ENOENT, -1},   {EACCES, -1},       {ENOTDIR, -1},   {ESTALE, -1},
+                 {ENODEV, -1},   {ETIMEDOUT, -1},    {E2BIG, E2BIG},  {ENOMEM, ENOMEM},
+                 {ELOOP, ELOOP}, {ETXTBSY, ETXTBSY}, {EINVAL, EINVAL}};
+    for (auto const& row : table) {
+        const FailingCall failing("execve", row.error);
+        EXPECT_EQ(systemErrorOf([&] { starter.process.start(command); }, sourceOfStart), row.expected) << row.error;
+        starter.process.wait();
+    }
+    ::setenv("PATH", before.c_str(), 1);
 }
 
 VN_CHILD(startsInAnotherNamespaceOnAnOldSystem)
