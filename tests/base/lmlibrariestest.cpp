@@ -116,7 +116,10 @@ TEST(LmBlock, hasTwoEqualAddresses)
     EXPECT_EQ(block.getFlags(), 44u);
     EXPECT_EQ(LmBlock::Read + LmBlock::Write + LmBlock::CopyOnWrite, 44);
     EXPECT_EQ(LmBlock::Execute, 16);
+    EXPECT_TRUE(block == LmBlock(0x1000, 0x2000, 44));
     EXPECT_FALSE(block == LmBlock(0x1000, 0x2000, 12));
+    EXPECT_FALSE(block == LmBlock(0x1000, 0x1000, 44));
+    EXPECT_FALSE(block == LmBlock(0x2000, 0x2000, 44));
 }
 
 TEST(LmText, isExactlyThis)

@@ -582,7 +582,10 @@ TEST(OsDirectory, aCopyFollowsTheLinksOfATargetThatWasThere)
     temp.folder("target");
     std::filesystem::create_directory_symlink("../elsewhere/folder", temp.path("target/folder"));
     std::filesystem::create_symlink("../elsewhere/plain", temp.path("target/plain"));
+    temp.file("source/dropped", "dropped");
+    std::filesystem::create_symlink("/dev/null", temp.path("target/dropped"));
     OsDirectory::copyHierarchy(pathOf(temp.path("source")), pathOf(temp.path("target")));
+    EXPECT_TRUE(std::filesystem::is_symlink(temp.path("target/dropped"))) << "a device takes what it is given";
     EXPECT_EQ(treeOf(temp.path("elsewhere")),
               (Tree{{"folder", "<folder>"}, {"folder/file", "new"}, {"plain", "new"}}));
 }
