@@ -291,6 +291,10 @@ TEST(TestPerformer, whatCantBeReadIsNamed)
     EXPECT_EQ(errorFor(std::string(127, 'p')), "error: Invalid file name : <" + std::string(127, 'p') + ">.\n");
     EXPECT_EQ(errorFor(std::string(128, 'p')), "error: Invalid file name : <\n");
     EXPECT_EQ(errorFor("."), "error: Invalid file name : <.>.\n") << "a folder is no list";
+#if !defined(_WIN32)
+    // Opens, and has nothing at its beginning that could be read.
+    EXPECT_EQ(errorFor("/proc/self/mem"), "error: Invalid file name : </proc/self/mem>.\n");
+#endif
 }
 
 TEST(TestPerformer, anErrorIsTracedAndEndsTheLoadBeforeAnythingRuns)
