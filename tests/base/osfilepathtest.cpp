@@ -84,7 +84,7 @@ TEST(OsFilePathGrammar, whatIsAbsolute)
         {"1:x", true, false},   {"::x", true, false},   {"\\\\x", true, false}, {"\\temp", false, false},
         {"\\", false, false},   {"/", false, true},     {"/a", false, true},    {"//server/x", false, true},
         {"c:/x", true, false},  {"ab:", false, false},  {"./a", false, false},  {"/:x", true, true},
-        {"\\/x", false, false},
+        {"\\/x", false, false}, {"a\\b", false, false}, {"/\\b", false, true},
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.path);

@@ -95,6 +95,8 @@ TEST(Sleeper, waitsForWholeMillisecondsOfWhichTheLow32BitsCount)
         SCOPED_TRACE(row.seconds);
         EXPECT_EQ(SleeperMath::sleepMilliseconds(row.seconds), row.milliseconds);
     }
+    EXPECT_EQ(SleeperMath::wholeMilliseconds(9223372036854774.784), UINT64_C(0x7FFFFFFFFFFFF800));
+    EXPECT_EQ(SleeperMath::wholeMilliseconds(9223372036854775.808), 0U) << "2^63 milliseconds";
 }
 
 TEST(Sleeper, takesALongSleepInSteps)

@@ -891,6 +891,18 @@ TEST_F(FileFault, aUsersNameIsCutTo256Characters)
     }
 }
 
+TEST_F(FileFault, aMachinesNameEndsWhereTheSystemCutsIt)
+{
+    for (std::size_t length : {0u, 1u, 63u, 64u, 65u, 66u, 300u}) {
+        SCOPED_TRACE(length);
+        const std::string name(length, 'm');
+        VnTest::nameMachine(name.c_str());
+        const std::string got = OsUtils::getHostName().get();
+        VnTest::nameMachine(nullptr);
+        EXPECT_EQ(got, name.substr(0, 64));
+    }
+}
+
 TEST_F(FileFault, anEnvironmentWithoutRoom)
 {
     const FailingCall failing("setenv", ENOMEM);

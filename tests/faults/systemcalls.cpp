@@ -36,6 +36,7 @@ thread_local Plan plan;
 thread_local bool areTransfersShort = false;
 thread_local bool isSystemOld = false;
 thread_local bool areTypesHidden = false;
+thread_local char const* nameOfMachine = nullptr;
 thread_local char const* nameOfUsers = nullptr;
 thread_local long typeOfFileSystems = 0;
 thread_local void (*changeOfStatus)(struct ::stat& status) = nullptr;
@@ -292,7 +293,12 @@ VN_STAND_IN char* getcwd(char* buffer, std::size_t size) noexcept
 
 VN_STAND_IN int gethostname(char* name, std::size_t size) noexcept
 {
-    return fails("gethostname") ? -1 : VN_REAL(gethostname)(name, size);
+    if (fails("gethostname"))
+        return -1;
+    if (nameOfMachine == nullptr)
+        return VN_REAL(gethostname)(name, size);
+    std::strncpy(name, nameOfMachine, size);
+    return 0;
 }
 
 // Its error is its result.
@@ -368,6 +374,11 @@ void VnTest::setTypeOfFileSystems(long type)
 void VnTest::changeStatusOfFiles(void (*change)(struct ::stat& status))
 {
     changeOfStatus = change;
+}
+
+void VnTest::nameMachine(char const* name)
+{
+    nameOfMachine = name;
 }
 
 void VnTest::nameAllUsers(char const* name)

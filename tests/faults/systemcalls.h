@@ -42,6 +42,9 @@ void setTypeOfFileSystems(long type);
 /// Lets `change` have a say in what the system tells of a file; null ends that.
 void changeStatusOfFiles(void (*change)(struct ::stat& status));
 
+/// Gives the machine a name, cut and then without its end where it doesn't fit; null gives it back its own.
+void nameMachine(char const* name);
+
 /// Gives all users one name; null gives them back their own.
 void nameAllUsers(char const* name);
 
