@@ -269,10 +269,11 @@ Outcome follow(std::unique_ptr<Launch> launch, ChildRecord& child)
         abandon(std::move(launch));
         return failed(ECHILD);
     }
-    child.end.reset(keepAboveStandard(launch->started));
-    if (launch->error == 0)
+    Descriptor started(launch->started);
+    if (launch->error == 0) {
+        child.end.reset(keepAboveStandard(started.release()));
         return Outcome::isRunning;
-    child.end.reset();
+    }
     return !launch->isCloned && meansUnknown(launch->error) ? Outcome::impossible : failed(launch->error);
 }
 

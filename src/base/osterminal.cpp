@@ -32,7 +32,7 @@ Character firstOf(std::string_view text)
 {
     const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const std::uint32_t first = byteAt(0);
-    const std::size_t size = first >= 0xF0 && first < 0xF8 ? 4 : first >= 0xE0 ? 3 : first >= 0xC2 ? 2 : 1;
+    const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC2 ? 2 : 1;
     if (size == 1 || first >= 0xF8 || size > text.size())
         return {first, 1};
     std::uint32_t code = first & (0xFFu >> (size + 1));

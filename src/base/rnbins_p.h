@@ -125,7 +125,7 @@ struct RnBins
         const T range = edges[bins] - edges[0];
         const std::size_t count = bins * cellsPerBin;
         cells.perUnit = static_cast<T>(count) / range;
-        if (cells.perUnit > T(0) && isFinite(cells.perUnit) && isFinite(range))
+        if (cells.perUnit > T(0) && isFinite(cells.perUnit))  // 0 for a range that overflows
             fillCells(edges, cells, count);
         return cells;
     }

@@ -93,15 +93,11 @@ public:
     /// Without the null pointer.
     int getCount() const { return _count; }
 
-    /// Null behind the last, so an option without what should follow it is an unknown group.
-    char* operator[](int index) const { return index < _count ? _texts[static_cast<std::size_t>(index)] : nullptr; }
+    /// Up to getCount(), where the null pointer is: an option without what should follow it is an unknown group.
+    char* operator[](int index) const { return _texts[static_cast<std::size_t>(index)]; }
 
-    /// Whether the argument is there and equals `text`.
-    bool is(int index, char const* text) const
-    {
-        char const* const argument = (*this)[index];
-        return argument != nullptr && std::strcmp(argument, text) == 0;
-    }
+    /// Whether the argument, which is there, equals `text`.
+    bool is(int index, char const* text) const { return std::strcmp((*this)[index], text) == 0; }
 
     /// From `index` on, which is the null pointer's at most.
     char** from(int index) { return _texts.data() + index; }

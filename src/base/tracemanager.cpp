@@ -55,7 +55,7 @@ TraceManager::~TraceManager()
 /// Strictly greater: among equal priorities the manager that came first stays.
 void TraceManager::registerManager(TraceManager* manager)
 {
-    if (_hasRegistered && _manager != nullptr && manager->_priority <= _manager->_priority)
+    if (_hasRegistered && manager->_priority <= _manager->_priority)
         return;
     // Release, and acquire in getInstance(): without them another thread could find the manager's address before what its
     // constructor has written.

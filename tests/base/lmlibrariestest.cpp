@@ -116,7 +116,10 @@ TEST(LmBlock, hasTwoEqualAddresses)
     EXPECT_EQ(block.getFlags(), 44u);
     EXPECT_EQ(LmBlock::Read + LmBlock::Write + LmBlock::CopyOnWrite, 44);
     EXPECT_EQ(LmBlock::Execute, 16);
+    EXPECT_TRUE(block == LmBlock(0x1000, 0x2000, 44));
     EXPECT_FALSE(block == LmBlock(0x1000, 0x2000, 12));
+    EXPECT_FALSE(block == LmBlock(0x1000, 0x1000, 44));
+    EXPECT_FALSE(block == LmBlock(0x2000, 0x2000, 44));
 }
 
 TEST(LmText, isExactlyThis)
@@ -489,6 +492,25 @@ TEST(LmLibraries, blocksRiseAndLieInOnePiece)
             last = block.getAddress() + block.getSize() - 1;
         }
     }
+}
+
+TEST(LmLibraries, aLibraryBeginsWithTheHeaderOfItsFile)
+{
+#if defined(_WIN32)
+    const std::string header = "MZ";
+#else
+    const std::string header = "\x7f"
+                               "ELF";
+#endif
+    int found = 0;
+    for (LmLibrary const& library : LmLibraries::getList()) {
+        const std::string name = std::filesystem::path(library.getPath()).filename().string();
+        if (name.find("VN") == std::string::npos && name.find("basetest") == std::string::npos)
+            continue;  // others may lie in memory as they like
+        EXPECT_EQ(std::string(reinterpret_cast<char const*>(library.getAddress()), header.size()), header) << name;
+        ++found;
+    }
+    EXPECT_GE(found, 2) << "the program and this library";
 }
 
 TEST(LmLibraries, twoListsWithoutALoadInBetweenAreEqual)

@@ -112,6 +112,21 @@ TEST(OsDateUtilZone, localTimeFollowsTheRulesOfItsDate)
     }
 }
 
+TEST(OsDateUtilZone, utcIsTheSameInEachZone)
+{
+    for (char const* name : {"UTC", "CET-1", "EST5", "Asia/Kolkata"}) {
+        SCOPED_TRACE(name);
+        const Zone zone(name);
+        DateRep made;
+        ASSERT_TRUE(OsDateUtil::makeTime(2012, 12, 14, 4, 26, 40.0, OsDateTypes::UTCTime, made));
+        EXPECT_EQ(made.getTicks(), atSecond(1355459200).getTicks());
+        const DateStruct fields = OsDateUtil::convertToDateStruct(made, OsDateTypes::UTCTime);
+        EXPECT_EQ(fields.getDay(), 14);
+        EXPECT_EQ(fields.getHour(), 4);
+        EXPECT_EQ(fields.getMinute(), 26);
+    }
+}
+
 TEST(OsDateUtilZone, aSkippedTimeIsTakenAsMktimeTakesIt)
 {
     const struct

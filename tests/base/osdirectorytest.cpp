@@ -539,6 +539,25 @@ TEST(OsDirectory, aTreeMayBeDeeperThanTheProcessMayHaveFilesOpen)
     EXPECT_EQ(treeOf(temp.path("copy")).size(), 400U);
 }
 
+TEST(OsDirectory, aCopyComesBackToWhereTwoDeepTreesPart)
+{
+    const TempFolder temp;
+    const auto deeper = [](std::string const& path) {
+        std::string result = path;
+        for (int level = 0; level < 45; ++level)
+            result += "/d";
+        return result;
+    };
+    const std::string middle = deeper("source");
+    for (char const* name : {"/one", "/two"}) {
+        temp.folder(deeper(middle + name));
+        temp.file(deeper(middle + name) + "/file", name);
+    }
+    OsDirectory::copyHierarchy(pathOf(temp.path("source")), pathOf(temp.path("copy")));
+    EXPECT_EQ(treeOf(temp.path("copy")), treeOf(temp.path("source")));
+    EXPECT_EQ(treeOf(temp.path("copy")).size(), 3U * 45 + 4);
+}
+
 TEST(OsDirectory, aCopyOfATreeDoesNotWaitForAPipe)
 {
     const TempFolder temp;
@@ -563,7 +582,10 @@ TEST(OsDirectory, aCopyFollowsTheLinksOfATargetThatWasThere)
     temp.folder("target");
     std::filesystem::create_directory_symlink("../elsewhere/folder", temp.path("target/folder"));
     std::filesystem::create_symlink("../elsewhere/plain", temp.path("target/plain"));
+    temp.file("source/dropped", "dropped");
+    std::filesystem::create_symlink("/dev/null", temp.path("target/dropped"));
     OsDirectory::copyHierarchy(pathOf(temp.path("source")), pathOf(temp.path("target")));
+    EXPECT_TRUE(std::filesystem::is_symlink(temp.path("target/dropped"))) << "a device takes what it is given";
     EXPECT_EQ(treeOf(temp.path("elsewhere")),
               (Tree{{"folder", "<folder>"}, {"folder/file", "new"}, {"plain", "new"}}));
 }
@@ -635,6 +657,58 @@ TEST(OsDirectory, namesAreBytes)
     EXPECT_EQ(listed(temp.path(), OsFileTypes::LeafPath, everything), std::vector<std::string>{odd});
     OsDirectory::copyHierarchy(pathOf(temp.path()), pathOf(temp.path("copy")));
     EXPECT_EQ(contentOf(temp.path("copy/" + odd)), "content");
+}
+
+TEST(OsFileFilter, takesDotsAndBlanksAtTheEndOfANameAsTheyAre)
+{
+    const TempFolder temp;
+    for (char const* name : {"a.", "b ", "c", "..."})
+        temp.file(name);
+    for (char const* name : {"d.", "e ", "f"})
+        temp.folder(name);
+    std::filesystem::create_symlink("a.", temp.path("g."));
+    std::filesystem::create_symlink("d.", temp.path("h."));
+    const auto leaves = [&](OsFileFilter const& filter) {
+        return listed(temp.path(), OsFileTypes::LeafPath, filter);
+    };
+    using Texts = std::vector<std::string>;
+    EXPECT_EQ(leaves(OsLeafFileFilter()), (Texts{"...", "a.", "b ", "c", "g."}));
+    EXPECT_EQ(leaves(OsLeafFileFilter(".")), (Texts{"...", "a.", "g."}));
+    EXPECT_EQ(leaves(OsLeafFileFilter(" ")), Texts{"b "});
+    EXPECT_EQ(leaves(OsDirectoryFilter()), (Texts{"d.", "e ", "f", "h."}));
+}
+
+namespace
+{
+/// Takes the children away itself before they are to be removed, or the whole directory.
+struct Removing : OsFileFilter
+{
+    explicit Removing(std::string const& all) : folder(all) {}
+    bool filter(OsFilePath const& path) const override
+    {
+        if (folder.empty())
+            std::filesystem::remove(path.getChars());
+        else
+            std::filesystem::remove_all(folder);
+        return true;
+    }
+    const std::string folder;
+};
+}  // namespace
+
+TEST(OsDirectory, removesChildrenThatHaveGoneAlreadyButNotThoseOfADirectoryThatHasGone)
+{
+    const TempFolder temp;
+    for (char const* name : {"folder/a", "folder/b"})
+        temp.file(name);
+    temp.folder("folder/c");
+    OsDirectory folder = directoryOf(temp.path("folder"));
+    folder.removeChildren(Removing(""));
+    EXPECT_TRUE(std::filesystem::is_empty(temp.path("folder")));
+    temp.file("folder/a");
+    EXPECT_EQ(
+        systemErrorOf([&] { folder.removeChildren(Removing(temp.path("folder"))); }, "src/base/osfsutilswindows"),
+        ENOENT);
 }
 
 TEST(OsDirectory, aDirectoryThatChangesWhileItIsListed)

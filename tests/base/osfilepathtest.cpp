@@ -84,7 +84,7 @@ TEST(OsFilePathGrammar, whatIsAbsolute)
         {"1:x", true, false},   {"::x", true, false},   {"\\\\x", true, false}, {"\\temp", false, false},
         {"\\", false, false},   {"/", false, true},     {"/a", false, true},    {"//server/x", false, true},
         {"c:/x", true, false},  {"ab:", false, false},  {"./a", false, false},  {"/:x", true, true},
-        {"\\/x", false, false},
+        {"\\/x", false, false}, {"a\\b", false, false}, {"/\\b", false, true},
     };
     for (auto const& row : table) {
         SCOPED_TRACE(row.path);
@@ -132,6 +132,7 @@ TEST(OsFilePathGrammar, directoryOfAResolvedPath)
         {windows, "a", "C:\\here\\a", "C:\\here"},
         {windows, "x", "", ""},
         {windows, "x", "nothing", "nothing"},
+        {windows, "\\x", "\\x", ""},
         {linuxOnes, "/a/b", "/a/b", "/a"},
         {linuxOnes, "/a/", "/a/", "/a"},
         {linuxOnes, "/a", "/a", "/"},
@@ -181,6 +182,8 @@ TEST(OsFilePathGrammar, resolvingOnLinuxIsLexical)
         SCOPED_TRACE(row.path);
         EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/here/there", row.path), row.expected);
     }
+    EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/here", ""), "/here");
+    EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/", ""), "/");
     EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/", "a"), "/a");
     EXPECT_EQ(OsFilePathGrammars::resolveOnLinux("/", "."), "/");
 }

@@ -226,6 +226,23 @@ TEST(OsFileReader, aClosedReaderSaysWhateverErrnoHolds)
     expectClosed([&] { reader.close(); });
 }
 
+TEST(OsFileReader, theEndOfAClosedReaderLeavesTheLastErrorAlone)
+{
+    const TempFolder temp;
+    {
+        OsFileReader closed(pathOf(temp.file("file", "x")));
+        closed.close();
+#if defined(_WIN32)
+        ::SetLastError(5);
+    }
+    EXPECT_EQ(::GetLastError(), 5U);
+#else
+        errno = ENOTTY;
+    }
+    EXPECT_EQ(errno, ENOTTY);
+#endif
+}
+
 TEST(OsFileReader, aHandleThatTheSystemNoLongerKnowsIsKept)
 {
     const TempFolder temp;
@@ -307,7 +324,12 @@ TEST(OsFileReader, openingAPipeOrADeviceDoesNotWait)
     EXPECT_EQ(writer.write("x", 1), 1U);
     EXPECT_EQ(reader.read(&letter, 1), 1U);
     EXPECT_EQ(letter, 'x');
-    EXPECT_EQ(systemErrorOf([&] { reader.seek(0, OsFileTypes::FromBegin); }, systemSource), ESPIPE);
+    for (long offset : {0L, 0xFFFFFFFFL, static_cast<long>(INT32_MIN)})
+        EXPECT_EQ(systemErrorOf([&] { reader.seek(offset, OsFileTypes::FromBegin); }, systemSource), ESPIPE)
+            << offset;
+    for (long offset : {0x100000000L, INT32_MIN - 1L})
+        EXPECT_EQ(systemErrorOf([&] { reader.seek(offset, OsFileTypes::FromBegin); }, systemSource), EOVERFLOW)
+            << offset << ": refused before the system is asked";
 
     OsFileReader device(OsFilePath("/dev/null"));
     EXPECT_EQ(device.read(&letter, 1), 0U);

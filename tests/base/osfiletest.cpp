@@ -713,6 +713,19 @@ TEST(OsFile, aCopyOntoItselfIsRefusedBeforeAnythingIsOpened)
     }
 }
 
+TEST(OsFile, aMissingFileIsNeverCopiedNorTakenForItsTarget)
+{
+    const TempFolder temp;
+    OsFile file(pathOf(temp.path("missing")));
+    const std::string target = temp.file("target", "content");
+    for (std::string const& path : {target, temp.folder("folder"), temp.path("nothing")})
+        EXPECT_EQ(systemErrorOf([&] { file.copyTo(pathOf(path)); }, "src/base/osfilereaderwindows"), missing)
+            << path;
+    EXPECT_EQ(contentOf(target), "content");
+    EXPECT_TRUE(std::filesystem::is_empty(temp.path("folder")));
+    EXPECT_FALSE(std::filesystem::exists(temp.path("nothing")));
+}
+
 TEST(OsFile, subclassesOpenAndMoveThePath)
 {
     const TempFolder temp;
@@ -740,6 +753,11 @@ TEST(OsFile, openGivesTheAccessAsked)
         file.close(handle);
         EXPECT_EQ(systemErrorOf([&] { file.close(handle); }, systemSource), EBADF);
     }
+    ASSERT_EQ(::mkfifo(temp.path("pipe").c_str(), 0600), 0);
+    const OpenableFile pipe(pathOf(temp.path("pipe")));
+    const std::int64_t handle = pipe.open(0);
+    EXPECT_EQ(::fcntl(static_cast<int>(handle), F_GETFL) & (O_ACCMODE | O_PATH), O_PATH);
+    pipe.close(handle);
 }
 
 TEST(OsFile, aFullTargetIsAFailureOfTheCopy)

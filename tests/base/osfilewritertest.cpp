@@ -192,6 +192,23 @@ TEST(OsFileWriter, aClosedWriterSaysWhateverErrnoHolds)
     EXPECT_EQ(contentOf(temp.path("file")), "");
 }
 
+TEST(OsFileWriter, theEndOfAClosedWriterLeavesTheLastErrorAlone)
+{
+    const TempFolder temp;
+    {
+        OsFileWriter closed(pathOf(temp.path("file")), usual, true);
+        closed.close();
+#if defined(_WIN32)
+        ::SetLastError(5);
+    }
+    EXPECT_EQ(::GetLastError(), 5U);
+#else
+        errno = ENOTTY;
+    }
+    EXPECT_EQ(errno, ENOTTY);
+#endif
+}
+
 TEST(OsFileWriter, aHandleThatTheSystemNoLongerKnowsIsKept)
 {
     const TempFolder temp;

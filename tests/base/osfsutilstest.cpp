@@ -165,6 +165,12 @@ TEST(OsFsUtils, deleteFileOfAMissingFileIsQuietAndOfAMissingFolderIsNot)
     EXPECT_EQ(refusal([] { OsFsUtils::deleteFile(nullptr); }), missingFolder);
     const VnTest::WorkingFolder here(temp.path());
     OsFsUtils::deleteFile("missing");
+    OsFsUtils::deleteFile("m");
+#if !defined(_WIN32)
+    for (char const* path : {"missing/", "m/", "m///", "./m/"})
+        OsFsUtils::deleteFile(path);
+    EXPECT_EQ(refusal([] { OsFsUtils::deleteFile("m/m/"); }), missingFolder);
+#endif
 }
 
 TEST(OsFsUtils, deleteFileRefusesADirectory)

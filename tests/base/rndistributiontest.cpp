@@ -273,6 +273,22 @@ TYPED_TEST(RnDistributionTest, gaussianInBulkCountsItsFailuresForEachPairByItsel
     EXPECT_EQ(uniform(), same());
 }
 
+TYPED_TEST(RnDistributionTest, gaussianInBulkFindsAPairThatComesLateAsSingleDrawsDo)
+{
+    using T = TypeParam;
+    // Points that rise from 0 by steps so small that the first pair in the circle is near the end of what is tried for one.
+    for (unsigned int base : {880000u, 893000u, 894000u, 894900u}) {
+        SCOPED_TRACE(base);
+        Vn::RnVanDerCorputRng<T> rising(base), same(base);
+        RnGaussianRng<T> bulk(&rising), single(&same);
+        std::vector<T> samples(600);
+        bulk.getSequence(600, samples.data());
+        EXPECT_FALSE(std::isnan(samples[0]));
+        for (T sample : samples)
+            ASSERT_EQ(bitsOf(sample), bitsOf(single()));
+    }
+}
+
 TYPED_TEST(RnDistributionTest, gaussianTakesPairsInsideTheCircleAlone)
 {
     using T = TypeParam;

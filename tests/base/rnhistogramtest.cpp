@@ -269,6 +269,28 @@ TYPED_TEST(RnHistogramTest, pointsOnEdgesAreAddedInBulkAsOneByOne)
     }
 }
 
+TYPED_TEST(RnHistogramTest, crowdedBinsAreFilledInBulkAsOneByOne)
+{
+    using T = TypeParam;
+    const std::vector<std::vector<T>> all = {
+        {T(0), T(0.01), T(0.02), T(0.03), T(0.04), T(1)},  // four at the beginning
+        {T(0), T(0.5), T(0.51), T(0.52), T(0.53), T(1)},
+        {T(0), T(0.96), T(0.97), T(0.98), T(0.99), T(1)},
+    };
+    for (std::vector<T> const& edges : all) {
+        SCOPED_TRACE(edges[1]);
+        RnHistogram<T> histogram(5, edges.data());
+        PlainHistogram<T> plain(histogram);
+        RnLecuyerUniformRng<T> source, same;
+        histogram.addSamples(source, 2000);
+        for (int i = 0; i < 2000; ++i)
+            plain.add(same(), T(1));
+        plain.expectIs(histogram);
+        for (T value : histogram.getBins())
+            EXPECT_GT(value, T(5));
+    }
+}
+
 TYPED_TEST(RnHistogramTest, totalsThatAreNoCountsGrowByOneEachTime)
 {
     using T = TypeParam;

@@ -299,6 +299,12 @@ TYPED_TEST(RnQuasiTest, indexWrapsThroughZero)
         EXPECT_EQ(samples[300], T(0));
         EXPECT_EQ(samples[301], T(1) / static_cast<T>(base));
         EXPECT_EQ(rng(), plain<T>(base, 300));
+        for (unsigned int before : {0u, 1u, 599u, 600u}) {
+            rng.restart(4294967295u - before);
+            rng.getSequence(600, samples.data());
+            for (unsigned int i = 0; i < 600; ++i)
+                ASSERT_EQ(samples[i], plain<T>(base, i - before)) << before << " " << i;
+        }
     }
 }
 

@@ -20,6 +20,9 @@
 #include <vector>
 
 #if !defined(_WIN32)
+#    include <pthread.h>
+#    include <sched.h>
+#    include <sys/prctl.h>
 #    include <sys/time.h>
 
 #    include <csignal>
@@ -92,6 +95,8 @@ TEST(Sleeper, waitsForWholeMillisecondsOfWhichTheLow32BitsCount)
         SCOPED_TRACE(row.seconds);
         EXPECT_EQ(SleeperMath::sleepMilliseconds(row.seconds), row.milliseconds);
     }
+    EXPECT_EQ(SleeperMath::wholeMilliseconds(9223372036854774.784), UINT64_C(0x7FFFFFFFFFFFF800));
+    EXPECT_EQ(SleeperMath::wholeMilliseconds(9223372036854775.808), 0U) << "2^63 milliseconds";
 }
 
 TEST(Sleeper, takesALongSleepInSteps)
@@ -211,6 +216,31 @@ namespace
 {
 volatile std::sig_atomic_t signals = 0;
 }  // namespace
+
+TEST_F(Sleeping, leavesTheThreadsTimerSlackAsItWas)
+{
+    std::thread([] {
+        for (unsigned long slack : {1UL, 2UL, 123456UL}) {
+            ASSERT_EQ(::prctl(PR_SET_TIMERSLACK, slack), 0);
+            EXPECT_TRUE(hasSlept(Sleeper::getInstance(), 0.001));
+            EXPECT_EQ(::prctl(PR_GET_TIMERSLACK), static_cast<int>(slack));
+        }
+    }).join();
+}
+
+/// Which has no timer slack.
+TEST_F(Sleeping, isForRealTimeThreadsToo)
+{
+    bool isAllowed = false, hasSleptThere = false;
+    std::thread([&] {
+        const ::sched_param lowest = {::sched_get_priority_min(SCHED_FIFO)};
+        isAllowed = ::pthread_setschedparam(::pthread_self(), SCHED_FIFO, &lowest) == 0;
+        hasSleptThere = hasSlept(Sleeper::getInstance(), 0.001);
+    }).join();
+    if (!isAllowed)
+        GTEST_SKIP() << "this user may not have real-time threads";
+    EXPECT_TRUE(hasSleptThere);
+}
 
 TEST_F(Sleeping, outlastsSignals)
 {

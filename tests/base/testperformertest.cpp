@@ -72,6 +72,15 @@ public:
     void terminate() override { std::cout << "terminate\n"; }
 };
 
+/// Fails when its time has been taken.
+class ThrowingLate : public TestGroup
+{
+public:
+    explicit ThrowingLate(char const* name) : TestGroup(name) {}
+    void execute(int, char** const) override {}
+    void terminate() override { throw std::domain_error("thrown at the end"); }
+};
+
 /// The list, run in a process of its own with the groups "telling", "quiet", "throwing" and one of 47 characters.
 /// Prints the table, or what was thrown. `argv[1]` is the list's file; those behind it are run too.
 const std::string name47(47, 'n');
@@ -93,6 +102,15 @@ std::string errorOf(std::string const& list)
 const std::string heading = "\n\nGroup Name              nbCycles   average time    options\n"
                             "----------              --------   ------------    -------\n\n\n";
 
+/// How many cycles each profiler tells, from 0 to 9.
+std::string cyclesIn(std::string const& output)
+{
+    std::string cycles;
+    for (std::size_t at = 0; (at = output.find("Nb of cycles:", at)) != std::string::npos; ++at)
+        cycles += output.substr(output.find_first_of("0123456789", at), 1) + " ";
+    return cycles;
+}
+
 /// The table's rows, times left out.
 std::string rowsOf(std::string const& list)
 {
@@ -110,6 +128,7 @@ VN_CHILD(performed)
     static Telling telling("telling");
     static Quiet quiet("quiet"), longest(name47.c_str());
     static Throwing throwing("throwing");
+    static ThrowingLate throwingLate("late");
     VnTest::start();
     int exitCode = 0;
     for (int i = 1; i < argc; ++i) {
@@ -156,6 +175,17 @@ TEST(TestPerformer, anEmptyListGivesHeadingsAlone)
     EXPECT_EQ(outputOf(""), heading + "\n");
     EXPECT_EQ(outputOf("\n\n\n"), heading + "\n");
     EXPECT_EQ(outputOf("   \n"), heading + "\n");
+}
+
+VN_CHILD(performedNothing)
+{
+    std::cout << TestPerformer::getInstance();
+    return 0;
+}
+
+TEST(TestPerformer, theTableIsEmptyBeforeAnyList)
+{
+    VnTest::expectOutput("performedNothing", heading + "\n");
 }
 
 TEST(TestPerformer, eachLineIsARow)
@@ -210,6 +240,40 @@ TEST(TestPerformer, aWordOf128CharactersIsLeftOutOfTheMessage)
     EXPECT_EQ(errorOf(std::string(130, 'x') + "\n"), "Test group name is too long: <\n");
 }
 
+TEST(TestPerformer, aShorterListLeavesNothingOfALongerOne)
+{
+    const TempFolder temp;
+    const VnTest::ChildRun run =
+        Child("performed")
+            .arguments({temp.file("first", "telling -1 one two three\nquiet 1 four\nquiet -1 five six\n"),
+                        temp.file("second", "telling 1 seven\n"), temp.file("third", "telling 1\n")})
+            .without("VN_TRACE_OPTIONS")
+            .run();
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_NE(run.out.find("prepare seven\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("prepare\n"), std::string::npos) << run.out;
+    const std::string last = run.out.substr(run.out.rfind(heading) + heading.size());
+    EXPECT_EQ(std::count(last.begin(), last.end(), '\n'), 2) << "one row: " << last;
+    EXPECT_EQ(run.out.find("Executing quiet"), run.out.rfind("Executing quiet")) << "it was in the first list only";
+}
+
+TEST(TestPerformer, eachGroupIsTimedForItself)
+{
+    EXPECT_EQ(cyclesIn(outputOf("quiet 2\ntelling 1\n")), "1 1 2 2 1 1 ") << "by either clock";
+}
+
+TEST(TestPerformer, aRunBehindOneThatFailedIsTimedForItself)
+{
+    const TempFolder temp;
+    const std::string output = Child("performed")
+                                   .arguments({temp.file("first", "late 1\n"), temp.file("second", "quiet 1\n")})
+                                   .without("VN_TRACE_OPTIONS")
+                                   .run()
+                                   .out;
+    EXPECT_EQ(cyclesIn(output), "1 1 1 1 ");
+}
+
 TEST(TestPerformer, argumentsEndAt16)
 {
     std::string sixteen;
@@ -246,6 +310,10 @@ TEST(TestPerformer, aLineThatIsTooLongIsTheLast)
     const std::string cut = rowsOf(fits + "y\nquiet -1\n");
     EXPECT_EQ(countOf(cut, "quiet"), 1) << "reading stops without a word";
     EXPECT_EQ(countOf(cut, "y"), 0) << "and what was read is parsed";
+    EXPECT_EQ(countOf(rowsOf("quiet -1\n" + fits + "\nquiet -1\n"), "quiet"), 3);
+    const std::string second = rowsOf("quiet -1\n" + fits + "y\nquiet -1\n");
+    EXPECT_EQ(countOf(second, "quiet"), 2);
+    EXPECT_EQ(countOf(second, "y"), 0);
 }
 
 TEST(TestPerformer, aRowEndsAt255Characters)
@@ -267,6 +335,10 @@ TEST(TestPerformer, whatCantBeReadIsNamed)
     EXPECT_EQ(errorFor(std::string(127, 'p')), "error: Invalid file name : <" + std::string(127, 'p') + ">.\n");
     EXPECT_EQ(errorFor(std::string(128, 'p')), "error: Invalid file name : <\n");
     EXPECT_EQ(errorFor("."), "error: Invalid file name : <.>.\n") << "a folder is no list";
+#if !defined(_WIN32)
+    // Opens, and has nothing at its beginning that could be read.
+    EXPECT_EQ(errorFor("/proc/self/mem"), "error: Invalid file name : </proc/self/mem>.\n");
+#endif
 }
 
 TEST(TestPerformer, anErrorIsTracedAndEndsTheLoadBeforeAnythingRuns)

@@ -16,6 +16,7 @@
 #include <iostream>
 #include <locale>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
@@ -38,7 +39,12 @@ public:
     explicit Keeper(int priority = 100) : TraceManager(priority) {}
 
     Trace& getTrace() override { return _trace; }
-    void print(char const* text) const override { _lines.push_back(text); }
+    void print(char const* text) const override
+    {
+        if (isBroken)
+            throw std::domain_error("no output");
+        _lines.push_back(text);
+    }
 
     std::vector<std::string> taken() const { return std::exchange(_lines, {}); }
     std::string takenLine() const
@@ -47,6 +53,7 @@ public:
         return lines.size() == 1 ? lines[0] : std::to_string(lines.size()) + " lines";
     }
 
+    bool isBroken = false;  ///< lines are refused by an exception
     std::string word;
     void (*unsettle)(std::ostream& stream) = nullptr;  ///< called behind the word
 
@@ -292,12 +299,32 @@ TEST_F(TraceTest, aLineHasFileAndNumberIfItIsAskedTo)
         {"line,fnwidth=9", "/a/b/file.cpp", 7, "file.cpp  (   7) "},
         {"line,fnwidth=0", "/a/b/file.cpp", 7, " (   7) "},
         {"line,fnwidth=3,fnwidth=-5", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
+        {"line,fndirs=2147483648", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
+        {"line,fndirs=99999999999", "/a/b/file.cpp", 7, "/a/b/file.cpp        (   7) "},
+        {"line,fndirs=1,fndirs=-99999999999", "/a/b/file.cpp", 7, "file.cpp             (   7) "},
         {"line,noline", "/a/b/file.cpp", 7, ""},
     };
     for (auto const& row : table) {
         Trace::setOptions("reset,noindent");
         Trace::setOptions(row.options);
         EXPECT_EQ(line(row.file, row.number), row.line) << row.options << " " << row.file;
+    }
+}
+
+TEST_F(TraceTest, anOptionChangesNothingButItsOwn)
+{
+    keeper.word = "word ";
+    Trace::setOptions("pid,line,fndirs=1,fnwidth=10");
+    for (char const* options : {"off", "on", "prefix", "line", "indent", "pid", "fndirs=1", "fnwidth=10",
+                                "show=Main", "hide=Main", "printlevels"}) {
+        Trace::setOptions(options);
+        EXPECT_EQ(line(), pidText() + "word b/file.cpp (   7) | ") << options;
+    }
+    Trace::setOptions("reset,noindent,noprefix");
+    for (char const* options : {"off", "on", "noprefix", "noline", "noindent", "nopid", "fndirs=0", "fnwidth=20",
+                                "show=Main", "hide=Main"}) {
+        Trace::setOptions(options);
+        EXPECT_EQ(line(), "") << options;
     }
 }
 
@@ -359,6 +386,36 @@ TEST_F(TraceTest, callsDrawATree)
     }
     EXPECT_EQ(keeper.taken(), (std::vector<std::string>{"+ f", "  | text", "  + g", "  | | text", "  | + h",
                                                         "  | | | text", "  | | /", "  | /", "  /"}));
+}
+
+TEST_F(TraceTest, whereALineCantBeWrittenAnEntryThrowsAndAnExitIsSilentAndTheDepthIsRight)
+{
+    const auto breakLines = [this](bool inPrefix) {
+        keeper.isBroken = !inPrefix;
+        if (inPrefix)
+            keeper.unsettle = [](std::ostream&) { throw std::domain_error("no prefix"); };
+    };
+    const auto mendLines = [this] {
+        keeper.isBroken = false;
+        keeper.unsettle = nullptr;
+    };
+    for (char const* options : {"indent", "noindent"})
+        for (bool inPrefix : {false, true}) {
+            SCOPED_TRACE(testing::Message() << options << inPrefix);
+            Trace::setOptions(options);
+            ENTRY(outer);
+            const std::string before = line();
+            {
+                ENTRY(inner);
+                breakLines(inPrefix);
+            }
+            mendLines();
+            EXPECT_EQ(line(), before);
+            breakLines(inPrefix);
+            EXPECT_THROW(ENTRY(refused), std::domain_error);
+            mendLines();
+            EXPECT_EQ(line(), before);
+        }
 }
 
 TEST_F(TraceTest, withoutIndentationEntriesAndExitsHaveNames)

@@ -21,6 +21,7 @@ std::atomic<int> settingError = 0;
 std::atomic<int> pollError = 0;
 std::atomic<int> pollsToFail = 0;
 std::atomic<long> timeOfDay = running;  // milliseconds
+std::atomic<long> counter = running;    // milliseconds
 
 bool areSleepsNoted = false;
 int interruptionsLeft = 0;
@@ -39,11 +40,17 @@ extern "C" __attribute__((visibility("default"))) int clock_gettime(::clockid_t 
 {
     if (hasFailed())
         return -1;
-    const long stopped = timeOfDay;
-    if (clock != CLOCK_REALTIME || stopped == running)
+    long stopped = running;
+    if (clock == CLOCK_REALTIME)
+        stopped = timeOfDay;
+    else if (clock == CLOCK_MONOTONIC)
+        stopped = counter;
+    if (stopped == running)
         return static_cast<int>(::syscall(SYS_clock_gettime, clock, time));
     time->tv_sec = stopped / 1000;
-    time->tv_nsec = stopped % 1000 * 1000000 + 999999;  // what lies below the millisecond is cut
+    time->tv_nsec = stopped % 1000 * 1000000;
+    if (clock == CLOCK_REALTIME)
+        time->tv_nsec += 999999;  // what lies below the millisecond is cut
     return 0;
 }
 
@@ -139,4 +146,14 @@ void VnTest::stopTimeOfDayAt(long milliseconds)
 void VnTest::releaseTimeOfDay()
 {
     timeOfDay = running;
+}
+
+void VnTest::stopCounterAt(long milliseconds)
+{
+    counter = milliseconds;
+}
+
+void VnTest::releaseCounter()
+{
+    counter = running;
 }

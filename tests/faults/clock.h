@@ -43,4 +43,10 @@ void stopTimeOfDayAt(long milliseconds);
 /// Lets it go on.
 void releaseTimeOfDay();
 
+/// Lets the counter stand at `milliseconds`.
+void stopCounterAt(long milliseconds);
+
+/// Lets it go on.
+void releaseCounter();
+
 }  // namespace VnTest

@@ -404,6 +404,34 @@ public:
 };
 }  // namespace
 
+VN_CHILD(groupsComeAndGo)
+{
+    class Group : public TestGroup
+    {
+    public:
+        explicit Group(char const* name) : TestGroup(name)
+        {
+            setUsage("COUNT");
+            setDescription("Sorts.");
+        }
+        void execute(int, char** const) override {}
+    };
+    const Group first("first");  // makes room in the registry
+    const long before = VnTest::countBlocks();
+    // Where its bytes stay: the registry keeps the address.
+    alignas(Group) static char room[sizeof(Group)];
+    Group* const second = new (room) Group("second");
+    const long held = VnTest::countBlocks() - before;
+    second->~Group();
+    std::cout << held << " " << VnTest::countBlocks() - before << "\n";
+    return 0;
+}
+
+TEST(TestGroups, giveTheirTextsBack)
+{
+    expectOutput("groupsComeAndGo", "3 0\n");
+}
+
 VN_CHILD(listsOneAfterTheOther)
 {
     static LongRun group;
@@ -447,6 +475,69 @@ TEST(TestPerformer, aListFreesWhatTheOneBeforeItHeld)
             tale += line + "\n";
     EXPECT_EQ(tale, "refused\nrefused\nrefused\n0 more\n0 more\nrefused\n");
     EXPECT_NE(out.find("40 50 \n\n"), std::string::npos) << out;
+}
+
+namespace
+{
+/// Takes as many milliseconds of the counter as its first argument says, and none of the time of day.
+class CountedRun : public TestGroup
+{
+public:
+    CountedRun() : TestGroup("counted") {}
+
+    void prepare(int, char** const) override
+    {
+        VnTest::stopTimeOfDayAt(1000000000000);
+        VnTest::stopCounterAt(_counter);
+    }
+    void execute(int, char** const argv) override
+    {
+        _counter += std::atol(argv[0]);
+        VnTest::stopCounterAt(_counter);
+    }
+    /// What lies between two cycles belongs to none of them.
+    void terminate() override { VnTest::stopCounterAt(_counter += 77777); }
+
+private:
+    long _counter = 5000000;
+};
+}  // namespace
+
+VN_CHILD(countedRuns)
+{
+    static CountedRun group;
+    VnTest::start();
+    for (int i = 1; i < argc; ++i) {
+        try {
+            TestPerformer::getInstance().execute(OsFilePath(argv[i]));
+        } catch (ExInternalError const&) {
+        }
+        VnTest::releaseTimeOfDay();
+        VnTest::releaseCounter();
+        std::cout << TestPerformer::getInstance();
+    }
+    VnTest::stop();
+    return 0;
+}
+
+TEST(TestPerformer, aCyclesTimeIsThatOfExecuteAlone)
+{
+    const VnTest::TempFolder temp;
+    std::string more;
+    for (int i = 2; i <= 16; ++i)
+        more += " " + std::to_string(i);
+    // Behind 16 arguments the row of a list that was refused later has no average of the one before it.
+    const std::string out = VnTest::Child("countedRuns")
+                                .arguments({temp.file("list", "counted 1 2500" + more + "\ncounted 3 400\n"),
+                                            temp.file("refused", "counted 1 2500" + more + "\nnobody 1\n")})
+                                .without("VN_TRACE_OPTIONS")
+                                .run()
+                                .out;
+    EXPECT_NE(out.find("counted                        1       2.500000    2500" + more + " \n"), std::string::npos)
+        << out;
+    EXPECT_NE(out.find("counted                        3       0.400000    400 \n"), std::string::npos) << out;
+    EXPECT_NE(out.find("counted                        1       0.000000    2500" + more + " \n"), std::string::npos)
+        << out;
 }
 
 VN_CHILD(longRuns)

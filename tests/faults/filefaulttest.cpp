@@ -728,6 +728,17 @@ TEST_F(FileFault, renamingWhereTheSystemCantRefuseToReplace)
         }
         EXPECT_EQ(contentOf(temp.path("moved")), "below");
         moved.renameTo(at("folder/below"));
+        const struct
+        {
+            char const* target;
+            int expected;
+        } impossible[] = {{"file/below", ENOTDIR}, {"nowhere/below", ENOENT}};
+        for (auto const& row : impossible) {
+            const FailingCall failing("renameat2", error);
+            EXPECT_EQ(systemErrorOf([&] { moved.renameTo(at(row.target)); }, "src/base/osfilewindows"),
+                      row.expected);
+        }
+        EXPECT_EQ(contentOf(temp.path("folder/below")), "below");
     }
 }
 
@@ -767,6 +778,129 @@ TEST_F(FileFault, theNamesOfUsersAndMachine)
     const ArrayPtr<char> name(OsUtils::getUserName(true));
     const FailingCall failing("getpwuid_r", ERANGE, 0, 3);
     EXPECT_STREQ(OsUtils::getUserName(true), name) << "a long entry gets a longer buffer";
+}
+
+namespace
+{
+::time_t timeOfFiles = 0;
+}  // namespace
+
+TEST_F(FileFault, aTimeOutsideTheRangeOfDatesIsNoDate)
+{
+    constexpr ::time_t first = -11644473600;  // 1601
+    constexpr ::time_t last = INT64_MAX / 10000000 + first;
+    const struct
+    {
+        ::time_t time;
+        std::uint64_t ticks;
+    } table[] = {
+        {first, 0},
+        {first - 1, UINT64_MAX},
+        {INT64_MIN, UINT64_MAX},
+        {-1, UINT64_C(116444735990000000)},
+        {last, INT64_MAX / 10000000 * UINT64_C(10000000)},
+        {last + 1, UINT64_MAX},
+        {INT64_MAX, UINT64_MAX},
+    };
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.time);
+        timeOfFiles = row.time;
+        VnTest::changeStatusOfFiles([](struct ::stat& status) {
+            status.st_mtim.tv_sec = timeOfFiles;
+            status.st_atim.tv_sec = timeOfFiles;
+        });
+        OsFile asked = file("file");
+        const ObjPtr<OsDateTypes::DateRep> modified(asked.getLastModificationTime());
+        const ObjPtr<OsDateTypes::DateRep> accessed(asked.getLastAccessTime());
+        VnTest::changeStatusOfFiles(nullptr);
+        EXPECT_EQ(modified->getTicks(), row.ticks);
+        EXPECT_EQ(accessed->getTicks(), row.ticks);
+    }
+}
+
+TEST_F(FileFault, aRemoteFileIsNamedWhenItIsAskedForUnbufferedAccess)
+{
+    for (long type : {0x6969L, 0xFE534D42L}) {
+        VnTest::setTypeOfFileSystems(type);
+        std::string reason;
+        try {
+            file("file").getUnbufferedInfo();
+        } catch (OsFileEx::ExNoRemoteUnbuffered const& failure) {
+            reason = failure.what();
+        }
+        VnTest::setTypeOfFileSystems(0);
+        EXPECT_NE(reason.find(temp.path("file")), std::string::npos) << reason;
+    }
+    EXPECT_NO_THROW(file("file").getUnbufferedInfo());
+}
+
+/// Whichever call fails: a user has either all of it or an exception.
+TEST_F(FileFault, aTreesCopyIsWholeOrThrows)
+{
+    const auto isWhole = [&](char const* copy) {
+        return contentOf(temp.path(copy) + "/below") == "below" &&
+               contentOf(temp.path(copy) + "/linked") == "below" &&
+               contentOf(temp.path(copy) + "/sub/inner") == "inner";
+    };
+    temp.file("folder/sub/inner", "inner");
+    std::filesystem::create_symlink("below", temp.path("folder/linked"));
+    for (char const* call : {"open", "openat", "fstat", "fstatat", "stat", "mkdir", "mkdirat", "faccessat",
+                             "ftruncate", "readdir", "fdopendir", "read", "write", "close"})
+        for (bool isMerged : {false, true}) {
+            int failed = 0;
+            for (int after = 0; after < 100; ++after) {
+                SCOPED_TRACE(std::string(call) + " after " + std::to_string(after) + (isMerged ? ", merged" : ""));
+                std::filesystem::remove_all(temp.path("copy"));
+                if (isMerged) {
+                    temp.file("copy/below", "something that was there");
+                    temp.folder("copy/sub");
+                }
+                const int before = countDescriptors();
+                VnTest::failCall(call, EACCES, after);
+                bool hasThrown = false;
+                try {
+                    OsDirectory::copyHierarchy(at("folder"), at("copy"));
+                } catch (std::exception const&) {
+                    hasThrown = true;
+                }
+                const bool isReached = VnTest::stopFailingCalls() != 0;
+                EXPECT_EQ(countDescriptors(), before);
+                EXPECT_TRUE(hasThrown || isWhole("copy"));
+                EXPECT_TRUE(isWhole("folder")) << "the source is as it was";
+                if (!isReached)
+                    break;
+                ++failed;
+            }
+            EXPECT_LT(failed, 100);
+        }
+}
+
+TEST_F(FileFault, aUsersNameIsCutTo256Characters)
+{
+    for (std::size_t length : {1u, 255u, 256u, 257u, 258u, 259u, 300u, 5000u}) {
+        SCOPED_TRACE(length);
+        std::string name;
+        for (std::size_t i = 0; i < length; ++i)
+            name += static_cast<char>('a' + i % 26);
+        VnTest::nameAllUsers(name.c_str());
+        const std::string got = OsUtils::getUserName(true).get();
+        const std::string owner = file("file").getOwner().get();
+        VnTest::nameAllUsers(nullptr);
+        EXPECT_EQ(got, name.substr(0, 256));
+        EXPECT_EQ(owner, name) << "which has no such limit";
+    }
+}
+
+TEST_F(FileFault, aMachinesNameEndsWhereTheSystemCutsIt)
+{
+    for (std::size_t length : {0u, 1u, 63u, 64u, 65u, 66u, 300u}) {
+        SCOPED_TRACE(length);
+        const std::string name(length, 'm');
+        VnTest::nameMachine(name.c_str());
+        const std::string got = OsUtils::getHostName().get();
+        VnTest::nameMachine(nullptr);
+        EXPECT_EQ(got, name.substr(0, 64));
+    }
 }
 
 TEST_F(FileFault, anEnvironmentWithoutRoom)

@@ -113,6 +113,11 @@ VN_STAND_IN ::pid_t waitpid(::pid_t process, int* status, int options)
     return callFails("waitpid") ? -1 : VN_REAL(waitpid)(process, status, options);
 }
 
+VN_STAND_IN int chdir(char const* path) noexcept
+{
+    return callFails("chdir") ? -1 : VN_REAL(chdir)(path);
+}
+
 VN_STAND_IN int uname(::utsname* names) noexcept
 {
     return callFails("uname") ? -1 : VN_REAL(uname)(names);

@@ -29,18 +29,23 @@ struct Plan
     int times = 0;
     int failures = 0;
     void (*action)() = nullptr;  ///< instead of the error
+    ::pid_t spared = 0;          ///< the process whose calls succeed
 };
 
 thread_local Plan plan;
 thread_local bool areTransfersShort = false;
 thread_local bool isSystemOld = false;
 thread_local bool areTypesHidden = false;
+thread_local char const* nameOfMachine = nullptr;
+thread_local char const* nameOfUsers = nullptr;
+thread_local long typeOfFileSystems = 0;
+thread_local void (*changeOfStatus)(struct ::stat& status) = nullptr;
 thread_local VnTest::SystemCopies systemCopies = VnTest::SystemCopies::asItCan;
 
 /// True if this call is to fail; the error is then the last one.
 bool fails(char const* name)
 {
-    if (plan.name == nullptr || std::strcmp(plan.name, name) != 0)
+    if (plan.name == nullptr || std::strcmp(plan.name, name) != 0 || plan.spared == ::getpid())
         return false;
     if (plan.after > 0) {
         --plan.after;
@@ -182,32 +187,44 @@ VN_STAND_IN int flock(int file, int operation) noexcept
     return fails("flock") ? -1 : VN_REAL(flock)(file, operation);
 }
 
+static int changed(int result, struct ::stat& status)
+{
+    if (result == 0 && changeOfStatus != nullptr)
+        changeOfStatus(status);
+    return result;
+}
+
 VN_STAND_IN int fstat(int file, struct ::stat* status) noexcept
 {
-    return fails("fstat") ? -1 : VN_REAL(fstat)(file, status);
+    return fails("fstat") ? -1 : changed(VN_REAL(fstat)(file, status), *status);
 }
 
 VN_STAND_IN int stat(char const* path, struct ::stat* status) noexcept
 {
-    return fails("stat") ? -1
-                         : real(static_cast<int (*)(char const*, struct ::stat*)>(&::stat), "stat")(path, status);
+    if (fails("stat"))
+        return -1;
+    return changed(real(static_cast<int (*)(char const*, struct ::stat*)>(&::stat), "stat")(path, status), *status);
 }
 
 VN_STAND_IN int lstat(char const* path, struct ::stat* status) noexcept
 {
-    return fails("lstat") ? -1 : VN_REAL(lstat)(path, status);
+    return fails("lstat") ? -1 : changed(VN_REAL(lstat)(path, status), *status);
 }
 
 VN_STAND_IN int fstatat(int folder, char const* path, struct ::stat* status, int flags) noexcept
 {
-    return fails("fstatat") ? -1 : VN_REAL(fstatat)(folder, path, status, flags);
+    return fails("fstatat") ? -1 : changed(VN_REAL(fstatat)(folder, path, status, flags), *status);
 }
 
 VN_STAND_IN int statfs(char const* path, struct ::statfs* fileSystem) noexcept
 {
-    return fails("statfs")
-               ? -1
-               : real(static_cast<int (*)(char const*, struct ::statfs*)>(&::statfs), "statfs")(path, fileSystem);
+    if (fails("statfs"))
+        return -1;
+    const int result =
+        real(static_cast<int (*)(char const*, struct ::statfs*)>(&::statfs), "statfs")(path, fileSystem);
+    if (typeOfFileSystems != 0)
+        fileSystem->f_type = typeOfFileSystems;
+    return result;
 }
 
 VN_STAND_IN int faccessat(int folder, char const* path, int access, int flags) noexcept
@@ -276,16 +293,28 @@ VN_STAND_IN char* getcwd(char* buffer, std::size_t size) noexcept
 
 VN_STAND_IN int gethostname(char* name, std::size_t size) noexcept
 {
-    return fails("gethostname") ? -1 : VN_REAL(gethostname)(name, size);
+    if (fails("gethostname"))
+        return -1;
+    if (nameOfMachine == nullptr)
+        return VN_REAL(gethostname)(name, size);
+    std::strncpy(name, nameOfMachine, size);
+    return 0;
 }
 
 // Its error is its result.
 VN_STAND_IN int getpwuid_r(::uid_t user, ::passwd* entry, char* buffer, std::size_t size, ::passwd** found)
 {
-    if (!fails("getpwuid_r"))
-        return VN_REAL(getpwuid_r)(user, entry, buffer, size, found);
     *found = nullptr;
-    return errno;
+    if (fails("getpwuid_r"))
+        return errno;
+    if (nameOfUsers == nullptr)
+        return VN_REAL(getpwuid_r)(user, entry, buffer, size, found);
+    if (std::strlen(nameOfUsers) >= size)
+        return ERANGE;
+    *entry = {};
+    entry->pw_name = std::strcpy(buffer, nameOfUsers);
+    *found = entry;
+    return 0;
 }
 
 VN_STAND_IN int setenv(char const* name, char const* value, int replaces) noexcept
@@ -330,6 +359,31 @@ int VnTest::stopFailingCalls()
 void VnTest::hideTypesOfEntries(bool areHidden)
 {
     areTypesHidden = areHidden;
+}
+
+void VnTest::failOnlyInCopies()
+{
+    plan.spared = ::getpid();
+}
+
+void VnTest::setTypeOfFileSystems(long type)
+{
+    typeOfFileSystems = type;
+}
+
+void VnTest::changeStatusOfFiles(void (*change)(struct ::stat& status))
+{
+    changeOfStatus = change;
+}
+
+void VnTest::nameMachine(char const* name)
+{
+    nameOfMachine = name;
+}
+
+void VnTest::nameAllUsers(char const* name)
+{
+    nameOfUsers = name;
 }
 
 void VnTest::setSystemCopies(SystemCopies copies)

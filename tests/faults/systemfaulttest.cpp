@@ -223,10 +223,10 @@ public:
     }
 
     /// What the start throws while a call fails; -1 if nothing.
-    int errorOfStart(char const* call, int error, int after)
+    int errorOfStart(char const* call, int error, int after, char const* body = "faultyLeavesAFile")
     {
         const FailingCall failing(call, error, after);
-        return systemErrorOf([this] { start(); }, sourceOfStart);
+        return systemErrorOf([=, this] { start(body); }, sourceOfStart);
     }
 
     /// What the program has left; takes it away.
@@ -288,26 +288,42 @@ TEST_P(ProcessFaults, eachCallThatFailsIsThrownAndLeavesNothing)
         int after;
         int expected;
         bool mayHaveRun = false;
+        bool isInCopies = false;
     } table[] = {
-        {current, "clone", ENOMEM, 0, ENOMEM},  {current, "clone", EMFILE, 0, EMFILE},
+        {current, "clone", ENOMEM, 0, ENOMEM},
+        {current, "clone", EMFILE, 0, EMFILE},
         {current, "clone", EAGAIN, 1, EAGAIN},  // in the process between, which tells
-        {current, "clone", EMFILE, 1, EMFILE},  {current, "execve", E2BIG, 0, E2BIG},  // in the new process
-        {current, "execve", EINVAL, 0, EINVAL},                                        // not for want of calls
-        {old, "socketpair", EMFILE, 0, EMFILE}, {old, "socketpair", ENFILE, 0, ENFILE},
-        {old, "fork", EAGAIN, 0, EAGAIN},       {old, "fork", ENOMEM, 1, ENOMEM},  // in the process between
-        {old, "fork", EAGAIN, 2, EAGAIN},                                          // in the keeper
-        {old, "pipe2", EMFILE, 0, EMFILE},      {old, "execve", E2BIG, 0, E2BIG},
+        {current, "clone", EMFILE, 1, EMFILE},
+        {current, "execve", E2BIG, 0, E2BIG},    // in the new process
+        {current, "execve", EINVAL, 0, EINVAL},  // not for want of calls
+        {old, "socketpair", EMFILE, 0, EMFILE},
+        {old, "socketpair", ENFILE, 0, ENFILE},
+        {old, "fork", EAGAIN, 0, EAGAIN},
+        {old, "fork", ENOMEM, 1, ENOMEM},  // in the process between
+        {old, "fork", EAGAIN, 2, EAGAIN},  // in the keeper
+        {old, "pipe2", EMFILE, 0, EMFILE},
+        {old, "execve", E2BIG, 0, E2BIG},
         {old, "send", ENOBUFS, 0, ECHILD},  // the keeper can't say that it is there
         {old, "recv", ENOMEM, 0, ECHILD},   // nobody hears it
         {old, "recv", ENOMEM, 1, ECHILD, true},
+        {old, "recv", ENOMEM, 0, ECHILD, false, true},  // the keeper doesn't hear that it may go on
+        {old, "send", ENOBUFS, 1, ECHILD, true, true},  // nor can it say that the program runs
+        {old, "chdir", EACCES, 0, -1, true, true},      // which it doesn't need
     };
     for (auto const& row : table) {
         if (row.system != GetParam())
             continue;
         SCOPED_TRACE(std::string(row.call) + " after " + std::to_string(row.after));
-        EXPECT_EQ(errorOfStart(row.call, row.error, row.after), row.expected);
+        {
+            const FailingCall failing(row.call, row.error, row.after);
+            if (row.isInCopies)
+                VnTest::failOnlyInCopies();
+            EXPECT_EQ(systemErrorOf([this] { start(); }, sourceOfStart), row.expected);
+        }
         if (!row.mayHaveRun)
             expectNothingLeft(descriptors);
+        if (row.expected == -1)
+            process.wait();
         EXPECT_EQ(countDescriptors(), descriptors);
         EXPECT_TRUE(hasNoChildren());
         process.wait();  // of the earlier child, which has ended
@@ -475,6 +491,123 @@ TEST(ProcessStart, aSystemThatLacksACallOrItsFlagsStartsByCopies)
         starter.process.wait();
         EXPECT_EQ(starter.take(), "there");
         EXPECT_TRUE(hasNoChildren());
+        char const* const missing[] = {"/missing", nullptr};
+        const FailingCall failing(row.call, row.error, row.after);
+        EXPECT_EQ(systemErrorOf([&] { starter.process.start(missing); }, sourceOfStart), ENOENT);
+        EXPECT_TRUE(hasNoChildren());
+    }
+}
+
+/// Lets go of what it was given, and waits at a gate.
+VN_CHILD(faultyLetsGo)
+{
+    VnTest::closeStandardDescriptors();
+    Gate::wait(std::string(argv[1]) + "-gate");
+    return 0;
+}
+
+TEST(ProcessStart, onlyTheProgramHoldsItsStandardDescriptors)
+{
+    const struct
+    {
+        char const* what;
+        bool isOld;
+        char const* call;
+    } table[] = {{"current", false, "none"}, {"by copies", false, "clone"}, {"old", true, "none"}};
+    for (auto const& row : table) {
+        SCOPED_TRACE(row.what);
+        Starter starter;
+        Gate gate(starter.path("file-gate"));
+        int ends[2];
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        std::cout << std::flush;
+        const int saved[] = {::fcntl(1, F_DUPFD_CLOEXEC, 3), ::fcntl(2, F_DUPFD_CLOEXEC, 3)};
+        ::dup2(ends[1], 1);
+        ::dup2(ends[1], 2);
+        VnTest::makeSystemOld(row.isOld);
+        const int error = starter.errorOfStart(row.call, ENOSYS, 0, "faultyLetsGo");
+        VnTest::makeSystemOld(false);
+        ::dup2(saved[0], 1);
+        ::dup2(saved[1], 2);
+        for (int number : {saved[0], saved[1], ends[1]})
+            ::close(number);
+        EXPECT_EQ(error, -1);
+        char nothing;
+        EXPECT_EQ(::read(ends[0], &nothing, 1), 0);  // for ever if somebody else holds the other end
+        ::close(ends[0]);
+        gate.open();
+        starter.process.wait();
+        EXPECT_TRUE(hasNoChildren());
+    }
+}
+
+TEST(ProcessStart, aRefusedStartLeavesOtherChildrenToTheProgram)
+{
+    for (bool isOld : {false, true}) {
+        SCOPED_TRACE(isOld);
+        const ::pid_t other = ::fork();
+        if (other == 0)
+            ::_exit(7);
+        ::siginfo_t end = {};
+        ASSERT_EQ(::waitid(P_PID, static_cast<::id_t>(other), &end, WEXITED | WNOWAIT), 0);
+        VnTest::makeSystemOld(isOld);
+        char const* const missing[] = {"/missing", nullptr};
+        EXPECT_EQ(systemErrorOf([&] { OsProcess().start(missing); }, sourceOfStart), ENOENT);
+        VnTest::makeSystemOld(false);
+        int status = 0;
+        EXPECT_EQ(::waitpid(other, &status, 0), other);
+        EXPECT_EQ(WEXITSTATUS(status), 7);
+    }
+}
+
+/// Tells what the program hears of the children of a start.
+VN_CHILD(looksAtTheEndsOfChildren)
+{
+    VnTest::makeSystemOld(std::string(argv[1]) == "old");
+    Starter starter;
+    ::sigset_t ends;
+    ::sigemptyset(&ends);
+    ::sigaddset(&ends, SIGCHLD);
+    ::sigprocmask(SIG_BLOCK, &ends, nullptr);
+    starter.start();
+    ::siginfo_t end = {};
+    const ::timespec atOnce = {};
+    if (::sigtimedwait(&ends, &end, &atOnce) == SIGCHLD)
+        std::cout << (end.si_code == CLD_EXITED ? "exit " : "killed ") << end.si_status << "\n";
+    else
+        std::cout << "nothing\n";
+    starter.process.wait();
+    return starter.take() == "there" ? 0 : 1;
+}
+
+/// Programs that handle SIGCHLD look at how a child has ended, and may take any other code for a failure of theirs.
+TEST(ProcessStart, theProcessesBetweenEndWithoutAFailure)
+{
+    EXPECT_EQ(VnTest::Child("looksAtTheEndsOfChildren").arguments({"current"}).run().out, "nothing\n");
+    EXPECT_EQ(VnTest::Child("looksAtTheEndsOfChildren").arguments({"old"}).run().out, "exit 0\n");
+}
+
+/// Fails one of two moves of a socket off the numbers of the standard descriptors.
+VN_CHILD(startsWithoutRoomAboveStandardDescriptors)
+{
+    VnTest::makeSystemOld(true);
+    Starter starter;
+    const int first = std::stoi(argv[1]), before = countDescriptors() - 2;
+    ::close(0);
+    ::close(1);
+    const int error = starter.errorOfStart("fcntl", EMFILE, first);
+    const bool isClean = VnTest::countStandardDescriptors() == 1 && countDescriptors() == before && hasNoChildren();
+    return error == EMFILE && isClean && !starter.hasRun() ? 0 : 1;
+}
+
+TEST(ProcessStart, aSocketThatCantLeaveTheStandardNumbersIsAnErrorOfAnOldSystem)
+{
+    for (char const* first : {"0", "1"}) {
+        SCOPED_TRACE(first);
+        const VnTest::ChildRun run =
+            VnTest::Child("startsWithoutRoomAboveStandardDescriptors").arguments({first}).run();
+        EXPECT_EQ(run.exitCode, 0);
+        EXPECT_EQ(run.err, "");
     }
 }
 
@@ -582,8 +715,9 @@ VN_CHILD(takesInOrphansOnAnOldSystem)
         starter.startIn(gone, "faultyWaits");
     }
     gate.open();
-    ::siginfo_t unread;
-    std::cout << ::waitid(P_ALL, 0, &unread, WEXITED | WNOWAIT) << starter.take();
+    ::siginfo_t end = {};
+    std::cout << ::waitid(P_ALL, 0, &end, WEXITED | WNOWAIT) << starter.take();
+    std::cout << (end.si_code == CLD_EXITED) << end.si_status;
     starter.start();
     starter.process.wait();
     std::cout << starter.take() << hasNoChildren() << countDescriptors() - descriptors << "\n";
@@ -593,7 +727,90 @@ VN_CHILD(takesInOrphansOnAnOldSystem)
 TEST(ProcessStart, anOldSystemsKeepersAreCollectedWhereThisProcessTakesInOrphans)
 {
     VnTest::expectOutput("takesInOrphansOnAnOldSystem",
-                         "there1" + std::to_string(ENOENT) + "10there" + "there1" + "1\n");
+                         "there1" + std::to_string(ENOENT) + "10there" + "10" + "there1" + "1\n");
+}
+
+/// There the process between runs the program itself, from a table of descriptors of its own.
+VN_CHILD(startsInAnotherNamespaceWithoutATableOfItsOwn)
+{
+    if (!VnTest::enterPidNamespace())
+        return VnTest::notAllowed;
+    {  // so that all of it is gone when the process ends
+        Starter starter;
+        Gate gate(starter.path("file-gate"));
+        starter.start("faultyWaits");  // without a first process there are no others
+        const int descriptors = countDescriptors();
+        OsProcess other;
+        char const* const command[] = {"/bin/true", nullptr};
+        for (int error : {ENOMEM, EPERM}) {
+            const FailingCall failing("unshare", error);
+            const int result = systemErrorOf([&] { other.start(command); }, sourceOfStart);
+            std::cout << (result == ENOMEM ? "refused "
+                          : result == -1   ? "by copies "
+                                           : "wrong ")
+                      << (::fcntl(1, F_GETFD) == 0);
+            if (result == -1)
+                other.wait();
+            else
+                std::cout << countDescriptors() - descriptors << " ";
+        }
+        gate.open();
+        starter.process.wait();
+        std::cout << starter.take() << hasNoChildren() << "\n";
+    }
+    VnTest::leavePidNamespace();
+}
+
+TEST(ProcessStart, withoutATableOfDescriptorsForItAProgramIsNotStartedInOurs)
+{
+    const VnTest::ChildRun run = VnTest::Child("startsInAnotherNamespaceWithoutATableOfItsOwn").run();
+    if (run.exitCode == VnTest::notAllowed)
+        GTEST_SKIP() << "only root, or a user who may have user namespaces, may have PID namespaces";
+    EXPECT_EQ(run.out, "refused 10 by copies 1there1\n");
+}
+
+/// The program runs already, so it stays where it is.
+VN_CHILD(startsWithoutRoomForAProcessDescriptor)
+{
+    Starter starter;
+    Gate gate(starter.path("file-gate"));
+    ::close(0);
+    if (starter.errorOfStart("fcntl", EMFILE, 0, "faultyWaits") != -1)
+        return 1;
+    gate.open();
+    starter.process.wait();
+    return starter.take() == "there" && hasNoChildren() ? 0 : 2;
+}
+
+TEST(ProcessStart, aProcessDescriptorThatCantLeaveTheStandardNumbersIsWaitedFor)
+{
+    EXPECT_EQ(VnTest::Child("startsWithoutRoomForAProcessDescriptor").run().exitCode, 0);
+}
+
+TEST(ProcessStart, theSearchGoesOnBehindAFolderThatIsNotThereForTheMoment)
+{
+    Starter starter;
+    const std::string folders = starter.path("a") + ":" + starter.path("b");
+    for (char const* name : {"a", "b"}) {
+        std::filesystem::create_directory(starter.path(name));
+        std::filesystem::create_symlink("/bin/true", starter.path(name) + "/vntrue");
+    }
+    const std::string before = std::getenv("PATH");
+    ::setenv("PATH", folders.c_str(), 1);
+    char const* const command[] = {"vntrue", nullptr};
+    const struct
+    {
+        int error;
+        int expected;
+    } table[] = {{ENOENT, -1},   {EACCES, -1},       {ENOTDIR, -1},   {ESTALE, -1},
+                 {ENODEV, -1},   {ETIMEDOUT, -1},    {E2BIG, E2BIG},  {ENOMEM, ENOMEM},
+                 {ELOOP, ELOOP}, {ETXTBSY, ETXTBSY}, {EINVAL, EINVAL}};
+    for (auto const& row : table) {
+        const FailingCall failing("execve", row.error);
+        EXPECT_EQ(systemErrorOf([&] { starter.process.start(command); }, sourceOfStart), row.expected) << row.error;
+        starter.process.wait();
+    }
+    ::setenv("PATH", before.c_str(), 1);
 }
 
 VN_CHILD(startsInAnotherNamespaceOnAnOldSystem)
