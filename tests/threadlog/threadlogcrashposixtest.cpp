@@ -238,16 +238,23 @@ TEST_F(ThreadLogCrashes, aCrashWithinACrashGoesItsOwnWayAndTheLogGoesOn)
     EXPECT_EQ(numbersOf("main", messagesOf(folder.path("events.log"))), countTo(200));
 }
 
+namespace
+{
+void logAndCrash(char const* name)
+{
+    logNumbers(name, 0, 100);
+    if (sigsetjmp(rescue, 1) == 0)
+        ::raise(SIGSEGV);
+}
+}  // namespace
+
 VN_CHILD(crashesAgainBehindARescue)
 {
     const Started start;
     installHandler(SIGSEGV, [](int) { ::siglongjmp(rescue, 1); });
     makeLogAtRest();
-    for (int i = 0; i < 3; ++i) {
-        logNumbers(("main" + std::to_string(i)).c_str(), 0, 100);
-        if (sigsetjmp(rescue, 1) == 0)
-            ::raise(SIGSEGV);
-    }
+    for (char const* name : {"main0", "main1", "main2"})
+        logAndCrash(name);
     ::_exit(0);
 }
 
