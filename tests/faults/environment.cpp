@@ -5,6 +5,8 @@
 #include <sys/auxv.h>
 
 #include <atomic>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 
