@@ -3,10 +3,9 @@
 
 #include <dlfcn.h>
 #include <sys/auxv.h>
-
-#include <atomic>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
