@@ -110,7 +110,11 @@ VN_STAND_IN ::DIR* opendir(char const* path)
 /// As the C library's: whatever has fewer than six arguments ignores the others, which are whatever lies there.
 VN_STAND_IN __attribute__((no_sanitize("address"))) long syscall(long number, ...) noexcept
 {
-    static auto* const itself = reinterpret_cast<long (*)(long, ...)>(::dlsym(RTLD_NEXT, "syscall"));
+    // Some C++ libraries call this when a static object of a function is made, so it can have none of its own.
+    static constinit std::atomic<long (*)(long, ...)> found = nullptr;
+    auto* itself = found.load();
+    if (itself == nullptr)
+        found = itself = reinterpret_cast<long (*)(long, ...)>(::dlsym(RTLD_NEXT, "syscall"));
     std::va_list arguments;
     va_start(arguments, number);
     long values[6];
