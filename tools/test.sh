@@ -5,13 +5,14 @@
 #   asan-ubsan   GCC's address and undefined-behaviour sanitizers
 #   tsan         GCC's thread sanitizer
 #   windows      cross-built by MinGW-w64, run under Wine
-#   aarch64      cross-built for this processor, run in QEMU with a suite as one process
-#   s390x        the same for a processor that is big-endian
 #   coverage     Clang, optimised, with branch coverage
-#   libcxx       a later Clang with its own standard library and that one's checks
 #   bench        builds the benchmarks and runs none
 #   fuzz         runs each fuzzer for five seconds
 #   dev, clang   more presets of CMakePresets.json, which aren't among all
+#   aarch64      the same; cross-built for this processor, run in QEMU with a suite as one process
+#   s390x        the same; for a processor that is big-endian
+#   riscv64      the same; tests of numbers and samplers alone
+#   libcxx       the same; a later Clang with its own standard library and that one's checks
 #
 # Logs are in build/logs; Ctrl-C ends everything. A second run compiles nothing anew. The last line counts the tests:
 # "N passed, M failed", and how many can't run in an emulator; exit code 0 if none failed, 2 if a package is missing and can't be
@@ -29,7 +30,7 @@ case "${1:-}" in
     ;;
 esac
 presets=("$@")
-[ $# -gt 0 ] || presets=(release asan-ubsan tsan windows aarch64 s390x coverage libcxx bench fuzz)
+[ $# -gt 0 ] || presets=(release asan-ubsan tsan windows coverage bench fuzz)
 for preset in "${presets[@]}"; do
     if ! grep -q "\"configurePreset\": \"$preset\"" CMakePresets.json; then
         echo "tools/test.sh: unknown preset $preset; tools/test.sh -h tells more" >&2

@@ -1,6 +1,8 @@
 // Stands in for what the C library tells of the environment, in this program and in the libraries that it uses.
 #include "environment.h"
 
+#include "real.h"
+
 #include <dlfcn.h>
 #include <sys/auxv.h>
 #include <unistd.h>
@@ -38,9 +40,7 @@ VN_STAND_IN unsigned long getauxval(unsigned long type) noexcept
 {
     if (type == AT_SECURE && hasMoreRights)
         return 1;
-    using Function = unsigned long (*)(unsigned long);
-    static const Function system = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "getauxval"));
-    return system(type);
+    return VN_REAL(getauxval)(type);
 }
 
 VnTest::WatchedEnvironment::WatchedEnvironment()

@@ -2,6 +2,8 @@
 // and in the libraries that it uses.
 #include "systemcalls.h"
 
+#include "real.h"
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -20,22 +22,7 @@ using VnTest::isUnknownCall;
 
 extern "C" int __clone(int (*body)(void*), void* stack, int flags, void* argument, ...) noexcept;
 
-namespace
-{
-template <class Function>
-Function* real(Function*, char const* name)
-{
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-}  // namespace
-
 #define VN_STAND_IN extern "C" __attribute__((visibility("default")))
-/// Looked up once: two processes that share memory must not look up at the same time.
-#define VN_REAL(NAME)                                       \
-    ([] {                                                   \
-        static auto* const function = real(&::NAME, #NAME); \
-        return function;                                    \
-    }())
 
 VN_STAND_IN ::pid_t fork() noexcept
 {

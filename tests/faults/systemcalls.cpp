@@ -1,6 +1,8 @@
 // Stands in for the system calls of the file layer, in this program and in the libraries that it uses.
 #include "systemcalls.h"
 
+#include "real.h"
+
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -63,12 +65,6 @@ bool fails(char const* name)
     return true;
 }
 
-template <class Function>
-Function* real(Function*, char const* name)
-{
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-
 template <class Size>
 Size transferable(Size size)
 {
@@ -77,12 +73,6 @@ Size transferable(Size size)
 }  // namespace
 
 #define VN_STAND_IN extern "C" __attribute__((visibility("default")))
-/// Looked up once: two processes that share memory must not look up at the same time.
-#define VN_REAL(NAME)                                       \
-    ([] {                                                   \
-        static auto* const function = real(&::NAME, #NAME); \
-        return function;                                    \
-    }())
 
 VN_STAND_IN int open(char const* path, int flags, ...)
 {
@@ -203,7 +193,9 @@ VN_STAND_IN int stat(char const* path, struct ::stat* status) noexcept
 {
     if (fails("stat"))
         return -1;
-    return changed(real(static_cast<int (*)(char const*, struct ::stat*)>(&::stat), "stat")(path, status), *status);
+    return changed(
+        VnTest::findReal(static_cast<int (*)(char const*, struct ::stat*)>(&::stat), "stat")(path, status),
+        *status);
 }
 
 VN_STAND_IN int lstat(char const* path, struct ::stat* status) noexcept
@@ -220,8 +212,8 @@ VN_STAND_IN int statfs(char const* path, struct ::statfs* fileSystem) noexcept
 {
     if (fails("statfs"))
         return -1;
-    const int result =
-        real(static_cast<int (*)(char const*, struct ::statfs*)>(&::statfs), "statfs")(path, fileSystem);
+    const int result = VnTest::findReal(static_cast<int (*)(char const*, struct ::statfs*)>(&::statfs),
+                                        "statfs")(path, fileSystem);
     if (typeOfFileSystems != 0)
         fileSystem->f_type = typeOfFileSystems;
     return result;

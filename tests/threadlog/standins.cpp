@@ -1,5 +1,6 @@
 #include "standins.h"
 
+#include "real.h"
 #include "threadlogbody.h"
 
 #include <dirent.h>
@@ -38,20 +39,14 @@ std::atomic<int> wakeUps = 0;
 
 namespace
 {
-template <class Function>
-Function* real(Function*, char const* name)
-{
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-
 /// Looked up before main(): in a crash nothing is looked up.
-#define VN_REAL(NAME) auto* const NAME##Itself = real(&::NAME, #NAME)
-[[maybe_unused]] VN_REAL(nanosleep);
-[[maybe_unused]] VN_REAL(opendir);
-[[maybe_unused]] VN_REAL(pthread_cond_clockwait);
-[[maybe_unused]] VN_REAL(pthread_cond_wait);
-[[maybe_unused]] VN_REAL(pthread_cond_signal);
-#undef VN_REAL
+#define VN_ITSELF(NAME) auto* const NAME##Itself = VnTest::findReal(&::NAME, #NAME)
+[[maybe_unused]] VN_ITSELF(nanosleep);
+[[maybe_unused]] VN_ITSELF(opendir);
+[[maybe_unused]] VN_ITSELF(pthread_cond_clockwait);
+[[maybe_unused]] VN_ITSELF(pthread_cond_wait);
+[[maybe_unused]] VN_ITSELF(pthread_cond_signal);
+#undef VN_ITSELF
 }  // namespace
 
 }  // namespace VnTest::StandIns
@@ -110,11 +105,6 @@ VN_STAND_IN ::DIR* opendir(char const* path)
 /// As the C library's: whatever has fewer than six arguments ignores the others, which are whatever lies there.
 VN_STAND_IN __attribute__((no_sanitize("address"))) long syscall(long number, ...) noexcept
 {
-    // Some C++ libraries call this when a static object of a function is made, so it can have none of its own.
-    static constinit std::atomic<long (*)(long, ...)> found = nullptr;
-    auto* itself = found.load();
-    if (itself == nullptr)
-        found = itself = reinterpret_cast<long (*)(long, ...)>(::dlsym(RTLD_NEXT, "syscall"));
     std::va_list arguments;
     va_start(arguments, number);
     long values[6];
@@ -125,7 +115,7 @@ VN_STAND_IN __attribute__((no_sanitize("address"))) long syscall(long number, ..
         errno = ENOSYS;
         return -1;
     }
-    return itself(number, values[0], values[1], values[2], values[3], values[4], values[5]);
+    return VN_REAL(syscall)(number, values[0], values[1], values[2], values[3], values[4], values[5]);
 }
 
 VN_STAND_IN int pthread_cond_clockwait(::pthread_cond_t* condition, ::pthread_mutex_t* mutex, ::clockid_t clock,
