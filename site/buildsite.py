@@ -32,7 +32,7 @@ DOXYGEN = sys.argv[4]
 AWESOME = pathlib.Path('/usr/share/doxygen-awesome-css')
 PAGES, SHOWN, TAGS = WORK / 'pages', WORK / 'shown', WORK / 'site.tag'
 SAMPLES = ('.cpp', '.h', '.imp')
-CLASS = re.compile(r'^(?:class|struct)(?: VN_\w+_EXPORT)? ([A-Z]\w+)(?: final)?(?: :[^;{]*)?\n?\s*\{', re.M)
+CLASS = re.compile(r'^(?:class|struct)(?: VN_\w+)? ([A-Z]\w+)(?: final)?(?: :[^;{]*)?\n?\s*\{', re.M)
 problems = []
 
 

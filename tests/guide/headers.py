@@ -2,7 +2,7 @@
 import re
 
 # At the beginning of a line, so not within a class; tags of packages are in the namespace VnInit and are left out.
-CLASS = re.compile(r"^(?:class|struct)\s+(?:VN_\w+_EXPORT\s+)?(\w+)(?:\s+final)?\s*(?::[^:;{][^;{]*)?\{", re.M)
+CLASS = re.compile(r"^(?:class|struct)\s+(?:VN_\w+\s+)?(\w+)(?:\s+final)?\s*(?::[^:;{][^;{]*)?\{", re.M)
 EXPORTED = re.compile(r"^(?:class|struct)\s+VN_\w+_EXPORT\s+(\w+)(?!\w|::|<)[^;{]*\{", re.M)
 PACKAGES = re.compile(r"^namespace VnInit\s*\{.*?^\}  // namespace VnInit", re.M | re.S)
 

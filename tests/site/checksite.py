@@ -112,7 +112,7 @@ def check_classes():
     for header in [*(ROOT / 'src/base').glob('*.h'), *(ROOT / 'src/threadlog').glob('*.h')]:
         if not header.name.endswith('_p.h'):
             text = re.sub(r'^namespace VnInit\n?\{.*?^\}', '', header.read_text(), flags=re.M | re.S)
-            classes.update(re.findall(r'^(?:class|struct)(?: VN_\w+_EXPORT)? (\w+)(?: final)?(?: :[^;{]*)?\n?\s*\{', text, re.M))
+            classes.update(re.findall(r'^(?:class|struct)(?: VN_\w+)? (\w+)(?: final)?(?: :[^;{]*)?\n?\s*\{', text, re.M))
     for name in sorted(classes):
         if subjects[f'Vn::{name}'] != 1:
             problems.append(f'{name}: stands under {subjects[f"Vn::{name}"]} subjects')
