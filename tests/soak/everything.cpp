@@ -89,7 +89,8 @@ void check(bool isRight, std::string const& what)
         throw std::runtime_error(what);
 }
 
-/// Waits for what another process does; a process that hangs is an error.
+/// Waits for what another process does, which may have been killed, so nobody wakes this one: it looks again and again. A
+/// process that hangs is an error.
 template <class Condition>
 void await(std::string const& what, Condition const& isSo)
 {
@@ -113,6 +114,7 @@ extern "C" int clock_gettime(::clockid_t clock, struct ::timespec* time) noexcep
 // A process that logs.
 namespace
 {
+/// Of two levels, which go to one file.
 Vn::LgTypes::Level levelOf(std::uint64_t number)
 {
     return number % 16 == 5 ? Vn::LgTypes::Warning : Vn::LgTypes::RecoverableError;
@@ -194,7 +196,7 @@ int beProcess(unsigned process, Place& place)
                         say(group, process, teller, place.said[teller]);
                         ++said;
                     } else {
-                        std::this_thread::sleep_for(std::chrono::microseconds(200));
+                        std::this_thread::sleep_for(std::chrono::microseconds(200));  // until the next round
                     }
                 }
             });
@@ -202,7 +204,7 @@ int beProcess(unsigned process, Place& place)
         for (unsigned seen = begun; !place.isToStop.load();) {
             const unsigned moves = board->moves.load();
             if (moves == seen) {
-                std::this_thread::sleep_for(std::chrono::microseconds(500));
+                std::this_thread::sleep_for(std::chrono::microseconds(500));  // until the board tells of a move
                 continue;
             }
             check(log.reopen(), "the file can't be opened anew");
@@ -558,7 +560,7 @@ private:
         closeEnded();
     }
 
-    /// Any moment will do for what comes next.
+    /// What comes next is to hit the processes at a moment that nobody can foresee; nothing is decided by how long this is.
     void pause() { std::this_thread::sleep_for(std::chrono::microseconds(_random() % 100000)); }
 
     std::string _disk;
